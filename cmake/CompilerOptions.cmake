@@ -1,0 +1,20 @@
+# Defines calibration_options, the compiler options that every target of this project shares:
+# warnings (CALIBRATION_WERROR makes them errors) and sanitizers (CALIBRATION_SANITIZE). They do not
+# reach users.
+
+add_library(calibration_options INTERFACE)
+target_compile_options(calibration_options INTERFACE -Wall -Wextra -Wpedantic)
+if(CALIBRATION_WERROR)
+  target_compile_options(calibration_options INTERFACE -Werror)
+endif()
+
+if(CALIBRATION_SANITIZE)
+  if(NOT CALIBRATION_SANITIZE MATCHES "^(address,undefined|address|undefined|thread)$")
+    message(FATAL_ERROR "CALIBRATION_SANITIZE is '${CALIBRATION_SANITIZE}'; "
+                        "expected address,undefined or thread.")
+  endif()
+  target_compile_options(
+    calibration_options INTERFACE -fsanitize=${CALIBRATION_SANITIZE} -fno-sanitize-recover=all
+                                  -fno-omit-frame-pointer -g)
+  target_link_options(calibration_options INTERFACE -fsanitize=${CALIBRATION_SANITIZE})
+endif()

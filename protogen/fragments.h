@@ -1,0 +1,56 @@
+// The pieces of code that one field contributes to its class, one for each family of operations.
+//
+// A rule about a field kind stands in the one function that renders that kind; the families
+// (object_model.cc, accessors.cc, parsing.cc, serialization.cc, merging.cc) only put the pieces of
+// all fields together.
+#ifndef PROTOGEN_FRAGMENTS_H_
+#define PROTOGEN_FRAGMENTS_H_
+
+#include <string>
+
+#include "protogen/model.h"
+#include "protogen/text.h"
+
+namespace protogen {
+
+struct Fragments {
+  // Object model
+  std::string member;      // the data member
+  std::string initialize;  // in SharedCtor(); empty where the member's own constructor does
+  std::string destroy;     // in SharedDtor(); empty where the member's own destructor does
+  std::string clear;       // in Clear()
+  std::string swap;        // in InternalSwap()
+  // Accessors
+  std::string declarations;  // in the class
+  std::string definitions;   // behind the class, inline
+  // Parsing: the body of the field's case, from the comparison of the tag to the end of the read.
+  // $label$ stands where the next-tag chain of the field before jumps to.
+  std::string parse;
+  // Serialization
+  std::string write_to_stream;
+  std::string write_to_array;
+  std::string size;  // adds to total_size
+  // Merging, from a field that `from` holds
+  std::string merge;
+};
+
+// Renders `field`, which belongs to `message`.
+Fragments RenderField(const Message& message, const Field& field);
+
+// The five kinds. `variables` are those of FieldVariables().
+Fragments RenderScalar(const Field& field, const Variables& variables);
+Fragments RenderText(const Field& field, const Variables& variables);
+Fragments RenderSubMessage(const Variables& variables);
+Fragments RenderRepeatedScalar(const Field& field, const Variables& variables);
+Fragments RenderRepeatedMessage(const Variables& variables);
+
+// What the templates of all kinds may use: class, name, number, tag, packed_tag, tag_size, mask,
+// type (the C++ value type), Wire and WIRE (the type in the names of WireFormatLite), default.
+Variables FieldVariables(const Message& message, const Field& field);
+
+// has_x() and the two private functions behind it, the same for all singular kinds.
+std::string HasBitDefinitions(const Variables& variables);
+
+}  // namespace protogen
+
+#endif  // PROTOGEN_FRAGMENTS_H_

@@ -1,0 +1,131 @@
+// How an object is born, cleared, swapped and destroyed.
+#include "protogen/families.h"
+
+namespace protogen {
+namespace {
+
+// A group of eight has-bits is worth a test before its fields are cleared, unless clearing them
+// costs no more than that.
+bool ClearsWithoutTest(const Group& group) {
+  if (group.fields.size() == 1) return true;
+  if (group.fields.size() > 4) return false;
+  for (const Field* field : group.fields) {
+    if (!field->is_scalar() || !field->zero_default) return false;
+  }
+  return true;
+}
+
+std::string ClearGroup(const Group& group, const RenderedMessage& rendered) {
+  std::string clears;
+  for (const Field* field : group.fields) clears += rendered.of(field).clear;
+  if (ClearsWithoutTest(group)) return clears;
+  return "if (_has_bits_[0] & " + Hex(group.mask) + ") {\n" + Indent(clears, 2) + "}\n";
+}
+
+std::string Links(const Message& message) {
+  std::string links;
+  for (const Field* field : message.sub_messages) {
+    links +=
+        Fill("default_instance_->$name$_ = const_cast<$type$*>(&$type$::default_instance());\n",
+             FieldVariables(message, *field));
+  }
+  return links;
+}
+
+}  // namespace
+
+std::string RenderObjectModel(const RenderedMessage& rendered) {
+  const Message& message = *rendered.message;
+  Variables variables = {{"class", message.name}};
+
+  std::string constants, initializes, text_destroys, sub_message_destroys, swaps, clears;
+  for (const Field& field : message.fields) {
+    const Fragments& fragments = rendered.of(&field);
+    constants += Fill("const int $class$::k" + CamelCase(field.name) + "FieldNumber;\n", variables);
+    initializes += fragments.initialize;
+    (field.is_sub_message() ? sub_message_destroys : text_destroys) += fragments.destroy;
+    swaps += fragments.swap;
+  }
+  for (const Group& group : message.singular_groups) clears += ClearGroup(group, rendered);
+  for (const Field* field : message.repeated) clears += rendered.of(field).clear;
+
+  if (message.has_texts)
+    initializes = "runtime::InitSharedEmptyString();\n_cached_size_ = 0;\n" + initializes;
+  if (!message.has_texts) initializes = "_cached_size_ = 0;\n" + initializes;
+  std::string destroys = text_destroys;
+  if (!sub_message_destroys.empty()) {
+    destroys += "if (this != default_instance_) {\n" + Indent(sub_message_destroys, 2) + "}\n";
+  }
+
+  variables["constants"] = constants;
+  variables["initializes"] = Indent(initializes, 2);
+  variables["destroys"] = destroys.empty() ? "" : "\n" + Indent(destroys, 2);
+  variables["links"] = message.sub_messages.empty() ? "" : "\n" + Indent(Links(message), 2);
+  variables["swaps"] = Indent(swaps, 2);
+  variables["clears"] = Indent(clears, 2);
+  return Fill(R"(
+$constants$
+$class$* $class$::default_instance_ = nullptr;
+
+$class$::$class$() { SharedCtor(); }
+
+// The object counts as constructed before anything is merged, so that a merge that throws leaves
+// nothing behind.
+$class$::$class$(const $class$& from) : $class$() {
+  MergeFrom(from);
+}
+
+$class$::~$class$() { SharedDtor(); }
+
+void $class$::InitAsDefaultInstance() {$links$}
+
+void $class$::SharedCtor() {
+$initializes$  _has_bits_[0] = 0;
+}
+
+void $class$::SharedDtor() {$destroys$}
+
+const ::google::protobuf::Descriptor* $class$::descriptor() {
+  protobuf_AssignDescriptorsOnce();
+  return $class$_descriptor_;
+}
+
+::google::protobuf::Metadata $class$::GetMetadata() const {
+  protobuf_AssignDescriptorsOnce();
+  ::google::protobuf::Metadata metadata;
+  metadata.descriptor = $class$_descriptor_;
+  metadata.reflection = $class$_reflection_;
+  return metadata;
+}
+
+$class$* $class$::New() const { return New(nullptr); }
+
+$class$* $class$::New(::google::protobuf::Arena* arena) const {
+  $class$* message = new $class$;
+  if (arena != nullptr) arena->Own(message);
+  return message;
+}
+
+int $class$::GetCachedSize() const { return _cached_size_; }
+
+void $class$::SetCachedSize(int size) const { _cached_size_ = size; }
+
+void $class$::Swap($class$* other) {
+  if (other != this) InternalSwap(other);
+}
+
+void $class$::InternalSwap($class$* other) {
+$swaps$  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
+}
+
+void $class$::Clear() {
+$clears$  _has_bits_[0] = 0;
+  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+}
+)",
+              variables);
+}
+
+}  // namespace protogen

@@ -1,0 +1,58 @@
+// A singular double, float, int32, int64 or bool: the value stands in the object, presence in its
+// has-bit.
+#include "protogen/fragments.h"
+
+namespace protogen {
+
+Fragments RenderScalar(const Field& field, const Variables& variables) {
+  Fragments out;
+  out.member = Fill("$type$ $name$_;\n", variables);
+  out.initialize = Fill("$name$_ = $default$;\n", variables);
+  out.clear = out.initialize;
+  out.swap = Fill("std::swap($name$_, other->$name$_);\n", variables);
+
+  out.declarations = Fill(R"(
+bool has_$name$() const;
+$type$ $name$() const;
+void set_$name$($type$ value);
+void clear_$name$();
+)",
+                          variables);
+  out.definitions = HasBitDefinitions(variables) + Fill(R"(
+inline $type$ $class$::$name$() const { return $name$_; }
+inline void $class$::set_$name$($type$ value) {
+  set_has_$name$();
+  $name$_ = value;
+}
+inline void $class$::clear_$name$() {
+  $name$_ = $default$;
+  clear_has_$name$();
+}
+)",
+                                                        variables);
+
+  out.parse = Fill(R"(
+if (tag != $tag$) goto handle_unusual;
+$label$if (!wire::ReadValue(input, &$name$_)) return false;
+set_has_$name$();
+)",
+                   variables);
+  out.write_to_stream = Fill(
+      "if (has_$name$()) WireFormatLite::Write$Wire$($number$, $name$(), output);\n", variables);
+  out.write_to_array = Fill(
+      "if (has_$name$()) target = WireFormatLite::Write$Wire$ToArray($number$, $name$(), "
+      "target);\n",
+      variables);
+  if (field.fixed_size() != 0) {
+    out.size = Fill("if (has_$name$()) total_size += $tag_size$ + " +
+                        std::to_string(field.fixed_size()) + ";\n",
+                    variables);
+  } else {
+    out.size = Fill("if (has_$name$()) total_size += $tag_size$ + wire::$Wire$Size($name$());\n",
+                    variables);
+  }
+  out.merge = Fill("if (from.has_$name$()) set_$name$(from.$name$());\n", variables);
+  return out;
+}
+
+}  // namespace protogen

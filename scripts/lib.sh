@@ -1,0 +1,51 @@
+# Shared by the scripts beside it (sourced, not run): installing what is missing, and talking about
+# it.
+
+repository=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+
+say() { printf '== %s\n' "$*"; }
+
+fail() {
+  printf '%s: %s\n' "$0" "$*" >&2
+  exit 1
+}
+
+installed() {
+  [[ $(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null) == installed ]]
+}
+
+# Installs those of the named Debian packages that are not there. Touches neither the network nor
+# sudo if none is missing.
+install_missing() {
+  command -v dpkg-query >/dev/null && command -v apt-get >/dev/null ||
+    fail "installs what it needs with Debian's apt-get, which is not here; needed are: $*"
+  local package missing=() as_root=()
+  for package in "$@"; do
+    installed "$package" || missing+=("$package")
+  done
+  if ((${#missing[@]} == 0)); then
+    say "nothing to install: $* are there"
+    return
+  fi
+  say "installing ${missing[*]}"
+  if ((EUID != 0)); then
+    command -v sudo >/dev/null ||
+      fail "must be root, or have sudo, to install: ${missing[*]}"
+    as_root=(sudo)
+  fi
+  as_root+=(env DEBIAN_FRONTEND=noninteractive)
+  "${as_root[@]}" apt-get update -qq
+  "${as_root[@]}" apt-get install -qq -y --no-install-recommends "${missing[@]}"
+}
+
+# The build folder for a use (demo, test) and its extra CMake arguments: one folder for each
+# different list of arguments, so that builds for several run-times stand side by side.
+build_folder() {
+  local use=$1
+  shift
+  if (($# == 0)); then
+    echo "$repository/build/$use"
+  else
+    echo "$repository/build/$use-$(printf '%s\0' "$@" | cksum | cut -d' ' -f1)"
+  fi
+}

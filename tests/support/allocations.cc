@@ -1,0 +1,92 @@
+#include "tests/support/allocations.h"
+
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+namespace {
+
+constexpr long kNever = std::numeric_limits<long>::max();
+
+std::atomic<long> allocations(0);
+std::atomic<long> live_blocks(0);
+std::atomic<size_t> latest_allocation(0);
+std::atomic<long> first_to_fail(kNever);  // numbers of allocations
+std::atomic<long> last_to_fail(kNever);
+
+void* Allocate(size_t size) {
+  const long number = ++allocations;
+  if (number >= first_to_fail && number <= last_to_fail) throw std::bad_alloc();
+  void* block = std::malloc(size == 0 ? 1 : size);
+  if (block == nullptr) throw std::bad_alloc();
+  ++live_blocks;
+  latest_allocation = size;
+  return block;
+}
+
+void Free(void* block) {
+  if (block == nullptr) return;
+  --live_blocks;
+  std::free(block);
+}
+
+}  // namespace
+
+// The forms that are not replaced (arrays, nothrow) come down to these.
+void* operator new(size_t size) { return Allocate(size); }
+void operator delete(void* block) noexcept { Free(block); }
+void operator delete(void* block, size_t) noexcept { Free(block); }
+
+namespace zarvo {
+namespace calibration {
+namespace testing {
+
+long Allocations() { return allocations; }
+size_t LatestAllocation() { return latest_allocation; }
+long LiveBlocks() { return live_blocks; }
+
+FailingAllocation::FailingAllocation(long n, Duration duration) {
+  const long number = allocations + n;
+  last_to_fail = duration == kOnce ? number : kNever;
+  first_to_fail = number;
+}
+
+FailingAllocation::~FailingAllocation() { first_to_fail = kNever; }
+
+// Everything that is counted in a suite rests on this.
+TEST(AllocationsTest, AreCountedAndFail) {
+  const long allocations_before = Allocations();
+  const long live_before = LiveBlocks();
+  int* volatile block = new int(1);
+  ASSERT_EQ(Allocations(), allocations_before + 1)
+      << "operator new is not the one that this program defines; under valgrind, pass "
+         "--soname-synonyms=somalloc=nouserintercepts";
+  EXPECT_EQ(LatestAllocation(), sizeof(int));
+  EXPECT_EQ(LiveBlocks(), live_before + 1);
+  delete block;
+  EXPECT_EQ(LiveBlocks(), live_before);
+
+  for (const auto duration : {FailingAllocation::kOnce, FailingAllocation::kForGood}) {
+    int failures = 0;
+    {
+      const FailingAllocation failing(2, duration);
+      for (int i = 0; i < 3; ++i) {
+        try {
+          block = new int(i);
+          delete block;
+        } catch (const std::bad_alloc&) {
+          ++failures;
+        }
+      }
+    }
+    EXPECT_EQ(failures, duration == FailingAllocation::kOnce ? 1 : 2);
+  }
+  EXPECT_EQ(LiveBlocks(), live_before);
+}
+
+}  // namespace testing
+}  // namespace calibration
+}  // namespace zarvo
