@@ -637,8 +637,7 @@ class CALIBRATION_EXPORT CameraIntrinsics : public runtime::Record {
   void SharedDtor();
   void InternalSwap(CameraIntrinsics* other);
   void SetCachedSize(int size) const override;
-  __attribute__((visibility("hidden")))
-  ::google::protobuf::uint32 RequiredFieldsByteSizeFallback() const;
+  CALIBRATION_HIDDEN   ::google::protobuf::uint32 RequiredFieldsByteSizeFallback() const;
   void set_has_fx();
   void clear_has_fx();
   void set_has_fy();

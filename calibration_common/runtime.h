@@ -19,8 +19,9 @@
 
 #include <google/protobuf/stubs/common.h>
 
-// Marks what the library exports; everything else in it is hidden.
+// Marks what the library exports, and what of an exported class it does not.
 #define CALIBRATION_EXPORT __attribute__((visibility("default")))
+#define CALIBRATION_HIDDEN __attribute__((visibility("hidden")))
 
 namespace zarvo {
 namespace calibration {

@@ -386,10 +386,7 @@ class CALIBRATION_EXPORT Record : public Message {
  protected:
   // The run-time takes two messages with one ClassData for comparable; all records share this one,
   // and CopyFrom() and MergeFrom() look at the classes themselves.
-  const ClassData* GetClassData() const final {
-    static const ClassData data = {&CopyRecord, &MergeRecord};
-    return &data;
-  }
+  const ClassData* GetClassData() const final { return SharedClassData(); }
 
  private:
   enum {
@@ -397,53 +394,36 @@ class CALIBRATION_EXPORT Record : public Message {
     kFieldsPerMerge = 1 << 16,  // bytes of fields collected before they are merged
   };
 
+  CALIBRATION_HIDDEN static const ClassData* SharedClassData() {
+    static const ClassData data = {&CopyRecord, &MergeRecord};
+    return &data;
+  }
   static void CopyRecord(Message& to, const Message& from) {
     static_cast<Record&>(to).CopyFrom(from);
   }
   static void MergeRecord(Message& to, const Message& from) { to.MergeFrom(from); }
 
-  // Merges the rest of the message, which lies at [ptr, ptr + size).
+  // Both calls below merge the rest of the message; null if it is malformed. A tag that ends a
+  // message (zero, or the end of a group) counts as malformed here: no record is a group, and the
+  // run-time's bounded streams cannot step back from one.
+
+  // The rest lies at [ptr, ptr + size).
   const char* MergeFromBlock(const char* ptr, int size, ParseContext* context) {
     CodedInputStream input(reinterpret_cast<const uint8*>(ptr), size);
     input.SetRecursionLimit(context->depth());
-    if (!MergePartialFromCodedStream(&input)) return nullptr;
-    if (input.ConsumedEntireMessage()) return ptr + size;
-    // A tag that ends the message came before its limit: whoever called must judge it.
-    const char* end = ptr + input.CurrentPosition();
-    context->SetLastTag(FindLastTag(&input, ptr, end));
-    return end;
+    if (!MergePartialFromCodedStream(&input) || !input.ConsumedEntireMessage()) return nullptr;
+    return ptr + size;
   }
 
-  // The tag that a coded stream has read last and that ends at `end`. The stream only tells whether
-  // a guess is right, so every length that a tag can have is tried.
-  static uint32 FindLastTag(CodedInputStream* input, const char* begin, const char* end) {
-    for (const char* start = end; start != begin && end - start < 10;) {
-      --start;
-      const int size = static_cast<int>(end - start);
-      uint64 tag;
-      CodedInputStream guess(reinterpret_cast<const uint8*>(start), size);
-      if (guess.ReadVarint64(&tag) && guess.CurrentPosition() == size &&
-          input->LastTagWas(static_cast<uint32>(tag))) {
-        return static_cast<uint32>(tag);
-      }
-    }
-    return 0;
-  }
-
-  // Merges the rest of the message from a stream that may hand it over in any pieces: whole fields
-  // are collected and merged in turn, which comes to the same as merging them at once.
+  // The rest comes in any pieces: whole fields are collected and merged in turn, which comes to the
+  // same as merging them at once.
   const char* MergeFieldByField(const char* ptr, ParseContext* context) {
     ::std::string fields;
     FieldCollector collector(&fields);
     while (!context->Done(&ptr)) {
       uint32 tag;
       ptr = ::google::protobuf::internal::ReadTag(ptr, &tag);
-      if (ptr == nullptr) return nullptr;
-      if (FieldCollector::EndsMessage(tag)) {
-        if (!MergeFields(fields, context->depth())) return nullptr;
-        context->SetLastTag(tag);
-        return ptr;
-      }
+      if (ptr == nullptr || FieldCollector::EndsMessage(tag)) return nullptr;
       ptr = collector.Collect(tag, ptr, context);
       if (ptr == nullptr) return nullptr;
       if (fields.size() >= kFieldsPerMerge) {
@@ -501,7 +481,16 @@ class StringField {
   void Set(const ::std::string& value) { ptr_.Set(value, nullptr); }
   void Assign(const StringField& from) { Set(from.Get()); }
   ::std::string* Release() { return ptr_.Release(); }
-  void SetAllocated(::std::string* value) { ptr_.SetAllocated(value, nullptr); }
+  // Not ArenaStringPtr's own SetAllocated(), which in a run-time built for debugging moves the text
+  // to another string.
+  void SetAllocated(::std::string* value) {
+    ptr_.Destroy();
+    if (value != nullptr) {
+      ptr_.InitAllocated(value, nullptr);
+    } else {
+      ptr_.InitDefault();
+    }
+  }
   void Clear() { ptr_.ClearToEmpty(); }
   void Swap(StringField* other) {
     ::google::protobuf::internal::ArenaStringPtr::InternalSwap(&ptr_, nullptr, &other->ptr_,
@@ -518,32 +507,37 @@ inline void VerifyVersion(const char* source_path) {
                                               GOOGLE_PROTOBUF_MIN_LIBRARY_VERSION, source_path);
 }
 
-// Runs a function once for all threads. Its constructor is constant: a static Once is ready before
-// any code runs.
+// Runs a function once for all threads; later calls cost one read of a flag. Its constructor is
+// constant: a static Once is ready before any code runs.
 class Once {
  public:
   constexpr Once() : done_(false) {}
 
   void Call(void (*function)()) {
-    if (done_.load(::std::memory_order_acquire)) return;
-    ::std::call_once(flag_, [this, function] {
-      function();
-      done_.store(true, ::std::memory_order_release);
-    });
+    if (!done_.load(::std::memory_order_acquire)) CallSlow(function);
   }
 
  private:
-  ::std::once_flag flag_;
+  void CallSlow(void (*function)()) {
+    ::std::lock_guard< ::std::mutex> lock(mutex_);
+    if (done_.load(::std::memory_order_relaxed)) return;
+    function();
+    done_.store(true, ::std::memory_order_release);
+  }
+
+  ::std::mutex mutex_;
   ::std::atomic<bool> done_;
 };
 
 // Ties one schema file's classes to the run-time's descriptors and reflection. This run-time builds
 // the reflection objects itself, from a DescriptorTable, and may do so behind our back when its
-// message factory is asked first; so the table must be complete once the file is loaded. REQUIRES
-// static storage: the constructor leaves the arrays to it.
+// message factory is asked first; so the table must be complete once the file is loaded.
 template <int kMessageCount, int kFieldCount>
 class FileReflection {
  public:
+  constexpr FileReflection()
+      : table_(), once_(), schemas_(), offsets_(), default_instances_(), metadata_() {}
+
   // The type-registration callback of the 3.0 series is not needed: the factory reads the types
   // from the table.
   void Register(const char* file_name, void (* /* register_types */)(const ::std::string&),

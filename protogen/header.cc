@@ -167,7 +167,7 @@ std::string ClassDefinition(const File& file, const RenderedMessage& rendered) {
       "  void SetCachedSize(int size) const override;\n";
   if (!message.required.empty()) {
     privates +=
-        "  __attribute__((visibility(\"hidden\")))\n"
+        "  CALIBRATION_HIDDEN "
         "  ::google::protobuf::uint32 RequiredFieldsByteSizeFallback() const;\n";
   }
   out += Fill(privates, variables);

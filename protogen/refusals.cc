@@ -18,6 +18,17 @@ using google::protobuf::FileDescriptor;
 using google::protobuf::FileDescriptorProto;
 using google::protobuf::SourceLocation;
 
+// Whether the schema gives the field a JSON name of its own. Early run-times of the 3.0 series know
+// no such thing.
+template <typename T>
+auto HasJsonName(const T& field, int) -> decltype(field.has_json_name()) {
+  return field.has_json_name();
+}
+template <typename T>
+bool HasJsonName(const T&, long) {
+  return false;
+}
+
 class RefusalFinder {
  public:
   explicit RefusalFinder(const FileDescriptor& file) : file_(file) {}
@@ -52,7 +63,7 @@ class RefusalFinder {
       RefusePath({FileDescriptorProto::kSyntaxFieldNumber},
                  "the syntax must be proto2; it is " + proto.syntax());
     }
-    if (file_.package().empty()) Refuse(1, "a package is needed: it becomes the C++ namespace");
+    CheckPackage();
     for (int i = 0; i < file_.dependency_count(); ++i) {
       RefusePath({FileDescriptorProto::kDependencyFieldNumber, i},
                  "imports are not served; all messages must stand in one file");
@@ -66,6 +77,19 @@ class RefusalFinder {
     }
     for (int i = 0; i < file_.extension_count(); ++i) RefuseExtension(*file_.extension(i));
     if (file_.message_type_count() == 0) Refuse(1, "there is no message to generate a class for");
+  }
+
+  // The generated code names the run-time binding, which lives in zarvo::calibration, as code in
+  // there or below does.
+  void CheckPackage() {
+    const std::string& package = file_.package();
+    const std::string home = "zarvo.calibration";
+    if (package.empty()) {
+      Refuse(1, "a package is needed: it becomes the C++ namespace");
+    } else if (package != home && package.compare(0, home.size() + 1, home + ".") != 0) {
+      RefusePath({FileDescriptorProto::kPackageFieldNumber},
+                 "the package must be " + home + " or below it; it is " + package);
+    }
   }
 
   void RefuseEnum(const EnumDescriptor& descriptor) {
@@ -94,6 +118,50 @@ class RefusalFinder {
     google::protobuf::DescriptorProto proto;
     message.CopyTo(&proto);
     if (proto.has_options()) RefuseAt(message, message.name() + ": message options are not served");
+    static const std::set<std::string> reserved = {"BufferedReader",
+                                                   "ByteSize",
+                                                   "ByteSizeLong",
+                                                   "ClassData",
+                                                   "Clear",
+                                                   "CodedInputStream",
+                                                   "CodedOutputStream",
+                                                   "CopyFrom",
+                                                   "EndsMessage",
+                                                   "GetArena",
+                                                   "GetCachedSize",
+                                                   "GetClassData",
+                                                   "GetDescriptor",
+                                                   "GetMetadata",
+                                                   "GetReflection",
+                                                   "GetTypeName",
+                                                   "InitAsDefaultInstance",
+                                                   "InternalSwap",
+                                                   "IsInitialized",
+                                                   "Layouts",
+                                                   "MergeBuffered",
+                                                   "MergeFrom",
+                                                   "MergeFromFail",
+                                                   "MergePartialFromCodedStream",
+                                                   "Message",
+                                                   "MessageLite",
+                                                   "Metadata",
+                                                   "New",
+                                                   "Record",
+                                                   "Reflection",
+                                                   "RequiredFieldsByteSizeFallback",
+                                                   "SerializeWithCachedSizes",
+                                                   "SerializeWithCachedSizesToArray",
+                                                   "SetCachedSize",
+                                                   "SharedCtor",
+                                                   "SharedDtor",
+                                                   "SpaceUsed",
+                                                   "Swap",
+                                                   "WireFormat",
+                                                   "WireFormatLite"};
+    if (reserved.count(message.name()) != 0) {
+      RefuseAt(message,
+               message.name() + ": the message's name is one that the generated code uses");
+    }
     if (message.name()[0] < 'A' || message.name()[0] > 'Z') {
       RefuseAt(message, message.name() + ": message names must begin with a capital letter");
     }
@@ -120,6 +188,7 @@ class RefusalFinder {
       RefuseAt(field, name + ": field number " + std::to_string(field.number()) + " is above " +
                           std::to_string(kMaxFieldNumber) + ", the last whose tag takes two bytes");
     }
+    if (HasJsonName(field, 0)) RefuseAt(field, name + ": json_name is not served");
     CheckType(field, name);
     CheckNames(field, name, taken);
   }
@@ -187,26 +256,45 @@ class RefusalFinder {
       RefuseAt(field, name + ": field names must be in lower case");
     }
     static const std::set<std::string> keywords = {
-        "alignas",   "alignof",       "and",          "asm",       "auto",
-        "bitand",    "bitor",         "bool",         "break",     "case",
-        "catch",     "char",          "char16_t",     "char32_t",  "char8_t",
-        "class",     "compl",         "concept",      "const",     "const_cast",
-        "consteval", "constexpr",     "constinit",    "continue",  "co_await",
-        "co_return", "co_yield",      "decltype",     "default",   "delete",
-        "do",        "double",        "dynamic_cast", "else",      "enum",
-        "explicit",  "export",        "extern",       "false",     "float",
-        "for",       "friend",        "goto",         "if",        "inline",
-        "int",       "long",          "mutable",      "namespace", "new",
-        "noexcept",  "not",           "nullptr",      "operator",  "or",
-        "private",   "protected",     "public",       "register",  "reinterpret_cast",
-        "requires",  "return",        "short",        "signed",    "sizeof",
-        "static",    "static_assert", "static_cast",  "struct",    "switch",
-        "template",  "this",          "thread_local", "throw",     "true",
-        "try",       "typedef",       "typeid",       "typename",  "union",
-        "unsigned",  "using",         "virtual",      "void",      "volatile",
-        "wchar_t",   "while",         "xor"};
+        "alignas",       "alignof",     "and",
+        "and_eq",        "asm",         "auto",
+        "bitand",        "bitor",       "bool",
+        "break",         "case",        "catch",
+        "char",          "char16_t",    "char32_t",
+        "char8_t",       "class",       "co_await",
+        "co_return",     "co_yield",    "compl",
+        "concept",       "const",       "const_cast",
+        "consteval",     "constexpr",   "constinit",
+        "continue",      "decltype",    "default",
+        "delete",        "do",          "double",
+        "dynamic_cast",  "else",        "enum",
+        "explicit",      "export",      "extern",
+        "false",         "float",       "for",
+        "friend",        "goto",        "if",
+        "inline",        "int",         "long",
+        "mutable",       "namespace",   "new",
+        "noexcept",      "not",         "not_eq",
+        "nullptr",       "operator",    "or",
+        "or_eq",         "private",     "protected",
+        "public",        "register",    "reinterpret_cast",
+        "requires",      "return",      "short",
+        "signed",        "sizeof",      "static",
+        "static_assert", "static_cast", "struct",
+        "switch",        "template",    "this",
+        "thread_local",  "throw",       "true",
+        "try",           "typedef",     "typeid",
+        "typename",      "union",       "unsigned",
+        "using",         "virtual",     "void",
+        "volatile",      "wchar_t",     "while",
+        "xor",           "xor_eq"};
     if (keywords.count(field.name()) != 0) {
       RefuseAt(field, name + ": the field's name is a C++ keyword");
+    }
+    // What the writers' local variables, the types in the class and a macro go by.
+    static const std::set<std::string> reserved = {
+        "errno", "i", "n", "output", "size_t", "target", "total_size", "uint32", "uint8"};
+    if (reserved.count(field.name()) != 0) {
+      RefuseAt(field, name + ": the field's name is one that the generated code uses");
     }
     const std::string& x = field.name();
     for (const std::string& accessor :

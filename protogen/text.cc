@@ -71,7 +71,9 @@ size_t ClosingParenthesis(const std::string& line, size_t open) {
 std::string FitLine(const std::string& line) {
   const size_t indent = line.find_first_not_of(' ');
   if (line.size() <= kMaxColumns || indent == std::string::npos) return line + "\n";
-  if (line[indent] == '"' || line.compare(indent, 2, "//") == 0) return line + "\n";
+  if (line[indent] == '"' || line[indent] == '#' || line.compare(indent, 2, "//") == 0) {
+    return line + "\n";
+  }
   const std::string margin(indent, ' ');
 
   const size_t body = line.find(" { ");
@@ -111,7 +113,13 @@ std::string FitLines(const std::string& code) {
 
 std::string Comment(const std::vector<std::string>& lines) {
   std::string result;
-  for (const std::string& line : lines) result += line.empty() ? "//\n" : "// " + line + "\n";
+  for (const std::string& line : lines) {
+    const std::string text = line.substr(0, line.find_last_not_of(' ') + 1);
+    result += text.empty() ? "//" : "// " + text;
+    // Neither a backslash nor the trigraph for one may end the line.
+    if (!text.empty() && (text.back() == '\\' || text.back() == '/')) result += " .";
+    result += "\n";
+  }
   return result;
 }
 

@@ -1,0 +1,47 @@
+#!/usr/bin/env bash
+# The public header compiles without a warning in every standard that users may have, alone and as a
+# file's first include, and may be included twice and by several files of one program.
+#
+#   header_test.sh COMPILER SOURCE-FOLDER [RUN-TIME-INCLUDE-FOLDER]
+#
+# The run-time's folder is left out where the compiler looks of its own accord.
+set -euo pipefail
+
+compiler=$1
+source_folder=$2
+runtime_folder=${3:-}
+
+command -v "$compiler" >/dev/null || {
+  echo "header_test: the compiler $compiler is not installed" >&2
+  exit 1
+}
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+
+for unit in one two; do
+  cat >"$folder/$unit.cc" <<END
+#include "calibration_common/calibration.pb.h"
+#include "calibration_common/calibration.pb.h"
+
+int $unit() {
+  zarvo::calibration::RobotCalibration robot;
+  robot.add_camera()->mutable_intrinsics()->add_k(0.5);
+  return robot.camera(0).intrinsics().k_size();
+}
+END
+done
+
+compile() {
+  echo "$compiler $*"
+  "$compiler" -Wall -Wextra -Wpedantic -Werror -I "$source_folder" \
+    ${runtime_folder:+-isystem "$runtime_folder"} "$@"
+}
+
+for standard in c++14 c++17 c++20; do
+  compile "-std=$standard" -fsyntax-only "$folder/one.cc"
+done
+for unit in one two; do
+  compile -std=c++11 -c "$folder/$unit.cc" -o "$folder/$unit.o"
+done
+# A partial link finds what both define without asking for the libraries.
+"$compiler" -r -nostdlib "$folder/one.o" "$folder/two.o" -o "$folder/both.o"

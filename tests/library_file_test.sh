@@ -1,0 +1,99 @@
+#!/usr/bin/env bash
+# What the built library shows to the outside: the symbols it exports, the libraries it needs, what
+# runs when it is loaded.
+#
+#   library_file_test.sh exports LIBRARY SCHEMA
+#   library_file_test.sh needed LIBRARY
+#   library_file_test.sh initializers LIBRARY SOURCE-FOLDER [RUN-TIME-INCLUDE-FOLDER]
+#
+# exports: exactly the functions, constants and objects listed below, for the messages and fields of
+# the schema file. initializers: loading runs the constructor of one object. clang++ tells which
+# objects of the source need one; a count of the library's entry points shows that no other source
+# brings more.
+set -euo pipefail
+
+check=$1
+library=$2
+
+fail() {
+  echo "library_file_test: $*" >&2
+  exit 1
+}
+
+for tool in nm readelf clang++; do
+  command -v "$tool" >/dev/null || fail "$tool is not installed"
+done
+[[ -r $library ]] || fail "cannot read $library"
+
+# One line for each symbol, C++ names spelled out. Constructors are two symbols of one name (for
+# complete objects and for bases), destructors three (and one that deletes).
+expected_exports() {
+  local class file=calibration_5fcommon_2fcalibration_2eproto
+  local p=google::protobuf z=zarvo::calibration
+  printf '%s\n' "$z::protobuf_AddDesc_$file()" "$z::protobuf_AssignDesc_$file()" \
+    "$z::protobuf_ShutdownFile_$file()" "$z::static_descriptor_initializer_${file}_"
+  for class in $(awk '$1 == "message" { print $2 }' "$1"); do
+    local c=$z::$class
+    printf '%s\n' "vtable for $c" "typeinfo for $c" "typeinfo name for $c" \
+      "$c::$class()" "$c::$class()" "$c::$class($c const&)" "$c::$class($c const&)" \
+      "$c::~$class()" "$c::~$class()" "$c::~$class()" \
+      "$c::SharedCtor()" "$c::SharedDtor()" "$c::InitAsDefaultInstance()" \
+      "$c::default_instance()" "$c::default_instance_" "$c::descriptor()" \
+      "$c::Swap($c*)" "$c::InternalSwap($c*)" "$c::Clear()" \
+      "$c::New() const" "$c::New($p::Arena*) const" \
+      "$c::GetCachedSize() const" "$c::SetCachedSize(int) const" "$c::GetMetadata() const" \
+      "$c::MergePartialFromCodedStream($p::io::CodedInputStream*)" "$c::ByteSize() const" \
+      "$c::SerializeWithCachedSizes($p::io::CodedOutputStream*) const" \
+      "$c::SerializeWithCachedSizesToArray(unsigned char*) const" \
+      "$c::MergeFrom($p::Message const&)" "$c::MergeFrom($c const&)" \
+      "$c::CopyFrom($p::Message const&)" "$c::CopyFrom($c const&)" "$c::IsInitialized() const"
+  done
+  # x_bin in CameraIntrinsics: CameraIntrinsics::kXBinFieldNumber
+  awk -v namespace="$z" '
+    $1 == "message" { class = $2 }
+    $1 ~ /^(optional|required|repeated)$/ {
+      name = ""
+      count = split($3, words, "_")
+      for (i = 1; i <= count; ++i) name = name toupper(substr(words[i], 1, 1)) substr(words[i], 2)
+      print namespace "::" class "::k" name "FieldNumber"
+    }' "$1"
+}
+
+case $check in
+  exports)
+    expected=$(expected_exports "$3" | LC_ALL=C sort)
+    # 21 messages of 33 symbols, 111 constants, 4 of the file.
+    (($(wc -l <<<"$expected") == 21 * 33 + 111 + 4)) || fail "cannot make sense of the schema $3"
+    actual=$(nm -D --defined-only -C "$library" | cut -d' ' -f3- | LC_ALL=C sort)
+    missing=$(LC_ALL=C comm -23 <(echo "$expected") <(echo "$actual"))
+    extra=$(LC_ALL=C comm -13 <(echo "$expected") <(echo "$actual"))
+    [[ -z $missing && -z $extra ]] ||
+      fail "$library exports other symbols than it should"$'\n'"missing:"$'\n'"$missing"$'\n'"extra:"$'\n'"$extra"
+    ;;
+
+  needed)
+    needed=$(readelf -dW "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
+    [[ $needed == *libprotobuf.so* ]] || fail "$library does not need libprotobuf: $needed"
+    for name in $needed; do
+      [[ $name =~ ^(libprotobuf|libstdc\+\+|libm|libgcc_s|libc|ld-linux-x86-64)\.so ]] ||
+        fail "$library needs $name, which is neither the protobuf nor the C++ run-time"
+    done
+    ;;
+
+  initializers)
+    # The C run-time brings one entry (frame_dummy); each source that has work to do brings one.
+    size=$(readelf -SW "$library" | sed -n 's/.* \.init_array  *INIT_ARRAY  *[^ ]* [^ ]* \([^ ]*\) .*/\1/p')
+    [[ -n $size ]] && ((16#$size == 2 * 8)) ||
+      fail "$library: .init_array has ${size:-no} (hexadecimal) bytes, expected 10: two addresses"
+    warnings=$(clang++ -std=c++17 -fsyntax-only -Wglobal-constructors -Wexit-time-destructors \
+      -I "$3" ${4:+-isystem "$4"} "$3/calibration_common/calibration.pb.cc" 2>&1)
+    objects=$(grep -A1 ': warning: ' <<<"$warnings" || true)
+    if (($(grep -c ': warning: ' <<<"$warnings") != 1)) ||
+      [[ $objects != *"requires a global constructor"*\
+static_descriptor_initializer_calibration_5fcommon_2fcalibration_2eproto_* ]]; then
+      fail "the only object that is constructed at load must be static_descriptor_initializer_..."$'\n'"$warnings"
+    fi
+    ;;
+
+  *) fail "unknown check '$check'" ;;
+esac

@@ -1,0 +1,394 @@
+// Broken input is refused through every entrance, and nothing else is.
+//
+// Two sources of input: every prefix of valid records, and a catalogue of malformed pieces put at
+// every place where they can stand. The judge is the strict reader.
+#include <google/protobuf/descriptor.h>
+#include <google/protobuf/message.h>
+#include <google/protobuf/stubs/common.h>
+#include <google/protobuf/stubs/logging.h>
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <memory>
+#include <random>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "calibration_common/calibration.pb.h"
+#include "tests/robustness/agreement.h"
+#include "tests/support/class_calls.h"
+#include "tests/support/entrances.h"
+#include "tests/support/occurrences.h"
+#include "tests/support/random_record.h"
+#include "tests/support/records.h"
+#include "tests/support/schema_table.h"
+#include "tests/support/strict_reader.h"
+#include "tests/support/wire_writer.h"
+
+namespace zarvo {
+namespace calibration {
+namespace testing {
+namespace {
+
+using ::google::protobuf::FieldDescriptor;
+using ::google::protobuf::Message;
+using ::google::protobuf::Reflection;
+
+std::string Tag(int number, WireType type) { return WireWriter().Tag(number, type).bytes(); }
+
+std::string Nested(int number, const std::string& contents) {
+  return WireWriter().Tag(number, kLengthDelimited).LengthDelimited(contents).bytes();
+}
+
+// Once for each message of the schema.
+class TruncationTest : public ::testing::TestWithParam<const char*> {
+ protected:
+  TruncationTest()
+      : message_(FindMessage(GetParam())),
+        on_class_(ConcreteEntrances(GetParam())),
+        on_message_(GenericEntrances()) {}
+
+  // Large inputs go through a share of the entrances each, so that all entrances take their turn.
+  enum Entrances { kEvery, kInTurn };
+
+  // False at the first disagreement.
+  bool AllAgree(const std::string& bytes, Entrances entrances = kEvery) const {
+    ++inputs_;
+    const Input input(message_.name, bytes);
+    accepted_ += input.verdict.accepted;
+    const size_t step = entrances == kEvery ? 1 : 9;
+    for (size_t i = static_cast<size_t>(inputs_) % step; i < on_class_.size(); i += step) {
+      const ::testing::AssertionResult on_class = Agrees(input, on_class_[i], Call::kOnClass);
+      const ::testing::AssertionResult on_message = Agrees(input, on_message_[i], Call::kOnMessage);
+      EXPECT_TRUE(on_class);
+      EXPECT_TRUE(on_message);
+      if (!on_class || !on_message) return false;
+    }
+    return true;
+  }
+
+  // All of them are malformed.
+  void ExpectRefused(const std::vector<std::string>& catalogue, Entrances entrances) const {
+    const int accepted_before = accepted_;
+    for (const std::string& bytes : catalogue) {
+      if (!AllAgree(bytes, entrances)) return;
+      ASSERT_EQ(accepted_, accepted_before) << "taken for valid: " << Hex(bytes);
+    }
+  }
+
+  void ExpectPrefixesAgree(const std::string& bytes, Entrances entrances) const {
+    ASSERT_TRUE(Judge(message_.name, bytes)) << Judge(message_.name, bytes);
+    for (size_t size = 0; size <= bytes.size(); ++size) {
+      SCOPED_TRACE("prefix of " + std::to_string(size));
+      if (!AllAgree(bytes.substr(0, size), entrances)) return;
+    }
+  }
+
+  const MessageRow& message_;
+  const std::vector<Entrance> on_class_;
+  const std::vector<Entrance> on_message_;
+  mutable int inputs_ = 0;
+  mutable int accepted_ = 0;
+
+ private:
+  ::google::protobuf::LogSilencer no_remarks_on_missing_fields_;
+};
+
+std::vector<const char*> MessageNames() {
+  std::vector<const char*> names;
+  for (const MessageRow& message : Schema()) names.push_back(message.name);
+  return names;
+}
+
+INSTANTIATE_TEST_SUITE_P(AllRecords, TruncationTest, ::testing::ValuesIn(MessageNames()),
+                         [](const ::testing::TestParamInfo<const char*>& info) {
+                           return std::string(info.param);
+                         });
+
+// --- Prefixes ------------------------------------------------------------------------------------
+
+// How many values the outermost message holds.
+int ValuesOf(const Message& record) {
+  std::vector<const FieldDescriptor*> fields;
+  const Reflection* reflection = record.GetReflection();
+  reflection->ListFields(record, &fields);
+  int values = 0;
+  for (const FieldDescriptor* f : fields) {
+    values += f->is_repeated() ? reflection->FieldSize(record, f) : 1;
+  }
+  return values;
+}
+
+// Leaves each repeated field, in all the tree, one element.
+void KeepFirstElements(Message* record) {
+  const Reflection* reflection = record->GetReflection();
+  std::vector<const FieldDescriptor*> fields;
+  reflection->ListFields(*record, &fields);
+  for (const FieldDescriptor* f : fields) {
+    while (f->is_repeated() && reflection->FieldSize(*record, f) > 1) {
+      reflection->RemoveLast(record, f);
+    }
+    if (f->cpp_type() != FieldDescriptor::CPPTYPE_MESSAGE) continue;
+    KeepFirstElements(f->is_repeated() ? reflection->MutableRepeatedMessage(record, f, 0)
+                                       : reflection->MutableMessage(record, f));
+  }
+}
+
+// A prefix that is a record ends behind a value of the outermost message, or is empty.
+TEST_P(TruncationTest, EveryPrefixOfARecordWithEveryField) {
+  const std::unique_ptr<Message> record = FullRecord(message_.name);
+  KeepFirstElements(record.get());
+  ExpectPrefixesAgree(record->SerializeAsString(), kEvery);
+  EXPECT_EQ(accepted_, 1 + ValuesOf(*record));
+}
+
+TEST_P(TruncationTest, EveryPrefixOfARecordWithSeveralElements) {
+  const std::unique_ptr<Message> record = FullRecord(message_.name);
+  ExpectPrefixesAgree(record->SerializeAsString(), kInTurn);
+  EXPECT_EQ(accepted_, 1 + ValuesOf(*record));
+}
+
+// With packed runs, values mistyped and unknown fields of every kind at every level.
+TEST_P(TruncationTest, EveryPrefixOfMixedRecords) {
+  for (uint32_t seed = 1; seed <= 4; ++seed) {
+    SCOPED_TRACE("seed " + std::to_string(seed));
+    std::mt19937 random(seed);
+    std::string bytes;
+    while (bytes.size() < 80 || bytes.size() > 200) {
+      bytes = BytesOf(RandomOccurrences(&random, message_, 10));
+    }
+    ExpectPrefixesAgree(bytes, seed == 1 ? kEvery : kInTurn);
+  }
+}
+
+// --- Malformed pieces ----------------------------------------------------------------------------
+
+// Unknown fields, for something to follow: bytes that a length which runs too far would reach.
+std::string Filler() {
+  std::string filler;
+  for (int i = 0; i < 50; ++i) filler += WireWriter().Tag(100, kVarint).Varint(1).bytes();
+  return filler;
+}
+
+// A way from a message down to itself (no numbers) or to a message nested in it.
+struct Path {
+  std::vector<int> numbers;
+  const MessageRow* message;
+
+  // The encoding of the outermost message, with `contents` in the innermost.
+  std::string Wrap(std::string contents) const {
+    for (size_t i = numbers.size(); i > 0; --i) contents = Nested(numbers[i - 1], contents);
+    return contents;
+  }
+};
+
+void AddPaths(const Path& start, std::vector<Path>* paths) {
+  paths->push_back(start);
+  for (const FieldRow& field : *start.message) {
+    if (field.kind != Kind::kMessage) continue;
+    Path longer = start;
+    longer.numbers.push_back(field.number);
+    longer.message = &FindMessage(field.message_type);
+    AddPaths(longer, paths);
+  }
+}
+
+std::vector<Path> PathsFrom(const MessageRow& message) {
+  std::vector<Path> paths;
+  AddPaths({{}, &message}, &paths);
+  return paths;
+}
+
+// Lengths that `rest` bytes do not satisfy: too long by a little and by a lot, and such as come to
+// something small where they are cut to 32 bits or taken for signed.
+std::vector<uint64_t> WrongLengths(uint64_t rest) {
+  const uint64_t two_to_32 = 1ull << 32;
+  return {rest + 1,
+          rest + 16,
+          rest + 100,
+          (1ull << 31) - 1,
+          1ull << 31,
+          two_to_32 - 1,
+          two_to_32,
+          two_to_32 + rest,
+          two_to_32 + 1,
+          1ull << 35,
+          (1ull << 63) - 1,
+          1ull << 63,
+          (1ull << 63) + rest,
+          ~0ull};
+}
+
+// Every length-delimited value that can stand in the message: its tag and what its length covers.
+// Contents end at a field boundary, so that nothing but the length is wrong.
+std::vector<std::pair<std::string, std::string>> LengthDelimitedValues(const MessageRow& message) {
+  std::vector<std::pair<std::string, std::string>> values = {
+      {Tag(100, kLengthDelimited), "16 unknown bytes"}};
+  for (const FieldRow& field : message) {
+    // A string, a sub-message, a packed run, or a number mistyped.
+    values.push_back(
+        {Tag(field.number, kLengthDelimited),
+         field.kind == Kind::kMessage
+             ? BoundaryOccurrences(FindMessage(field.message_type).fields[0])[1].bytes()
+             : "16 bytes of text"});
+  }
+  return values;
+}
+
+TEST_P(TruncationTest, ALengthThatRunsPastTheEnd) {
+  std::vector<std::string> catalogue;
+  for (const auto& value : LengthDelimitedValues(message_)) {
+    for (const std::string& contents : {std::string(), value.second}) {
+      for (const uint64_t length : WrongLengths(contents.size())) {
+        const std::string piece = value.first + WireWriter().Varint(length).Raw(contents).bytes();
+        catalogue.push_back(piece);
+        catalogue.push_back(Tag(100, kStartGroup) + piece + Tag(100, kEndGroup));
+      }
+    }
+  }
+  ExpectRefused(catalogue, kEvery);
+}
+
+TEST_P(TruncationTest, ALengthThatRunsPastItsEnclosingMessage) {
+  std::vector<std::string> catalogue;
+  for (const Path& path : PathsFrom(message_)) {
+    if (path.numbers.empty()) continue;
+    for (const auto& value : LengthDelimitedValues(*path.message)) {
+      const size_t size = value.second.size();
+      for (const uint64_t length : {size + 1, size + 16, size + 100, (size_t{1} << 32) + size}) {
+        const std::string piece =
+            value.first + WireWriter().Varint(length).Raw(value.second).bytes();
+        catalogue.push_back(path.Wrap(piece) + Filler());
+      }
+    }
+  }
+  ExpectRefused(catalogue, kInTurn);
+}
+
+// Pieces that are malformed wherever they stand in the message.
+std::vector<std::string> MalformedPieces(const MessageRow& message) {
+  const std::string long_varint = std::string(10, '\x80') + '\x01';
+  std::vector<std::string> pieces;
+  // Field number 0.
+  for (const std::string& zero :
+       {std::string("\0", 1), std::string("\x80\0", 2), std::string("\x80\x80\x80\x80\0", 5)}) {
+    pieces.push_back(zero);
+    pieces.push_back(zero + '\x01');
+  }
+  pieces.push_back(std::string("\x01\0\0\0\0\0\0\0\0", 9));
+  pieces.push_back(std::string("\x02\x01\0", 3));
+  pieces.push_back("\x03\x04");
+  pieces.push_back("\x04");
+  pieces.push_back(std::string("\x05\0\0\0\0", 5));
+  // More bytes than a varint can have: as a tag, a value, a length.
+  pieces.push_back(long_varint + '\x01');
+  pieces.push_back(Tag(100, kVarint) + long_varint);
+  pieces.push_back(Tag(100, kLengthDelimited) + long_varint + "text");
+  // Groups: not closed, closed as another.
+  pieces.push_back(Tag(100, kStartGroup));
+  pieces.push_back(Tag(100, kStartGroup) + Tag(1, kVarint) + '\x05');
+  pieces.push_back(Tag(100, kStartGroup) + Tag(101, kEndGroup));
+  pieces.push_back(Tag(100, kStartGroup) + std::string("\0", 1) + Tag(100, kEndGroup));
+  pieces.push_back(Tag(100, kStartGroup) + '\x04');
+  pieces.push_back(Tag(100, kStartGroup) + Tag(1, kStartGroup) + Tag(100, kEndGroup) +
+                   Tag(1, kEndGroup));
+  std::vector<int> numbers = {100, (1 << 29) - 1};
+  for (const FieldRow& field : message) {
+    const int number = field.number;
+    numbers.push_back(number);
+    const std::string tag = Tag(number, WireTypeOf(field.kind));
+    if (WireTypeOf(field.kind) == kVarint) pieces.push_back(tag + long_varint);
+    if (WireTypeOf(field.kind) == kLengthDelimited) pieces.push_back(tag + long_varint + "text");
+    if (!field.repeated() || field.kind == Kind::kMessage) continue;
+    const size_t width = WireTypeOf(field.kind) == kFixed64 ? 8 : 4;
+    for (const size_t size : {size_t{1}, width - 1, width + 1, 2 * width - 1, 2 * width + 2}) {
+      pieces.push_back(Nested(number, std::string(size, '\x3F')));
+    }
+    pieces.push_back(Tag(number, kLengthDelimited) + long_varint + "text");
+  }
+  for (const int number : numbers) {
+    pieces.push_back(Tag(number, static_cast<WireType>(6)));
+    pieces.push_back(Tag(number, static_cast<WireType>(7)) + '\x01');
+    pieces.push_back(Tag(number, kEndGroup));
+    // A tag with nothing behind it.
+    for (const WireType type : {kVarint, kFixed64, kLengthDelimited, kStartGroup, kFixed32}) {
+      pieces.push_back(Tag(number, type));
+    }
+  }
+  return pieces;
+}
+
+TEST_P(TruncationTest, MalformedPieces) {
+  const std::string known = BytesOf({BoundaryOccurrences(message_.fields[0])[1]});
+  std::vector<std::string> catalogue;
+  for (const std::string& piece : MalformedPieces(message_)) {
+    catalogue.push_back(piece);
+    catalogue.push_back(known + piece);
+  }
+  ExpectRefused(catalogue, kEvery);
+}
+
+TEST_P(TruncationTest, MalformedPiecesInSubMessages) {
+  std::vector<std::string> catalogue;
+  for (const Path& path : PathsFrom(message_)) {
+    if (path.numbers.empty()) continue;
+    for (const std::string& piece : MalformedPieces(*path.message)) {
+      catalogue.push_back(path.Wrap(piece) + Filler());
+    }
+  }
+  ExpectRefused(catalogue, kInTurn);
+}
+
+// --- Numbers longer than need be -----------------------------------------------------------------
+
+// Not malformed: the run-time reads them as their value.
+TEST_P(TruncationTest, TagsAndLengthsLongerThanNeedBe) {
+  std::vector<std::string> inputs;
+  for (int length = 2; length <= 11; ++length) {
+    for (const FieldRow& field : message_) {
+      const Occurrence plain = BoundaryOccurrences(field)[1];
+      const std::string tag = WireWriter().OverlongVarint(TagOf(field), length).bytes();
+      inputs.push_back(tag + plain.value);
+      inputs.push_back(plain.bytes() + tag + plain.value);
+    }
+    for (const auto& value : LengthDelimitedValues(message_)) {
+      const std::string& contents = value.second;
+      inputs.push_back(value.first +
+                       WireWriter().OverlongVarint(contents.size(), length).Raw(contents).bytes());
+    }
+    inputs.push_back(WireWriter().OverlongVarint(100 << 3 | kStartGroup, length).bytes() +
+                     WireWriter().OverlongVarint(100 << 3 | kEndGroup, length).bytes());
+    inputs.push_back(Tag(100, kVarint) + WireWriter().OverlongVarint(5, length).bytes());
+  }
+  for (const std::string& bytes : inputs) {
+    if (!AllAgree(bytes)) return;
+  }
+  EXPECT_EQ(10 * (inputs_ - accepted_), inputs_) << "only those of eleven bytes are malformed";
+}
+
+// --- The two that started it ---------------------------------------------------------------------
+
+TEST(Truncation, ATagWithNothingBehindItIsNoRecord) {
+  RobotCalibration record;
+  EXPECT_FALSE(record.ParseFromString("\x0A"));
+  Message& message = record;
+  EXPECT_FALSE(message.ParseFromString("\x0A"));
+}
+
+TEST(Truncation, ASubMessageCutAtAFieldBoundaryIsNoRecord) {
+  // A camera of 8 bytes, of which the first field's 4 are there.
+  const std::string camera = "\x0A\x08\x2A\x02on";
+  RobotCalibration record;
+  EXPECT_FALSE(record.ParseFromString(camera));
+  EXPECT_TRUE(record.ParseFromString(camera + "\x32\x02on"));
+  // Its enclosing message ends there, the input does not.
+  PTZSystemCalibration outer;
+  EXPECT_FALSE(outer.ParseFromString("\x1A\x06" + camera + "\xA0\x06\x01\x18"));
+  EXPECT_TRUE(outer.ParseFromString("\x1A\x0A" + camera + "\x32\x02on"));
+}
+
+}  // namespace
+}  // namespace testing
+}  // namespace calibration
+}  // namespace zarvo
