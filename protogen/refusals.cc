@@ -18,11 +18,11 @@ using google::protobuf::FileDescriptor;
 using google::protobuf::FileDescriptorProto;
 using google::protobuf::SourceLocation;
 
-// Whether the schema gives the field a JSON name of its own. Early run-times of the 3.0 series know
-// no such thing.
+// Whether the schema gives the field a JSON name that is not the one it would have anyway. The
+// earliest run-times of the 3.0 series know no such thing.
 template <typename T>
-auto HasJsonName(const T& field, int) -> decltype(field.has_json_name()) {
-  return field.has_json_name();
+auto HasJsonName(const T& field, int) -> decltype(!field.json_name().empty()) {
+  return field.json_name() != field.camelcase_name();
 }
 template <typename T>
 bool HasJsonName(const T&, long) {

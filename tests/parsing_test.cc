@@ -510,46 +510,59 @@ TEST_P(ParsingTest, ALimitEndsTheMessage) {
 
 // --- Failure -------------------------------------------------------------------------------------
 
+// Reads `before` and then `cut`, an occurrence of the field of which only `size` bytes of the value
+// are there.
+void ExpectTruncationSpares(const MessageRow& message, const FieldRow& field,
+                            const Occurrences& before, const Occurrence& cut, size_t size) {
+  const std::string bytes = BytesOf(before) + cut.tag + cut.value.substr(0, size);
+  for (const int block : {0, 1, 3}) {
+    const std::unique_ptr<Message> expected = NewRecord(message.name);
+    Apply(before, expected.get());
+    const std::unique_ptr<Message> record = NewRecord(message.name);
+    EXPECT_FALSE(MergeOnClass(record.get(), bytes, block));
+    const Reflection* reflection = record->GetReflection();
+    const FieldDescriptor* f = DescriptorOf(*record, field);
+    if (field.kind == Kind::kMessage && field.repeated()) {
+      // The element whose reading failed stays.
+      ASSERT_EQ(reflection->FieldSize(*record, f), reflection->FieldSize(*expected, f) + 1);
+      reflection->RemoveLast(record.get(), f);
+    } else if (field.kind == Kind::kMessage || IsText(field)) {
+      EXPECT_TRUE(HasBit(*record, field)) << "presence is set before the read";
+      EXPECT_TRUE(reflection->HasField(*record, f));
+      reflection->ClearField(record.get(), f);
+      reflection->ClearField(expected.get(), f);
+    } else if (field.repeated()) {
+      // Elements of a packed run may have been appended.
+      while (reflection->FieldSize(*record, f) > reflection->FieldSize(*expected, f)) {
+        ASSERT_GT(cut.value.size(), 8u) << "a single element is appended when it is complete";
+        reflection->RemoveLast(record.get(), f);
+      }
+    }
+    EXPECT_TRUE(EqualByReflection(*expected, *record));
+  }
+}
+
 TEST_P(ParsingTest, ATruncatedFieldLeavesWhatWasReadBefore) {
-  const FieldRow& companion = message().fields[message().field_count - 1];
-  for (const FieldRow& field : message()) {
-    Occurrences candidates = {SomeOccurrence(field)};
-    if (IsRepeatedNumber(field)) candidates.push_back(PackedOccurrence(field, {7, 8, 9}));
+  const FieldRow* previous = nullptr;
+  for (const FieldRow* field : WireOrder(message())) {
+    Occurrences candidates = {SomeOccurrence(*field)};
+    if (IsRepeatedNumber(*field)) candidates.push_back(PackedOccurrence(*field, {7, 8, 9}));
+    // The field set before or not; its tag read as such, or guessed behind the previous field.
+    std::vector<Occurrences> befores = {{}, {OtherOccurrence(*field)}};
+    if (previous != nullptr) {
+      befores.push_back({SomeOccurrence(*previous)});
+      befores.push_back({OtherOccurrence(*field), SomeOccurrence(*previous)});
+    }
     for (const Occurrence& cut : candidates) {
-      const bool packed = cut.tag != candidates[0].tag;
-      for (const bool set_before : {false, true}) {
-        Occurrences before = {SomeOccurrence(companion)};
-        if (set_before) before.push_back(OtherOccurrence(field));
+      for (const Occurrences& before : befores) {
         for (size_t size = 0; size < cut.value.size(); ++size) {
-          SCOPED_TRACE(std::string(field.name) + ", value cut after " + std::to_string(size));
-          const std::string bytes = BytesOf(before) + cut.tag + cut.value.substr(0, size);
-          for (const int block : {0, 1, 3}) {
-            const std::unique_ptr<Message> expected = NewRecord(message().name);
-            Apply(before, expected.get());
-            const std::unique_ptr<Message> record = NewRecord(message().name);
-            EXPECT_FALSE(MergeOnClass(record.get(), bytes, block));
-            const Reflection* reflection = record->GetReflection();
-            const FieldDescriptor* f = DescriptorOf(*record, field);
-            if (field.kind == Kind::kMessage && field.repeated()) {
-              // The element whose reading failed stays.
-              ASSERT_EQ(reflection->FieldSize(*record, f), reflection->FieldSize(*expected, f) + 1);
-              reflection->RemoveLast(record.get(), f);
-            } else if (field.kind == Kind::kMessage || IsText(field)) {
-              EXPECT_TRUE(HasBit(*record, field)) << "presence is set before the read";
-              EXPECT_TRUE(reflection->HasField(*record, f));
-              reflection->ClearField(record.get(), f);
-              reflection->ClearField(expected.get(), f);
-            } else if (packed) {
-              // Elements of the run may have been appended.
-              while (reflection->FieldSize(*record, f) > reflection->FieldSize(*expected, f)) {
-                reflection->RemoveLast(record.get(), f);
-              }
-            }
-            EXPECT_TRUE(EqualByReflection(*expected, *record));
-          }
+          SCOPED_TRACE(std::string(field->name) + ", behind " + std::to_string(before.size()) +
+                       " others, cut after " + std::to_string(size));
+          ExpectTruncationSpares(message(), *field, before, cut, size);
         }
       }
     }
+    previous = field;
   }
 }
 

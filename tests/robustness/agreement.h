@@ -2,6 +2,7 @@
 #ifndef CALIBRATION_TESTS_ROBUSTNESS_AGREEMENT_H_
 #define CALIBRATION_TESTS_ROBUSTNESS_AGREEMENT_H_
 
+#include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
 #include <gtest/gtest.h>
 
@@ -10,7 +11,6 @@
 #include <string>
 
 #include "tests/support/entrances.h"
-#include "tests/support/records.h"
 #include "tests/support/strict_reader.h"
 
 namespace zarvo {
@@ -19,13 +19,18 @@ namespace testing {
 
 // The bytes, and what the strict reader says of them.
 struct Input {
-  Input(const std::string& message_name, const std::string& input_bytes)
-      : message(message_name), bytes(input_bytes), verdict(Judge(message, bytes)) {
+  // REQUIRES: both arguments outlive the input.
+  Input(const ::google::protobuf::Message& class_instance, const std::string& input_bytes)
+      : instance(class_instance),
+        message(instance.GetDescriptor()->name()),
+        bytes(input_bytes),
+        verdict(Judge(message, bytes)) {
     if (verdict.accepted) rewritten = Rewrite(message, bytes);
   }
 
-  std::string message;
-  std::string bytes;
+  const ::google::protobuf::Message& instance;  // of the class that is to read them
+  const std::string& message;
+  const std::string& bytes;
   Verdict verdict;
   std::string rewritten;
 };
@@ -56,7 +61,7 @@ enum class Call { kOnClass, kOnMessage };
 // The call takes the bytes exactly if they are a record, complete if it asks for that, and reads
 // from them what the strict reader does.
 inline ::testing::AssertionResult Agrees(const Input& input, const Entrance& entrance, Call call) {
-  const std::unique_ptr<::google::protobuf::Message> record = NewRecord(input.message);
+  const std::unique_ptr<::google::protobuf::Message> record(input.instance.New());
   const bool accepted = entrance.parse(record.get(), input.bytes);
   const auto disagreement = [&]() -> ::testing::AssertionResult {
     return ::testing::AssertionFailure()

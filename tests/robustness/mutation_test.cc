@@ -41,7 +41,8 @@ const Entrance& Find(const std::vector<Entrance>& table, const std::string& name
 class MutationTest : public ::testing::TestWithParam<const char*> {
  protected:
   MutationTest()
-      : on_class_(ConcreteEntrances(GetParam())),
+      : instance_(NewRecord(GetParam())),
+        on_class_(ConcreteEntrances(GetParam())),
         on_message_(GenericEntrances()),
         flat_on_class_(Find(on_class_, "ParsePartialFromArray")),
         flat_on_message_(Find(on_message_, "ParsePartialFromArray")),
@@ -50,7 +51,7 @@ class MutationTest : public ::testing::TestWithParam<const char*> {
 
   // False if a call disagrees with the strict reader.
   bool AllAgree(const std::string& bytes) {
-    const Input input(GetParam(), bytes);
+    const Input input(*instance_, bytes);
     ++(input.verdict.accepted ? accepted_ : refused_);
     return Check(Agrees(input, flat_on_class_, Call::kOnClass)) &&
            Check(Agrees(input, flat_on_message_, Call::kOnMessage)) &&
@@ -58,6 +59,7 @@ class MutationTest : public ::testing::TestWithParam<const char*> {
            Check(Agrees(input, blocks_on_message_, Call::kOnMessage));
   }
 
+  const std::unique_ptr<::google::protobuf::Message> instance_;
   const std::vector<Entrance> on_class_;
   const std::vector<Entrance> on_message_;
   const Entrance& flat_on_class_;
@@ -136,7 +138,7 @@ TEST_P(MutationTest, EveryInputOfUpToTwoBytes) {
     for (int value = 0; value < 1 << 8 * size; ++value) {
       std::string bytes;
       for (int i = 0; i < size; ++i) bytes.push_back(static_cast<char>(value >> 8 * i));
-      const Input input(GetParam(), bytes);
+      const Input input(*instance_, bytes);
       ++(input.verdict.accepted ? accepted : refused);
       ASSERT_TRUE(Agrees(input, flat_on_class_, Call::kOnClass));
     }

@@ -46,6 +46,7 @@ class TruncationTest : public ::testing::TestWithParam<const char*> {
  protected:
   TruncationTest()
       : message_(FindMessage(GetParam())),
+        instance_(NewRecord(GetParam())),
         on_class_(ConcreteEntrances(GetParam())),
         on_message_(GenericEntrances()) {}
 
@@ -55,7 +56,7 @@ class TruncationTest : public ::testing::TestWithParam<const char*> {
   // False at the first disagreement.
   bool AllAgree(const std::string& bytes, Entrances entrances = kEvery) const {
     ++inputs_;
-    const Input input(message_.name, bytes);
+    const Input input(*instance_, bytes);
     accepted_ += input.verdict.accepted;
     const size_t step = entrances == kEvery ? 1 : 9;
     for (size_t i = static_cast<size_t>(inputs_) % step; i < on_class_.size(); i += step) {
@@ -86,6 +87,7 @@ class TruncationTest : public ::testing::TestWithParam<const char*> {
   }
 
   const MessageRow& message_;
+  const std::unique_ptr<Message> instance_;
   const std::vector<Entrance> on_class_;
   const std::vector<Entrance> on_message_;
   mutable int inputs_ = 0;
@@ -303,7 +305,11 @@ std::vector<std::string> MalformedPieces(const MessageRow& message) {
     if (!field.repeated() || field.kind == Kind::kMessage) continue;
     const size_t width = WireTypeOf(field.kind) == kFixed64 ? 8 : 4;
     for (const size_t size : {size_t{1}, width - 1, width + 1, 2 * width - 1, 2 * width + 2}) {
-      pieces.push_back(Nested(number, std::string(size, '\x3F')));
+      const std::string run = Nested(number, std::string(size, '\x3F'));
+      pieces.push_back(run);
+      // With bytes behind it that are fields from wherever the reading goes on.
+      pieces.push_back(run + std::string(20, '\x78'));
+      pieces.push_back(run + std::string(21, '\x78'));
     }
     pieces.push_back(Tag(number, kLengthDelimited) + long_varint + "text");
   }
