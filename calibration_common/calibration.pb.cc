@@ -14,6 +14,7 @@
 #include <google/protobuf/wire_format.h>
 #include <google/protobuf/wire_format_lite.h>
 
+#include <memory>
 #include <string>
 #include <utility>
 
@@ -902,9 +903,9 @@ const ::google::protobuf::Descriptor* MarkerPositionInfo::descriptor() {
 MarkerPositionInfo* MarkerPositionInfo::New() const { return New(nullptr); }
 
 MarkerPositionInfo* MarkerPositionInfo::New(::google::protobuf::Arena* arena) const {
-  MarkerPositionInfo* message = new MarkerPositionInfo;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<MarkerPositionInfo> message(new MarkerPositionInfo);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int MarkerPositionInfo::GetCachedSize() const { return _cached_size_; }
@@ -1106,9 +1107,9 @@ const ::google::protobuf::Descriptor* MarkerPositionSet::descriptor() {
 MarkerPositionSet* MarkerPositionSet::New() const { return New(nullptr); }
 
 MarkerPositionSet* MarkerPositionSet::New(::google::protobuf::Arena* arena) const {
-  MarkerPositionSet* message = new MarkerPositionSet;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<MarkerPositionSet> message(new MarkerPositionSet);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int MarkerPositionSet::GetCachedSize() const { return _cached_size_; }
@@ -1245,7 +1246,7 @@ void MarkerPositionSet::MergeFrom(const ::google::protobuf::Message& from) {
 
 void MarkerPositionSet::MergeFrom(const MarkerPositionSet& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  pos_.MergeFrom(from.pos_);
+  runtime::MergeElements(from.pos_, &pos_);
   head_center_.MergeFrom(from.head_center_);
   nav_center_.MergeFrom(from.nav_center_);
   if (from._internal_metadata_.have_unknown_fields()) {
@@ -1319,9 +1320,9 @@ CameraIntrinsicsSamplePoints* CameraIntrinsicsSamplePoints::New() const { return
 
 CameraIntrinsicsSamplePoints* CameraIntrinsicsSamplePoints::New(
     ::google::protobuf::Arena* arena) const {
-  CameraIntrinsicsSamplePoints* message = new CameraIntrinsicsSamplePoints;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<CameraIntrinsicsSamplePoints> message(new CameraIntrinsicsSamplePoints);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int CameraIntrinsicsSamplePoints::GetCachedSize() const { return _cached_size_; }
@@ -1559,9 +1560,9 @@ const ::google::protobuf::Descriptor* CameraIntrinsics::descriptor() {
 CameraIntrinsics* CameraIntrinsics::New() const { return New(nullptr); }
 
 CameraIntrinsics* CameraIntrinsics::New(::google::protobuf::Arena* arena) const {
-  CameraIntrinsics* message = new CameraIntrinsics;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<CameraIntrinsics> message(new CameraIntrinsics);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int CameraIntrinsics::GetCachedSize() const { return _cached_size_; }
@@ -1961,7 +1962,7 @@ void CameraIntrinsics::MergeFrom(const CameraIntrinsics& from) {
   if (&from == this) MergeFromFail(__LINE__);
   k_.MergeFrom(from.k_);
   p_.MergeFrom(from.p_);
-  sample_points_.MergeFrom(from.sample_points_);
+  runtime::MergeElements(from.sample_points_, &sample_points_);
   if (from._has_bits_[0] & 0xFFu) {
     if (from.has_fx()) set_fx(from.fx());
     if (from.has_fy()) set_fy(from.fy());
@@ -2063,9 +2064,9 @@ const ::google::protobuf::Descriptor* CalibrationImage::descriptor() {
 CalibrationImage* CalibrationImage::New() const { return New(nullptr); }
 
 CalibrationImage* CalibrationImage::New(::google::protobuf::Arena* arena) const {
-  CalibrationImage* message = new CalibrationImage;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<CalibrationImage> message(new CalibrationImage);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int CalibrationImage::GetCachedSize() const { return _cached_size_; }
@@ -2303,9 +2304,9 @@ const ::google::protobuf::Descriptor* FocusInfoItem::descriptor() {
 FocusInfoItem* FocusInfoItem::New() const { return New(nullptr); }
 
 FocusInfoItem* FocusInfoItem::New(::google::protobuf::Arena* arena) const {
-  FocusInfoItem* message = new FocusInfoItem;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<FocusInfoItem> message(new FocusInfoItem);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int FocusInfoItem::GetCachedSize() const { return _cached_size_; }
@@ -2604,9 +2605,9 @@ const ::google::protobuf::Descriptor* FocusInfo::descriptor() {
 FocusInfo* FocusInfo::New() const { return New(nullptr); }
 
 FocusInfo* FocusInfo::New(::google::protobuf::Arena* arena) const {
-  FocusInfo* message = new FocusInfo;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<FocusInfo> message(new FocusInfo);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int FocusInfo::GetCachedSize() const { return _cached_size_; }
@@ -2697,7 +2698,7 @@ void FocusInfo::MergeFrom(const ::google::protobuf::Message& from) {
 
 void FocusInfo::MergeFrom(const FocusInfo& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  focus_.MergeFrom(from.focus_);
+  runtime::MergeElements(from.focus_, &focus_);
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
   }
@@ -2760,9 +2761,9 @@ const ::google::protobuf::Descriptor* CameraExtrinsics::descriptor() {
 CameraExtrinsics* CameraExtrinsics::New() const { return New(nullptr); }
 
 CameraExtrinsics* CameraExtrinsics::New(::google::protobuf::Arena* arena) const {
-  CameraExtrinsics* message = new CameraExtrinsics;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<CameraExtrinsics> message(new CameraExtrinsics);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int CameraExtrinsics::GetCachedSize() const { return _cached_size_; }
@@ -2951,9 +2952,9 @@ const ::google::protobuf::Descriptor* CameraCalibration::descriptor() {
 CameraCalibration* CameraCalibration::New() const { return New(nullptr); }
 
 CameraCalibration* CameraCalibration::New(::google::protobuf::Arena* arena) const {
-  CameraCalibration* message = new CameraCalibration;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<CameraCalibration> message(new CameraCalibration);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int CameraCalibration::GetCachedSize() const { return _cached_size_; }
@@ -3210,9 +3211,9 @@ const ::google::protobuf::Descriptor* RobotCalibration::descriptor() {
 RobotCalibration* RobotCalibration::New() const { return New(nullptr); }
 
 RobotCalibration* RobotCalibration::New(::google::protobuf::Arena* arena) const {
-  RobotCalibration* message = new RobotCalibration;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<RobotCalibration> message(new RobotCalibration);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int RobotCalibration::GetCachedSize() const { return _cached_size_; }
@@ -3303,7 +3304,7 @@ void RobotCalibration::MergeFrom(const ::google::protobuf::Message& from) {
 
 void RobotCalibration::MergeFrom(const RobotCalibration& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  camera_.MergeFrom(from.camera_);
+  runtime::MergeElements(from.camera_, &camera_);
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
   }
@@ -3381,9 +3382,9 @@ const ::google::protobuf::Descriptor* CalibrationMetadataProto::descriptor() {
 CalibrationMetadataProto* CalibrationMetadataProto::New() const { return New(nullptr); }
 
 CalibrationMetadataProto* CalibrationMetadataProto::New(::google::protobuf::Arena* arena) const {
-  CalibrationMetadataProto* message = new CalibrationMetadataProto;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<CalibrationMetadataProto> message(new CalibrationMetadataProto);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int CalibrationMetadataProto::GetCachedSize() const { return _cached_size_; }
@@ -3600,9 +3601,9 @@ const ::google::protobuf::Descriptor* GyroscopeCalibrationProto::descriptor() {
 GyroscopeCalibrationProto* GyroscopeCalibrationProto::New() const { return New(nullptr); }
 
 GyroscopeCalibrationProto* GyroscopeCalibrationProto::New(::google::protobuf::Arena* arena) const {
-  GyroscopeCalibrationProto* message = new GyroscopeCalibrationProto;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<GyroscopeCalibrationProto> message(new GyroscopeCalibrationProto);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int GyroscopeCalibrationProto::GetCachedSize() const { return _cached_size_; }
@@ -3787,9 +3788,9 @@ CameraCalibrationAdjustmentProto* CameraCalibrationAdjustmentProto::New() const 
 
 CameraCalibrationAdjustmentProto* CameraCalibrationAdjustmentProto::New(
     ::google::protobuf::Arena* arena) const {
-  CameraCalibrationAdjustmentProto* message = new CameraCalibrationAdjustmentProto;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<CameraCalibrationAdjustmentProto> message(new CameraCalibrationAdjustmentProto);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int CameraCalibrationAdjustmentProto::GetCachedSize() const { return _cached_size_; }
@@ -3979,9 +3980,9 @@ const ::google::protobuf::Descriptor* BaseCalibrationProto::descriptor() {
 BaseCalibrationProto* BaseCalibrationProto::New() const { return New(nullptr); }
 
 BaseCalibrationProto* BaseCalibrationProto::New(::google::protobuf::Arena* arena) const {
-  BaseCalibrationProto* message = new BaseCalibrationProto;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<BaseCalibrationProto> message(new BaseCalibrationProto);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int BaseCalibrationProto::GetCachedSize() const { return _cached_size_; }
@@ -4212,9 +4213,9 @@ const ::google::protobuf::Descriptor* FocusCheckProto::descriptor() {
 FocusCheckProto* FocusCheckProto::New() const { return New(nullptr); }
 
 FocusCheckProto* FocusCheckProto::New(::google::protobuf::Arena* arena) const {
-  FocusCheckProto* message = new FocusCheckProto;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<FocusCheckProto> message(new FocusCheckProto);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int FocusCheckProto::GetCachedSize() const { return _cached_size_; }
@@ -4443,9 +4444,9 @@ const ::google::protobuf::Descriptor* FocusCheckSetProto::descriptor() {
 FocusCheckSetProto* FocusCheckSetProto::New() const { return New(nullptr); }
 
 FocusCheckSetProto* FocusCheckSetProto::New(::google::protobuf::Arena* arena) const {
-  FocusCheckSetProto* message = new FocusCheckSetProto;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<FocusCheckSetProto> message(new FocusCheckSetProto);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int FocusCheckSetProto::GetCachedSize() const { return _cached_size_; }
@@ -4536,7 +4537,7 @@ void FocusCheckSetProto::MergeFrom(const ::google::protobuf::Message& from) {
 
 void FocusCheckSetProto::MergeFrom(const FocusCheckSetProto& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  spots_.MergeFrom(from.spots_);
+  runtime::MergeElements(from.spots_, &spots_);
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
   }
@@ -4616,9 +4617,9 @@ const ::google::protobuf::Descriptor* PTZIntrinsicsItem::descriptor() {
 PTZIntrinsicsItem* PTZIntrinsicsItem::New() const { return New(nullptr); }
 
 PTZIntrinsicsItem* PTZIntrinsicsItem::New(::google::protobuf::Arena* arena) const {
-  PTZIntrinsicsItem* message = new PTZIntrinsicsItem;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<PTZIntrinsicsItem> message(new PTZIntrinsicsItem);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int PTZIntrinsicsItem::GetCachedSize() const { return _cached_size_; }
@@ -4920,9 +4921,9 @@ const ::google::protobuf::Descriptor* PTZIntrinsics::descriptor() {
 PTZIntrinsics* PTZIntrinsics::New() const { return New(nullptr); }
 
 PTZIntrinsics* PTZIntrinsics::New(::google::protobuf::Arena* arena) const {
-  PTZIntrinsics* message = new PTZIntrinsics;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<PTZIntrinsics> message(new PTZIntrinsics);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int PTZIntrinsics::GetCachedSize() const { return _cached_size_; }
@@ -5139,7 +5140,7 @@ void PTZIntrinsics::MergeFrom(const ::google::protobuf::Message& from) {
 
 void PTZIntrinsics::MergeFrom(const PTZIntrinsics& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  samples_.MergeFrom(from.samples_);
+  runtime::MergeElements(from.samples_, &samples_);
   if (from._has_bits_[0] & 0xFFu) {
     if (from.has_zx()) set_zx(from.zx());
     if (from.has_zy()) set_zy(from.zy());
@@ -5257,9 +5258,9 @@ const ::google::protobuf::Descriptor* PanTiltSystemParameters::descriptor() {
 PanTiltSystemParameters* PanTiltSystemParameters::New() const { return New(nullptr); }
 
 PanTiltSystemParameters* PanTiltSystemParameters::New(::google::protobuf::Arena* arena) const {
-  PanTiltSystemParameters* message = new PanTiltSystemParameters;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<PanTiltSystemParameters> message(new PanTiltSystemParameters);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int PanTiltSystemParameters::GetCachedSize() const { return _cached_size_; }
@@ -5662,9 +5663,9 @@ const ::google::protobuf::Descriptor* PTZCameraParameters::descriptor() {
 PTZCameraParameters* PTZCameraParameters::New() const { return New(nullptr); }
 
 PTZCameraParameters* PTZCameraParameters::New(::google::protobuf::Arena* arena) const {
-  PTZCameraParameters* message = new PTZCameraParameters;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<PTZCameraParameters> message(new PTZCameraParameters);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int PTZCameraParameters::GetCachedSize() const { return _cached_size_; }
@@ -5851,9 +5852,9 @@ const ::google::protobuf::Descriptor* PTZSystemCalibration::descriptor() {
 PTZSystemCalibration* PTZSystemCalibration::New() const { return New(nullptr); }
 
 PTZSystemCalibration* PTZSystemCalibration::New(::google::protobuf::Arena* arena) const {
-  PTZSystemCalibration* message = new PTZSystemCalibration;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<PTZSystemCalibration> message(new PTZSystemCalibration);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int PTZSystemCalibration::GetCachedSize() const { return _cached_size_; }

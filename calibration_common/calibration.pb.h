@@ -2820,7 +2820,7 @@ inline void MarkerPositionInfo::clear_marker_id() {
 inline int MarkerPositionSet::pos_size() const { return pos_.size(); }
 inline const MarkerPositionInfo& MarkerPositionSet::pos(int index) const { return pos_.Get(index); }
 inline MarkerPositionInfo* MarkerPositionSet::mutable_pos(int index) { return pos_.Mutable(index); }
-inline MarkerPositionInfo* MarkerPositionSet::add_pos() { return pos_.Add(); }
+inline MarkerPositionInfo* MarkerPositionSet::add_pos() { return runtime::AddElement(&pos_); }
 inline const ::google::protobuf::RepeatedPtrField<MarkerPositionInfo>& MarkerPositionSet::pos(
     ) const {
   return pos_;
@@ -3149,7 +3149,7 @@ inline CameraIntrinsicsSamplePoints* CameraIntrinsics::mutable_sample_points(int
   return sample_points_.Mutable(index);
 }
 inline CameraIntrinsicsSamplePoints* CameraIntrinsics::add_sample_points() {
-  return sample_points_.Add();
+  return runtime::AddElement(&sample_points_);
 }
 inline const ::google::protobuf::RepeatedPtrField<CameraIntrinsicsSamplePoints>&
     CameraIntrinsics::sample_points() const {
@@ -3452,7 +3452,7 @@ inline void FocusInfoItem::clear_valid_max() {
 inline int FocusInfo::focus_size() const { return focus_.size(); }
 inline const FocusInfoItem& FocusInfo::focus(int index) const { return focus_.Get(index); }
 inline FocusInfoItem* FocusInfo::mutable_focus(int index) { return focus_.Mutable(index); }
-inline FocusInfoItem* FocusInfo::add_focus() { return focus_.Add(); }
+inline FocusInfoItem* FocusInfo::add_focus() { return runtime::AddElement(&focus_); }
 inline const ::google::protobuf::RepeatedPtrField<FocusInfoItem>& FocusInfo::focus() const {
   return focus_;
 }
@@ -3714,7 +3714,7 @@ inline const CameraCalibration& RobotCalibration::camera(int index) const {
 inline CameraCalibration* RobotCalibration::mutable_camera(int index) {
   return camera_.Mutable(index);
 }
-inline CameraCalibration* RobotCalibration::add_camera() { return camera_.Add(); }
+inline CameraCalibration* RobotCalibration::add_camera() { return runtime::AddElement(&camera_); }
 inline const ::google::protobuf::RepeatedPtrField<CameraCalibration>& RobotCalibration::camera(
     ) const {
   return camera_;
@@ -4167,7 +4167,7 @@ inline const FocusCheckProto& FocusCheckSetProto::spots(int index) const {
 inline FocusCheckProto* FocusCheckSetProto::mutable_spots(int index) {
   return spots_.Mutable(index);
 }
-inline FocusCheckProto* FocusCheckSetProto::add_spots() { return spots_.Add(); }
+inline FocusCheckProto* FocusCheckSetProto::add_spots() { return runtime::AddElement(&spots_); }
 inline const ::google::protobuf::RepeatedPtrField<FocusCheckProto>& FocusCheckSetProto::spots(
     ) const {
   return spots_;
@@ -4371,7 +4371,7 @@ inline const PTZIntrinsicsItem& PTZIntrinsics::samples(int index) const {
 inline PTZIntrinsicsItem* PTZIntrinsics::mutable_samples(int index) {
   return samples_.Mutable(index);
 }
-inline PTZIntrinsicsItem* PTZIntrinsics::add_samples() { return samples_.Add(); }
+inline PTZIntrinsicsItem* PTZIntrinsics::add_samples() { return runtime::AddElement(&samples_); }
 inline const ::google::protobuf::RepeatedPtrField<PTZIntrinsicsItem>& PTZIntrinsics::samples(
     ) const {
   return samples_;

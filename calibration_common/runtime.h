@@ -17,6 +17,7 @@
 #ifndef CALIBRATION_COMMON_RUNTIME_H_
 #define CALIBRATION_COMMON_RUNTIME_H_
 
+#include <google/protobuf/repeated_field.h>
 #include <google/protobuf/stubs/common.h>
 
 // Marks what the library exports, and what of an exported class it does not.
@@ -36,6 +37,34 @@ struct MessageLayout {
   int metadata_offset;
   int object_size;
 };
+
+}  // namespace runtime
+}  // namespace calibration
+}  // namespace zarvo
+
+namespace zarvo {
+namespace calibration {
+namespace runtime {
+
+// Appends an element, a cleared one if there is any. Unlike the container's own Add(), makes room
+// and then makes the element before it touches the container, so that a failed allocation loses
+// nothing.
+template <typename T>
+T* AddElement(::google::protobuf::RepeatedPtrField<T>* elements) {
+  if (elements->ClearedCount() > 0) return elements->Add();
+  elements->Reserve(elements->size() + 1);
+  T* element = new T;
+  elements->AddAllocated(element);
+  return element;
+}
+
+// Appends a copy of each element of `from`.
+template <typename T>
+void MergeElements(const ::google::protobuf::RepeatedPtrField<T>& from,
+                   ::google::protobuf::RepeatedPtrField<T>* to) {
+  to->Reserve(to->size() + from.size());
+  for (int i = 0; i < from.size(); ++i) AddElement(to)->MergeFrom(from.Get(i));
+}
 
 }  // namespace runtime
 }  // namespace calibration

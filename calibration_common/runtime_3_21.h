@@ -531,13 +531,11 @@ class Once {
 
 // Ties one schema file's classes to the run-time's descriptors and reflection. This run-time builds
 // the reflection objects itself, from a DescriptorTable, and may do so behind our back when its
-// message factory is asked first; so the table must be complete once the file is loaded.
+// message factory is asked first; so the table must be complete once the file is loaded. Has
+// no constructor: REQUIRES static storage, which is zero from the start.
 template <int kMessageCount, int kFieldCount>
 class FileReflection {
  public:
-  constexpr FileReflection()
-      : table_(), once_(), schemas_(), offsets_(), default_instances_(), metadata_() {}
-
   // The type-registration callback of the 3.0 series is not needed: the factory reads the types
   // from the table.
   void Register(const char* file_name, void (* /* register_types */)(const ::std::string&),
@@ -589,12 +587,15 @@ class FileReflection {
 
  private:
   ::google::protobuf::internal::DescriptorTable table_;
-  ::google::protobuf::internal::once_flag once_;
   ::google::protobuf::internal::MigrationSchema schemas_[kMessageCount];
   uint32 offsets_[6 * kMessageCount + 2 * kFieldCount];
   const Message* default_instances_[kMessageCount];
   ::google::protobuf::Metadata metadata_[kMessageCount];
+  static ::google::protobuf::internal::once_flag once_;
 };
+
+template <int kMessageCount, int kFieldCount>
+::google::protobuf::internal::once_flag FileReflection<kMessageCount, kFieldCount>::once_;
 
 // Not the run-time's WriteMessageMaybeToArray, which would come back through _InternalSerialize.
 template <typename T>

@@ -22,6 +22,7 @@ const char kSourceTop[] = R"(
 #include <google/protobuf/wire_format.h>
 #include <google/protobuf/wire_format_lite.h>
 
+#include <memory>
 #include <string>
 #include <utility>
 

@@ -101,9 +101,9 @@ const ::google::protobuf::Descriptor* $class$::descriptor() {
 $class$* $class$::New() const { return New(nullptr); }
 
 $class$* $class$::New(::google::protobuf::Arena* arena) const {
-  $class$* message = new $class$;
-  if (arena != nullptr) arena->Own(message);
-  return message;
+  std::unique_ptr<$class$> message(new $class$);
+  if (arena != nullptr) arena->Own(message.get());
+  return message.release();
 }
 
 int $class$::GetCachedSize() const { return _cached_size_; }

@@ -18,14 +18,18 @@ using google::protobuf::FileDescriptor;
 using google::protobuf::FileDescriptorProto;
 using google::protobuf::SourceLocation;
 
-// Whether the schema gives the field a JSON name that is not the one it would have anyway. The
-// earliest run-times of the 3.0 series know no such thing.
+// Whether the schema gives the field a JSON name of its own. Later run-times of the 3.0 series only
+// tell the name, the earliest know no such thing.
 template <typename T>
-auto HasJsonName(const T& field, int) -> decltype(!field.json_name().empty()) {
+auto HasJsonName(const T& field, int) -> decltype(field.has_json_name()) {
+  return field.has_json_name();
+}
+template <typename T>
+auto HasJsonName(const T& field, long) -> decltype(!field.json_name().empty()) {
   return field.json_name() != field.camelcase_name();
 }
 template <typename T>
-bool HasJsonName(const T&, long) {
+bool HasJsonName(const T&, ...) {
   return false;
 }
 

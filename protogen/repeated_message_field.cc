@@ -24,7 +24,7 @@ void clear_$name$();
 inline int $class$::$name$_size() const { return $name$_.size(); }
 inline const $type$& $class$::$name$(int index) const { return $name$_.Get(index); }
 inline $type$* $class$::mutable_$name$(int index) { return $name$_.Mutable(index); }
-inline $type$* $class$::add_$name$() { return $name$_.Add(); }
+inline $type$* $class$::add_$name$() { return runtime::AddElement(&$name$_); }
 inline const ::google::protobuf::RepeatedPtrField<$type$>& $class$::$name$() const {
   return $name$_;
 }
@@ -57,7 +57,7 @@ total_size += $tag_size$ * static_cast<uint32>($name$_size());
 for (int i = 0, n = $name$_size(); i < n; ++i) total_size += wire::MessageSize(&$name$(i));
 )",
                   variables);
-  out.merge = Fill("$name$_.MergeFrom(from.$name$_);\n", variables);
+  out.merge = Fill("runtime::MergeElements(from.$name$_, &$name$_);\n", variables);
   return out;
 }
 

@@ -5,6 +5,7 @@
 // mixed: each thread another), and ctest runs it once for each. Meant for ThreadSanitizer as well.
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
+#include <google/protobuf/stubs/common.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -224,5 +225,7 @@ int main(int argc, char** argv) {
     std::cerr << "usage: concurrency_test [descriptor|metadata|reflection|prototype|mixed]\n";
     return 2;
   }
-  return RUN_ALL_TESTS();
+  const int result = RUN_ALL_TESTS();
+  ::google::protobuf::ShutdownProtobufLibrary();
+  return result;
 }

@@ -46,7 +46,8 @@ expect_refusal() {
 
 define='#define GOOGLE_PROTOBUF_VERSION'
 
-for case in 2006001=2.6.1 3001000=3.1.0 3012004=3.12.4 3020003=3.20.3 3022000=3.22.0 4021012=4.21.12; do
+refused=(2006001=2.6.1 3001000=3.1.0 3012004=3.12.4 3020003=3.20.3 3022000=3.22.0 4021012=4.21.12)
+for case in "${refused[@]}"; do
   number=${case%=*} version=${case#*=}
   make_runtime "$number" "$define $number"
   touch "$prefix/lib/libprotobuf.so"
@@ -56,7 +57,7 @@ for case in 2006001=2.6.1 3001000=3.1.0 3012004=3.12.4 3020003=3.20.3 3022000=3.
   if message=$("$compiler" -std=c++17 -fsyntax-only -I "$source_folder" -isystem "$prefix/include" \
     -x c++ "$source_folder/calibration_common/runtime.h" 2>&1) ||
     [[ $message != *"serves the protobuf run-times 3.0 and 3.21"* ]]; then
-    fail "version $number: the compiler did not refuse it as a run-time that is not served" "$message"
+    fail "version $number: the compiler did not refuse it as one that is not served" "$message"
   fi
 done
 

@@ -302,6 +302,14 @@ TEST(MergingTest, UnknownFieldContainerOnlyWhereTheSourceHasOne) {
       EXPECT_TRUE(HasUnknownContainer(*target));
       EXPECT_EQ(EncodeUnknown(target->GetReflection()->GetUnknownFields(*target)),
                 EncodeUnknown(unknown->GetReflection()->GetUnknownFields(*unknown)));
+
+      // Even an empty container counts. Reflection, through which a message of another class is
+      // merged, looks at the fields in it instead.
+      const std::unique_ptr<Message> empty = c.type->make();
+      empty->GetReflection()->MutableUnknownFields(empty.get());
+      const std::unique_ptr<Message> other_target = c.type->make();
+      route.run(*empty, other_target.get());
+      EXPECT_TRUE(HasUnknownContainer(*other_target));
     }
   }
 }
@@ -321,7 +329,7 @@ const Message* SubMessageIn(const Message& record, const FieldRow& field, int el
                           : &r->GetMessage(record, DescriptorOf(record, field));
 }
 
-// Adresses of all strings and sub-messages in the record's own fields.
+// Addresses of all strings and sub-messages in the record's own fields.
 std::vector<std::pair<std::string, const void*>> Allocated(const Message& record) {
   std::vector<std::pair<std::string, const void*>> all;
   for (const FieldRow& field : FindMessage(record.GetDescriptor()->name())) {
@@ -505,11 +513,16 @@ TEST(MergingTest, CopyFromIsClearAndMergeFrom) {
     EXPECT_EQ(target.calls, "");
     ExpectSame(source, target);
 
-    // Merged by its own class's merge, not through reflection: no container for unknown fields.
+    // An object of a derived class is merged as a T, not through reflection: what counts is whether
+    // there is a container for unknown fields, not what is in it.
     T from_derived;
     from_derived.MergeFrom(static_cast<const Message&>(target));
     ExpectSame(source, from_derived);
     EXPECT_FALSE(HasUnknownContainer(from_derived));
+    target.mutable_unknown_fields();
+    from_derived.Clear();
+    from_derived.MergeFrom(static_cast<const Message&>(target));
+    EXPECT_TRUE(HasUnknownContainer(from_derived));
   });
 }
 

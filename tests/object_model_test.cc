@@ -8,13 +8,14 @@
 #include <google/protobuf/generated_message_util.h>
 
 #include <algorithm>
+#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
-#include <map>
 #include <memory>
 #include <new>
+#include <random>
 #include <string>
 #include <type_traits>
 #include <typeinfo>
@@ -49,15 +50,17 @@ constexpr size_t kCachedSizeOffset = 20;
 constexpr size_t kFirstFieldOffset = 24;
 
 // The records whose members do not stand in declaration order.
-const std::map<std::string, std::vector<std::string>>& MembersOutOfOrder() {
-  static const std::map<std::string, std::vector<std::string>> records = {
-      {"CalibrationImage", {"width", "height", "format", "imgdata", "stride"}},
-      {"GyroscopeCalibrationProto", {"metadata", "gyroscope_gain"}},
-      {"BaseCalibrationProto",
-       {"wheel_base", "base_width", "global_transform", "gyroscope_cal", "base_length"}},
-  };
-  return records;
-}
+struct MemberOrder {
+  const char* record;
+  std::array<const char*, 5> members;
+};
+
+constexpr MemberOrder kMembersOutOfOrder[] = {
+    {"CalibrationImage", {"width", "height", "format", "imgdata", "stride"}},
+    {"GyroscopeCalibrationProto", {"metadata", "gyroscope_gain"}},
+    {"BaseCalibrationProto",
+     {"wheel_base", "base_width", "global_transform", "gyroscope_cal", "base_length"}},
+};
 
 struct Member {
   const FieldRow* field;
@@ -93,11 +96,10 @@ size_t RoundUp(size_t offset, size_t alignment) {
 
 std::vector<Member> Members(const MessageRow& message) {
   std::vector<const FieldRow*> order;
-  const auto exception = MembersOutOfOrder().find(message.name);
-  if (exception == MembersOutOfOrder().end()) {
-    for (const FieldRow& field : message) order.push_back(&field);
-  } else {
-    for (const std::string& name : exception->second) order.push_back(FindField(message, name));
+  for (const FieldRow& field : message) order.push_back(&field);
+  for (const MemberOrder& exception : kMembersOutOfOrder) {
+    if (std::string(message.name) != exception.record) continue;
+    for (size_t i = 0; i < order.size(); ++i) order[i] = FindField(message, exception.members[i]);
   }
 
   std::vector<Member> members;

@@ -1,4 +1,5 @@
-// Whether a parse call treats some bytes as the strict reader says it must.
+// What the robustness tests share: whether a parse call treats some bytes as the strict reader says
+// it must, and a record to break.
 #ifndef CALIBRATION_TESTS_ROBUSTNESS_AGREEMENT_H_
 #define CALIBRATION_TESTS_ROBUSTNESS_AGREEMENT_H_
 
@@ -9,13 +10,37 @@
 #include <cstdio>
 #include <memory>
 #include <string>
+#include <vector>
 
 #include "tests/support/entrances.h"
+#include "tests/support/random_record.h"
 #include "tests/support/strict_reader.h"
 
 namespace zarvo {
 namespace calibration {
 namespace testing {
+
+// Leaves each repeated field, in all the tree, one element.
+inline void KeepFirstElements(::google::protobuf::Message* record) {
+  const ::google::protobuf::Reflection* reflection = record->GetReflection();
+  std::vector<const ::google::protobuf::FieldDescriptor*> fields;
+  reflection->ListFields(*record, &fields);
+  for (const ::google::protobuf::FieldDescriptor* f : fields) {
+    while (f->is_repeated() && reflection->FieldSize(*record, f) > 1) {
+      reflection->RemoveLast(record, f);
+    }
+    if (f->cpp_type() != ::google::protobuf::FieldDescriptor::CPPTYPE_MESSAGE) continue;
+    KeepFirstElements(f->is_repeated() ? reflection->MutableRepeatedMessage(record, f, 0)
+                                       : reflection->MutableMessage(record, f));
+  }
+}
+
+// Every field set, repeated ones with one element: small enough to be broken in every way.
+inline std::unique_ptr<::google::protobuf::Message> SmallFullRecord(const std::string& name) {
+  std::unique_ptr<::google::protobuf::Message> record = FullRecord(name);
+  KeepFirstElements(record.get());
+  return record;
+}
 
 // The bytes, and what the strict reader says of them.
 struct Input {

@@ -46,9 +46,9 @@ using ::zarvo::calibration::testing::Original;
 using ::zarvo::calibration::testing::runtime_calls;
 
 void DescriptorPool::InternalAddGeneratedFile(const void* file, int size) {
-  static const auto original =
-      Original<void (*)(const void*, int)>("_ZN6google8protobuf14DescriptorPool24"
-                                           "InternalAddGeneratedFileEPKvi");
+  static const auto original = Original<void (*)(const void*, int)>(
+      "_ZN6google8protobuf14DescriptorPool24"
+      "InternalAddGeneratedFileEPKvi");
   if (IsInLibrary(file)) {
     ++runtime_calls.add_file;
     runtime_calls.add_file_step = ++runtime_calls.steps;
@@ -77,8 +77,8 @@ const FileDescriptor* DescriptorPool::FindFileByName(const std::string& name) co
 namespace internal {
 
 void VerifyVersion(int headers_version, int oldest_library_version, const char* source_path) {
-  static const auto original =
-      Original<void (*)(int, int, const char*)>("_ZN6google8protobuf8internal13VerifyVersionEiiPKc");
+  static const auto original = Original<void (*)(int, int, const char*)>(
+      "_ZN6google8protobuf8internal13VerifyVersionEiiPKc");
   if (IsInLibrary(source_path)) {
     ++runtime_calls.verify_version;
     runtime_calls.verify_version_step = ++runtime_calls.steps;

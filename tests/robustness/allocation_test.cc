@@ -1,0 +1,324 @@
+// Memory that runs out at any one allocation, or from any one on: the exception reaches the caller,
+// nothing leaks, and the record that was worked on stays a record, which can be read, written,
+// copied, cleared, filled again and destroyed.
+#include <google/protobuf/arena.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+
+#include <functional>
+#include <memory>
+#include <new>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "calibration_common/calibration.pb.h"
+#include "tests/support/allocations.h"
+#include "tests/support/fields.h"
+#include "tests/support/random_record.h"
+#include "tests/support/records.h"
+#include "tests/support/reflect.h"
+
+namespace zarvo {
+namespace calibration {
+namespace testing {
+namespace {
+
+using ::google::protobuf::Arena;
+using ::google::protobuf::Message;
+using ::google::protobuf::io::ArrayInputStream;
+
+constexpr long kMostAllocations = 100000;
+
+// Runs `work` with its n-th allocation failing, for every n that it comes to, once with that one
+// allocation and once with all later ones failing too. `work` makes the objects that it needs and
+// calls its argument with what may fail; what it has the argument call must not keep memory beyond
+// the run.
+using Attempt = std::function<bool(const std::function<void()>&)>;
+
+// True if the allocation of number `n` came and failed.
+bool Fails(long n, FailingAllocation::Duration duration, const std::function<void()>& call) {
+  try {
+    const FailingAllocation failing(n, duration);
+    call();
+  } catch (const std::bad_alloc&) {
+    return true;
+  }
+  return false;
+}
+
+// Calls run(attempt) with attempts that fail later and later, until one comes through.
+template <class Run>
+void ForEachFailure(Run run) {
+  for (const auto duration : {FailingAllocation::kOnce, FailingAllocation::kForGood}) {
+    for (long n = 1;; ++n) {
+      ASSERT_LT(n, kMostAllocations) << "allocations never stop failing";
+      SCOPED_TRACE("allocation " + std::to_string(n) +
+                   (duration == FailingAllocation::kOnce ? " fails" : " and all later ones fail"));
+      bool failed = false;
+      const long live = LiveBlocks();
+      run([&](const std::function<void()>& call) { return failed = Fails(n, duration, call); });
+      EXPECT_EQ(LiveBlocks(), live) << "blocks alive";
+      if (!failed || ::testing::Test::HasFailure()) break;
+    }
+  }
+}
+
+template <class T>
+T Full() {
+  T record;
+  FillFully(&record);
+  return record;
+}
+
+// What a record must still be good for after a call on it has failed. The last of it changes the
+// record and can be done in several ways.
+constexpr int kWaysToGoOn = 4;
+
+template <class T>
+void CheckUsable(T* record, const T& full, const std::string& bytes, int way) {
+  std::string written;
+  const int size = record->ByteSize();
+  ASSERT_TRUE(record->SerializePartialToString(&written));
+  EXPECT_EQ(size, static_cast<int>(written.size()));
+  T read;
+  ASSERT_TRUE(read.ParsePartialFromString(written));
+  EXPECT_TRUE(EqualByReflection(read, *record));
+  const T copy(*record);
+  EXPECT_TRUE(EqualByReflection(copy, *record));
+  T assigned(full);
+  assigned = *record;
+  EXPECT_TRUE(EqualByReflection(assigned, *record));
+  EXPECT_EQ(copy.IsInitialized(), record->IsInitialized());
+
+  switch (way) {
+    case 0:
+      record->CopyFrom(full);
+      break;
+    case 1:
+      EXPECT_TRUE(record->ParseFromString(bytes));
+      break;
+    case 2: {
+      record->Clear();
+      EXPECT_TRUE(EqualByReflection(*record, T::default_instance()));
+      EXPECT_EQ(record->ByteSize(), 0);
+      record->MergeFrom(full);
+      break;
+    }
+    case 3: {
+      T other;
+      record->Swap(&other);
+      EXPECT_TRUE(EqualByReflection(other, copy));
+      record->CopyFrom(full);
+      other.CopyFrom(full);
+      EXPECT_TRUE(EqualByReflection(other, full));
+      break;
+    }
+  }
+  EXPECT_TRUE(EqualByReflection(*record, full));
+  EXPECT_EQ(record->SerializeAsString(), bytes);
+}
+
+template <class T>
+class AllocationOfRecordTest : public ::testing::Test {};
+TYPED_TEST_SUITE(AllocationOfRecordTest, AllRecords);
+
+TYPED_TEST(AllocationOfRecordTest, Constructors) {
+  const TypeParam full = Full<TypeParam>();
+  ForEachFailure([](auto attempt) {
+    attempt([] { const std::unique_ptr<TypeParam> record(new TypeParam); });
+  });
+  ForEachFailure([&](auto attempt) { attempt([&] { const TypeParam copy(full); }); });
+  ForEachFailure([&](auto attempt) {
+    attempt([&] { const std::unique_ptr<TypeParam> copy(new TypeParam(full)); });
+  });
+  ForEachFailure(
+      [&](auto attempt) { attempt([&] { const std::unique_ptr<Message> record(full.New()); }); });
+  ForEachFailure([&](auto attempt) {
+    Arena arena;
+    attempt([&] { full.New(&arena); });
+  });
+}
+
+// Tries `fill`, which is to make `full` of a record that holds nothing, holds what was cleared, or
+// holds something that `fill` replaces.
+template <class T>
+void TryFilling(const T& full, const std::function<void(T*)>& fill, bool replaces) {
+  const std::string bytes = full.SerializeAsString();
+  std::mt19937 random(20240613);
+  T some;
+  RandomOptions options;
+  options.unknown_fields = false;
+  FillRandomly(&random, options, &some);
+  for (int way = 0; way < kWaysToGoOn; ++way) {
+    for (int start = 0; start < (replaces ? 3 : 2); ++start) {
+      SCOPED_TRACE("way " + std::to_string(way) + ", start " + std::to_string(start));
+      ForEachFailure([&](auto attempt) {
+        T record;
+        if (start >= 1) record.MergeFrom(some);
+        if (start == 1) record.Clear();
+        if (attempt([&] { fill(&record); })) {
+          CheckUsable(&record, full, bytes, way);
+        } else {
+          EXPECT_TRUE(EqualByReflection(record, full));
+        }
+      });
+      if (::testing::Test::HasFailure()) return;
+    }
+  }
+}
+
+TYPED_TEST(AllocationOfRecordTest, MergeAndCopy) {
+  using T = TypeParam;
+  const T full = Full<T>();
+  const Message& message = full;
+  TryFilling<T>(
+      full, [&](T* record) { record->MergeFrom(full); }, false);
+  TryFilling<T>(
+      full, [&](T* record) { record->MergeFrom(message); }, false);
+  TryFilling<T>(
+      full, [&](T* record) { record->CopyFrom(full); }, true);
+  TryFilling<T>(
+      full, [&](T* record) { record->CopyFrom(message); }, true);
+}
+
+TYPED_TEST(AllocationOfRecordTest, Parse) {
+  using T = TypeParam;
+  const T full = Full<T>();
+  const std::string bytes = full.SerializeAsString();
+  const int size = static_cast<int>(bytes.size());
+  TryFilling<T>(
+      full, [&](T* record) { record->ParseFromArray(bytes.data(), size); }, true);
+  TryFilling<T>(
+      full, [&](T* r) { static_cast<Message*>(r)->ParseFromString(bytes); }, true);
+  for (const int block : {1, 64}) {
+    TryFilling<T>(
+        full,
+        [&](T* record) {
+          ArrayInputStream stream(bytes.data(), size, block);
+          record->ParseFromZeroCopyStream(&stream);
+        },
+        true);
+    TryFilling<T>(
+        full,
+        [&](T* record) {
+          ArrayInputStream stream(bytes.data(), size, block);
+          static_cast<Message*>(record)->ParseFromZeroCopyStream(&stream);
+        },
+        true);
+  }
+  TryFilling<T>(
+      full,
+      [&](T* record) {
+        std::istringstream stream(bytes);
+        record->ParseFromIstream(&stream);
+      },
+      true);
+}
+
+// --- Writing -------------------------------------------------------------------------------------
+
+// Not to a stream whose buffers cannot be had: 3.21's CodedOutputStream asks for one more in its
+// destructor, and an exception there ends the process. A string as a whole is written without it.
+
+TYPED_TEST(AllocationOfRecordTest, Serialize) {
+  using T = TypeParam;
+  const T full = Full<T>();
+  const std::string bytes = full.SerializeAsString();
+  const Message& message = full;
+  const auto try_writing = [&](auto write) {
+    ForEachFailure([&](auto attempt) {
+      std::string target = "in front: ";
+      if (attempt([&] { write(&target); })) {
+        EXPECT_TRUE(EqualByReflection(full, Full<T>()));
+        EXPECT_EQ(full.SerializeAsString(), bytes);
+      } else {
+        EXPECT_EQ(target.substr(target.size() - bytes.size()), bytes);
+      }
+    });
+  };
+  try_writing([&](std::string* target) { full.SerializeToString(target); });
+  try_writing([&](std::string* target) { message.SerializeToString(target); });
+  try_writing([&](std::string* target) { full.AppendToString(target); });
+  try_writing([&](std::string* target) { message.AppendToString(target); });
+  try_writing([&](std::string* target) { *target = full.SerializeAsString(); });
+  try_writing([&](std::string* target) { *target = message.SerializeAsString(); });
+}
+
+TYPED_TEST(AllocationOfRecordTest, SizingWritingToAnArrayAndClearingTakeNoMemory) {
+  TypeParam full = Full<TypeParam>();
+  std::vector<unsigned char> target(full.ByteSize());
+  const long before = Allocations();
+  const int size = full.ByteSize();
+  EXPECT_TRUE(full.SerializeToArray(target.data(), size));
+  EXPECT_EQ(full.SerializeWithCachedSizesToArray(target.data()), target.data() + size);
+  EXPECT_TRUE(full.IsInitialized());
+  full.Clear();
+  EXPECT_EQ(Allocations(), before);
+}
+
+// --- Accessors -----------------------------------------------------------------------------------
+
+// Fails each allocation of a call that writes one field of an empty record, then goes on with it.
+template <class R, class Write>
+void TryWriting(Write write) {
+  const R full = Full<R>();
+  const std::string bytes = full.SerializeAsString();
+  for (int way = 0; way < kWaysToGoOn; ++way) {
+    ForEachFailure([&](auto attempt) {
+      R record;
+      if (attempt([&] { write(&record); })) CheckUsable(&record, full, bytes, way);
+    });
+  }
+}
+
+TEST(AllocationTest, Accessors) {
+  const std::string text(1000, 'x');
+  ForEachField([](auto) {},  // a number is set without memory
+               [&](auto f) {
+                 using R = typename decltype(f)::Record;
+                 TryWriting<R>([&](R* record) { f.Set(record, text); });
+                 TryWriting<R>([&](R* record) { f.SetTerminated(record, text.c_str()); });
+                 TryWriting<R>([&](R* record) { f.SetCounted(record, text.data(), 1000); });
+                 TryWriting<R>([&](R* record) { f.Mutable(record)->assign(text); });
+               },
+               [&](auto f) {
+                 using R = typename decltype(f)::Record;
+                 TryWriting<R>([&](R* record) { f.Mutable(record); });
+               },
+               [&](auto f) {
+                 using R = typename decltype(f)::Record;
+                 TryWriting<R>([&](R* record) {
+                   for (int i = 0; i < 100; ++i) f.Add(record, i);
+                 });
+               },
+               [&](auto f) {
+                 using R = typename decltype(f)::Record;
+                 TryWriting<R>([&](R* record) {
+                   for (int i = 0; i < 20; ++i) f.Add(record);
+                 });
+               });
+}
+
+// A getter of a sub-message that was to be made, and was not, finds the default instance.
+TEST(AllocationTest, ASubMessageThatCouldNotBeMadeReadsAsTheDefault) {
+  ForEachMessage([](auto f) {
+    using M = typename decltype(f)::SubMessage;
+    typename decltype(f)::Record record;
+    EXPECT_TRUE(Fails(1, FailingAllocation::kOnce, [&] { f.Mutable(&record); }));
+    EXPECT_EQ(&f.Get(record), &M::default_instance());
+    EXPECT_TRUE(f.Has(record)) << "the has-bit is set first";
+    EXPECT_EQ(f.Release(&record), nullptr);
+    EXPECT_FALSE(f.Has(record));
+    EXPECT_TRUE(Fails(1, FailingAllocation::kOnce, [&] { f.Mutable(&record); }));
+    f.Clear(&record);
+    EXPECT_FALSE(f.Has(record));
+    EXPECT_TRUE(Fails(1, FailingAllocation::kOnce, [&] { f.Mutable(&record); }));
+    EXPECT_NE(f.Mutable(&record), nullptr);
+    EXPECT_NE(&f.Get(record), &M::default_instance());
+  });
+}
+
+}  // namespace
+}  // namespace testing
+}  // namespace calibration
+}  // namespace zarvo
