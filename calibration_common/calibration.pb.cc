@@ -16,8 +16,11 @@
 
 #include <memory>
 #include <string>
+#include <typeinfo>
 #include <utility>
 
+#include "calibration_common/registration.h"
+#include "calibration_common/wire_buffer.h"
 #include "calibration_common/wire_reading.h"
 #include "calibration_common/wire_writing.h"
 
@@ -36,6 +39,13 @@ namespace {
 const char kSchemaPath[] = "calibration_common/calibration.proto";
 const char kSourcePath[] = "calibration_common/calibration.pb.cc";
 
+// dynamic_cast, after the usual case that a comparison settles.
+template <typename T>
+const T* Cast(const ::google::protobuf::Message& message) {
+  return typeid(message) == typeid(T) ? static_cast<const T*>(&message)
+                                      : dynamic_cast<const T*>(&message);
+}
+
 // Reports that the merge at `line` was asked to merge a message into itself. Ends the process.
 __attribute__((cold, noinline)) void MergeFromFail(int line) {
   ::google::protobuf::internal::LogFinisher() =
@@ -44,62 +54,14 @@ __attribute__((cold, noinline)) void MergeFromFail(int line) {
       << "CHECK failed: false: " << kSourcePath << ":" << line;
 }
 
-// End of the input or of a limit, a zero tag, or the end of a group: the parser's caller judges
-// which are welcome.
-inline bool EndsMessage(uint32 tag) {
-  return tag == 0 || WireFormatLite::GetTagWireType(tag) == WireFormatLite::WIRETYPE_END_GROUP;
-}
-
-}  // namespace
-
-namespace {
-
 bool registration_done_ = false;
 runtime::Once protobuf_AssignDescriptors_once_;
 runtime::FileReflection<21, 111> file_reflection_;
 
-const ::google::protobuf::Descriptor* MarkerPositionInfo_descriptor_ = nullptr;
-runtime::Reflection* MarkerPositionInfo_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* MarkerPositionSet_descriptor_ = nullptr;
-runtime::Reflection* MarkerPositionSet_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* CameraIntrinsicsSamplePoints_descriptor_ = nullptr;
-runtime::Reflection* CameraIntrinsicsSamplePoints_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* CameraIntrinsics_descriptor_ = nullptr;
-runtime::Reflection* CameraIntrinsics_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* CalibrationImage_descriptor_ = nullptr;
-runtime::Reflection* CalibrationImage_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* FocusInfoItem_descriptor_ = nullptr;
-runtime::Reflection* FocusInfoItem_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* FocusInfo_descriptor_ = nullptr;
-runtime::Reflection* FocusInfo_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* CameraExtrinsics_descriptor_ = nullptr;
-runtime::Reflection* CameraExtrinsics_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* CameraCalibration_descriptor_ = nullptr;
-runtime::Reflection* CameraCalibration_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* RobotCalibration_descriptor_ = nullptr;
-runtime::Reflection* RobotCalibration_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* CalibrationMetadataProto_descriptor_ = nullptr;
-runtime::Reflection* CalibrationMetadataProto_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* GyroscopeCalibrationProto_descriptor_ = nullptr;
-runtime::Reflection* GyroscopeCalibrationProto_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* CameraCalibrationAdjustmentProto_descriptor_ = nullptr;
-runtime::Reflection* CameraCalibrationAdjustmentProto_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* BaseCalibrationProto_descriptor_ = nullptr;
-runtime::Reflection* BaseCalibrationProto_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* FocusCheckProto_descriptor_ = nullptr;
-runtime::Reflection* FocusCheckProto_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* FocusCheckSetProto_descriptor_ = nullptr;
-runtime::Reflection* FocusCheckSetProto_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* PTZIntrinsicsItem_descriptor_ = nullptr;
-runtime::Reflection* PTZIntrinsicsItem_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* PTZIntrinsics_descriptor_ = nullptr;
-runtime::Reflection* PTZIntrinsics_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* PanTiltSystemParameters_descriptor_ = nullptr;
-runtime::Reflection* PanTiltSystemParameters_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* PTZCameraParameters_descriptor_ = nullptr;
-runtime::Reflection* PTZCameraParameters_reflection_ = nullptr;
-const ::google::protobuf::Descriptor* PTZSystemCalibration_descriptor_ = nullptr;
-runtime::Reflection* PTZSystemCalibration_reflection_ = nullptr;
+// By message index.
+const ::google::protobuf::Descriptor* descriptors_[21];
+runtime::Reflection* reflections_[21];
+const ::google::protobuf::Message* default_instances_[21];
 
 // The canonical encoding of the file's FileDescriptorProto.
 const char kSerializedSchema[] =
@@ -173,82 +135,31 @@ const char kSerializedSchema[] =
     "\002 \001(\0132*.zarvo.calibration.PanTiltSystemParameters\022:\012\015other_cameras\030\003 "
     "\001(\0132#.zarvo.calibration.RobotCalibration";
 const int kSerializedSchemaSize = 3480;
-static_assert(sizeof(kSerializedSchema) == kSerializedSchemaSize + 1, "and a closing zero");
+static_assert(sizeof(kSerializedSchema) == kSerializedSchemaSize + 1,
+              "kSerializedSchemaSize is not the size of the literals above");
 
-void protobuf_AssignDescriptorsOnce() {
+__attribute__((noinline)) void protobuf_AssignDescriptorsOnce() {
   protobuf_AssignDescriptors_once_.Call(
       &protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto);
 }
 
 void protobuf_RegisterTypes(const std::string&) {
   protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      MarkerPositionInfo_descriptor_,
-      &MarkerPositionInfo::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      MarkerPositionSet_descriptor_,
-      &MarkerPositionSet::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      CameraIntrinsicsSamplePoints_descriptor_,
-      &CameraIntrinsicsSamplePoints::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      CameraIntrinsics_descriptor_,
-      &CameraIntrinsics::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      CalibrationImage_descriptor_,
-      &CalibrationImage::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      FocusInfoItem_descriptor_,
-      &FocusInfoItem::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      FocusInfo_descriptor_,
-      &FocusInfo::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      CameraExtrinsics_descriptor_,
-      &CameraExtrinsics::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      CameraCalibration_descriptor_,
-      &CameraCalibration::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      RobotCalibration_descriptor_,
-      &RobotCalibration::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      CalibrationMetadataProto_descriptor_,
-      &CalibrationMetadataProto::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      GyroscopeCalibrationProto_descriptor_,
-      &GyroscopeCalibrationProto::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      CameraCalibrationAdjustmentProto_descriptor_,
-      &CameraCalibrationAdjustmentProto::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      BaseCalibrationProto_descriptor_,
-      &BaseCalibrationProto::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      FocusCheckProto_descriptor_,
-      &FocusCheckProto::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      FocusCheckSetProto_descriptor_,
-      &FocusCheckSetProto::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      PTZIntrinsicsItem_descriptor_,
-      &PTZIntrinsicsItem::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      PTZIntrinsics_descriptor_,
-      &PTZIntrinsics::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      PanTiltSystemParameters_descriptor_,
-      &PanTiltSystemParameters::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      PTZCameraParameters_descriptor_,
-      &PTZCameraParameters::default_instance());
-  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(
-      PTZSystemCalibration_descriptor_,
-      &PTZSystemCalibration::default_instance());
+  for (int i = 0; i < 21; ++i) {
+    ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(descriptors_[i],
+                                                                         default_instances_[i]);
+  }
+}
+
+__attribute__((noinline)) ::google::protobuf::Metadata MetadataOf(int index) {
+  protobuf_AssignDescriptorsOnce();
+  ::google::protobuf::Metadata metadata;
+  metadata.descriptor = descriptors_[index];
+  metadata.reflection = reflections_[index];
+  return metadata;
 }
 
 }  // namespace
-
 
 // Where reflection finds what in an object: the classes' friend, since their members are private.
 struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto {
@@ -278,8 +189,8 @@ struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto {
 
 typedef protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto Layouts;
 
-// The classes have virtual functions and one base, for which the compilers give the position of a
-// member all the same.
+// Of classes with virtual functions and a base, offsetof is only conditionally supported; g++ and
+// clang++ do support it.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 const int Layouts::MarkerPositionInfo_offsets_[4] = {
@@ -531,72 +442,53 @@ void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto() {
   ::google::protobuf::DescriptorPool::InternalAddGeneratedFile(kSerializedSchema,
                                                                kSerializedSchemaSize);
   file_reflection_.Register(kSchemaPath, &protobuf_RegisterTypes, Layouts::kMessages);
-  MarkerPositionInfo::default_instance_ = new MarkerPositionInfo;
-  MarkerPositionSet::default_instance_ = new MarkerPositionSet;
-  CameraIntrinsicsSamplePoints::default_instance_ = new CameraIntrinsicsSamplePoints;
-  CameraIntrinsics::default_instance_ = new CameraIntrinsics;
-  CalibrationImage::default_instance_ = new CalibrationImage;
-  FocusInfoItem::default_instance_ = new FocusInfoItem;
-  FocusInfo::default_instance_ = new FocusInfo;
-  CameraExtrinsics::default_instance_ = new CameraExtrinsics;
-  CameraCalibration::default_instance_ = new CameraCalibration;
-  RobotCalibration::default_instance_ = new RobotCalibration;
-  CalibrationMetadataProto::default_instance_ = new CalibrationMetadataProto;
-  GyroscopeCalibrationProto::default_instance_ = new GyroscopeCalibrationProto;
-  CameraCalibrationAdjustmentProto::default_instance_ = new CameraCalibrationAdjustmentProto;
-  BaseCalibrationProto::default_instance_ = new BaseCalibrationProto;
-  FocusCheckProto::default_instance_ = new FocusCheckProto;
-  FocusCheckSetProto::default_instance_ = new FocusCheckSetProto;
-  PTZIntrinsicsItem::default_instance_ = new PTZIntrinsicsItem;
-  PTZIntrinsics::default_instance_ = new PTZIntrinsics;
-  PanTiltSystemParameters::default_instance_ = new PanTiltSystemParameters;
-  PTZCameraParameters::default_instance_ = new PTZCameraParameters;
-  PTZSystemCalibration::default_instance_ = new PTZSystemCalibration;
-  MarkerPositionInfo::default_instance_->InitAsDefaultInstance();
-  MarkerPositionSet::default_instance_->InitAsDefaultInstance();
-  CameraIntrinsicsSamplePoints::default_instance_->InitAsDefaultInstance();
-  CameraIntrinsics::default_instance_->InitAsDefaultInstance();
-  CalibrationImage::default_instance_->InitAsDefaultInstance();
-  FocusInfoItem::default_instance_->InitAsDefaultInstance();
-  FocusInfo::default_instance_->InitAsDefaultInstance();
-  CameraExtrinsics::default_instance_->InitAsDefaultInstance();
-  CameraCalibration::default_instance_->InitAsDefaultInstance();
-  RobotCalibration::default_instance_->InitAsDefaultInstance();
-  CalibrationMetadataProto::default_instance_->InitAsDefaultInstance();
-  GyroscopeCalibrationProto::default_instance_->InitAsDefaultInstance();
-  CameraCalibrationAdjustmentProto::default_instance_->InitAsDefaultInstance();
-  BaseCalibrationProto::default_instance_->InitAsDefaultInstance();
-  FocusCheckProto::default_instance_->InitAsDefaultInstance();
-  FocusCheckSetProto::default_instance_->InitAsDefaultInstance();
-  PTZIntrinsicsItem::default_instance_->InitAsDefaultInstance();
-  PTZIntrinsics::default_instance_->InitAsDefaultInstance();
-  PanTiltSystemParameters::default_instance_->InitAsDefaultInstance();
-  PTZCameraParameters::default_instance_->InitAsDefaultInstance();
-  PTZSystemCalibration::default_instance_->InitAsDefaultInstance();
-  const ::google::protobuf::Message* const default_instances[] = {
-      MarkerPositionInfo::default_instance_,
-      MarkerPositionSet::default_instance_,
-      CameraIntrinsicsSamplePoints::default_instance_,
-      CameraIntrinsics::default_instance_,
-      CalibrationImage::default_instance_,
-      FocusInfoItem::default_instance_,
-      FocusInfo::default_instance_,
-      CameraExtrinsics::default_instance_,
-      CameraCalibration::default_instance_,
-      RobotCalibration::default_instance_,
-      CalibrationMetadataProto::default_instance_,
-      GyroscopeCalibrationProto::default_instance_,
-      CameraCalibrationAdjustmentProto::default_instance_,
-      BaseCalibrationProto::default_instance_,
-      FocusCheckProto::default_instance_,
-      FocusCheckSetProto::default_instance_,
-      PTZIntrinsicsItem::default_instance_,
-      PTZIntrinsics::default_instance_,
-      PanTiltSystemParameters::default_instance_,
-      PTZCameraParameters::default_instance_,
-      PTZSystemCalibration::default_instance_,
-  };
-  file_reflection_.SetDefaultInstances(default_instances);
+  default_instances_[0] = MarkerPositionInfo::default_instance_ = new MarkerPositionInfo;
+  default_instances_[1] = MarkerPositionSet::default_instance_ = new MarkerPositionSet;
+  default_instances_[2] = CameraIntrinsicsSamplePoints::default_instance_ =
+      new CameraIntrinsicsSamplePoints;
+  default_instances_[3] = CameraIntrinsics::default_instance_ = new CameraIntrinsics;
+  default_instances_[4] = CalibrationImage::default_instance_ = new CalibrationImage;
+  default_instances_[5] = FocusInfoItem::default_instance_ = new FocusInfoItem;
+  default_instances_[6] = FocusInfo::default_instance_ = new FocusInfo;
+  default_instances_[7] = CameraExtrinsics::default_instance_ = new CameraExtrinsics;
+  default_instances_[8] = CameraCalibration::default_instance_ = new CameraCalibration;
+  default_instances_[9] = RobotCalibration::default_instance_ = new RobotCalibration;
+  default_instances_[10] = CalibrationMetadataProto::default_instance_ =
+      new CalibrationMetadataProto;
+  default_instances_[11] = GyroscopeCalibrationProto::default_instance_ =
+      new GyroscopeCalibrationProto;
+  default_instances_[12] = CameraCalibrationAdjustmentProto::default_instance_ =
+      new CameraCalibrationAdjustmentProto;
+  default_instances_[13] = BaseCalibrationProto::default_instance_ = new BaseCalibrationProto;
+  default_instances_[14] = FocusCheckProto::default_instance_ = new FocusCheckProto;
+  default_instances_[15] = FocusCheckSetProto::default_instance_ = new FocusCheckSetProto;
+  default_instances_[16] = PTZIntrinsicsItem::default_instance_ = new PTZIntrinsicsItem;
+  default_instances_[17] = PTZIntrinsics::default_instance_ = new PTZIntrinsics;
+  default_instances_[18] = PanTiltSystemParameters::default_instance_ = new PanTiltSystemParameters;
+  default_instances_[19] = PTZCameraParameters::default_instance_ = new PTZCameraParameters;
+  default_instances_[20] = PTZSystemCalibration::default_instance_ = new PTZSystemCalibration;
+  MarkerPositionInfo::InitAsDefaultInstance();
+  MarkerPositionSet::InitAsDefaultInstance();
+  CameraIntrinsicsSamplePoints::InitAsDefaultInstance();
+  CameraIntrinsics::InitAsDefaultInstance();
+  CalibrationImage::InitAsDefaultInstance();
+  FocusInfoItem::InitAsDefaultInstance();
+  FocusInfo::InitAsDefaultInstance();
+  CameraExtrinsics::InitAsDefaultInstance();
+  CameraCalibration::InitAsDefaultInstance();
+  RobotCalibration::InitAsDefaultInstance();
+  CalibrationMetadataProto::InitAsDefaultInstance();
+  GyroscopeCalibrationProto::InitAsDefaultInstance();
+  CameraCalibrationAdjustmentProto::InitAsDefaultInstance();
+  BaseCalibrationProto::InitAsDefaultInstance();
+  FocusCheckProto::InitAsDefaultInstance();
+  FocusCheckSetProto::InitAsDefaultInstance();
+  PTZIntrinsicsItem::InitAsDefaultInstance();
+  PTZIntrinsics::InitAsDefaultInstance();
+  PanTiltSystemParameters::InitAsDefaultInstance();
+  PTZCameraParameters::InitAsDefaultInstance();
+  PTZSystemCalibration::InitAsDefaultInstance();
+  file_reflection_.SetDefaultInstances(default_instances_);
   ::google::protobuf::internal::OnShutdown(
       &protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto);
 }
@@ -612,135 +504,18 @@ void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto() {
         << "CHECK failed: file != NULL: ";
   }
   file_reflection_.BeginAssign();
-  const runtime::MessageLayout* const layouts = Layouts::kMessages;
-  MarkerPositionInfo_descriptor_ = file->message_type(0);
-  MarkerPositionInfo_reflection_ =
-      file_reflection_.New(0, MarkerPositionInfo_descriptor_, MarkerPositionInfo::default_instance_,
-          layouts[0]);
-  MarkerPositionSet_descriptor_ = file->message_type(1);
-  MarkerPositionSet_reflection_ =
-      file_reflection_.New(1, MarkerPositionSet_descriptor_, MarkerPositionSet::default_instance_,
-          layouts[1]);
-  CameraIntrinsicsSamplePoints_descriptor_ = file->message_type(2);
-  CameraIntrinsicsSamplePoints_reflection_ =
-      file_reflection_.New(2, CameraIntrinsicsSamplePoints_descriptor_,
-          CameraIntrinsicsSamplePoints::default_instance_, layouts[2]);
-  CameraIntrinsics_descriptor_ = file->message_type(3);
-  CameraIntrinsics_reflection_ =
-      file_reflection_.New(3, CameraIntrinsics_descriptor_, CameraIntrinsics::default_instance_,
-          layouts[3]);
-  CalibrationImage_descriptor_ = file->message_type(4);
-  CalibrationImage_reflection_ =
-      file_reflection_.New(4, CalibrationImage_descriptor_, CalibrationImage::default_instance_,
-          layouts[4]);
-  FocusInfoItem_descriptor_ = file->message_type(5);
-  FocusInfoItem_reflection_ =
-      file_reflection_.New(5, FocusInfoItem_descriptor_, FocusInfoItem::default_instance_,
-          layouts[5]);
-  FocusInfo_descriptor_ = file->message_type(6);
-  FocusInfo_reflection_ =
-      file_reflection_.New(6, FocusInfo_descriptor_, FocusInfo::default_instance_, layouts[6]);
-  CameraExtrinsics_descriptor_ = file->message_type(7);
-  CameraExtrinsics_reflection_ =
-      file_reflection_.New(7, CameraExtrinsics_descriptor_, CameraExtrinsics::default_instance_,
-          layouts[7]);
-  CameraCalibration_descriptor_ = file->message_type(8);
-  CameraCalibration_reflection_ =
-      file_reflection_.New(8, CameraCalibration_descriptor_, CameraCalibration::default_instance_,
-          layouts[8]);
-  RobotCalibration_descriptor_ = file->message_type(9);
-  RobotCalibration_reflection_ =
-      file_reflection_.New(9, RobotCalibration_descriptor_, RobotCalibration::default_instance_,
-          layouts[9]);
-  CalibrationMetadataProto_descriptor_ = file->message_type(10);
-  CalibrationMetadataProto_reflection_ =
-      file_reflection_.New(10, CalibrationMetadataProto_descriptor_,
-          CalibrationMetadataProto::default_instance_, layouts[10]);
-  GyroscopeCalibrationProto_descriptor_ = file->message_type(11);
-  GyroscopeCalibrationProto_reflection_ =
-      file_reflection_.New(11, GyroscopeCalibrationProto_descriptor_,
-          GyroscopeCalibrationProto::default_instance_, layouts[11]);
-  CameraCalibrationAdjustmentProto_descriptor_ = file->message_type(12);
-  CameraCalibrationAdjustmentProto_reflection_ =
-      file_reflection_.New(12, CameraCalibrationAdjustmentProto_descriptor_,
-          CameraCalibrationAdjustmentProto::default_instance_, layouts[12]);
-  BaseCalibrationProto_descriptor_ = file->message_type(13);
-  BaseCalibrationProto_reflection_ =
-      file_reflection_.New(13, BaseCalibrationProto_descriptor_,
-          BaseCalibrationProto::default_instance_, layouts[13]);
-  FocusCheckProto_descriptor_ = file->message_type(14);
-  FocusCheckProto_reflection_ =
-      file_reflection_.New(14, FocusCheckProto_descriptor_, FocusCheckProto::default_instance_,
-          layouts[14]);
-  FocusCheckSetProto_descriptor_ = file->message_type(15);
-  FocusCheckSetProto_reflection_ =
-      file_reflection_.New(15, FocusCheckSetProto_descriptor_,
-          FocusCheckSetProto::default_instance_, layouts[15]);
-  PTZIntrinsicsItem_descriptor_ = file->message_type(16);
-  PTZIntrinsicsItem_reflection_ =
-      file_reflection_.New(16, PTZIntrinsicsItem_descriptor_, PTZIntrinsicsItem::default_instance_,
-          layouts[16]);
-  PTZIntrinsics_descriptor_ = file->message_type(17);
-  PTZIntrinsics_reflection_ =
-      file_reflection_.New(17, PTZIntrinsics_descriptor_, PTZIntrinsics::default_instance_,
-          layouts[17]);
-  PanTiltSystemParameters_descriptor_ = file->message_type(18);
-  PanTiltSystemParameters_reflection_ =
-      file_reflection_.New(18, PanTiltSystemParameters_descriptor_,
-          PanTiltSystemParameters::default_instance_, layouts[18]);
-  PTZCameraParameters_descriptor_ = file->message_type(19);
-  PTZCameraParameters_reflection_ =
-      file_reflection_.New(19, PTZCameraParameters_descriptor_,
-          PTZCameraParameters::default_instance_, layouts[19]);
-  PTZSystemCalibration_descriptor_ = file->message_type(20);
-  PTZSystemCalibration_reflection_ =
-      file_reflection_.New(20, PTZSystemCalibration_descriptor_,
-          PTZSystemCalibration::default_instance_, layouts[20]);
+  for (int i = 0; i < 21; ++i) {
+    descriptors_[i] = file->message_type(i);
+    reflections_[i] = file_reflection_.New(i, descriptors_[i], default_instances_[i],
+                                           Layouts::kMessages[i]);
+  }
 }
 
 void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto() {
-  delete MarkerPositionInfo::default_instance_;
-  file_reflection_.Delete(MarkerPositionInfo_reflection_);
-  delete MarkerPositionSet::default_instance_;
-  file_reflection_.Delete(MarkerPositionSet_reflection_);
-  delete CameraIntrinsicsSamplePoints::default_instance_;
-  file_reflection_.Delete(CameraIntrinsicsSamplePoints_reflection_);
-  delete CameraIntrinsics::default_instance_;
-  file_reflection_.Delete(CameraIntrinsics_reflection_);
-  delete CalibrationImage::default_instance_;
-  file_reflection_.Delete(CalibrationImage_reflection_);
-  delete FocusInfoItem::default_instance_;
-  file_reflection_.Delete(FocusInfoItem_reflection_);
-  delete FocusInfo::default_instance_;
-  file_reflection_.Delete(FocusInfo_reflection_);
-  delete CameraExtrinsics::default_instance_;
-  file_reflection_.Delete(CameraExtrinsics_reflection_);
-  delete CameraCalibration::default_instance_;
-  file_reflection_.Delete(CameraCalibration_reflection_);
-  delete RobotCalibration::default_instance_;
-  file_reflection_.Delete(RobotCalibration_reflection_);
-  delete CalibrationMetadataProto::default_instance_;
-  file_reflection_.Delete(CalibrationMetadataProto_reflection_);
-  delete GyroscopeCalibrationProto::default_instance_;
-  file_reflection_.Delete(GyroscopeCalibrationProto_reflection_);
-  delete CameraCalibrationAdjustmentProto::default_instance_;
-  file_reflection_.Delete(CameraCalibrationAdjustmentProto_reflection_);
-  delete BaseCalibrationProto::default_instance_;
-  file_reflection_.Delete(BaseCalibrationProto_reflection_);
-  delete FocusCheckProto::default_instance_;
-  file_reflection_.Delete(FocusCheckProto_reflection_);
-  delete FocusCheckSetProto::default_instance_;
-  file_reflection_.Delete(FocusCheckSetProto_reflection_);
-  delete PTZIntrinsicsItem::default_instance_;
-  file_reflection_.Delete(PTZIntrinsicsItem_reflection_);
-  delete PTZIntrinsics::default_instance_;
-  file_reflection_.Delete(PTZIntrinsics_reflection_);
-  delete PanTiltSystemParameters::default_instance_;
-  file_reflection_.Delete(PanTiltSystemParameters_reflection_);
-  delete PTZCameraParameters::default_instance_;
-  file_reflection_.Delete(PTZCameraParameters_reflection_);
-  delete PTZSystemCalibration::default_instance_;
-  file_reflection_.Delete(PTZSystemCalibration_reflection_);
+  for (int i = 0; i < 21; ++i) {
+    delete default_instances_[i];
+    file_reflection_.Delete(reflections_[i]);
+  }
 }
 
 // Loading the library registers the file.
@@ -889,16 +664,10 @@ void MarkerPositionInfo::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* MarkerPositionInfo::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return MarkerPositionInfo_descriptor_;
+  return descriptors_[0];
 }
 
-::google::protobuf::Metadata MarkerPositionInfo::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = MarkerPositionInfo_descriptor_;
-  metadata.reflection = MarkerPositionInfo_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata MarkerPositionInfo::GetMetadata() const { return MetadataOf(0); }
 
 MarkerPositionInfo* MarkerPositionInfo::New() const { return New(nullptr); }
 
@@ -916,7 +685,7 @@ void MarkerPositionInfo::Swap(MarkerPositionInfo* other) {
   if (other != this) InternalSwap(other);
 }
 
-void MarkerPositionInfo::InternalSwap(MarkerPositionInfo* other) {
+__attribute__((noinline)) void MarkerPositionInfo::InternalSwap(MarkerPositionInfo* other) {
   std::swap(x_, other->x_);
   std::swap(y_, other->y_);
   std::swap(z_, other->z_);
@@ -935,58 +704,44 @@ void MarkerPositionInfo::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool MarkerPositionInfo::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // optional float x = 1;
-      case 1: {
-        if (tag != 13u) goto handle_unusual;
-        if (!wire::ReadValue(input, &x_)) return false;
+const uint8* MarkerPositionInfo::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader*) {
+  while (p != end) {
+    switch (*p) {
+      case 13:  // x
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &x_))) return p;
         set_has_x();
-        if (input->ExpectTag(21u)) goto parse_y;
-        continue;
-      }
-
-      // optional float y = 2;
-      case 2: {
-        if (tag != 21u) goto handle_unusual;
-      parse_y:
-        if (!wire::ReadValue(input, &y_)) return false;
+        if (!wire::NextIs<21u>(p, end)) continue;
+        // Fall through.
+      case 21:  // y
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &y_))) return p;
         set_has_y();
-        if (input->ExpectTag(29u)) goto parse_z;
-        continue;
-      }
-
-      // optional float z = 3;
-      case 3: {
-        if (tag != 29u) goto handle_unusual;
-      parse_z:
-        if (!wire::ReadValue(input, &z_)) return false;
+        if (!wire::NextIs<29u>(p, end)) continue;
+        // Fall through.
+      case 29:  // z
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &z_))) return p;
         set_has_z();
-        if (input->ExpectTag(32u)) goto parse_marker_id;
-        continue;
-      }
-
-      // optional int32 marker_id = 4;
-      case 4: {
-        if (tag != 32u) goto handle_unusual;
-      parse_marker_id:
-        if (!wire::ReadValue(input, &marker_id_)) return false;
+        if (!wire::NextIs<32u>(p, end)) continue;
+        // Fall through.
+      case 32:  // marker_id
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &marker_id_))) return p;
         set_has_marker_id();
-        if (input->ExpectAtEnd()) return true;
         continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool MarkerPositionInfo::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool MarkerPositionInfo::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void MarkerPositionInfo::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -1005,7 +760,7 @@ uint8* MarkerPositionInfo::SerializeWithCachedSizesToArray(uint8* target) const 
   if (has_z()) target = WireFormatLite::WriteFloatToArray(3, z(), target);
   if (has_marker_id()) target = WireFormatLite::WriteInt32ToArray(4, marker_id(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -1027,7 +782,7 @@ int MarkerPositionInfo::ByteSize() const {
 
 void MarkerPositionInfo::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const MarkerPositionInfo* source = dynamic_cast<const MarkerPositionInfo*>(&from);
+  const MarkerPositionInfo* source = Cast<MarkerPositionInfo>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -1037,11 +792,20 @@ void MarkerPositionInfo::MergeFrom(const ::google::protobuf::Message& from) {
 
 void MarkerPositionInfo::MergeFrom(const MarkerPositionInfo& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_x()) set_x(from.x());
-    if (from.has_y()) set_y(from.y());
-    if (from.has_z()) set_z(from.z());
-    if (from.has_marker_id()) set_marker_id(from.marker_id());
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if ((bits & 0xFu) == 0xFu) {
+      x_ = from.x_;
+      y_ = from.y_;
+      z_ = from.z_;
+      marker_id_ = from.marker_id_;
+    } else {
+      if (bits & 0x1u) x_ = from.x_;
+      if (bits & 0x2u) y_ = from.y_;
+      if (bits & 0x4u) z_ = from.z_;
+      if (bits & 0x8u) marker_id_ = from.marker_id_;
+    }
+    _has_bits_[0] |= bits & 0xFu;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
@@ -1093,16 +857,10 @@ void MarkerPositionSet::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* MarkerPositionSet::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return MarkerPositionSet_descriptor_;
+  return descriptors_[1];
 }
 
-::google::protobuf::Metadata MarkerPositionSet::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = MarkerPositionSet_descriptor_;
-  metadata.reflection = MarkerPositionSet_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata MarkerPositionSet::GetMetadata() const { return MetadataOf(1); }
 
 MarkerPositionSet* MarkerPositionSet::New() const { return New(nullptr); }
 
@@ -1120,7 +878,7 @@ void MarkerPositionSet::Swap(MarkerPositionSet* other) {
   if (other != this) InternalSwap(other);
 }
 
-void MarkerPositionSet::InternalSwap(MarkerPositionSet* other) {
+__attribute__((noinline)) void MarkerPositionSet::InternalSwap(MarkerPositionSet* other) {
   pos_.UnsafeArenaSwap(&other->pos_);
   head_center_.UnsafeArenaSwap(&other->head_center_);
   nav_center_.UnsafeArenaSwap(&other->nav_center_);
@@ -1137,86 +895,69 @@ void MarkerPositionSet::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool MarkerPositionSet::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // repeated MarkerPositionInfo pos = 1;
-      case 1: {
-        if (tag != 10u) goto handle_unusual;
-        if (!input->IncrementRecursionDepth()) return false;
-        do {
-          if (!wire::ReadElement(input, add_pos())) return false;
-        } while (input->ExpectTag(10u));
-        input->UnsafeDecrementRecursionDepth();
-        if (input->ExpectTag(17u)) goto parse_head_center;
+const uint8* MarkerPositionSet::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader* reader) {
+  while (p != end) {
+    switch (*p) {
+      case 10:  // pos
+        if (!wire::Advance(&p, reader->TakeElements<10u>(p, end, &pos_))) return p;
+        if (!wire::NextIs<17u>(p, end)) continue;
+        // Fall through.
+      case 17:  // head_center
+        if (!wire::Advance(&p, wire::TakeElements<17u>(p, end, &head_center_))) return p;
+        if (!wire::NextIs<25u>(p, end)) continue;
+        // Fall through.
+      case 25:  // nav_center
+        if (!wire::Advance(&p, wire::TakeElements<25u>(p, end, &nav_center_))) return p;
         continue;
-      }
-
-      // repeated double head_center = 2;
-      case 2: {
-        if (tag == 18u) {
-          if (!wire::ReadPacked(input, &head_center_)) return false;
-        } else if (tag == 17u) {
-        parse_head_center:
-          if (!wire::ReadElements(1, 17u, input, &head_center_)) return false;
-        } else {
-          goto handle_unusual;
-        }
-        if (input->ExpectTag(17u)) goto parse_head_center;
-        if (input->ExpectTag(25u)) goto parse_nav_center;
+      case 18:  // head_center (packed)
+        if (!wire::Advance(&p, wire::TakePacked(1, p, end, &head_center_))) return p;
         continue;
-      }
-
-      // repeated double nav_center = 3;
-      case 3: {
-        if (tag == 26u) {
-          if (!wire::ReadPacked(input, &nav_center_)) return false;
-        } else if (tag == 25u) {
-        parse_nav_center:
-          if (!wire::ReadElements(1, 25u, input, &nav_center_)) return false;
-        } else {
-          goto handle_unusual;
-        }
-        if (input->ExpectTag(25u)) goto parse_nav_center;
-        if (input->ExpectAtEnd()) return true;
+      case 26:  // nav_center (packed)
+        if (!wire::Advance(&p, wire::TakePacked(1, p, end, &nav_center_))) return p;
         continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool MarkerPositionSet::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 10:  // pos
+      return wire::ReadMessage(input, add_pos());
+    case 18:  // head_center
+      return wire::ReadPacked(input, &head_center_);
+    case 26:  // nav_center
+      return wire::ReadPacked(input, &nav_center_);
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool MarkerPositionSet::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void MarkerPositionSet::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  for (int i = 0, n = pos_size(); i < n; ++i) runtime::WriteMessage(1, pos(i), output);
-  for (int i = 0; i < head_center_size(); ++i) {
-    WireFormatLite::WriteDouble(2, head_center(i), output);
-  }
-  for (int i = 0; i < nav_center_size(); ++i) WireFormatLite::WriteDouble(3, nav_center(i), output);
+  for (const MarkerPositionInfo& element : pos_) wire::WriteMessage(1, element, output);
+  wire::WriteElements(17u, head_center_, output);
+  wire::WriteElements(25u, nav_center_, output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
 uint8* MarkerPositionSet::SerializeWithCachedSizesToArray(uint8* target) const {
-  for (int i = 0, n = pos_size(); i < n; ++i) {
-    target = wire::WriteMessageToArray(1, pos(i), target);
+  for (const MarkerPositionInfo& element : pos_) {
+    target = wire::WriteMessageToArray(1, element, target);
   }
-  for (int i = 0; i < head_center_size(); ++i) {
-    target = WireFormatLite::WriteDoubleToArray(2, head_center(i), target);
-  }
-  for (int i = 0; i < nav_center_size(); ++i) {
-    target = WireFormatLite::WriteDoubleToArray(3, nav_center(i), target);
-  }
+  target = wire::WriteElementsToArray(17u, head_center_, target);
+  target = wire::WriteElementsToArray(25u, nav_center_, target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -1224,7 +965,7 @@ uint8* MarkerPositionSet::SerializeWithCachedSizesToArray(uint8* target) const {
 int MarkerPositionSet::ByteSize() const {
   uint32 total_size = 0;
   total_size += 1 * static_cast<uint32>(pos_size());
-  for (int i = 0, n = pos_size(); i < n; ++i) total_size += wire::MessageSize(&pos(i));
+  for (const MarkerPositionInfo& element : pos_) total_size += wire::MessageSize(element);
   total_size += 9 * static_cast<uint32>(head_center_size());
   total_size += 9 * static_cast<uint32>(nav_center_size());
   if (_internal_metadata_.have_unknown_fields()) {
@@ -1236,7 +977,7 @@ int MarkerPositionSet::ByteSize() const {
 
 void MarkerPositionSet::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const MarkerPositionSet* source = dynamic_cast<const MarkerPositionSet*>(&from);
+  const MarkerPositionSet* source = Cast<MarkerPositionSet>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -1305,15 +1046,11 @@ void CameraIntrinsicsSamplePoints::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* CameraIntrinsicsSamplePoints::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return CameraIntrinsicsSamplePoints_descriptor_;
+  return descriptors_[2];
 }
 
 ::google::protobuf::Metadata CameraIntrinsicsSamplePoints::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = CameraIntrinsicsSamplePoints_descriptor_;
-  metadata.reflection = CameraIntrinsicsSamplePoints_reflection_;
-  return metadata;
+  return MetadataOf(2);
 }
 
 CameraIntrinsicsSamplePoints* CameraIntrinsicsSamplePoints::New() const { return New(nullptr); }
@@ -1333,7 +1070,8 @@ void CameraIntrinsicsSamplePoints::Swap(CameraIntrinsicsSamplePoints* other) {
   if (other != this) InternalSwap(other);
 }
 
-void CameraIntrinsicsSamplePoints::InternalSwap(CameraIntrinsicsSamplePoints* other) {
+__attribute__((noinline)) void CameraIntrinsicsSamplePoints::InternalSwap(
+    CameraIntrinsicsSamplePoints* other) {
   std::swap(img_x_, other->img_x_);
   std::swap(img_y_, other->img_y_);
   std::swap(tgt_x_, other->tgt_x_);
@@ -1352,58 +1090,44 @@ void CameraIntrinsicsSamplePoints::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool CameraIntrinsicsSamplePoints::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // optional float img_x = 1;
-      case 1: {
-        if (tag != 13u) goto handle_unusual;
-        if (!wire::ReadValue(input, &img_x_)) return false;
+const uint8* CameraIntrinsicsSamplePoints::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader*) {
+  while (p != end) {
+    switch (*p) {
+      case 13:  // img_x
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &img_x_))) return p;
         set_has_img_x();
-        if (input->ExpectTag(21u)) goto parse_img_y;
-        continue;
-      }
-
-      // optional float img_y = 2;
-      case 2: {
-        if (tag != 21u) goto handle_unusual;
-      parse_img_y:
-        if (!wire::ReadValue(input, &img_y_)) return false;
+        if (!wire::NextIs<21u>(p, end)) continue;
+        // Fall through.
+      case 21:  // img_y
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &img_y_))) return p;
         set_has_img_y();
-        if (input->ExpectTag(29u)) goto parse_tgt_x;
-        continue;
-      }
-
-      // optional float tgt_x = 3;
-      case 3: {
-        if (tag != 29u) goto handle_unusual;
-      parse_tgt_x:
-        if (!wire::ReadValue(input, &tgt_x_)) return false;
+        if (!wire::NextIs<29u>(p, end)) continue;
+        // Fall through.
+      case 29:  // tgt_x
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &tgt_x_))) return p;
         set_has_tgt_x();
-        if (input->ExpectTag(37u)) goto parse_tgt_y;
-        continue;
-      }
-
-      // optional float tgt_y = 4;
-      case 4: {
-        if (tag != 37u) goto handle_unusual;
-      parse_tgt_y:
-        if (!wire::ReadValue(input, &tgt_y_)) return false;
+        if (!wire::NextIs<37u>(p, end)) continue;
+        // Fall through.
+      case 37:  // tgt_y
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &tgt_y_))) return p;
         set_has_tgt_y();
-        if (input->ExpectAtEnd()) return true;
         continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool CameraIntrinsicsSamplePoints::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool CameraIntrinsicsSamplePoints::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void CameraIntrinsicsSamplePoints::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -1422,14 +1146,16 @@ uint8* CameraIntrinsicsSamplePoints::SerializeWithCachedSizesToArray(uint8* targ
   if (has_tgt_x()) target = WireFormatLite::WriteFloatToArray(3, tgt_x(), target);
   if (has_tgt_y()) target = WireFormatLite::WriteFloatToArray(4, tgt_y(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
 
 int CameraIntrinsicsSamplePoints::ByteSize() const {
   uint32 total_size = 0;
-  if (_has_bits_[0] & 0xFu) {
+  if ((_has_bits_[0] & 0xFu) == 0xFu) {
+    total_size += 20;
+  } else if (_has_bits_[0] & 0xFu) {
     if (has_img_x()) total_size += 1 + 4;
     if (has_img_y()) total_size += 1 + 4;
     if (has_tgt_x()) total_size += 1 + 4;
@@ -1444,8 +1170,7 @@ int CameraIntrinsicsSamplePoints::ByteSize() const {
 
 void CameraIntrinsicsSamplePoints::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const CameraIntrinsicsSamplePoints* source =
-      dynamic_cast<const CameraIntrinsicsSamplePoints*>(&from);
+  const CameraIntrinsicsSamplePoints* source = Cast<CameraIntrinsicsSamplePoints>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -1455,11 +1180,20 @@ void CameraIntrinsicsSamplePoints::MergeFrom(const ::google::protobuf::Message& 
 
 void CameraIntrinsicsSamplePoints::MergeFrom(const CameraIntrinsicsSamplePoints& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_img_x()) set_img_x(from.img_x());
-    if (from.has_img_y()) set_img_y(from.img_y());
-    if (from.has_tgt_x()) set_tgt_x(from.tgt_x());
-    if (from.has_tgt_y()) set_tgt_y(from.tgt_y());
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if ((bits & 0xFu) == 0xFu) {
+      img_x_ = from.img_x_;
+      img_y_ = from.img_y_;
+      tgt_x_ = from.tgt_x_;
+      tgt_y_ = from.tgt_y_;
+    } else {
+      if (bits & 0x1u) img_x_ = from.img_x_;
+      if (bits & 0x2u) img_y_ = from.img_y_;
+      if (bits & 0x4u) tgt_x_ = from.tgt_x_;
+      if (bits & 0x8u) tgt_y_ = from.tgt_y_;
+    }
+    _has_bits_[0] |= bits & 0xFu;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
@@ -1546,16 +1280,10 @@ void CameraIntrinsics::SharedDtor() {
 
 const ::google::protobuf::Descriptor* CameraIntrinsics::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return CameraIntrinsics_descriptor_;
+  return descriptors_[3];
 }
 
-::google::protobuf::Metadata CameraIntrinsics::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = CameraIntrinsics_descriptor_;
-  metadata.reflection = CameraIntrinsics_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata CameraIntrinsics::GetMetadata() const { return MetadataOf(3); }
 
 CameraIntrinsics* CameraIntrinsics::New() const { return New(nullptr); }
 
@@ -1573,7 +1301,7 @@ void CameraIntrinsics::Swap(CameraIntrinsics* other) {
   if (other != this) InternalSwap(other);
 }
 
-void CameraIntrinsics::InternalSwap(CameraIntrinsics* other) {
+__attribute__((noinline)) void CameraIntrinsics::InternalSwap(CameraIntrinsics* other) {
   std::swap(fx_, other->fx_);
   std::swap(fy_, other->fy_);
   std::swap(skew_, other->skew_);
@@ -1626,220 +1354,131 @@ void CameraIntrinsics::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool CameraIntrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(16383u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // required double fx = 1;
-      case 1: {
-        if (tag != 9u) goto handle_unusual;
-        if (!wire::ReadValue(input, &fx_)) return false;
+const uint8* CameraIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader* reader) {
+  while (p != end) {
+    switch (wire::PeekTag(p, end)) {
+      case 9:  // fx
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &fx_))) return p;
         set_has_fx();
-        if (input->ExpectTag(17u)) goto parse_fy;
-        continue;
-      }
-
-      // required double fy = 2;
-      case 2: {
-        if (tag != 17u) goto handle_unusual;
-      parse_fy:
-        if (!wire::ReadValue(input, &fy_)) return false;
+        if (!wire::NextIs<17u>(p, end)) continue;
+        // Fall through.
+      case 17:  // fy
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &fy_))) return p;
         set_has_fy();
-        if (input->ExpectTag(25u)) goto parse_skew;
-        continue;
-      }
-
-      // required double skew = 3;
-      case 3: {
-        if (tag != 25u) goto handle_unusual;
-      parse_skew:
-        if (!wire::ReadValue(input, &skew_)) return false;
+        if (!wire::NextIs<25u>(p, end)) continue;
+        // Fall through.
+      case 25:  // skew
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &skew_))) return p;
         set_has_skew();
-        if (input->ExpectTag(33u)) goto parse_cx;
-        continue;
-      }
-
-      // required double cx = 4;
-      case 4: {
-        if (tag != 33u) goto handle_unusual;
-      parse_cx:
-        if (!wire::ReadValue(input, &cx_)) return false;
+        if (!wire::NextIs<33u>(p, end)) continue;
+        // Fall through.
+      case 33:  // cx
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cx_))) return p;
         set_has_cx();
-        if (input->ExpectTag(41u)) goto parse_cy;
-        continue;
-      }
-
-      // required double cy = 5;
-      case 5: {
-        if (tag != 41u) goto handle_unusual;
-      parse_cy:
-        if (!wire::ReadValue(input, &cy_)) return false;
+        if (!wire::NextIs<41u>(p, end)) continue;
+        // Fall through.
+      case 41:  // cy
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cy_))) return p;
         set_has_cy();
-        if (input->ExpectTag(49u)) goto parse_k;
-        continue;
-      }
-
-      // repeated double k = 6;
-      case 6: {
-        if (tag == 50u) {
-          if (!wire::ReadPacked(input, &k_)) return false;
-        } else if (tag == 49u) {
-        parse_k:
-          if (!wire::ReadElements(1, 49u, input, &k_)) return false;
-        } else {
-          goto handle_unusual;
-        }
-        if (input->ExpectTag(49u)) goto parse_k;
-        if (input->ExpectTag(57u)) goto parse_p;
-        continue;
-      }
-
-      // repeated double p = 7;
-      case 7: {
-        if (tag == 58u) {
-          if (!wire::ReadPacked(input, &p_)) return false;
-        } else if (tag == 57u) {
-        parse_p:
-          if (!wire::ReadElements(1, 57u, input, &p_)) return false;
-        } else {
-          goto handle_unusual;
-        }
-        if (input->ExpectTag(57u)) goto parse_p;
-        if (input->ExpectTag(64u)) goto parse_width;
-        continue;
-      }
-
-      // optional int32 width = 8;
-      case 8: {
-        if (tag != 64u) goto handle_unusual;
-      parse_width:
-        if (!wire::ReadValue(input, &width_)) return false;
+        if (!wire::NextIs<49u>(p, end)) continue;
+        // Fall through.
+      case 49:  // k
+        if (!wire::Advance(&p, wire::TakeElements<49u>(p, end, &k_))) return p;
+        if (!wire::NextIs<57u>(p, end)) continue;
+        // Fall through.
+      case 57:  // p
+        if (!wire::Advance(&p, wire::TakeElements<57u>(p, end, &p_))) return p;
+        if (!wire::NextIs<64u>(p, end)) continue;
+        // Fall through.
+      case 64:  // width
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &width_))) return p;
         set_has_width();
-        if (input->ExpectTag(72u)) goto parse_height;
-        continue;
-      }
-
-      // optional int32 height = 9;
-      case 9: {
-        if (tag != 72u) goto handle_unusual;
-      parse_height:
-        if (!wire::ReadValue(input, &height_)) return false;
+        if (!wire::NextIs<72u>(p, end)) continue;
+        // Fall through.
+      case 72:  // height
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &height_))) return p;
         set_has_height();
-        if (input->ExpectTag(81u)) goto parse_error_per_point;
-        continue;
-      }
-
-      // optional double error_per_point = 10;
-      case 10: {
-        if (tag != 81u) goto handle_unusual;
-      parse_error_per_point:
-        if (!wire::ReadValue(input, &error_per_point_)) return false;
+        if (!wire::NextIs<81u>(p, end)) continue;
+        // Fall through.
+      case 81:  // error_per_point
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &error_per_point_))) return p;
         set_has_error_per_point();
-        if (input->ExpectTag(90u)) goto parse_x_bin;
-        continue;
-      }
-
-      // optional string x_bin = 11;
-      case 11: {
-        if (tag != 90u) goto handle_unusual;
-      parse_x_bin:
-        if (!wire::ReadString(input, mutable_x_bin())) return false;
-        if (input->ExpectTag(101u)) goto parse_offset_x;
-        continue;
-      }
-
-      // optional float offset_x = 12;
-      case 12: {
-        if (tag != 101u) goto handle_unusual;
-      parse_offset_x:
-        if (!wire::ReadValue(input, &offset_x_)) return false;
+        if (!wire::NextIs<90u>(p, end)) continue;
+        // Fall through.
+      case 90:  // x_bin
+        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_x_bin()))) return p;
+        if (!wire::NextIs<101u>(p, end)) continue;
+        // Fall through.
+      case 101:  // offset_x
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &offset_x_))) return p;
         set_has_offset_x();
-        if (input->ExpectTag(109u)) goto parse_offset_y;
-        continue;
-      }
-
-      // optional float offset_y = 13;
-      case 13: {
-        if (tag != 109u) goto handle_unusual;
-      parse_offset_y:
-        if (!wire::ReadValue(input, &offset_y_)) return false;
+        if (!wire::NextIs<109u>(p, end)) continue;
+        // Fall through.
+      case 109:  // offset_y
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &offset_y_))) return p;
         set_has_offset_y();
-        if (input->ExpectTag(117u)) goto parse_bin_center;
-        continue;
-      }
-
-      // optional float bin_center = 14;
-      case 14: {
-        if (tag != 117u) goto handle_unusual;
-      parse_bin_center:
-        if (!wire::ReadValue(input, &bin_center_)) return false;
+        if (!wire::NextIs<117u>(p, end)) continue;
+        // Fall through.
+      case 117:  // bin_center
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &bin_center_))) return p;
         set_has_bin_center();
-        if (input->ExpectTag(125u)) goto parse_bin_size;
-        continue;
-      }
-
-      // optional float bin_size = 15;
-      case 15: {
-        if (tag != 125u) goto handle_unusual;
-      parse_bin_size:
-        if (!wire::ReadValue(input, &bin_size_)) return false;
+        if (!wire::NextIs<125u>(p, end)) continue;
+        // Fall through.
+      case 125:  // bin_size
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &bin_size_))) return p;
         set_has_bin_size();
-        if (input->ExpectTag(130u)) goto parse_sample_points;
-        continue;
-      }
-
-      // repeated CameraIntrinsicsSamplePoints sample_points = 16;
-      case 16: {
-        if (tag != 130u) goto handle_unusual;
-      parse_sample_points:
-        if (!input->IncrementRecursionDepth()) return false;
-        do {
-          if (!wire::ReadElement(input, add_sample_points())) return false;
-        } while (input->ExpectTag(130u));
-        input->UnsafeDecrementRecursionDepth();
-        if (input->ExpectTag(141u)) goto parse_tgt_z;
-        continue;
-      }
-
-      // optional float tgt_z = 17;
-      case 17: {
-        if (tag != 141u) goto handle_unusual;
-      parse_tgt_z:
-        if (!wire::ReadValue(input, &tgt_z_)) return false;
+        if (!wire::NextIs<130u>(p, end)) continue;
+        // Fall through.
+      case 130:  // sample_points
+        if (!wire::Advance(&p, reader->TakeElements<130u>(p, end, &sample_points_))) return p;
+        if (!wire::NextIs<141u>(p, end)) continue;
+        // Fall through.
+      case 141:  // tgt_z
+        if (!wire::Advance(&p, wire::TakeValue<2>(p, end, &tgt_z_))) return p;
         set_has_tgt_z();
-        if (input->ExpectTag(144u)) goto parse_tgt_width;
-        continue;
-      }
-
-      // optional int32 tgt_width = 18;
-      case 18: {
-        if (tag != 144u) goto handle_unusual;
-      parse_tgt_width:
-        if (!wire::ReadValue(input, &tgt_width_)) return false;
+        if (!wire::NextIs<144u>(p, end)) continue;
+        // Fall through.
+      case 144:  // tgt_width
+        if (!wire::Advance(&p, wire::TakeValue<2>(p, end, &tgt_width_))) return p;
         set_has_tgt_width();
-        if (input->ExpectTag(152u)) goto parse_tgt_height;
-        continue;
-      }
-
-      // optional int32 tgt_height = 19;
-      case 19: {
-        if (tag != 152u) goto handle_unusual;
-      parse_tgt_height:
-        if (!wire::ReadValue(input, &tgt_height_)) return false;
+        if (!wire::NextIs<152u>(p, end)) continue;
+        // Fall through.
+      case 152:  // tgt_height
+        if (!wire::Advance(&p, wire::TakeValue<2>(p, end, &tgt_height_))) return p;
         set_has_tgt_height();
-        if (input->ExpectAtEnd()) return true;
         continue;
-      }
-
+      case 50:  // k (packed)
+        if (!wire::Advance(&p, wire::TakePacked(1, p, end, &k_))) return p;
+        continue;
+      case 58:  // p (packed)
+        if (!wire::Advance(&p, wire::TakePacked(1, p, end, &p_))) return p;
+        continue;
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool CameraIntrinsics::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 50:  // k
+      return wire::ReadPacked(input, &k_);
+    case 58:  // p
+      return wire::ReadPacked(input, &p_);
+    case 90:  // x_bin
+      return wire::ReadString(input, mutable_x_bin());
+    case 130:  // sample_points
+      return wire::ReadMessage(input, add_sample_points());
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool CameraIntrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void CameraIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -1848,8 +1487,8 @@ void CameraIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const
   if (has_skew()) WireFormatLite::WriteDouble(3, skew(), output);
   if (has_cx()) WireFormatLite::WriteDouble(4, cx(), output);
   if (has_cy()) WireFormatLite::WriteDouble(5, cy(), output);
-  for (int i = 0; i < k_size(); ++i) WireFormatLite::WriteDouble(6, k(i), output);
-  for (int i = 0; i < p_size(); ++i) WireFormatLite::WriteDouble(7, p(i), output);
+  wire::WriteElements(49u, k_, output);
+  wire::WriteElements(57u, p_, output);
   if (has_width()) WireFormatLite::WriteInt32(8, width(), output);
   if (has_height()) WireFormatLite::WriteInt32(9, height(), output);
   if (has_error_per_point()) WireFormatLite::WriteDouble(10, error_per_point(), output);
@@ -1858,8 +1497,8 @@ void CameraIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const
   if (has_offset_y()) WireFormatLite::WriteFloat(13, offset_y(), output);
   if (has_bin_center()) WireFormatLite::WriteFloat(14, bin_center(), output);
   if (has_bin_size()) WireFormatLite::WriteFloat(15, bin_size(), output);
-  for (int i = 0, n = sample_points_size(); i < n; ++i) {
-    runtime::WriteMessage(16, sample_points(i), output);
+  for (const CameraIntrinsicsSamplePoints& element : sample_points_) {
+    wire::WriteMessage(16, element, output);
   }
   if (has_tgt_z()) WireFormatLite::WriteFloat(17, tgt_z(), output);
   if (has_tgt_width()) WireFormatLite::WriteInt32(18, tgt_width(), output);
@@ -1875,12 +1514,8 @@ uint8* CameraIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
   if (has_skew()) target = WireFormatLite::WriteDoubleToArray(3, skew(), target);
   if (has_cx()) target = WireFormatLite::WriteDoubleToArray(4, cx(), target);
   if (has_cy()) target = WireFormatLite::WriteDoubleToArray(5, cy(), target);
-  for (int i = 0; i < k_size(); ++i) {
-    target = WireFormatLite::WriteDoubleToArray(6, k(i), target);
-  }
-  for (int i = 0; i < p_size(); ++i) {
-    target = WireFormatLite::WriteDoubleToArray(7, p(i), target);
-  }
+  target = wire::WriteElementsToArray(49u, k_, target);
+  target = wire::WriteElementsToArray(57u, p_, target);
   if (has_width()) target = WireFormatLite::WriteInt32ToArray(8, width(), target);
   if (has_height()) target = WireFormatLite::WriteInt32ToArray(9, height(), target);
   if (has_error_per_point()) {
@@ -1891,14 +1526,14 @@ uint8* CameraIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
   if (has_offset_y()) target = WireFormatLite::WriteFloatToArray(13, offset_y(), target);
   if (has_bin_center()) target = WireFormatLite::WriteFloatToArray(14, bin_center(), target);
   if (has_bin_size()) target = WireFormatLite::WriteFloatToArray(15, bin_size(), target);
-  for (int i = 0, n = sample_points_size(); i < n; ++i) {
-    target = wire::WriteMessageToArray(16, sample_points(i), target);
+  for (const CameraIntrinsicsSamplePoints& element : sample_points_) {
+    target = wire::WriteMessageToArray(16, element, target);
   }
   if (has_tgt_z()) target = WireFormatLite::WriteFloatToArray(17, tgt_z(), target);
   if (has_tgt_width()) target = WireFormatLite::WriteInt32ToArray(18, tgt_width(), target);
   if (has_tgt_height()) target = WireFormatLite::WriteInt32ToArray(19, tgt_height(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -1928,8 +1563,8 @@ int CameraIntrinsics::ByteSize() const {
   total_size += 9 * static_cast<uint32>(k_size());
   total_size += 9 * static_cast<uint32>(p_size());
   total_size += 2 * static_cast<uint32>(sample_points_size());
-  for (int i = 0, n = sample_points_size(); i < n; ++i) {
-    total_size += wire::MessageSize(&sample_points(i));
+  for (const CameraIntrinsicsSamplePoints& element : sample_points_) {
+    total_size += wire::MessageSize(element);
   }
   if (_internal_metadata_.have_unknown_fields()) {
     total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
@@ -1950,7 +1585,7 @@ uint32 CameraIntrinsics::RequiredFieldsByteSizeFallback() const {
 
 void CameraIntrinsics::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const CameraIntrinsics* source = dynamic_cast<const CameraIntrinsics*>(&from);
+  const CameraIntrinsics* source = Cast<CameraIntrinsics>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -1963,30 +1598,40 @@ void CameraIntrinsics::MergeFrom(const CameraIntrinsics& from) {
   k_.MergeFrom(from.k_);
   p_.MergeFrom(from.p_);
   runtime::MergeElements(from.sample_points_, &sample_points_);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_fx()) set_fx(from.fx());
-    if (from.has_fy()) set_fy(from.fy());
-    if (from.has_skew()) set_skew(from.skew());
-    if (from.has_cx()) set_cx(from.cx());
-    if (from.has_cy()) set_cy(from.cy());
-    if (from.has_width()) set_width(from.width());
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if (bits & 0x1u) fx_ = from.fx_;
+    if (bits & 0x2u) fy_ = from.fy_;
+    if (bits & 0x4u) skew_ = from.skew_;
+    if (bits & 0x8u) cx_ = from.cx_;
+    if (bits & 0x10u) cy_ = from.cy_;
+    if (bits & 0x80u) width_ = from.width_;
+    _has_bits_[0] |= bits & 0x9Fu;
   }
-  if (from._has_bits_[0] & 0xFF00u) {
-    if (from.has_height()) set_height(from.height());
-    if (from.has_error_per_point()) set_error_per_point(from.error_per_point());
-    if (from.has_x_bin()) {
+  if (bits & 0xFF00u) {
+    if (bits & 0x100u) height_ = from.height_;
+    if (bits & 0x200u) error_per_point_ = from.error_per_point_;
+    if (bits & 0x400u) {
       set_has_x_bin();
       x_bin_.Assign(from.x_bin_);
     }
-    if (from.has_offset_x()) set_offset_x(from.offset_x());
-    if (from.has_offset_y()) set_offset_y(from.offset_y());
-    if (from.has_bin_center()) set_bin_center(from.bin_center());
-    if (from.has_bin_size()) set_bin_size(from.bin_size());
+    if (bits & 0x800u) offset_x_ = from.offset_x_;
+    if (bits & 0x1000u) offset_y_ = from.offset_y_;
+    if (bits & 0x2000u) bin_center_ = from.bin_center_;
+    if (bits & 0x4000u) bin_size_ = from.bin_size_;
+    _has_bits_[0] |= bits & 0x7B00u;
   }
-  if (from._has_bits_[0] & 0xFF0000u) {
-    if (from.has_tgt_z()) set_tgt_z(from.tgt_z());
-    if (from.has_tgt_width()) set_tgt_width(from.tgt_width());
-    if (from.has_tgt_height()) set_tgt_height(from.tgt_height());
+  if (bits & 0xFF0000u) {
+    if ((bits & 0x70000u) == 0x70000u) {
+      tgt_z_ = from.tgt_z_;
+      tgt_width_ = from.tgt_width_;
+      tgt_height_ = from.tgt_height_;
+    } else {
+      if (bits & 0x10000u) tgt_z_ = from.tgt_z_;
+      if (bits & 0x20000u) tgt_width_ = from.tgt_width_;
+      if (bits & 0x40000u) tgt_height_ = from.tgt_height_;
+    }
+    _has_bits_[0] |= bits & 0x70000u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
@@ -2006,8 +1651,7 @@ void CameraIntrinsics::CopyFrom(const CameraIntrinsics& from) {
 }
 
 bool CameraIntrinsics::IsInitialized() const {
-  if ((_has_bits_[0] & 0x1Fu) != 0x1Fu) return false;
-  return true;
+  return (_has_bits_[0] & 0x1Fu) == 0x1Fu;
 }
 
 // CalibrationImage -------------------------------------------------------------------------------
@@ -2050,16 +1694,10 @@ void CalibrationImage::SharedDtor() {
 
 const ::google::protobuf::Descriptor* CalibrationImage::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return CalibrationImage_descriptor_;
+  return descriptors_[4];
 }
 
-::google::protobuf::Metadata CalibrationImage::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = CalibrationImage_descriptor_;
-  metadata.reflection = CalibrationImage_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata CalibrationImage::GetMetadata() const { return MetadataOf(4); }
 
 CalibrationImage* CalibrationImage::New() const { return New(nullptr); }
 
@@ -2077,7 +1715,7 @@ void CalibrationImage::Swap(CalibrationImage* other) {
   if (other != this) InternalSwap(other);
 }
 
-void CalibrationImage::InternalSwap(CalibrationImage* other) {
+__attribute__((noinline)) void CalibrationImage::InternalSwap(CalibrationImage* other) {
   std::swap(width_, other->width_);
   std::swap(height_, other->height_);
   std::swap(stride_, other->stride_);
@@ -2100,66 +1738,53 @@ void CalibrationImage::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool CalibrationImage::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // optional int32 width = 1;
-      case 1: {
-        if (tag != 8u) goto handle_unusual;
-        if (!wire::ReadValue(input, &width_)) return false;
+const uint8* CalibrationImage::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader*) {
+  while (p != end) {
+    switch (*p) {
+      case 8:  // width
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &width_))) return p;
         set_has_width();
-        if (input->ExpectTag(16u)) goto parse_height;
-        continue;
-      }
-
-      // optional int32 height = 2;
-      case 2: {
-        if (tag != 16u) goto handle_unusual;
-      parse_height:
-        if (!wire::ReadValue(input, &height_)) return false;
+        if (!wire::NextIs<16u>(p, end)) continue;
+        // Fall through.
+      case 16:  // height
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &height_))) return p;
         set_has_height();
-        if (input->ExpectTag(24u)) goto parse_stride;
-        continue;
-      }
-
-      // optional int32 stride = 3;
-      case 3: {
-        if (tag != 24u) goto handle_unusual;
-      parse_stride:
-        if (!wire::ReadValue(input, &stride_)) return false;
+        if (!wire::NextIs<24u>(p, end)) continue;
+        // Fall through.
+      case 24:  // stride
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &stride_))) return p;
         set_has_stride();
-        if (input->ExpectTag(34u)) goto parse_format;
+        if (!wire::NextIs<34u>(p, end)) continue;
+        // Fall through.
+      case 34:  // format
+        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_format()))) return p;
+        if (!wire::NextIs<42u>(p, end)) continue;
+        // Fall through.
+      case 42:  // imgdata
+        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_imgdata()))) return p;
         continue;
-      }
-
-      // optional string format = 4;
-      case 4: {
-        if (tag != 34u) goto handle_unusual;
-      parse_format:
-        if (!wire::ReadString(input, mutable_format())) return false;
-        if (input->ExpectTag(42u)) goto parse_imgdata;
-        continue;
-      }
-
-      // optional bytes imgdata = 5;
-      case 5: {
-        if (tag != 42u) goto handle_unusual;
-      parse_imgdata:
-        if (!wire::ReadString(input, mutable_imgdata())) return false;
-        if (input->ExpectAtEnd()) return true;
-        continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool CalibrationImage::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 34:  // format
+      return wire::ReadString(input, mutable_format());
+    case 42:  // imgdata
+      return wire::ReadString(input, mutable_imgdata());
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool CalibrationImage::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void CalibrationImage::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -2180,7 +1805,7 @@ uint8* CalibrationImage::SerializeWithCachedSizesToArray(uint8* target) const {
   if (has_format()) target = WireFormatLite::WriteStringToArray(4, format(), target);
   if (has_imgdata()) target = WireFormatLite::WriteBytesToArray(5, imgdata(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -2203,7 +1828,7 @@ int CalibrationImage::ByteSize() const {
 
 void CalibrationImage::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const CalibrationImage* source = dynamic_cast<const CalibrationImage*>(&from);
+  const CalibrationImage* source = Cast<CalibrationImage>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -2213,18 +1838,20 @@ void CalibrationImage::MergeFrom(const ::google::protobuf::Message& from) {
 
 void CalibrationImage::MergeFrom(const CalibrationImage& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_width()) set_width(from.width());
-    if (from.has_height()) set_height(from.height());
-    if (from.has_stride()) set_stride(from.stride());
-    if (from.has_format()) {
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if (bits & 0x1u) width_ = from.width_;
+    if (bits & 0x2u) height_ = from.height_;
+    if (bits & 0x4u) stride_ = from.stride_;
+    if (bits & 0x8u) {
       set_has_format();
       format_.Assign(from.format_);
     }
-    if (from.has_imgdata()) {
+    if (bits & 0x10u) {
       set_has_imgdata();
       imgdata_.Assign(from.imgdata_);
     }
+    _has_bits_[0] |= bits & 0x7u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
@@ -2290,16 +1917,10 @@ void FocusInfoItem::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* FocusInfoItem::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return FocusInfoItem_descriptor_;
+  return descriptors_[5];
 }
 
-::google::protobuf::Metadata FocusInfoItem::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = FocusInfoItem_descriptor_;
-  metadata.reflection = FocusInfoItem_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata FocusInfoItem::GetMetadata() const { return MetadataOf(5); }
 
 FocusInfoItem* FocusInfoItem::New() const { return New(nullptr); }
 
@@ -2317,7 +1938,7 @@ void FocusInfoItem::Swap(FocusInfoItem* other) {
   if (other != this) InternalSwap(other);
 }
 
-void FocusInfoItem::InternalSwap(FocusInfoItem* other) {
+__attribute__((noinline)) void FocusInfoItem::InternalSwap(FocusInfoItem* other) {
   std::swap(target_id_, other->target_id_);
   std::swap(target_code_, other->target_code_);
   std::swap(cutoff_threshold_, other->cutoff_threshold_);
@@ -2348,113 +1969,74 @@ void FocusInfoItem::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool FocusInfoItem::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // optional int32 target_id = 1;
-      case 1: {
-        if (tag != 8u) goto handle_unusual;
-        if (!wire::ReadValue(input, &target_id_)) return false;
+const uint8* FocusInfoItem::MergeBuffered(const uint8* p, const uint8* end, wire::MessageReader*) {
+  while (p != end) {
+    switch (*p) {
+      case 8:  // target_id
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &target_id_))) return p;
         set_has_target_id();
-        if (input->ExpectTag(21u)) goto parse_cutoff_threshold;
-        continue;
-      }
-
-      // optional float cutoff_threshold = 2;
-      case 2: {
-        if (tag != 21u) goto handle_unusual;
-      parse_cutoff_threshold:
-        if (!wire::ReadValue(input, &cutoff_threshold_)) return false;
+        if (!wire::NextIs<21u>(p, end)) continue;
+        // Fall through.
+      case 21:  // cutoff_threshold
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cutoff_threshold_))) return p;
         set_has_cutoff_threshold();
-        if (input->ExpectTag(29u)) goto parse_cutoff_cycles_per_pix;
-        continue;
-      }
-
-      // optional float cutoff_cycles_per_pix = 3;
-      case 3: {
-        if (tag != 29u) goto handle_unusual;
-      parse_cutoff_cycles_per_pix:
-        if (!wire::ReadValue(input, &cutoff_cycles_per_pix_)) return false;
+        if (!wire::NextIs<29u>(p, end)) continue;
+        // Fall through.
+      case 29:  // cutoff_cycles_per_pix
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cutoff_cycles_per_pix_))) return p;
         set_has_cutoff_cycles_per_pix();
-        if (input->ExpectTag(37u)) goto parse_cutoff_cycles_per_mm;
-        continue;
-      }
-
-      // optional float cutoff_cycles_per_mm = 4;
-      case 4: {
-        if (tag != 37u) goto handle_unusual;
-      parse_cutoff_cycles_per_mm:
-        if (!wire::ReadValue(input, &cutoff_cycles_per_mm_)) return false;
+        if (!wire::NextIs<37u>(p, end)) continue;
+        // Fall through.
+      case 37:  // cutoff_cycles_per_mm
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cutoff_cycles_per_mm_))) return p;
         set_has_cutoff_cycles_per_mm();
-        if (input->ExpectTag(45u)) goto parse_pix_per_mm;
-        continue;
-      }
-
-      // optional float pix_per_mm = 5;
-      case 5: {
-        if (tag != 45u) goto handle_unusual;
-      parse_pix_per_mm:
-        if (!wire::ReadValue(input, &pix_per_mm_)) return false;
+        if (!wire::NextIs<45u>(p, end)) continue;
+        // Fall through.
+      case 45:  // pix_per_mm
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &pix_per_mm_))) return p;
         set_has_pix_per_mm();
-        if (input->ExpectTag(53u)) goto parse_transfer_function;
-        continue;
-      }
-
-      // repeated float transfer_function = 6;
-      case 6: {
-        if (tag == 50u) {
-          if (!wire::ReadPacked(input, &transfer_function_)) return false;
-        } else if (tag == 53u) {
-        parse_transfer_function:
-          if (!wire::ReadElements(1, 53u, input, &transfer_function_)) return false;
-        } else {
-          goto handle_unusual;
-        }
-        if (input->ExpectTag(53u)) goto parse_transfer_function;
-        if (input->ExpectTag(56u)) goto parse_valid_min;
-        continue;
-      }
-
-      // optional int32 valid_min = 7;
-      case 7: {
-        if (tag != 56u) goto handle_unusual;
-      parse_valid_min:
-        if (!wire::ReadValue(input, &valid_min_)) return false;
+        if (!wire::NextIs<53u>(p, end)) continue;
+        // Fall through.
+      case 53:  // transfer_function
+        if (!wire::Advance(&p, wire::TakeElements<53u>(p, end, &transfer_function_))) return p;
+        if (!wire::NextIs<56u>(p, end)) continue;
+        // Fall through.
+      case 56:  // valid_min
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &valid_min_))) return p;
         set_has_valid_min();
-        if (input->ExpectTag(64u)) goto parse_valid_max;
-        continue;
-      }
-
-      // optional int32 valid_max = 8;
-      case 8: {
-        if (tag != 64u) goto handle_unusual;
-      parse_valid_max:
-        if (!wire::ReadValue(input, &valid_max_)) return false;
+        if (!wire::NextIs<64u>(p, end)) continue;
+        // Fall through.
+      case 64:  // valid_max
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &valid_max_))) return p;
         set_has_valid_max();
-        if (input->ExpectTag(72u)) goto parse_target_code;
-        continue;
-      }
-
-      // optional int32 target_code = 9;
-      case 9: {
-        if (tag != 72u) goto handle_unusual;
-      parse_target_code:
-        if (!wire::ReadValue(input, &target_code_)) return false;
+        if (!wire::NextIs<72u>(p, end)) continue;
+        // Fall through.
+      case 72:  // target_code
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &target_code_))) return p;
         set_has_target_code();
-        if (input->ExpectAtEnd()) return true;
         continue;
-      }
-
+      case 50:  // transfer_function (packed)
+        if (!wire::Advance(&p, wire::TakePacked(1, p, end, &transfer_function_))) return p;
+        continue;
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool FocusInfoItem::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 50:  // transfer_function
+      return wire::ReadPacked(input, &transfer_function_);
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool FocusInfoItem::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void FocusInfoItem::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -2463,9 +2045,7 @@ void FocusInfoItem::SerializeWithCachedSizes(CodedOutputStream* output) const {
   if (has_cutoff_cycles_per_pix()) WireFormatLite::WriteFloat(3, cutoff_cycles_per_pix(), output);
   if (has_cutoff_cycles_per_mm()) WireFormatLite::WriteFloat(4, cutoff_cycles_per_mm(), output);
   if (has_pix_per_mm()) WireFormatLite::WriteFloat(5, pix_per_mm(), output);
-  for (int i = 0; i < transfer_function_size(); ++i) {
-    WireFormatLite::WriteFloat(6, transfer_function(i), output);
-  }
+  wire::WriteElements(53u, transfer_function_, output);
   if (has_valid_min()) WireFormatLite::WriteInt32(7, valid_min(), output);
   if (has_valid_max()) WireFormatLite::WriteInt32(8, valid_max(), output);
   if (has_target_code()) WireFormatLite::WriteInt32(9, target_code(), output);
@@ -2486,14 +2066,12 @@ uint8* FocusInfoItem::SerializeWithCachedSizesToArray(uint8* target) const {
     target = WireFormatLite::WriteFloatToArray(4, cutoff_cycles_per_mm(), target);
   }
   if (has_pix_per_mm()) target = WireFormatLite::WriteFloatToArray(5, pix_per_mm(), target);
-  for (int i = 0; i < transfer_function_size(); ++i) {
-    target = WireFormatLite::WriteFloatToArray(6, transfer_function(i), target);
-  }
+  target = wire::WriteElementsToArray(53u, transfer_function_, target);
   if (has_valid_min()) target = WireFormatLite::WriteInt32ToArray(7, valid_min(), target);
   if (has_valid_max()) target = WireFormatLite::WriteInt32ToArray(8, valid_max(), target);
   if (has_target_code()) target = WireFormatLite::WriteInt32ToArray(9, target_code(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -2520,7 +2098,7 @@ int FocusInfoItem::ByteSize() const {
 
 void FocusInfoItem::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const FocusInfoItem* source = dynamic_cast<const FocusInfoItem*>(&from);
+  const FocusInfoItem* source = Cast<FocusInfoItem>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -2531,17 +2109,30 @@ void FocusInfoItem::MergeFrom(const ::google::protobuf::Message& from) {
 void FocusInfoItem::MergeFrom(const FocusInfoItem& from) {
   if (&from == this) MergeFromFail(__LINE__);
   transfer_function_.MergeFrom(from.transfer_function_);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_target_id()) set_target_id(from.target_id());
-    if (from.has_target_code()) set_target_code(from.target_code());
-    if (from.has_cutoff_threshold()) set_cutoff_threshold(from.cutoff_threshold());
-    if (from.has_cutoff_cycles_per_pix()) set_cutoff_cycles_per_pix(from.cutoff_cycles_per_pix());
-    if (from.has_cutoff_cycles_per_mm()) set_cutoff_cycles_per_mm(from.cutoff_cycles_per_mm());
-    if (from.has_pix_per_mm()) set_pix_per_mm(from.pix_per_mm());
-    if (from.has_valid_min()) set_valid_min(from.valid_min());
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if ((bits & 0xBFu) == 0xBFu) {
+      target_id_ = from.target_id_;
+      target_code_ = from.target_code_;
+      cutoff_threshold_ = from.cutoff_threshold_;
+      cutoff_cycles_per_pix_ = from.cutoff_cycles_per_pix_;
+      cutoff_cycles_per_mm_ = from.cutoff_cycles_per_mm_;
+      pix_per_mm_ = from.pix_per_mm_;
+      valid_min_ = from.valid_min_;
+    } else {
+      if (bits & 0x1u) target_id_ = from.target_id_;
+      if (bits & 0x2u) target_code_ = from.target_code_;
+      if (bits & 0x4u) cutoff_threshold_ = from.cutoff_threshold_;
+      if (bits & 0x8u) cutoff_cycles_per_pix_ = from.cutoff_cycles_per_pix_;
+      if (bits & 0x10u) cutoff_cycles_per_mm_ = from.cutoff_cycles_per_mm_;
+      if (bits & 0x20u) pix_per_mm_ = from.pix_per_mm_;
+      if (bits & 0x80u) valid_min_ = from.valid_min_;
+    }
+    _has_bits_[0] |= bits & 0xBFu;
   }
-  if (from._has_bits_[0] & 0xFF00u) {
-    if (from.has_valid_max()) set_valid_max(from.valid_max());
+  if (bits & 0xFF00u) {
+    if (bits & 0x100u) valid_max_ = from.valid_max_;
+    _has_bits_[0] |= bits & 0x100u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
@@ -2591,16 +2182,10 @@ void FocusInfo::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* FocusInfo::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return FocusInfo_descriptor_;
+  return descriptors_[6];
 }
 
-::google::protobuf::Metadata FocusInfo::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = FocusInfo_descriptor_;
-  metadata.reflection = FocusInfo_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata FocusInfo::GetMetadata() const { return MetadataOf(6); }
 
 FocusInfo* FocusInfo::New() const { return New(nullptr); }
 
@@ -2618,7 +2203,7 @@ void FocusInfo::Swap(FocusInfo* other) {
   if (other != this) InternalSwap(other);
 }
 
-void FocusInfo::InternalSwap(FocusInfo* other) {
+__attribute__((noinline)) void FocusInfo::InternalSwap(FocusInfo* other) {
   focus_.UnsafeArenaSwap(&other->focus_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
@@ -2631,46 +2216,46 @@ void FocusInfo::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool FocusInfo::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // repeated FocusInfoItem focus = 1;
-      case 1: {
-        if (tag != 10u) goto handle_unusual;
-        if (!input->IncrementRecursionDepth()) return false;
-        do {
-          if (!wire::ReadElement(input, add_focus())) return false;
-        } while (input->ExpectTag(10u));
-        input->UnsafeDecrementRecursionDepth();
-        if (input->ExpectAtEnd()) return true;
+const uint8* FocusInfo::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader* reader) {
+  while (p != end) {
+    switch (*p) {
+      case 10:  // focus
+        if (!wire::Advance(&p, reader->TakeElements<10u>(p, end, &focus_))) return p;
         continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool FocusInfo::MergeLengthDelimited(uint32 tag, CodedInputStream* input) {
+  switch (tag) {
+    case 10:  // focus
+      return wire::ReadMessage(input, add_focus());
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool FocusInfo::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void FocusInfo::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  for (int i = 0, n = focus_size(); i < n; ++i) runtime::WriteMessage(1, focus(i), output);
+  for (const FocusInfoItem& element : focus_) wire::WriteMessage(1, element, output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
 uint8* FocusInfo::SerializeWithCachedSizesToArray(uint8* target) const {
-  for (int i = 0, n = focus_size(); i < n; ++i) {
-    target = wire::WriteMessageToArray(1, focus(i), target);
+  for (const FocusInfoItem& element : focus_) {
+    target = wire::WriteMessageToArray(1, element, target);
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -2678,7 +2263,7 @@ uint8* FocusInfo::SerializeWithCachedSizesToArray(uint8* target) const {
 int FocusInfo::ByteSize() const {
   uint32 total_size = 0;
   total_size += 1 * static_cast<uint32>(focus_size());
-  for (int i = 0, n = focus_size(); i < n; ++i) total_size += wire::MessageSize(&focus(i));
+  for (const FocusInfoItem& element : focus_) total_size += wire::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
     total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
   }
@@ -2688,7 +2273,7 @@ int FocusInfo::ByteSize() const {
 
 void FocusInfo::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const FocusInfo* source = dynamic_cast<const FocusInfo*>(&from);
+  const FocusInfo* source = Cast<FocusInfo>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -2747,16 +2332,10 @@ void CameraExtrinsics::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* CameraExtrinsics::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return CameraExtrinsics_descriptor_;
+  return descriptors_[7];
 }
 
-::google::protobuf::Metadata CameraExtrinsics::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = CameraExtrinsics_descriptor_;
-  metadata.reflection = CameraExtrinsics_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata CameraExtrinsics::GetMetadata() const { return MetadataOf(7); }
 
 CameraExtrinsics* CameraExtrinsics::New() const { return New(nullptr); }
 
@@ -2774,7 +2353,7 @@ void CameraExtrinsics::Swap(CameraExtrinsics* other) {
   if (other != this) InternalSwap(other);
 }
 
-void CameraExtrinsics::InternalSwap(CameraExtrinsics* other) {
+__attribute__((noinline)) void CameraExtrinsics::InternalSwap(CameraExtrinsics* other) {
   a_.UnsafeArenaSwap(&other->a_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
@@ -2787,49 +2366,48 @@ void CameraExtrinsics::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool CameraExtrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // repeated double a = 1;
-      case 1: {
-        if (tag == 10u) {
-          if (!wire::ReadPacked(input, &a_)) return false;
-        } else if (tag == 9u) {
-        parse_a:
-          if (!wire::ReadElements(1, 9u, input, &a_)) return false;
-        } else {
-          goto handle_unusual;
-        }
-        if (input->ExpectTag(9u)) goto parse_a;
-        if (input->ExpectAtEnd()) return true;
+const uint8* CameraExtrinsics::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader*) {
+  while (p != end) {
+    switch (*p) {
+      case 9:  // a
+        if (!wire::Advance(&p, wire::TakeElements<9u>(p, end, &a_))) return p;
         continue;
-      }
-
+      case 10:  // a (packed)
+        if (!wire::Advance(&p, wire::TakePacked(1, p, end, &a_))) return p;
+        continue;
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool CameraExtrinsics::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 10:  // a
+      return wire::ReadPacked(input, &a_);
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool CameraExtrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void CameraExtrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  for (int i = 0; i < a_size(); ++i) WireFormatLite::WriteDouble(1, a(i), output);
+  wire::WriteElements(9u, a_, output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
 uint8* CameraExtrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
-  for (int i = 0; i < a_size(); ++i) {
-    target = WireFormatLite::WriteDoubleToArray(1, a(i), target);
-  }
+  target = wire::WriteElementsToArray(9u, a_, target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -2846,7 +2424,7 @@ int CameraExtrinsics::ByteSize() const {
 
 void CameraExtrinsics::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const CameraExtrinsics* source = dynamic_cast<const CameraExtrinsics*>(&from);
+  const CameraExtrinsics* source = Cast<CameraExtrinsics>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -2938,16 +2516,10 @@ void CameraCalibration::SharedDtor() {
 
 const ::google::protobuf::Descriptor* CameraCalibration::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return CameraCalibration_descriptor_;
+  return descriptors_[8];
 }
 
-::google::protobuf::Metadata CameraCalibration::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = CameraCalibration_descriptor_;
-  metadata.reflection = CameraCalibration_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata CameraCalibration::GetMetadata() const { return MetadataOf(8); }
 
 CameraCalibration* CameraCalibration::New() const { return New(nullptr); }
 
@@ -2965,7 +2537,7 @@ void CameraCalibration::Swap(CameraCalibration* other) {
   if (other != this) InternalSwap(other);
 }
 
-void CameraCalibration::InternalSwap(CameraCalibration* other) {
+__attribute__((noinline)) void CameraCalibration::InternalSwap(CameraCalibration* other) {
   std::swap(intrinsics_, other->intrinsics_);
   std::swap(intrinsics_image_, other->intrinsics_image_);
   std::swap(extrinsics_, other->extrinsics_);
@@ -2996,88 +2568,79 @@ void CameraCalibration::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool CameraCalibration::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // optional CameraIntrinsics intrinsics = 1;
-      case 1: {
-        if (tag != 10u) goto handle_unusual;
-        if (!wire::ReadMessage(input, mutable_intrinsics())) return false;
-        if (input->ExpectTag(18u)) goto parse_intrinsics_image;
+const uint8* CameraCalibration::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader* reader) {
+  while (p != end) {
+    switch (*p) {
+      case 10:  // intrinsics
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_intrinsics()))) return p;
+        if (!wire::NextIs<18u>(p, end)) continue;
+        // Fall through.
+      case 18:  // intrinsics_image
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_intrinsics_image()))) {
+          return p;
+        }
+        if (!wire::NextIs<26u>(p, end)) continue;
+        // Fall through.
+      case 26:  // extrinsics
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_extrinsics()))) return p;
+        if (!wire::NextIs<34u>(p, end)) continue;
+        // Fall through.
+      case 34:  // extrinsics_image
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_extrinsics_image()))) {
+          return p;
+        }
+        if (!wire::NextIs<42u>(p, end)) continue;
+        // Fall through.
+      case 42:  // name
+        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_name()))) return p;
+        if (!wire::NextIs<50u>(p, end)) continue;
+        // Fall through.
+      case 50:  // model
+        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_model()))) return p;
+        if (!wire::NextIs<58u>(p, end)) continue;
+        // Fall through.
+      case 58:  // serial
+        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_serial()))) return p;
         continue;
-      }
-
-      // optional CalibrationImage intrinsics_image = 2;
-      case 2: {
-        if (tag != 18u) goto handle_unusual;
-      parse_intrinsics_image:
-        if (!wire::ReadMessage(input, mutable_intrinsics_image())) return false;
-        if (input->ExpectTag(26u)) goto parse_extrinsics;
-        continue;
-      }
-
-      // optional CameraExtrinsics extrinsics = 3;
-      case 3: {
-        if (tag != 26u) goto handle_unusual;
-      parse_extrinsics:
-        if (!wire::ReadMessage(input, mutable_extrinsics())) return false;
-        if (input->ExpectTag(34u)) goto parse_extrinsics_image;
-        continue;
-      }
-
-      // optional CalibrationImage extrinsics_image = 4;
-      case 4: {
-        if (tag != 34u) goto handle_unusual;
-      parse_extrinsics_image:
-        if (!wire::ReadMessage(input, mutable_extrinsics_image())) return false;
-        if (input->ExpectTag(42u)) goto parse_name;
-        continue;
-      }
-
-      // optional string name = 5;
-      case 5: {
-        if (tag != 42u) goto handle_unusual;
-      parse_name:
-        if (!wire::ReadString(input, mutable_name())) return false;
-        if (input->ExpectTag(50u)) goto parse_model;
-        continue;
-      }
-
-      // optional string model = 6;
-      case 6: {
-        if (tag != 50u) goto handle_unusual;
-      parse_model:
-        if (!wire::ReadString(input, mutable_model())) return false;
-        if (input->ExpectTag(58u)) goto parse_serial;
-        continue;
-      }
-
-      // optional string serial = 7;
-      case 7: {
-        if (tag != 58u) goto handle_unusual;
-      parse_serial:
-        if (!wire::ReadString(input, mutable_serial())) return false;
-        if (input->ExpectAtEnd()) return true;
-        continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool CameraCalibration::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 10:  // intrinsics
+      return wire::ReadMessage(input, mutable_intrinsics());
+    case 18:  // intrinsics_image
+      return wire::ReadMessage(input, mutable_intrinsics_image());
+    case 26:  // extrinsics
+      return wire::ReadMessage(input, mutable_extrinsics());
+    case 34:  // extrinsics_image
+      return wire::ReadMessage(input, mutable_extrinsics_image());
+    case 42:  // name
+      return wire::ReadString(input, mutable_name());
+    case 50:  // model
+      return wire::ReadString(input, mutable_model());
+    case 58:  // serial
+      return wire::ReadString(input, mutable_serial());
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool CameraCalibration::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void CameraCalibration::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_intrinsics()) runtime::WriteMessage(1, intrinsics(), output);
-  if (has_intrinsics_image()) runtime::WriteMessage(2, intrinsics_image(), output);
-  if (has_extrinsics()) runtime::WriteMessage(3, extrinsics(), output);
-  if (has_extrinsics_image()) runtime::WriteMessage(4, extrinsics_image(), output);
+  if (has_intrinsics()) wire::WriteMessage(1, intrinsics(), output);
+  if (has_intrinsics_image()) wire::WriteMessage(2, intrinsics_image(), output);
+  if (has_extrinsics()) wire::WriteMessage(3, extrinsics(), output);
+  if (has_extrinsics_image()) wire::WriteMessage(4, extrinsics_image(), output);
   if (has_name()) WireFormatLite::WriteStringMaybeAliased(5, name(), output);
   if (has_model()) WireFormatLite::WriteStringMaybeAliased(6, model(), output);
   if (has_serial()) WireFormatLite::WriteStringMaybeAliased(7, serial(), output);
@@ -3095,7 +2658,7 @@ uint8* CameraCalibration::SerializeWithCachedSizesToArray(uint8* target) const {
   if (has_model()) target = WireFormatLite::WriteStringToArray(6, model(), target);
   if (has_serial()) target = WireFormatLite::WriteStringToArray(7, serial(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -3103,10 +2666,10 @@ uint8* CameraCalibration::SerializeWithCachedSizesToArray(uint8* target) const {
 int CameraCalibration::ByteSize() const {
   uint32 total_size = 0;
   if (_has_bits_[0] & 0x7Fu) {
-    if (has_intrinsics()) total_size += 1 + wire::MessageSize(intrinsics_);
-    if (has_intrinsics_image()) total_size += 1 + wire::MessageSize(intrinsics_image_);
-    if (has_extrinsics()) total_size += 1 + wire::MessageSize(extrinsics_);
-    if (has_extrinsics_image()) total_size += 1 + wire::MessageSize(extrinsics_image_);
+    if (has_intrinsics()) total_size += 1 + wire::MessageSize(intrinsics());
+    if (has_intrinsics_image()) total_size += 1 + wire::MessageSize(intrinsics_image());
+    if (has_extrinsics()) total_size += 1 + wire::MessageSize(extrinsics());
+    if (has_extrinsics_image()) total_size += 1 + wire::MessageSize(extrinsics_image());
     if (has_name()) total_size += 1 + wire::StringSize(name());
     if (has_model()) total_size += 1 + wire::StringSize(model());
     if (has_serial()) total_size += 1 + wire::StringSize(serial());
@@ -3120,7 +2683,7 @@ int CameraCalibration::ByteSize() const {
 
 void CameraCalibration::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const CameraCalibration* source = dynamic_cast<const CameraCalibration*>(&from);
+  const CameraCalibration* source = Cast<CameraCalibration>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -3130,20 +2693,21 @@ void CameraCalibration::MergeFrom(const ::google::protobuf::Message& from) {
 
 void CameraCalibration::MergeFrom(const CameraCalibration& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_intrinsics()) mutable_intrinsics()->MergeFrom(from.intrinsics());
-    if (from.has_intrinsics_image()) mutable_intrinsics_image()->MergeFrom(from.intrinsics_image());
-    if (from.has_extrinsics()) mutable_extrinsics()->MergeFrom(from.extrinsics());
-    if (from.has_extrinsics_image()) mutable_extrinsics_image()->MergeFrom(from.extrinsics_image());
-    if (from.has_name()) {
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if (bits & 0x1u) mutable_intrinsics()->MergeFrom(from.intrinsics());
+    if (bits & 0x2u) mutable_intrinsics_image()->MergeFrom(from.intrinsics_image());
+    if (bits & 0x4u) mutable_extrinsics()->MergeFrom(from.extrinsics());
+    if (bits & 0x8u) mutable_extrinsics_image()->MergeFrom(from.extrinsics_image());
+    if (bits & 0x10u) {
       set_has_name();
       name_.Assign(from.name_);
     }
-    if (from.has_model()) {
+    if (bits & 0x20u) {
       set_has_model();
       model_.Assign(from.model_);
     }
-    if (from.has_serial()) {
+    if (bits & 0x40u) {
       set_has_serial();
       serial_.Assign(from.serial_);
     }
@@ -3197,16 +2761,10 @@ void RobotCalibration::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* RobotCalibration::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return RobotCalibration_descriptor_;
+  return descriptors_[9];
 }
 
-::google::protobuf::Metadata RobotCalibration::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = RobotCalibration_descriptor_;
-  metadata.reflection = RobotCalibration_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata RobotCalibration::GetMetadata() const { return MetadataOf(9); }
 
 RobotCalibration* RobotCalibration::New() const { return New(nullptr); }
 
@@ -3224,7 +2782,7 @@ void RobotCalibration::Swap(RobotCalibration* other) {
   if (other != this) InternalSwap(other);
 }
 
-void RobotCalibration::InternalSwap(RobotCalibration* other) {
+__attribute__((noinline)) void RobotCalibration::InternalSwap(RobotCalibration* other) {
   camera_.UnsafeArenaSwap(&other->camera_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
@@ -3237,46 +2795,47 @@ void RobotCalibration::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool RobotCalibration::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // repeated CameraCalibration camera = 1;
-      case 1: {
-        if (tag != 10u) goto handle_unusual;
-        if (!input->IncrementRecursionDepth()) return false;
-        do {
-          if (!wire::ReadElement(input, add_camera())) return false;
-        } while (input->ExpectTag(10u));
-        input->UnsafeDecrementRecursionDepth();
-        if (input->ExpectAtEnd()) return true;
+const uint8* RobotCalibration::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader* reader) {
+  while (p != end) {
+    switch (*p) {
+      case 10:  // camera
+        if (!wire::Advance(&p, reader->TakeElements<10u>(p, end, &camera_))) return p;
         continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool RobotCalibration::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 10:  // camera
+      return wire::ReadMessage(input, add_camera());
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool RobotCalibration::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void RobotCalibration::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  for (int i = 0, n = camera_size(); i < n; ++i) runtime::WriteMessage(1, camera(i), output);
+  for (const CameraCalibration& element : camera_) wire::WriteMessage(1, element, output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
 uint8* RobotCalibration::SerializeWithCachedSizesToArray(uint8* target) const {
-  for (int i = 0, n = camera_size(); i < n; ++i) {
-    target = wire::WriteMessageToArray(1, camera(i), target);
+  for (const CameraCalibration& element : camera_) {
+    target = wire::WriteMessageToArray(1, element, target);
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -3284,7 +2843,7 @@ uint8* RobotCalibration::SerializeWithCachedSizesToArray(uint8* target) const {
 int RobotCalibration::ByteSize() const {
   uint32 total_size = 0;
   total_size += 1 * static_cast<uint32>(camera_size());
-  for (int i = 0, n = camera_size(); i < n; ++i) total_size += wire::MessageSize(&camera(i));
+  for (const CameraCalibration& element : camera_) total_size += wire::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
     total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
   }
@@ -3294,7 +2853,7 @@ int RobotCalibration::ByteSize() const {
 
 void RobotCalibration::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const RobotCalibration* source = dynamic_cast<const RobotCalibration*>(&from);
+  const RobotCalibration* source = Cast<RobotCalibration>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -3368,15 +2927,11 @@ void CalibrationMetadataProto::SharedDtor() {
 
 const ::google::protobuf::Descriptor* CalibrationMetadataProto::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return CalibrationMetadataProto_descriptor_;
+  return descriptors_[10];
 }
 
 ::google::protobuf::Metadata CalibrationMetadataProto::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = CalibrationMetadataProto_descriptor_;
-  metadata.reflection = CalibrationMetadataProto_reflection_;
-  return metadata;
+  return MetadataOf(10);
 }
 
 CalibrationMetadataProto* CalibrationMetadataProto::New() const { return New(nullptr); }
@@ -3395,7 +2950,8 @@ void CalibrationMetadataProto::Swap(CalibrationMetadataProto* other) {
   if (other != this) InternalSwap(other);
 }
 
-void CalibrationMetadataProto::InternalSwap(CalibrationMetadataProto* other) {
+__attribute__((noinline)) void CalibrationMetadataProto::InternalSwap(
+    CalibrationMetadataProto* other) {
   std::swap(time_, other->time_);
   base_serial_.Swap(&other->base_serial_);
   audio_serial_.Swap(&other->audio_serial_);
@@ -3416,56 +2972,48 @@ void CalibrationMetadataProto::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool CalibrationMetadataProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // optional int64 time = 1;
-      case 1: {
-        if (tag != 8u) goto handle_unusual;
-        if (!wire::ReadValue(input, &time_)) return false;
+const uint8* CalibrationMetadataProto::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader*) {
+  while (p != end) {
+    switch (*p) {
+      case 8:  // time
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &time_))) return p;
         set_has_time();
-        if (input->ExpectTag(18u)) goto parse_base_serial;
-        continue;
-      }
-
-      // optional string base_serial = 2;
-      case 2: {
-        if (tag != 18u) goto handle_unusual;
-      parse_base_serial:
-        if (!wire::ReadString(input, mutable_base_serial())) return false;
-        if (input->ExpectTag(26u)) goto parse_audio_serial;
-        continue;
-      }
-
-      // optional string audio_serial = 3;
-      case 3: {
-        if (tag != 26u) goto handle_unusual;
-      parse_audio_serial:
-        if (!wire::ReadString(input, mutable_audio_serial())) return false;
-        if (input->ExpectTag(37u)) goto parse_temperature;
-        continue;
-      }
-
-      // optional float temperature = 4;
-      case 4: {
-        if (tag != 37u) goto handle_unusual;
-      parse_temperature:
-        if (!wire::ReadValue(input, &temperature_)) return false;
+        if (!wire::NextIs<18u>(p, end)) continue;
+        // Fall through.
+      case 18:  // base_serial
+        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_base_serial()))) return p;
+        if (!wire::NextIs<26u>(p, end)) continue;
+        // Fall through.
+      case 26:  // audio_serial
+        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_audio_serial()))) return p;
+        if (!wire::NextIs<37u>(p, end)) continue;
+        // Fall through.
+      case 37:  // temperature
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &temperature_))) return p;
         set_has_temperature();
-        if (input->ExpectAtEnd()) return true;
         continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool CalibrationMetadataProto::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 18:  // base_serial
+      return wire::ReadString(input, mutable_base_serial());
+    case 26:  // audio_serial
+      return wire::ReadString(input, mutable_audio_serial());
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool CalibrationMetadataProto::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void CalibrationMetadataProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -3484,7 +3032,7 @@ uint8* CalibrationMetadataProto::SerializeWithCachedSizesToArray(uint8* target) 
   if (has_audio_serial()) target = WireFormatLite::WriteStringToArray(3, audio_serial(), target);
   if (has_temperature()) target = WireFormatLite::WriteFloatToArray(4, temperature(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -3506,7 +3054,7 @@ int CalibrationMetadataProto::ByteSize() const {
 
 void CalibrationMetadataProto::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const CalibrationMetadataProto* source = dynamic_cast<const CalibrationMetadataProto*>(&from);
+  const CalibrationMetadataProto* source = Cast<CalibrationMetadataProto>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -3516,17 +3064,19 @@ void CalibrationMetadataProto::MergeFrom(const ::google::protobuf::Message& from
 
 void CalibrationMetadataProto::MergeFrom(const CalibrationMetadataProto& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_time()) set_time(from.time());
-    if (from.has_base_serial()) {
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if (bits & 0x1u) time_ = from.time_;
+    if (bits & 0x2u) {
       set_has_base_serial();
       base_serial_.Assign(from.base_serial_);
     }
-    if (from.has_audio_serial()) {
+    if (bits & 0x4u) {
       set_has_audio_serial();
       audio_serial_.Assign(from.audio_serial_);
     }
-    if (from.has_temperature()) set_temperature(from.temperature());
+    if (bits & 0x8u) temperature_ = from.temperature_;
+    _has_bits_[0] |= bits & 0x9u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
@@ -3587,15 +3137,11 @@ void GyroscopeCalibrationProto::SharedDtor() {
 
 const ::google::protobuf::Descriptor* GyroscopeCalibrationProto::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return GyroscopeCalibrationProto_descriptor_;
+  return descriptors_[11];
 }
 
 ::google::protobuf::Metadata GyroscopeCalibrationProto::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = GyroscopeCalibrationProto_descriptor_;
-  metadata.reflection = GyroscopeCalibrationProto_reflection_;
-  return metadata;
+  return MetadataOf(11);
 }
 
 GyroscopeCalibrationProto* GyroscopeCalibrationProto::New() const { return New(nullptr); }
@@ -3614,7 +3160,8 @@ void GyroscopeCalibrationProto::Swap(GyroscopeCalibrationProto* other) {
   if (other != this) InternalSwap(other);
 }
 
-void GyroscopeCalibrationProto::InternalSwap(GyroscopeCalibrationProto* other) {
+__attribute__((noinline)) void GyroscopeCalibrationProto::InternalSwap(
+    GyroscopeCalibrationProto* other) {
   std::swap(gyroscope_gain_, other->gyroscope_gain_);
   std::swap(metadata_, other->metadata_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
@@ -3631,42 +3178,42 @@ void GyroscopeCalibrationProto::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool GyroscopeCalibrationProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // optional float gyroscope_gain = 1;
-      case 1: {
-        if (tag != 13u) goto handle_unusual;
-        if (!wire::ReadValue(input, &gyroscope_gain_)) return false;
+const uint8* GyroscopeCalibrationProto::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader* reader) {
+  while (p != end) {
+    switch (*p) {
+      case 13:  // gyroscope_gain
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &gyroscope_gain_))) return p;
         set_has_gyroscope_gain();
-        if (input->ExpectTag(18u)) goto parse_metadata;
+        if (!wire::NextIs<18u>(p, end)) continue;
+        // Fall through.
+      case 18:  // metadata
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_metadata()))) return p;
         continue;
-      }
-
-      // optional CalibrationMetadataProto metadata = 2;
-      case 2: {
-        if (tag != 18u) goto handle_unusual;
-      parse_metadata:
-        if (!wire::ReadMessage(input, mutable_metadata())) return false;
-        if (input->ExpectAtEnd()) return true;
-        continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool GyroscopeCalibrationProto::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 18:  // metadata
+      return wire::ReadMessage(input, mutable_metadata());
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool GyroscopeCalibrationProto::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void GyroscopeCalibrationProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
   if (has_gyroscope_gain()) WireFormatLite::WriteFloat(1, gyroscope_gain(), output);
-  if (has_metadata()) runtime::WriteMessage(2, metadata(), output);
+  if (has_metadata()) wire::WriteMessage(2, metadata(), output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
@@ -3676,7 +3223,7 @@ uint8* GyroscopeCalibrationProto::SerializeWithCachedSizesToArray(uint8* target)
   if (has_gyroscope_gain()) target = WireFormatLite::WriteFloatToArray(1, gyroscope_gain(), target);
   if (has_metadata()) target = wire::WriteMessageToArray(2, metadata(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -3685,7 +3232,7 @@ int GyroscopeCalibrationProto::ByteSize() const {
   uint32 total_size = 0;
   if (_has_bits_[0] & 0x3u) {
     if (has_gyroscope_gain()) total_size += 1 + 4;
-    if (has_metadata()) total_size += 1 + wire::MessageSize(metadata_);
+    if (has_metadata()) total_size += 1 + wire::MessageSize(metadata());
   }
   if (_internal_metadata_.have_unknown_fields()) {
     total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
@@ -3696,7 +3243,7 @@ int GyroscopeCalibrationProto::ByteSize() const {
 
 void GyroscopeCalibrationProto::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const GyroscopeCalibrationProto* source = dynamic_cast<const GyroscopeCalibrationProto*>(&from);
+  const GyroscopeCalibrationProto* source = Cast<GyroscopeCalibrationProto>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -3706,9 +3253,11 @@ void GyroscopeCalibrationProto::MergeFrom(const ::google::protobuf::Message& fro
 
 void GyroscopeCalibrationProto::MergeFrom(const GyroscopeCalibrationProto& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_gyroscope_gain()) set_gyroscope_gain(from.gyroscope_gain());
-    if (from.has_metadata()) mutable_metadata()->MergeFrom(from.metadata());
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if (bits & 0x1u) gyroscope_gain_ = from.gyroscope_gain_;
+    if (bits & 0x2u) mutable_metadata()->MergeFrom(from.metadata());
+    _has_bits_[0] |= bits & 0x1u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
@@ -3771,15 +3320,11 @@ void CameraCalibrationAdjustmentProto::SharedDtor() {
 
 const ::google::protobuf::Descriptor* CameraCalibrationAdjustmentProto::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return CameraCalibrationAdjustmentProto_descriptor_;
+  return descriptors_[12];
 }
 
 ::google::protobuf::Metadata CameraCalibrationAdjustmentProto::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = CameraCalibrationAdjustmentProto_descriptor_;
-  metadata.reflection = CameraCalibrationAdjustmentProto_reflection_;
-  return metadata;
+  return MetadataOf(12);
 }
 
 CameraCalibrationAdjustmentProto* CameraCalibrationAdjustmentProto::New() const {
@@ -3801,7 +3346,8 @@ void CameraCalibrationAdjustmentProto::Swap(CameraCalibrationAdjustmentProto* ot
   if (other != this) InternalSwap(other);
 }
 
-void CameraCalibrationAdjustmentProto::InternalSwap(CameraCalibrationAdjustmentProto* other) {
+__attribute__((noinline)) void CameraCalibrationAdjustmentProto::InternalSwap(
+    CameraCalibrationAdjustmentProto* other) {
   std::swap(params_, other->params_);
   std::swap(metadata_, other->metadata_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
@@ -3818,41 +3364,43 @@ void CameraCalibrationAdjustmentProto::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool CameraCalibrationAdjustmentProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // optional CameraExtrinsics params = 1;
-      case 1: {
-        if (tag != 10u) goto handle_unusual;
-        if (!wire::ReadMessage(input, mutable_params())) return false;
-        if (input->ExpectTag(18u)) goto parse_metadata;
+const uint8* CameraCalibrationAdjustmentProto::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader* reader) {
+  while (p != end) {
+    switch (*p) {
+      case 10:  // params
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_params()))) return p;
+        if (!wire::NextIs<18u>(p, end)) continue;
+        // Fall through.
+      case 18:  // metadata
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_metadata()))) return p;
         continue;
-      }
-
-      // optional CalibrationMetadataProto metadata = 2;
-      case 2: {
-        if (tag != 18u) goto handle_unusual;
-      parse_metadata:
-        if (!wire::ReadMessage(input, mutable_metadata())) return false;
-        if (input->ExpectAtEnd()) return true;
-        continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool CameraCalibrationAdjustmentProto::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 10:  // params
+      return wire::ReadMessage(input, mutable_params());
+    case 18:  // metadata
+      return wire::ReadMessage(input, mutable_metadata());
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool CameraCalibrationAdjustmentProto::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void CameraCalibrationAdjustmentProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_params()) runtime::WriteMessage(1, params(), output);
-  if (has_metadata()) runtime::WriteMessage(2, metadata(), output);
+  if (has_params()) wire::WriteMessage(1, params(), output);
+  if (has_metadata()) wire::WriteMessage(2, metadata(), output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
@@ -3862,7 +3410,7 @@ uint8* CameraCalibrationAdjustmentProto::SerializeWithCachedSizesToArray(uint8* 
   if (has_params()) target = wire::WriteMessageToArray(1, params(), target);
   if (has_metadata()) target = wire::WriteMessageToArray(2, metadata(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -3870,8 +3418,8 @@ uint8* CameraCalibrationAdjustmentProto::SerializeWithCachedSizesToArray(uint8* 
 int CameraCalibrationAdjustmentProto::ByteSize() const {
   uint32 total_size = 0;
   if (_has_bits_[0] & 0x3u) {
-    if (has_params()) total_size += 1 + wire::MessageSize(params_);
-    if (has_metadata()) total_size += 1 + wire::MessageSize(metadata_);
+    if (has_params()) total_size += 1 + wire::MessageSize(params());
+    if (has_metadata()) total_size += 1 + wire::MessageSize(metadata());
   }
   if (_internal_metadata_.have_unknown_fields()) {
     total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
@@ -3882,8 +3430,7 @@ int CameraCalibrationAdjustmentProto::ByteSize() const {
 
 void CameraCalibrationAdjustmentProto::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const CameraCalibrationAdjustmentProto* source =
-      dynamic_cast<const CameraCalibrationAdjustmentProto*>(&from);
+  const CameraCalibrationAdjustmentProto* source = Cast<CameraCalibrationAdjustmentProto>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -3893,9 +3440,10 @@ void CameraCalibrationAdjustmentProto::MergeFrom(const ::google::protobuf::Messa
 
 void CameraCalibrationAdjustmentProto::MergeFrom(const CameraCalibrationAdjustmentProto& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_params()) mutable_params()->MergeFrom(from.params());
-    if (from.has_metadata()) mutable_metadata()->MergeFrom(from.metadata());
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if (bits & 0x1u) mutable_params()->MergeFrom(from.params());
+    if (bits & 0x2u) mutable_metadata()->MergeFrom(from.metadata());
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
@@ -3966,16 +3514,10 @@ void BaseCalibrationProto::SharedDtor() {
 
 const ::google::protobuf::Descriptor* BaseCalibrationProto::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return BaseCalibrationProto_descriptor_;
+  return descriptors_[13];
 }
 
-::google::protobuf::Metadata BaseCalibrationProto::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = BaseCalibrationProto_descriptor_;
-  metadata.reflection = BaseCalibrationProto_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata BaseCalibrationProto::GetMetadata() const { return MetadataOf(13); }
 
 BaseCalibrationProto* BaseCalibrationProto::New() const { return New(nullptr); }
 
@@ -3993,7 +3535,7 @@ void BaseCalibrationProto::Swap(BaseCalibrationProto* other) {
   if (other != this) InternalSwap(other);
 }
 
-void BaseCalibrationProto::InternalSwap(BaseCalibrationProto* other) {
+__attribute__((noinline)) void BaseCalibrationProto::InternalSwap(BaseCalibrationProto* other) {
   std::swap(wheel_base_, other->wheel_base_);
   std::swap(base_width_, other->base_width_);
   std::swap(base_length_, other->base_length_);
@@ -4020,73 +3562,62 @@ void BaseCalibrationProto::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool BaseCalibrationProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // optional float wheel_base = 1 [default = 0.4064];
-      case 1: {
-        if (tag != 13u) goto handle_unusual;
-        if (!wire::ReadValue(input, &wheel_base_)) return false;
+const uint8* BaseCalibrationProto::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader* reader) {
+  while (p != end) {
+    switch (*p) {
+      case 13:  // wheel_base
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &wheel_base_))) return p;
         set_has_wheel_base();
-        if (input->ExpectTag(21u)) goto parse_base_width;
-        continue;
-      }
-
-      // optional float base_width = 2 [default = 0.457];
-      case 2: {
-        if (tag != 21u) goto handle_unusual;
-      parse_base_width:
-        if (!wire::ReadValue(input, &base_width_)) return false;
+        if (!wire::NextIs<21u>(p, end)) continue;
+        // Fall through.
+      case 21:  // base_width
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &base_width_))) return p;
         set_has_base_width();
-        if (input->ExpectTag(26u)) goto parse_global_transform;
-        continue;
-      }
-
-      // optional CameraCalibrationAdjustmentProto global_transform = 3;
-      case 3: {
-        if (tag != 26u) goto handle_unusual;
-      parse_global_transform:
-        if (!wire::ReadMessage(input, mutable_global_transform())) return false;
-        if (input->ExpectTag(34u)) goto parse_gyroscope_cal;
-        continue;
-      }
-
-      // optional GyroscopeCalibrationProto gyroscope_cal = 4;
-      case 4: {
-        if (tag != 34u) goto handle_unusual;
-      parse_gyroscope_cal:
-        if (!wire::ReadMessage(input, mutable_gyroscope_cal())) return false;
-        if (input->ExpectTag(45u)) goto parse_base_length;
-        continue;
-      }
-
-      // optional float base_length = 5 [default = 0.7];
-      case 5: {
-        if (tag != 45u) goto handle_unusual;
-      parse_base_length:
-        if (!wire::ReadValue(input, &base_length_)) return false;
+        if (!wire::NextIs<26u>(p, end)) continue;
+        // Fall through.
+      case 26:  // global_transform
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_global_transform()))) {
+          return p;
+        }
+        if (!wire::NextIs<34u>(p, end)) continue;
+        // Fall through.
+      case 34:  // gyroscope_cal
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_gyroscope_cal()))) return p;
+        if (!wire::NextIs<45u>(p, end)) continue;
+        // Fall through.
+      case 45:  // base_length
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &base_length_))) return p;
         set_has_base_length();
-        if (input->ExpectAtEnd()) return true;
         continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool BaseCalibrationProto::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 26:  // global_transform
+      return wire::ReadMessage(input, mutable_global_transform());
+    case 34:  // gyroscope_cal
+      return wire::ReadMessage(input, mutable_gyroscope_cal());
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool BaseCalibrationProto::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void BaseCalibrationProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
   if (has_wheel_base()) WireFormatLite::WriteFloat(1, wheel_base(), output);
   if (has_base_width()) WireFormatLite::WriteFloat(2, base_width(), output);
-  if (has_global_transform()) runtime::WriteMessage(3, global_transform(), output);
-  if (has_gyroscope_cal()) runtime::WriteMessage(4, gyroscope_cal(), output);
+  if (has_global_transform()) wire::WriteMessage(3, global_transform(), output);
+  if (has_gyroscope_cal()) wire::WriteMessage(4, gyroscope_cal(), output);
   if (has_base_length()) WireFormatLite::WriteFloat(5, base_length(), output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
@@ -4100,7 +3631,7 @@ uint8* BaseCalibrationProto::SerializeWithCachedSizesToArray(uint8* target) cons
   if (has_gyroscope_cal()) target = wire::WriteMessageToArray(4, gyroscope_cal(), target);
   if (has_base_length()) target = WireFormatLite::WriteFloatToArray(5, base_length(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -4111,8 +3642,8 @@ int BaseCalibrationProto::ByteSize() const {
     if (has_wheel_base()) total_size += 1 + 4;
     if (has_base_width()) total_size += 1 + 4;
     if (has_base_length()) total_size += 1 + 4;
-    if (has_global_transform()) total_size += 1 + wire::MessageSize(global_transform_);
-    if (has_gyroscope_cal()) total_size += 1 + wire::MessageSize(gyroscope_cal_);
+    if (has_global_transform()) total_size += 1 + wire::MessageSize(global_transform());
+    if (has_gyroscope_cal()) total_size += 1 + wire::MessageSize(gyroscope_cal());
   }
   if (_internal_metadata_.have_unknown_fields()) {
     total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
@@ -4123,7 +3654,7 @@ int BaseCalibrationProto::ByteSize() const {
 
 void BaseCalibrationProto::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const BaseCalibrationProto* source = dynamic_cast<const BaseCalibrationProto*>(&from);
+  const BaseCalibrationProto* source = Cast<BaseCalibrationProto>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -4133,12 +3664,14 @@ void BaseCalibrationProto::MergeFrom(const ::google::protobuf::Message& from) {
 
 void BaseCalibrationProto::MergeFrom(const BaseCalibrationProto& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_wheel_base()) set_wheel_base(from.wheel_base());
-    if (from.has_base_width()) set_base_width(from.base_width());
-    if (from.has_base_length()) set_base_length(from.base_length());
-    if (from.has_global_transform()) mutable_global_transform()->MergeFrom(from.global_transform());
-    if (from.has_gyroscope_cal()) mutable_gyroscope_cal()->MergeFrom(from.gyroscope_cal());
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if (bits & 0x1u) wheel_base_ = from.wheel_base_;
+    if (bits & 0x2u) base_width_ = from.base_width_;
+    if (bits & 0x4u) base_length_ = from.base_length_;
+    if (bits & 0x8u) mutable_global_transform()->MergeFrom(from.global_transform());
+    if (bits & 0x10u) mutable_gyroscope_cal()->MergeFrom(from.gyroscope_cal());
+    _has_bits_[0] |= bits & 0x7u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
@@ -4199,16 +3732,10 @@ void FocusCheckProto::SharedDtor() {
 
 const ::google::protobuf::Descriptor* FocusCheckProto::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return FocusCheckProto_descriptor_;
+  return descriptors_[14];
 }
 
-::google::protobuf::Metadata FocusCheckProto::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = FocusCheckProto_descriptor_;
-  metadata.reflection = FocusCheckProto_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata FocusCheckProto::GetMetadata() const { return MetadataOf(14); }
 
 FocusCheckProto* FocusCheckProto::New() const { return New(nullptr); }
 
@@ -4226,7 +3753,7 @@ void FocusCheckProto::Swap(FocusCheckProto* other) {
   if (other != this) InternalSwap(other);
 }
 
-void FocusCheckProto::InternalSwap(FocusCheckProto* other) {
+__attribute__((noinline)) void FocusCheckProto::InternalSwap(FocusCheckProto* other) {
   std::swap(value_at_cutoff_, other->value_at_cutoff_);
   std::swap(cutoff_, other->cutoff_);
   bins_.UnsafeArenaSwap(&other->bins_);
@@ -4249,78 +3776,62 @@ void FocusCheckProto::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool FocusCheckProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // optional float value_at_cutoff = 1;
-      case 1: {
-        if (tag != 13u) goto handle_unusual;
-        if (!wire::ReadValue(input, &value_at_cutoff_)) return false;
+const uint8* FocusCheckProto::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader*) {
+  while (p != end) {
+    switch (*p) {
+      case 13:  // value_at_cutoff
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &value_at_cutoff_))) return p;
         set_has_value_at_cutoff();
-        if (input->ExpectTag(21u)) goto parse_cutoff;
-        continue;
-      }
-
-      // optional float cutoff = 2;
-      case 2: {
-        if (tag != 21u) goto handle_unusual;
-      parse_cutoff:
-        if (!wire::ReadValue(input, &cutoff_)) return false;
+        if (!wire::NextIs<21u>(p, end)) continue;
+        // Fall through.
+      case 21:  // cutoff
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cutoff_))) return p;
         set_has_cutoff();
-        if (input->ExpectTag(29u)) goto parse_bins;
-        continue;
-      }
-
-      // repeated float bins = 3;
-      case 3: {
-        if (tag == 26u) {
-          if (!wire::ReadPacked(input, &bins_)) return false;
-        } else if (tag == 29u) {
-        parse_bins:
-          if (!wire::ReadElements(1, 29u, input, &bins_)) return false;
-        } else {
-          goto handle_unusual;
-        }
-        if (input->ExpectTag(29u)) goto parse_bins;
-        if (input->ExpectTag(34u)) goto parse_name;
-        continue;
-      }
-
-      // optional string name = 4;
-      case 4: {
-        if (tag != 34u) goto handle_unusual;
-      parse_name:
-        if (!wire::ReadString(input, mutable_name())) return false;
-        if (input->ExpectTag(40u)) goto parse_ok;
-        continue;
-      }
-
-      // optional bool ok = 5;
-      case 5: {
-        if (tag != 40u) goto handle_unusual;
-      parse_ok:
-        if (!wire::ReadValue(input, &ok_)) return false;
+        if (!wire::NextIs<29u>(p, end)) continue;
+        // Fall through.
+      case 29:  // bins
+        if (!wire::Advance(&p, wire::TakeElements<29u>(p, end, &bins_))) return p;
+        if (!wire::NextIs<34u>(p, end)) continue;
+        // Fall through.
+      case 34:  // name
+        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_name()))) return p;
+        if (!wire::NextIs<40u>(p, end)) continue;
+        // Fall through.
+      case 40:  // ok
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &ok_))) return p;
         set_has_ok();
-        if (input->ExpectAtEnd()) return true;
         continue;
-      }
-
+      case 26:  // bins (packed)
+        if (!wire::Advance(&p, wire::TakePacked(1, p, end, &bins_))) return p;
+        continue;
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool FocusCheckProto::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 26:  // bins
+      return wire::ReadPacked(input, &bins_);
+    case 34:  // name
+      return wire::ReadString(input, mutable_name());
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool FocusCheckProto::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void FocusCheckProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
   if (has_value_at_cutoff()) WireFormatLite::WriteFloat(1, value_at_cutoff(), output);
   if (has_cutoff()) WireFormatLite::WriteFloat(2, cutoff(), output);
-  for (int i = 0; i < bins_size(); ++i) WireFormatLite::WriteFloat(3, bins(i), output);
+  wire::WriteElements(29u, bins_, output);
   if (has_name()) WireFormatLite::WriteStringMaybeAliased(4, name(), output);
   if (has_ok()) WireFormatLite::WriteBool(5, ok(), output);
   if (_internal_metadata_.have_unknown_fields()) {
@@ -4333,13 +3844,11 @@ uint8* FocusCheckProto::SerializeWithCachedSizesToArray(uint8* target) const {
     target = WireFormatLite::WriteFloatToArray(1, value_at_cutoff(), target);
   }
   if (has_cutoff()) target = WireFormatLite::WriteFloatToArray(2, cutoff(), target);
-  for (int i = 0; i < bins_size(); ++i) {
-    target = WireFormatLite::WriteFloatToArray(3, bins(i), target);
-  }
+  target = wire::WriteElementsToArray(29u, bins_, target);
   if (has_name()) target = WireFormatLite::WriteStringToArray(4, name(), target);
   if (has_ok()) target = WireFormatLite::WriteBoolToArray(5, ok(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -4362,7 +3871,7 @@ int FocusCheckProto::ByteSize() const {
 
 void FocusCheckProto::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const FocusCheckProto* source = dynamic_cast<const FocusCheckProto*>(&from);
+  const FocusCheckProto* source = Cast<FocusCheckProto>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -4373,14 +3882,16 @@ void FocusCheckProto::MergeFrom(const ::google::protobuf::Message& from) {
 void FocusCheckProto::MergeFrom(const FocusCheckProto& from) {
   if (&from == this) MergeFromFail(__LINE__);
   bins_.MergeFrom(from.bins_);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_value_at_cutoff()) set_value_at_cutoff(from.value_at_cutoff());
-    if (from.has_cutoff()) set_cutoff(from.cutoff());
-    if (from.has_name()) {
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if (bits & 0x1u) value_at_cutoff_ = from.value_at_cutoff_;
+    if (bits & 0x2u) cutoff_ = from.cutoff_;
+    if (bits & 0x8u) {
       set_has_name();
       name_.Assign(from.name_);
     }
-    if (from.has_ok()) set_ok(from.ok());
+    if (bits & 0x10u) ok_ = from.ok_;
+    _has_bits_[0] |= bits & 0x13u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
@@ -4430,16 +3941,10 @@ void FocusCheckSetProto::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* FocusCheckSetProto::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return FocusCheckSetProto_descriptor_;
+  return descriptors_[15];
 }
 
-::google::protobuf::Metadata FocusCheckSetProto::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = FocusCheckSetProto_descriptor_;
-  metadata.reflection = FocusCheckSetProto_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata FocusCheckSetProto::GetMetadata() const { return MetadataOf(15); }
 
 FocusCheckSetProto* FocusCheckSetProto::New() const { return New(nullptr); }
 
@@ -4457,7 +3962,7 @@ void FocusCheckSetProto::Swap(FocusCheckSetProto* other) {
   if (other != this) InternalSwap(other);
 }
 
-void FocusCheckSetProto::InternalSwap(FocusCheckSetProto* other) {
+__attribute__((noinline)) void FocusCheckSetProto::InternalSwap(FocusCheckSetProto* other) {
   spots_.UnsafeArenaSwap(&other->spots_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
@@ -4470,46 +3975,47 @@ void FocusCheckSetProto::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool FocusCheckSetProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // repeated FocusCheckProto spots = 1;
-      case 1: {
-        if (tag != 10u) goto handle_unusual;
-        if (!input->IncrementRecursionDepth()) return false;
-        do {
-          if (!wire::ReadElement(input, add_spots())) return false;
-        } while (input->ExpectTag(10u));
-        input->UnsafeDecrementRecursionDepth();
-        if (input->ExpectAtEnd()) return true;
+const uint8* FocusCheckSetProto::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader* reader) {
+  while (p != end) {
+    switch (*p) {
+      case 10:  // spots
+        if (!wire::Advance(&p, reader->TakeElements<10u>(p, end, &spots_))) return p;
         continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool FocusCheckSetProto::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 10:  // spots
+      return wire::ReadMessage(input, add_spots());
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool FocusCheckSetProto::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void FocusCheckSetProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  for (int i = 0, n = spots_size(); i < n; ++i) runtime::WriteMessage(1, spots(i), output);
+  for (const FocusCheckProto& element : spots_) wire::WriteMessage(1, element, output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
 uint8* FocusCheckSetProto::SerializeWithCachedSizesToArray(uint8* target) const {
-  for (int i = 0, n = spots_size(); i < n; ++i) {
-    target = wire::WriteMessageToArray(1, spots(i), target);
+  for (const FocusCheckProto& element : spots_) {
+    target = wire::WriteMessageToArray(1, element, target);
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -4517,7 +4023,7 @@ uint8* FocusCheckSetProto::SerializeWithCachedSizesToArray(uint8* target) const 
 int FocusCheckSetProto::ByteSize() const {
   uint32 total_size = 0;
   total_size += 1 * static_cast<uint32>(spots_size());
-  for (int i = 0, n = spots_size(); i < n; ++i) total_size += wire::MessageSize(&spots(i));
+  for (const FocusCheckProto& element : spots_) total_size += wire::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
     total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
   }
@@ -4527,7 +4033,7 @@ int FocusCheckSetProto::ByteSize() const {
 
 void FocusCheckSetProto::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const FocusCheckSetProto* source = dynamic_cast<const FocusCheckSetProto*>(&from);
+  const FocusCheckSetProto* source = Cast<FocusCheckSetProto>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -4603,16 +4109,10 @@ void PTZIntrinsicsItem::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* PTZIntrinsicsItem::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return PTZIntrinsicsItem_descriptor_;
+  return descriptors_[16];
 }
 
-::google::protobuf::Metadata PTZIntrinsicsItem::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = PTZIntrinsicsItem_descriptor_;
-  metadata.reflection = PTZIntrinsicsItem_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata PTZIntrinsicsItem::GetMetadata() const { return MetadataOf(16); }
 
 PTZIntrinsicsItem* PTZIntrinsicsItem::New() const { return New(nullptr); }
 
@@ -4630,7 +4130,7 @@ void PTZIntrinsicsItem::Swap(PTZIntrinsicsItem* other) {
   if (other != this) InternalSwap(other);
 }
 
-void PTZIntrinsicsItem::InternalSwap(PTZIntrinsicsItem* other) {
+__attribute__((noinline)) void PTZIntrinsicsItem::InternalSwap(PTZIntrinsicsItem* other) {
   std::swap(zoom_, other->zoom_);
   std::swap(fxy_, other->fxy_);
   std::swap(cx_, other->cx_);
@@ -4661,108 +4161,69 @@ void PTZIntrinsicsItem::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool PTZIntrinsicsItem::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // optional double zoom = 1;
-      case 1: {
-        if (tag != 9u) goto handle_unusual;
-        if (!wire::ReadValue(input, &zoom_)) return false;
+const uint8* PTZIntrinsicsItem::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader*) {
+  while (p != end) {
+    switch (*p) {
+      case 9:  // zoom
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &zoom_))) return p;
         set_has_zoom();
-        if (input->ExpectTag(17u)) goto parse_fxy;
-        continue;
-      }
-
-      // optional double fxy = 2;
-      case 2: {
-        if (tag != 17u) goto handle_unusual;
-      parse_fxy:
-        if (!wire::ReadValue(input, &fxy_)) return false;
+        if (!wire::NextIs<17u>(p, end)) continue;
+        // Fall through.
+      case 17:  // fxy
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &fxy_))) return p;
         set_has_fxy();
-        if (input->ExpectTag(25u)) goto parse_cx;
-        continue;
-      }
-
-      // optional double cx = 3;
-      case 3: {
-        if (tag != 25u) goto handle_unusual;
-      parse_cx:
-        if (!wire::ReadValue(input, &cx_)) return false;
+        if (!wire::NextIs<25u>(p, end)) continue;
+        // Fall through.
+      case 25:  // cx
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cx_))) return p;
         set_has_cx();
-        if (input->ExpectTag(33u)) goto parse_cy;
-        continue;
-      }
-
-      // optional double cy = 4;
-      case 4: {
-        if (tag != 33u) goto handle_unusual;
-      parse_cy:
-        if (!wire::ReadValue(input, &cy_)) return false;
+        if (!wire::NextIs<33u>(p, end)) continue;
+        // Fall through.
+      case 33:  // cy
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cy_))) return p;
         set_has_cy();
-        if (input->ExpectTag(41u)) goto parse_k1;
-        continue;
-      }
-
-      // optional double k1 = 5;
-      case 5: {
-        if (tag != 41u) goto handle_unusual;
-      parse_k1:
-        if (!wire::ReadValue(input, &k1_)) return false;
+        if (!wire::NextIs<41u>(p, end)) continue;
+        // Fall through.
+      case 41:  // k1
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &k1_))) return p;
         set_has_k1();
-        if (input->ExpectTag(49u)) goto parse_k4;
-        continue;
-      }
-
-      // optional double k4 = 6;
-      case 6: {
-        if (tag != 49u) goto handle_unusual;
-      parse_k4:
-        if (!wire::ReadValue(input, &k4_)) return false;
+        if (!wire::NextIs<49u>(p, end)) continue;
+        // Fall through.
+      case 49:  // k4
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &k4_))) return p;
         set_has_k4();
-        if (input->ExpectTag(57u)) goto parse_p1;
-        continue;
-      }
-
-      // optional double p1 = 7;
-      case 7: {
-        if (tag != 57u) goto handle_unusual;
-      parse_p1:
-        if (!wire::ReadValue(input, &p1_)) return false;
+        if (!wire::NextIs<57u>(p, end)) continue;
+        // Fall through.
+      case 57:  // p1
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &p1_))) return p;
         set_has_p1();
-        if (input->ExpectTag(65u)) goto parse_p2;
-        continue;
-      }
-
-      // optional double p2 = 8;
-      case 8: {
-        if (tag != 65u) goto handle_unusual;
-      parse_p2:
-        if (!wire::ReadValue(input, &p2_)) return false;
+        if (!wire::NextIs<65u>(p, end)) continue;
+        // Fall through.
+      case 65:  // p2
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &p2_))) return p;
         set_has_p2();
-        if (input->ExpectTag(73u)) goto parse_error_per_point;
-        continue;
-      }
-
-      // optional double error_per_point = 9;
-      case 9: {
-        if (tag != 73u) goto handle_unusual;
-      parse_error_per_point:
-        if (!wire::ReadValue(input, &error_per_point_)) return false;
+        if (!wire::NextIs<73u>(p, end)) continue;
+        // Fall through.
+      case 73:  // error_per_point
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &error_per_point_))) return p;
         set_has_error_per_point();
-        if (input->ExpectAtEnd()) return true;
         continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool PTZIntrinsicsItem::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool PTZIntrinsicsItem::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void PTZIntrinsicsItem::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -4793,14 +4254,16 @@ uint8* PTZIntrinsicsItem::SerializeWithCachedSizesToArray(uint8* target) const {
     target = WireFormatLite::WriteDoubleToArray(9, error_per_point(), target);
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
 
 int PTZIntrinsicsItem::ByteSize() const {
   uint32 total_size = 0;
-  if (_has_bits_[0] & 0xFFu) {
+  if ((_has_bits_[0] & 0xFFu) == 0xFFu) {
+    total_size += 72;
+  } else if (_has_bits_[0] & 0xFFu) {
     if (has_zoom()) total_size += 1 + 8;
     if (has_fxy()) total_size += 1 + 8;
     if (has_cx()) total_size += 1 + 8;
@@ -4820,7 +4283,7 @@ int PTZIntrinsicsItem::ByteSize() const {
 
 void PTZIntrinsicsItem::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const PTZIntrinsicsItem* source = dynamic_cast<const PTZIntrinsicsItem*>(&from);
+  const PTZIntrinsicsItem* source = Cast<PTZIntrinsicsItem>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -4830,18 +4293,32 @@ void PTZIntrinsicsItem::MergeFrom(const ::google::protobuf::Message& from) {
 
 void PTZIntrinsicsItem::MergeFrom(const PTZIntrinsicsItem& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_zoom()) set_zoom(from.zoom());
-    if (from.has_fxy()) set_fxy(from.fxy());
-    if (from.has_cx()) set_cx(from.cx());
-    if (from.has_cy()) set_cy(from.cy());
-    if (from.has_k1()) set_k1(from.k1());
-    if (from.has_k4()) set_k4(from.k4());
-    if (from.has_p1()) set_p1(from.p1());
-    if (from.has_p2()) set_p2(from.p2());
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if ((bits & 0xFFu) == 0xFFu) {
+      zoom_ = from.zoom_;
+      fxy_ = from.fxy_;
+      cx_ = from.cx_;
+      cy_ = from.cy_;
+      k1_ = from.k1_;
+      k4_ = from.k4_;
+      p1_ = from.p1_;
+      p2_ = from.p2_;
+    } else {
+      if (bits & 0x1u) zoom_ = from.zoom_;
+      if (bits & 0x2u) fxy_ = from.fxy_;
+      if (bits & 0x4u) cx_ = from.cx_;
+      if (bits & 0x8u) cy_ = from.cy_;
+      if (bits & 0x10u) k1_ = from.k1_;
+      if (bits & 0x20u) k4_ = from.k4_;
+      if (bits & 0x40u) p1_ = from.p1_;
+      if (bits & 0x80u) p2_ = from.p2_;
+    }
+    _has_bits_[0] |= bits & 0xFFu;
   }
-  if (from._has_bits_[0] & 0xFF00u) {
-    if (from.has_error_per_point()) set_error_per_point(from.error_per_point());
+  if (bits & 0xFF00u) {
+    if (bits & 0x100u) error_per_point_ = from.error_per_point_;
+    _has_bits_[0] |= bits & 0x100u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
@@ -4907,16 +4384,10 @@ void PTZIntrinsics::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* PTZIntrinsics::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return PTZIntrinsics_descriptor_;
+  return descriptors_[17];
 }
 
-::google::protobuf::Metadata PTZIntrinsics::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = PTZIntrinsics_descriptor_;
-  metadata.reflection = PTZIntrinsics_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata PTZIntrinsics::GetMetadata() const { return MetadataOf(17); }
 
 PTZIntrinsics* PTZIntrinsics::New() const { return New(nullptr); }
 
@@ -4934,7 +4405,7 @@ void PTZIntrinsics::Swap(PTZIntrinsics* other) {
   if (other != this) InternalSwap(other);
 }
 
-void PTZIntrinsics::InternalSwap(PTZIntrinsics* other) {
+__attribute__((noinline)) void PTZIntrinsics::InternalSwap(PTZIntrinsics* other) {
   std::swap(zx_, other->zx_);
   std::swap(zy_, other->zy_);
   std::swap(width_, other->width_);
@@ -4965,111 +4436,72 @@ void PTZIntrinsics::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool PTZIntrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // optional double zx = 1;
-      case 1: {
-        if (tag != 9u) goto handle_unusual;
-        if (!wire::ReadValue(input, &zx_)) return false;
+const uint8* PTZIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader* reader) {
+  while (p != end) {
+    switch (*p) {
+      case 9:  // zx
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &zx_))) return p;
         set_has_zx();
-        if (input->ExpectTag(17u)) goto parse_zy;
-        continue;
-      }
-
-      // optional double zy = 2;
-      case 2: {
-        if (tag != 17u) goto handle_unusual;
-      parse_zy:
-        if (!wire::ReadValue(input, &zy_)) return false;
+        if (!wire::NextIs<17u>(p, end)) continue;
+        // Fall through.
+      case 17:  // zy
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &zy_))) return p;
         set_has_zy();
-        if (input->ExpectTag(24u)) goto parse_width;
-        continue;
-      }
-
-      // optional int32 width = 3;
-      case 3: {
-        if (tag != 24u) goto handle_unusual;
-      parse_width:
-        if (!wire::ReadValue(input, &width_)) return false;
+        if (!wire::NextIs<24u>(p, end)) continue;
+        // Fall through.
+      case 24:  // width
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &width_))) return p;
         set_has_width();
-        if (input->ExpectTag(32u)) goto parse_height;
-        continue;
-      }
-
-      // optional int32 height = 4;
-      case 4: {
-        if (tag != 32u) goto handle_unusual;
-      parse_height:
-        if (!wire::ReadValue(input, &height_)) return false;
+        if (!wire::NextIs<32u>(p, end)) continue;
+        // Fall through.
+      case 32:  // height
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &height_))) return p;
         set_has_height();
-        if (input->ExpectTag(42u)) goto parse_samples;
-        continue;
-      }
-
-      // repeated PTZIntrinsicsItem samples = 5;
-      case 5: {
-        if (tag != 42u) goto handle_unusual;
-      parse_samples:
-        if (!input->IncrementRecursionDepth()) return false;
-        do {
-          if (!wire::ReadElement(input, add_samples())) return false;
-        } while (input->ExpectTag(42u));
-        input->UnsafeDecrementRecursionDepth();
-        if (input->ExpectTag(48u)) goto parse_samples_zoom0;
-        continue;
-      }
-
-      // optional int32 samples_zoom0 = 6;
-      case 6: {
-        if (tag != 48u) goto handle_unusual;
-      parse_samples_zoom0:
-        if (!wire::ReadValue(input, &samples_zoom0_)) return false;
+        if (!wire::NextIs<42u>(p, end)) continue;
+        // Fall through.
+      case 42:  // samples
+        if (!wire::Advance(&p, reader->TakeElements<42u>(p, end, &samples_))) return p;
+        if (!wire::NextIs<48u>(p, end)) continue;
+        // Fall through.
+      case 48:  // samples_zoom0
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &samples_zoom0_))) return p;
         set_has_samples_zoom0();
-        if (input->ExpectTag(56u)) goto parse_samples_zoom_step;
-        continue;
-      }
-
-      // optional int32 samples_zoom_step = 7;
-      case 7: {
-        if (tag != 56u) goto handle_unusual;
-      parse_samples_zoom_step:
-        if (!wire::ReadValue(input, &samples_zoom_step_)) return false;
+        if (!wire::NextIs<56u>(p, end)) continue;
+        // Fall through.
+      case 56:  // samples_zoom_step
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &samples_zoom_step_))) return p;
         set_has_samples_zoom_step();
-        if (input->ExpectTag(64u)) goto parse_zoom_min;
-        continue;
-      }
-
-      // optional int32 zoom_min = 8;
-      case 8: {
-        if (tag != 64u) goto handle_unusual;
-      parse_zoom_min:
-        if (!wire::ReadValue(input, &zoom_min_)) return false;
+        if (!wire::NextIs<64u>(p, end)) continue;
+        // Fall through.
+      case 64:  // zoom_min
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &zoom_min_))) return p;
         set_has_zoom_min();
-        if (input->ExpectTag(72u)) goto parse_zoom_max;
-        continue;
-      }
-
-      // optional int32 zoom_max = 9;
-      case 9: {
-        if (tag != 72u) goto handle_unusual;
-      parse_zoom_max:
-        if (!wire::ReadValue(input, &zoom_max_)) return false;
+        if (!wire::NextIs<72u>(p, end)) continue;
+        // Fall through.
+      case 72:  // zoom_max
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &zoom_max_))) return p;
         set_has_zoom_max();
-        if (input->ExpectAtEnd()) return true;
         continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool PTZIntrinsics::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 42:  // samples
+      return wire::ReadMessage(input, add_samples());
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool PTZIntrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void PTZIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -5077,7 +4509,7 @@ void PTZIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
   if (has_zy()) WireFormatLite::WriteDouble(2, zy(), output);
   if (has_width()) WireFormatLite::WriteInt32(3, width(), output);
   if (has_height()) WireFormatLite::WriteInt32(4, height(), output);
-  for (int i = 0, n = samples_size(); i < n; ++i) runtime::WriteMessage(5, samples(i), output);
+  for (const PTZIntrinsicsItem& element : samples_) wire::WriteMessage(5, element, output);
   if (has_samples_zoom0()) WireFormatLite::WriteInt32(6, samples_zoom0(), output);
   if (has_samples_zoom_step()) WireFormatLite::WriteInt32(7, samples_zoom_step(), output);
   if (has_zoom_min()) WireFormatLite::WriteInt32(8, zoom_min(), output);
@@ -5092,8 +4524,8 @@ uint8* PTZIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
   if (has_zy()) target = WireFormatLite::WriteDoubleToArray(2, zy(), target);
   if (has_width()) target = WireFormatLite::WriteInt32ToArray(3, width(), target);
   if (has_height()) target = WireFormatLite::WriteInt32ToArray(4, height(), target);
-  for (int i = 0, n = samples_size(); i < n; ++i) {
-    target = wire::WriteMessageToArray(5, samples(i), target);
+  for (const PTZIntrinsicsItem& element : samples_) {
+    target = wire::WriteMessageToArray(5, element, target);
   }
   if (has_samples_zoom0()) target = WireFormatLite::WriteInt32ToArray(6, samples_zoom0(), target);
   if (has_samples_zoom_step()) {
@@ -5102,7 +4534,7 @@ uint8* PTZIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
   if (has_zoom_min()) target = WireFormatLite::WriteInt32ToArray(8, zoom_min(), target);
   if (has_zoom_max()) target = WireFormatLite::WriteInt32ToArray(9, zoom_max(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -5120,7 +4552,7 @@ int PTZIntrinsics::ByteSize() const {
   }
   if (has_zoom_max()) total_size += 1 + wire::Int32Size(zoom_max());
   total_size += 1 * static_cast<uint32>(samples_size());
-  for (int i = 0, n = samples_size(); i < n; ++i) total_size += wire::MessageSize(&samples(i));
+  for (const PTZIntrinsicsItem& element : samples_) total_size += wire::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
     total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
   }
@@ -5130,7 +4562,7 @@ int PTZIntrinsics::ByteSize() const {
 
 void PTZIntrinsics::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const PTZIntrinsics* source = dynamic_cast<const PTZIntrinsics*>(&from);
+  const PTZIntrinsics* source = Cast<PTZIntrinsics>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -5141,17 +4573,30 @@ void PTZIntrinsics::MergeFrom(const ::google::protobuf::Message& from) {
 void PTZIntrinsics::MergeFrom(const PTZIntrinsics& from) {
   if (&from == this) MergeFromFail(__LINE__);
   runtime::MergeElements(from.samples_, &samples_);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_zx()) set_zx(from.zx());
-    if (from.has_zy()) set_zy(from.zy());
-    if (from.has_width()) set_width(from.width());
-    if (from.has_height()) set_height(from.height());
-    if (from.has_samples_zoom0()) set_samples_zoom0(from.samples_zoom0());
-    if (from.has_samples_zoom_step()) set_samples_zoom_step(from.samples_zoom_step());
-    if (from.has_zoom_min()) set_zoom_min(from.zoom_min());
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if ((bits & 0xEFu) == 0xEFu) {
+      zx_ = from.zx_;
+      zy_ = from.zy_;
+      width_ = from.width_;
+      height_ = from.height_;
+      samples_zoom0_ = from.samples_zoom0_;
+      samples_zoom_step_ = from.samples_zoom_step_;
+      zoom_min_ = from.zoom_min_;
+    } else {
+      if (bits & 0x1u) zx_ = from.zx_;
+      if (bits & 0x2u) zy_ = from.zy_;
+      if (bits & 0x4u) width_ = from.width_;
+      if (bits & 0x8u) height_ = from.height_;
+      if (bits & 0x20u) samples_zoom0_ = from.samples_zoom0_;
+      if (bits & 0x40u) samples_zoom_step_ = from.samples_zoom_step_;
+      if (bits & 0x80u) zoom_min_ = from.zoom_min_;
+    }
+    _has_bits_[0] |= bits & 0xEFu;
   }
-  if (from._has_bits_[0] & 0xFF00u) {
-    if (from.has_zoom_max()) set_zoom_max(from.zoom_max());
+  if (bits & 0xFF00u) {
+    if (bits & 0x100u) zoom_max_ = from.zoom_max_;
+    _has_bits_[0] |= bits & 0x100u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
@@ -5244,16 +4689,10 @@ void PanTiltSystemParameters::SharedDtor() {
 
 const ::google::protobuf::Descriptor* PanTiltSystemParameters::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return PanTiltSystemParameters_descriptor_;
+  return descriptors_[18];
 }
 
-::google::protobuf::Metadata PanTiltSystemParameters::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = PanTiltSystemParameters_descriptor_;
-  metadata.reflection = PanTiltSystemParameters_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata PanTiltSystemParameters::GetMetadata() const { return MetadataOf(18); }
 
 PanTiltSystemParameters* PanTiltSystemParameters::New() const { return New(nullptr); }
 
@@ -5271,7 +4710,8 @@ void PanTiltSystemParameters::Swap(PanTiltSystemParameters* other) {
   if (other != this) InternalSwap(other);
 }
 
-void PanTiltSystemParameters::InternalSwap(PanTiltSystemParameters* other) {
+__attribute__((noinline)) void PanTiltSystemParameters::InternalSwap(
+    PanTiltSystemParameters* other) {
   std::swap(pan_ext_, other->pan_ext_);
   std::swap(tilt_ext_, other->tilt_ext_);
   std::swap(device_ext_, other->device_ext_);
@@ -5316,171 +4756,110 @@ void PanTiltSystemParameters::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool PanTiltSystemParameters::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // optional CameraExtrinsics pan_ext = 1;
-      case 1: {
-        if (tag != 10u) goto handle_unusual;
-        if (!wire::ReadMessage(input, mutable_pan_ext())) return false;
-        if (input->ExpectTag(18u)) goto parse_tilt_ext;
-        continue;
-      }
-
-      // optional CameraExtrinsics tilt_ext = 2;
-      case 2: {
-        if (tag != 18u) goto handle_unusual;
-      parse_tilt_ext:
-        if (!wire::ReadMessage(input, mutable_tilt_ext())) return false;
-        if (input->ExpectTag(26u)) goto parse_device_ext;
-        continue;
-      }
-
-      // optional CameraExtrinsics device_ext = 3;
-      case 3: {
-        if (tag != 26u) goto handle_unusual;
-      parse_device_ext:
-        if (!wire::ReadMessage(input, mutable_device_ext())) return false;
-        if (input->ExpectTag(37u)) goto parse_rads_per_pan_unit;
-        continue;
-      }
-
-      // optional float rads_per_pan_unit = 4;
-      case 4: {
-        if (tag != 37u) goto handle_unusual;
-      parse_rads_per_pan_unit:
-        if (!wire::ReadValue(input, &rads_per_pan_unit_)) return false;
+const uint8* PanTiltSystemParameters::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader* reader) {
+  while (p != end) {
+    switch (*p) {
+      case 10:  // pan_ext
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_pan_ext()))) return p;
+        if (!wire::NextIs<18u>(p, end)) continue;
+        // Fall through.
+      case 18:  // tilt_ext
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_tilt_ext()))) return p;
+        if (!wire::NextIs<26u>(p, end)) continue;
+        // Fall through.
+      case 26:  // device_ext
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_device_ext()))) return p;
+        if (!wire::NextIs<37u>(p, end)) continue;
+        // Fall through.
+      case 37:  // rads_per_pan_unit
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &rads_per_pan_unit_))) return p;
         set_has_rads_per_pan_unit();
-        if (input->ExpectTag(45u)) goto parse_rads_per_tilt_unit;
-        continue;
-      }
-
-      // optional float rads_per_tilt_unit = 5;
-      case 5: {
-        if (tag != 45u) goto handle_unusual;
-      parse_rads_per_tilt_unit:
-        if (!wire::ReadValue(input, &rads_per_tilt_unit_)) return false;
+        if (!wire::NextIs<45u>(p, end)) continue;
+        // Fall through.
+      case 45:  // rads_per_tilt_unit
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &rads_per_tilt_unit_))) return p;
         set_has_rads_per_tilt_unit();
-        if (input->ExpectTag(53u)) goto parse_pan_offset;
-        continue;
-      }
-
-      // optional float pan_offset = 6;
-      case 6: {
-        if (tag != 53u) goto handle_unusual;
-      parse_pan_offset:
-        if (!wire::ReadValue(input, &pan_offset_)) return false;
+        if (!wire::NextIs<53u>(p, end)) continue;
+        // Fall through.
+      case 53:  // pan_offset
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &pan_offset_))) return p;
         set_has_pan_offset();
-        if (input->ExpectTag(61u)) goto parse_tilt_offset;
-        continue;
-      }
-
-      // optional float tilt_offset = 7;
-      case 7: {
-        if (tag != 61u) goto handle_unusual;
-      parse_tilt_offset:
-        if (!wire::ReadValue(input, &tilt_offset_)) return false;
+        if (!wire::NextIs<61u>(p, end)) continue;
+        // Fall through.
+      case 61:  // tilt_offset
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &tilt_offset_))) return p;
         set_has_tilt_offset();
-        if (input->ExpectTag(64u)) goto parse_pan_min;
-        continue;
-      }
-
-      // optional int32 pan_min = 8;
-      case 8: {
-        if (tag != 64u) goto handle_unusual;
-      parse_pan_min:
-        if (!wire::ReadValue(input, &pan_min_)) return false;
+        if (!wire::NextIs<64u>(p, end)) continue;
+        // Fall through.
+      case 64:  // pan_min
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &pan_min_))) return p;
         set_has_pan_min();
-        if (input->ExpectTag(72u)) goto parse_pan_max;
-        continue;
-      }
-
-      // optional int32 pan_max = 9;
-      case 9: {
-        if (tag != 72u) goto handle_unusual;
-      parse_pan_max:
-        if (!wire::ReadValue(input, &pan_max_)) return false;
+        if (!wire::NextIs<72u>(p, end)) continue;
+        // Fall through.
+      case 72:  // pan_max
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &pan_max_))) return p;
         set_has_pan_max();
-        if (input->ExpectTag(80u)) goto parse_tilt_min;
-        continue;
-      }
-
-      // optional int32 tilt_min = 10;
-      case 10: {
-        if (tag != 80u) goto handle_unusual;
-      parse_tilt_min:
-        if (!wire::ReadValue(input, &tilt_min_)) return false;
+        if (!wire::NextIs<80u>(p, end)) continue;
+        // Fall through.
+      case 80:  // tilt_min
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &tilt_min_))) return p;
         set_has_tilt_min();
-        if (input->ExpectTag(88u)) goto parse_tilt_max;
-        continue;
-      }
-
-      // optional int32 tilt_max = 11;
-      case 11: {
-        if (tag != 88u) goto handle_unusual;
-      parse_tilt_max:
-        if (!wire::ReadValue(input, &tilt_max_)) return false;
+        if (!wire::NextIs<88u>(p, end)) continue;
+        // Fall through.
+      case 88:  // tilt_max
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &tilt_max_))) return p;
         set_has_tilt_max();
-        if (input->ExpectTag(96u)) goto parse_max_pan_speed;
-        continue;
-      }
-
-      // optional int32 max_pan_speed = 12;
-      case 12: {
-        if (tag != 96u) goto handle_unusual;
-      parse_max_pan_speed:
-        if (!wire::ReadValue(input, &max_pan_speed_)) return false;
+        if (!wire::NextIs<96u>(p, end)) continue;
+        // Fall through.
+      case 96:  // max_pan_speed
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &max_pan_speed_))) return p;
         set_has_max_pan_speed();
-        if (input->ExpectTag(104u)) goto parse_max_tilt_speed;
-        continue;
-      }
-
-      // optional int32 max_tilt_speed = 13;
-      case 13: {
-        if (tag != 104u) goto handle_unusual;
-      parse_max_tilt_speed:
-        if (!wire::ReadValue(input, &max_tilt_speed_)) return false;
+        if (!wire::NextIs<104u>(p, end)) continue;
+        // Fall through.
+      case 104:  // max_tilt_speed
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &max_tilt_speed_))) return p;
         set_has_max_tilt_speed();
-        if (input->ExpectTag(117u)) goto parse_avg_model_error;
-        continue;
-      }
-
-      // optional float avg_model_error = 14;
-      case 14: {
-        if (tag != 117u) goto handle_unusual;
-      parse_avg_model_error:
-        if (!wire::ReadValue(input, &avg_model_error_)) return false;
+        if (!wire::NextIs<117u>(p, end)) continue;
+        // Fall through.
+      case 117:  // avg_model_error
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &avg_model_error_))) return p;
         set_has_avg_model_error();
-        if (input->ExpectTag(125u)) goto parse_max_model_error;
-        continue;
-      }
-
-      // optional float max_model_error = 15;
-      case 15: {
-        if (tag != 125u) goto handle_unusual;
-      parse_max_model_error:
-        if (!wire::ReadValue(input, &max_model_error_)) return false;
+        if (!wire::NextIs<125u>(p, end)) continue;
+        // Fall through.
+      case 125:  // max_model_error
+        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &max_model_error_))) return p;
         set_has_max_model_error();
-        if (input->ExpectAtEnd()) return true;
         continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool PanTiltSystemParameters::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 10:  // pan_ext
+      return wire::ReadMessage(input, mutable_pan_ext());
+    case 18:  // tilt_ext
+      return wire::ReadMessage(input, mutable_tilt_ext());
+    case 26:  // device_ext
+      return wire::ReadMessage(input, mutable_device_ext());
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool PanTiltSystemParameters::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void PanTiltSystemParameters::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_pan_ext()) runtime::WriteMessage(1, pan_ext(), output);
-  if (has_tilt_ext()) runtime::WriteMessage(2, tilt_ext(), output);
-  if (has_device_ext()) runtime::WriteMessage(3, device_ext(), output);
+  if (has_pan_ext()) wire::WriteMessage(1, pan_ext(), output);
+  if (has_tilt_ext()) wire::WriteMessage(2, tilt_ext(), output);
+  if (has_device_ext()) wire::WriteMessage(3, device_ext(), output);
   if (has_rads_per_pan_unit()) WireFormatLite::WriteFloat(4, rads_per_pan_unit(), output);
   if (has_rads_per_tilt_unit()) WireFormatLite::WriteFloat(5, rads_per_tilt_unit(), output);
   if (has_pan_offset()) WireFormatLite::WriteFloat(6, pan_offset(), output);
@@ -5525,7 +4904,7 @@ uint8* PanTiltSystemParameters::SerializeWithCachedSizesToArray(uint8* target) c
     target = WireFormatLite::WriteFloatToArray(15, max_model_error(), target);
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -5533,9 +4912,9 @@ uint8* PanTiltSystemParameters::SerializeWithCachedSizesToArray(uint8* target) c
 int PanTiltSystemParameters::ByteSize() const {
   uint32 total_size = 0;
   if (_has_bits_[0] & 0xFFu) {
-    if (has_pan_ext()) total_size += 1 + wire::MessageSize(pan_ext_);
-    if (has_tilt_ext()) total_size += 1 + wire::MessageSize(tilt_ext_);
-    if (has_device_ext()) total_size += 1 + wire::MessageSize(device_ext_);
+    if (has_pan_ext()) total_size += 1 + wire::MessageSize(pan_ext());
+    if (has_tilt_ext()) total_size += 1 + wire::MessageSize(tilt_ext());
+    if (has_device_ext()) total_size += 1 + wire::MessageSize(device_ext());
     if (has_rads_per_pan_unit()) total_size += 1 + 4;
     if (has_rads_per_tilt_unit()) total_size += 1 + 4;
     if (has_pan_offset()) total_size += 1 + 4;
@@ -5560,7 +4939,7 @@ int PanTiltSystemParameters::ByteSize() const {
 
 void PanTiltSystemParameters::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const PanTiltSystemParameters* source = dynamic_cast<const PanTiltSystemParameters*>(&from);
+  const PanTiltSystemParameters* source = Cast<PanTiltSystemParameters>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -5570,24 +4949,37 @@ void PanTiltSystemParameters::MergeFrom(const ::google::protobuf::Message& from)
 
 void PanTiltSystemParameters::MergeFrom(const PanTiltSystemParameters& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_pan_ext()) mutable_pan_ext()->MergeFrom(from.pan_ext());
-    if (from.has_tilt_ext()) mutable_tilt_ext()->MergeFrom(from.tilt_ext());
-    if (from.has_device_ext()) mutable_device_ext()->MergeFrom(from.device_ext());
-    if (from.has_rads_per_pan_unit()) set_rads_per_pan_unit(from.rads_per_pan_unit());
-    if (from.has_rads_per_tilt_unit()) set_rads_per_tilt_unit(from.rads_per_tilt_unit());
-    if (from.has_pan_offset()) set_pan_offset(from.pan_offset());
-    if (from.has_tilt_offset()) set_tilt_offset(from.tilt_offset());
-    if (from.has_pan_min()) set_pan_min(from.pan_min());
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if (bits & 0x1u) mutable_pan_ext()->MergeFrom(from.pan_ext());
+    if (bits & 0x2u) mutable_tilt_ext()->MergeFrom(from.tilt_ext());
+    if (bits & 0x4u) mutable_device_ext()->MergeFrom(from.device_ext());
+    if (bits & 0x8u) rads_per_pan_unit_ = from.rads_per_pan_unit_;
+    if (bits & 0x10u) rads_per_tilt_unit_ = from.rads_per_tilt_unit_;
+    if (bits & 0x20u) pan_offset_ = from.pan_offset_;
+    if (bits & 0x40u) tilt_offset_ = from.tilt_offset_;
+    if (bits & 0x80u) pan_min_ = from.pan_min_;
+    _has_bits_[0] |= bits & 0xF8u;
   }
-  if (from._has_bits_[0] & 0xFF00u) {
-    if (from.has_pan_max()) set_pan_max(from.pan_max());
-    if (from.has_tilt_min()) set_tilt_min(from.tilt_min());
-    if (from.has_tilt_max()) set_tilt_max(from.tilt_max());
-    if (from.has_max_pan_speed()) set_max_pan_speed(from.max_pan_speed());
-    if (from.has_max_tilt_speed()) set_max_tilt_speed(from.max_tilt_speed());
-    if (from.has_avg_model_error()) set_avg_model_error(from.avg_model_error());
-    if (from.has_max_model_error()) set_max_model_error(from.max_model_error());
+  if (bits & 0xFF00u) {
+    if ((bits & 0x7F00u) == 0x7F00u) {
+      pan_max_ = from.pan_max_;
+      tilt_min_ = from.tilt_min_;
+      tilt_max_ = from.tilt_max_;
+      max_pan_speed_ = from.max_pan_speed_;
+      max_tilt_speed_ = from.max_tilt_speed_;
+      avg_model_error_ = from.avg_model_error_;
+      max_model_error_ = from.max_model_error_;
+    } else {
+      if (bits & 0x100u) pan_max_ = from.pan_max_;
+      if (bits & 0x200u) tilt_min_ = from.tilt_min_;
+      if (bits & 0x400u) tilt_max_ = from.tilt_max_;
+      if (bits & 0x800u) max_pan_speed_ = from.max_pan_speed_;
+      if (bits & 0x1000u) max_tilt_speed_ = from.max_tilt_speed_;
+      if (bits & 0x2000u) avg_model_error_ = from.avg_model_error_;
+      if (bits & 0x4000u) max_model_error_ = from.max_model_error_;
+    }
+    _has_bits_[0] |= bits & 0x7F00u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
@@ -5649,16 +5041,10 @@ void PTZCameraParameters::SharedDtor() {
 
 const ::google::protobuf::Descriptor* PTZCameraParameters::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return PTZCameraParameters_descriptor_;
+  return descriptors_[19];
 }
 
-::google::protobuf::Metadata PTZCameraParameters::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = PTZCameraParameters_descriptor_;
-  metadata.reflection = PTZCameraParameters_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata PTZCameraParameters::GetMetadata() const { return MetadataOf(19); }
 
 PTZCameraParameters* PTZCameraParameters::New() const { return New(nullptr); }
 
@@ -5676,7 +5062,7 @@ void PTZCameraParameters::Swap(PTZCameraParameters* other) {
   if (other != this) InternalSwap(other);
 }
 
-void PTZCameraParameters::InternalSwap(PTZCameraParameters* other) {
+__attribute__((noinline)) void PTZCameraParameters::InternalSwap(PTZCameraParameters* other) {
   std::swap(intrinsics_, other->intrinsics_);
   std::swap(pan_tilt_, other->pan_tilt_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
@@ -5693,41 +5079,43 @@ void PTZCameraParameters::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool PTZCameraParameters::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // optional PTZIntrinsics intrinsics = 1;
-      case 1: {
-        if (tag != 10u) goto handle_unusual;
-        if (!wire::ReadMessage(input, mutable_intrinsics())) return false;
-        if (input->ExpectTag(18u)) goto parse_pan_tilt;
+const uint8* PTZCameraParameters::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader* reader) {
+  while (p != end) {
+    switch (*p) {
+      case 10:  // intrinsics
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_intrinsics()))) return p;
+        if (!wire::NextIs<18u>(p, end)) continue;
+        // Fall through.
+      case 18:  // pan_tilt
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_pan_tilt()))) return p;
         continue;
-      }
-
-      // optional PanTiltSystemParameters pan_tilt = 2;
-      case 2: {
-        if (tag != 18u) goto handle_unusual;
-      parse_pan_tilt:
-        if (!wire::ReadMessage(input, mutable_pan_tilt())) return false;
-        if (input->ExpectAtEnd()) return true;
-        continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool PTZCameraParameters::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 10:  // intrinsics
+      return wire::ReadMessage(input, mutable_intrinsics());
+    case 18:  // pan_tilt
+      return wire::ReadMessage(input, mutable_pan_tilt());
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool PTZCameraParameters::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void PTZCameraParameters::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_intrinsics()) runtime::WriteMessage(1, intrinsics(), output);
-  if (has_pan_tilt()) runtime::WriteMessage(2, pan_tilt(), output);
+  if (has_intrinsics()) wire::WriteMessage(1, intrinsics(), output);
+  if (has_pan_tilt()) wire::WriteMessage(2, pan_tilt(), output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
@@ -5737,7 +5125,7 @@ uint8* PTZCameraParameters::SerializeWithCachedSizesToArray(uint8* target) const
   if (has_intrinsics()) target = wire::WriteMessageToArray(1, intrinsics(), target);
   if (has_pan_tilt()) target = wire::WriteMessageToArray(2, pan_tilt(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -5745,8 +5133,8 @@ uint8* PTZCameraParameters::SerializeWithCachedSizesToArray(uint8* target) const
 int PTZCameraParameters::ByteSize() const {
   uint32 total_size = 0;
   if (_has_bits_[0] & 0x3u) {
-    if (has_intrinsics()) total_size += 1 + wire::MessageSize(intrinsics_);
-    if (has_pan_tilt()) total_size += 1 + wire::MessageSize(pan_tilt_);
+    if (has_intrinsics()) total_size += 1 + wire::MessageSize(intrinsics());
+    if (has_pan_tilt()) total_size += 1 + wire::MessageSize(pan_tilt());
   }
   if (_internal_metadata_.have_unknown_fields()) {
     total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
@@ -5757,7 +5145,7 @@ int PTZCameraParameters::ByteSize() const {
 
 void PTZCameraParameters::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const PTZCameraParameters* source = dynamic_cast<const PTZCameraParameters*>(&from);
+  const PTZCameraParameters* source = Cast<PTZCameraParameters>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -5767,9 +5155,10 @@ void PTZCameraParameters::MergeFrom(const ::google::protobuf::Message& from) {
 
 void PTZCameraParameters::MergeFrom(const PTZCameraParameters& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_intrinsics()) mutable_intrinsics()->MergeFrom(from.intrinsics());
-    if (from.has_pan_tilt()) mutable_pan_tilt()->MergeFrom(from.pan_tilt());
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if (bits & 0x1u) mutable_intrinsics()->MergeFrom(from.intrinsics());
+    if (bits & 0x2u) mutable_pan_tilt()->MergeFrom(from.pan_tilt());
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());
@@ -5838,16 +5227,10 @@ void PTZSystemCalibration::SharedDtor() {
 
 const ::google::protobuf::Descriptor* PTZSystemCalibration::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return PTZSystemCalibration_descriptor_;
+  return descriptors_[20];
 }
 
-::google::protobuf::Metadata PTZSystemCalibration::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = PTZSystemCalibration_descriptor_;
-  metadata.reflection = PTZSystemCalibration_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata PTZSystemCalibration::GetMetadata() const { return MetadataOf(20); }
 
 PTZSystemCalibration* PTZSystemCalibration::New() const { return New(nullptr); }
 
@@ -5865,7 +5248,7 @@ void PTZSystemCalibration::Swap(PTZSystemCalibration* other) {
   if (other != this) InternalSwap(other);
 }
 
-void PTZSystemCalibration::InternalSwap(PTZSystemCalibration* other) {
+__attribute__((noinline)) void PTZSystemCalibration::InternalSwap(PTZSystemCalibration* other) {
   std::swap(ptz_camera_, other->ptz_camera_);
   std::swap(laser_, other->laser_);
   std::swap(other_cameras_, other->other_cameras_);
@@ -5884,51 +5267,50 @@ void PTZSystemCalibration::Clear() {
   if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
 }
 
-bool PTZSystemCalibration::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff(127u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-      // optional PTZCameraParameters ptz_camera = 1;
-      case 1: {
-        if (tag != 10u) goto handle_unusual;
-        if (!wire::ReadMessage(input, mutable_ptz_camera())) return false;
-        if (input->ExpectTag(18u)) goto parse_laser;
+const uint8* PTZSystemCalibration::MergeBuffered(const uint8* p, const uint8* end,
+    wire::MessageReader* reader) {
+  while (p != end) {
+    switch (*p) {
+      case 10:  // ptz_camera
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_ptz_camera()))) return p;
+        if (!wire::NextIs<18u>(p, end)) continue;
+        // Fall through.
+      case 18:  // laser
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_laser()))) return p;
+        if (!wire::NextIs<26u>(p, end)) continue;
+        // Fall through.
+      case 26:  // other_cameras
+        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_other_cameras()))) return p;
         continue;
-      }
-
-      // optional PanTiltSystemParameters laser = 2;
-      case 2: {
-        if (tag != 18u) goto handle_unusual;
-      parse_laser:
-        if (!wire::ReadMessage(input, mutable_laser())) return false;
-        if (input->ExpectTag(26u)) goto parse_other_cameras;
-        continue;
-      }
-
-      // optional RobotCalibration other_cameras = 3;
-      case 3: {
-        if (tag != 26u) goto handle_unusual;
-      parse_other_cameras:
-        if (!wire::ReadMessage(input, mutable_other_cameras())) return false;
-        if (input->ExpectAtEnd()) return true;
-        continue;
-      }
-
       default:
-        break;
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool PTZSystemCalibration::MergeLengthDelimited(uint32 tag,
+    CodedInputStream* input) {
+  switch (tag) {
+    case 10:  // ptz_camera
+      return wire::ReadMessage(input, mutable_ptz_camera());
+    case 18:  // laser
+      return wire::ReadMessage(input, mutable_laser());
+    case 26:  // other_cameras
+      return wire::ReadMessage(input, mutable_other_cameras());
+  }
+  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool PTZSystemCalibration::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 
 void PTZSystemCalibration::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_ptz_camera()) runtime::WriteMessage(1, ptz_camera(), output);
-  if (has_laser()) runtime::WriteMessage(2, laser(), output);
-  if (has_other_cameras()) runtime::WriteMessage(3, other_cameras(), output);
+  if (has_ptz_camera()) wire::WriteMessage(1, ptz_camera(), output);
+  if (has_laser()) wire::WriteMessage(2, laser(), output);
+  if (has_other_cameras()) wire::WriteMessage(3, other_cameras(), output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
@@ -5939,7 +5321,7 @@ uint8* PTZSystemCalibration::SerializeWithCachedSizesToArray(uint8* target) cons
   if (has_laser()) target = wire::WriteMessageToArray(2, laser(), target);
   if (has_other_cameras()) target = wire::WriteMessageToArray(3, other_cameras(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -5947,9 +5329,9 @@ uint8* PTZSystemCalibration::SerializeWithCachedSizesToArray(uint8* target) cons
 int PTZSystemCalibration::ByteSize() const {
   uint32 total_size = 0;
   if (_has_bits_[0] & 0x7u) {
-    if (has_ptz_camera()) total_size += 1 + wire::MessageSize(ptz_camera_);
-    if (has_laser()) total_size += 1 + wire::MessageSize(laser_);
-    if (has_other_cameras()) total_size += 1 + wire::MessageSize(other_cameras_);
+    if (has_ptz_camera()) total_size += 1 + wire::MessageSize(ptz_camera());
+    if (has_laser()) total_size += 1 + wire::MessageSize(laser());
+    if (has_other_cameras()) total_size += 1 + wire::MessageSize(other_cameras());
   }
   if (_internal_metadata_.have_unknown_fields()) {
     total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
@@ -5960,7 +5342,7 @@ int PTZSystemCalibration::ByteSize() const {
 
 void PTZSystemCalibration::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const PTZSystemCalibration* source = dynamic_cast<const PTZSystemCalibration*>(&from);
+  const PTZSystemCalibration* source = Cast<PTZSystemCalibration>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -5970,10 +5352,11 @@ void PTZSystemCalibration::MergeFrom(const ::google::protobuf::Message& from) {
 
 void PTZSystemCalibration::MergeFrom(const PTZSystemCalibration& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  if (from._has_bits_[0] & 0xFFu) {
-    if (from.has_ptz_camera()) mutable_ptz_camera()->MergeFrom(from.ptz_camera());
-    if (from.has_laser()) mutable_laser()->MergeFrom(from.laser());
-    if (from.has_other_cameras()) mutable_other_cameras()->MergeFrom(from.other_cameras());
+  const uint32 bits = from._has_bits_[0];
+  if (bits & 0xFFu) {
+    if (bits & 0x1u) mutable_ptz_camera()->MergeFrom(from.ptz_camera());
+    if (bits & 0x2u) mutable_laser()->MergeFrom(from.laser());
+    if (bits & 0x4u) mutable_other_cameras()->MergeFrom(from.other_cameras());
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     mutable_unknown_fields()->MergeFrom(from.unknown_fields());

@@ -14,10 +14,10 @@
 //   x()        the value; the default while absent. Never allocates.
 // Numbers and bool: set_x(value).
 // Strings and bytes (std::string, not checked to be UTF-8):
-//   set_x(text), set_x(pointer, size)  copy the text.
+//   set_x(text), set_x(pointer, size)  copy the text; set_x(std::move(text)) takes it over.
 //   mutable_x()                the string for the caller to fill, allocated if need be; it stays
 //                              this object's.
-//   release_x()                gives it to the caller; null if none was ever written.
+//   release_x()                gives it to the caller; null if there is none.
 //   set_allocated_x(string)    takes ownership; null makes the field absent.
 // Sub-messages:
 //   x()                        refers to the class's default instance while there is no object.
@@ -49,6 +49,7 @@
 #ifndef CALIBRATION_GENERATED_calibration_5fcommon_2fcalibration_2eproto_H_
 #define CALIBRATION_GENERATED_calibration_5fcommon_2fcalibration_2eproto_H_
 
+#include "calibration_common/elements.h"
 #include "calibration_common/runtime.h"
 
 #include <google/protobuf/message.h>
@@ -57,6 +58,7 @@
 
 #include <cstddef>
 #include <string>
+#include <utility>
 
 namespace zarvo {
 namespace calibration {
@@ -173,14 +175,18 @@ class CALIBRATION_EXPORT MarkerPositionInfo : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(MarkerPositionInfo* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_x();
   void clear_has_x();
   void set_has_y();
@@ -283,14 +289,18 @@ class CALIBRATION_EXPORT MarkerPositionSet : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(MarkerPositionSet* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
 
   CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
@@ -383,14 +393,18 @@ class CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(CameraIntrinsicsSamplePoints* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_img_x();
   void clear_has_img_x();
   void set_has_img_y();
@@ -550,6 +564,7 @@ class CALIBRATION_EXPORT CameraIntrinsics : public runtime::Record {
   bool has_x_bin() const;
   const ::std::string& x_bin() const;
   void set_x_bin(const ::std::string& value);
+  void set_x_bin(::std::string&& value);
   void set_x_bin(const char* value);
   void set_x_bin(const char* value, size_t size);
   ::std::string* mutable_x_bin();
@@ -629,15 +644,19 @@ class CALIBRATION_EXPORT CameraIntrinsics : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(CameraIntrinsics* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN   ::google::protobuf::uint32 RequiredFieldsByteSizeFallback() const;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
+  CALIBRATION_HIDDEN ::google::protobuf::uint32 RequiredFieldsByteSizeFallback() const;
   void set_has_fx();
   void clear_has_fx();
   void set_has_fy();
@@ -773,6 +792,7 @@ class CALIBRATION_EXPORT CalibrationImage : public runtime::Record {
   bool has_format() const;
   const ::std::string& format() const;
   void set_format(const ::std::string& value);
+  void set_format(::std::string&& value);
   void set_format(const char* value);
   void set_format(const char* value, size_t size);
   ::std::string* mutable_format();
@@ -786,6 +806,7 @@ class CALIBRATION_EXPORT CalibrationImage : public runtime::Record {
   bool has_imgdata() const;
   const ::std::string& imgdata() const;
   void set_imgdata(const ::std::string& value);
+  void set_imgdata(::std::string&& value);
   void set_imgdata(const char* value);
   void set_imgdata(const void* value, size_t size);
   ::std::string* mutable_imgdata();
@@ -796,14 +817,18 @@ class CALIBRATION_EXPORT CalibrationImage : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(CalibrationImage* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_width();
   void clear_has_width();
   void set_has_height();
@@ -950,14 +975,18 @@ class CALIBRATION_EXPORT FocusInfoItem : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(FocusInfoItem* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_target_id();
   void clear_has_target_id();
   void set_has_target_code();
@@ -1049,14 +1078,18 @@ class CALIBRATION_EXPORT FocusInfo : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(FocusInfo* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
 
   CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
@@ -1126,14 +1159,18 @@ class CALIBRATION_EXPORT CameraExtrinsics : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(CameraExtrinsics* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
 
   CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
@@ -1233,6 +1270,7 @@ class CALIBRATION_EXPORT CameraCalibration : public runtime::Record {
   bool has_name() const;
   const ::std::string& name() const;
   void set_name(const ::std::string& value);
+  void set_name(::std::string&& value);
   void set_name(const char* value);
   void set_name(const char* value, size_t size);
   ::std::string* mutable_name();
@@ -1246,6 +1284,7 @@ class CALIBRATION_EXPORT CameraCalibration : public runtime::Record {
   bool has_model() const;
   const ::std::string& model() const;
   void set_model(const ::std::string& value);
+  void set_model(::std::string&& value);
   void set_model(const char* value);
   void set_model(const char* value, size_t size);
   ::std::string* mutable_model();
@@ -1259,6 +1298,7 @@ class CALIBRATION_EXPORT CameraCalibration : public runtime::Record {
   bool has_serial() const;
   const ::std::string& serial() const;
   void set_serial(const ::std::string& value);
+  void set_serial(::std::string&& value);
   void set_serial(const char* value);
   void set_serial(const char* value, size_t size);
   ::std::string* mutable_serial();
@@ -1269,14 +1309,18 @@ class CALIBRATION_EXPORT CameraCalibration : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(CameraCalibration* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_intrinsics();
   void clear_has_intrinsics();
   void set_has_intrinsics_image();
@@ -1365,14 +1409,18 @@ class CALIBRATION_EXPORT RobotCalibration : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(RobotCalibration* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
 
   CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
@@ -1440,6 +1488,7 @@ class CALIBRATION_EXPORT CalibrationMetadataProto : public runtime::Record {
   bool has_base_serial() const;
   const ::std::string& base_serial() const;
   void set_base_serial(const ::std::string& value);
+  void set_base_serial(::std::string&& value);
   void set_base_serial(const char* value);
   void set_base_serial(const char* value, size_t size);
   ::std::string* mutable_base_serial();
@@ -1453,6 +1502,7 @@ class CALIBRATION_EXPORT CalibrationMetadataProto : public runtime::Record {
   bool has_audio_serial() const;
   const ::std::string& audio_serial() const;
   void set_audio_serial(const ::std::string& value);
+  void set_audio_serial(::std::string&& value);
   void set_audio_serial(const char* value);
   void set_audio_serial(const char* value, size_t size);
   ::std::string* mutable_audio_serial();
@@ -1471,14 +1521,18 @@ class CALIBRATION_EXPORT CalibrationMetadataProto : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(CalibrationMetadataProto* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_time();
   void clear_has_time();
   void set_has_base_serial();
@@ -1564,14 +1618,18 @@ class CALIBRATION_EXPORT GyroscopeCalibrationProto : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(GyroscopeCalibrationProto* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_gyroscope_gain();
   void clear_has_gyroscope_gain();
   void set_has_metadata();
@@ -1653,14 +1711,18 @@ class CALIBRATION_EXPORT CameraCalibrationAdjustmentProto : public runtime::Reco
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(CameraCalibrationAdjustmentProto* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_params();
   void clear_has_params();
   void set_has_metadata();
@@ -1768,14 +1830,18 @@ class CALIBRATION_EXPORT BaseCalibrationProto : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(BaseCalibrationProto* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_wheel_base();
   void clear_has_wheel_base();
   void set_has_base_width();
@@ -1876,6 +1942,7 @@ class CALIBRATION_EXPORT FocusCheckProto : public runtime::Record {
   bool has_name() const;
   const ::std::string& name() const;
   void set_name(const ::std::string& value);
+  void set_name(::std::string&& value);
   void set_name(const char* value);
   void set_name(const char* value, size_t size);
   ::std::string* mutable_name();
@@ -1894,14 +1961,18 @@ class CALIBRATION_EXPORT FocusCheckProto : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(FocusCheckProto* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_value_at_cutoff();
   void clear_has_value_at_cutoff();
   void set_has_cutoff();
@@ -1981,14 +2052,18 @@ class CALIBRATION_EXPORT FocusCheckSetProto : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(FocusCheckSetProto* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
 
   CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
@@ -2118,14 +2193,18 @@ class CALIBRATION_EXPORT PTZIntrinsicsItem : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(PTZIntrinsicsItem* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_zoom();
   void clear_has_zoom();
   void set_has_fxy();
@@ -2285,14 +2364,18 @@ class CALIBRATION_EXPORT PTZIntrinsics : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(PTZIntrinsics* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_zx();
   void clear_has_zx();
   void set_has_zy();
@@ -2502,14 +2585,18 @@ class CALIBRATION_EXPORT PanTiltSystemParameters : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(PanTiltSystemParameters* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_pan_ext();
   void clear_has_pan_ext();
   void set_has_tilt_ext();
@@ -2630,14 +2717,18 @@ class CALIBRATION_EXPORT PTZCameraParameters : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(PTZCameraParameters* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_intrinsics();
   void clear_has_intrinsics();
   void set_has_pan_tilt();
@@ -2731,14 +2822,18 @@ class CALIBRATION_EXPORT PTZSystemCalibration : public runtime::Record {
 
  private:
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
-  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend class wire::MessageReader;
 
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(PTZSystemCalibration* other);
   void SetCachedSize(int size) const override;
+  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      wire::MessageReader* reader);
+  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_ptz_camera();
   void clear_has_ptz_camera();
   void set_has_laser();
@@ -3059,6 +3154,9 @@ inline void CameraIntrinsics::set_x_bin(const ::std::string& value) {
   set_has_x_bin();
   x_bin_.Set(value);
 }
+inline void CameraIntrinsics::set_x_bin(::std::string&& value) {
+  *mutable_x_bin() = std::move(value);
+}
 inline void CameraIntrinsics::set_x_bin(const char* value) { mutable_x_bin()->assign(value); }
 inline void CameraIntrinsics::set_x_bin(const char* value, size_t size) {
   mutable_x_bin()->assign(value, size);
@@ -3256,6 +3354,9 @@ inline void CalibrationImage::set_format(const ::std::string& value) {
   set_has_format();
   format_.Set(value);
 }
+inline void CalibrationImage::set_format(::std::string&& value) {
+  *mutable_format() = std::move(value);
+}
 inline void CalibrationImage::set_format(const char* value) { mutable_format()->assign(value); }
 inline void CalibrationImage::set_format(const char* value, size_t size) {
   mutable_format()->assign(value, size);
@@ -3289,6 +3390,9 @@ inline const ::std::string& CalibrationImage::imgdata() const { return imgdata_.
 inline void CalibrationImage::set_imgdata(const ::std::string& value) {
   set_has_imgdata();
   imgdata_.Set(value);
+}
+inline void CalibrationImage::set_imgdata(::std::string&& value) {
+  *mutable_imgdata() = std::move(value);
 }
 inline void CalibrationImage::set_imgdata(const char* value) { mutable_imgdata()->assign(value); }
 inline void CalibrationImage::set_imgdata(const void* value, size_t size) {
@@ -3611,6 +3715,9 @@ inline void CameraCalibration::set_name(const ::std::string& value) {
   set_has_name();
   name_.Set(value);
 }
+inline void CameraCalibration::set_name(::std::string&& value) {
+  *mutable_name() = std::move(value);
+}
 inline void CameraCalibration::set_name(const char* value) { mutable_name()->assign(value); }
 inline void CameraCalibration::set_name(const char* value, size_t size) {
   mutable_name()->assign(value, size);
@@ -3645,6 +3752,9 @@ inline void CameraCalibration::set_model(const ::std::string& value) {
   set_has_model();
   model_.Set(value);
 }
+inline void CameraCalibration::set_model(::std::string&& value) {
+  *mutable_model() = std::move(value);
+}
 inline void CameraCalibration::set_model(const char* value) { mutable_model()->assign(value); }
 inline void CameraCalibration::set_model(const char* value, size_t size) {
   mutable_model()->assign(value, size);
@@ -3678,6 +3788,9 @@ inline const ::std::string& CameraCalibration::serial() const { return serial_.G
 inline void CameraCalibration::set_serial(const ::std::string& value) {
   set_has_serial();
   serial_.Set(value);
+}
+inline void CameraCalibration::set_serial(::std::string&& value) {
+  *mutable_serial() = std::move(value);
 }
 inline void CameraCalibration::set_serial(const char* value) { mutable_serial()->assign(value); }
 inline void CameraCalibration::set_serial(const char* value, size_t size) {
@@ -3753,6 +3866,9 @@ inline void CalibrationMetadataProto::set_base_serial(const ::std::string& value
   set_has_base_serial();
   base_serial_.Set(value);
 }
+inline void CalibrationMetadataProto::set_base_serial(::std::string&& value) {
+  *mutable_base_serial() = std::move(value);
+}
 inline void CalibrationMetadataProto::set_base_serial(const char* value) {
   mutable_base_serial()->assign(value);
 }
@@ -3792,6 +3908,9 @@ inline const ::std::string& CalibrationMetadataProto::audio_serial() const {
 inline void CalibrationMetadataProto::set_audio_serial(const ::std::string& value) {
   set_has_audio_serial();
   audio_serial_.Set(value);
+}
+inline void CalibrationMetadataProto::set_audio_serial(::std::string&& value) {
+  *mutable_audio_serial() = std::move(value);
 }
 inline void CalibrationMetadataProto::set_audio_serial(const char* value) {
   mutable_audio_serial()->assign(value);
@@ -4118,6 +4237,7 @@ inline void FocusCheckProto::set_name(const ::std::string& value) {
   set_has_name();
   name_.Set(value);
 }
+inline void FocusCheckProto::set_name(::std::string&& value) { *mutable_name() = std::move(value); }
 inline void FocusCheckProto::set_name(const char* value) { mutable_name()->assign(value); }
 inline void FocusCheckProto::set_name(const char* value, size_t size) {
   mutable_name()->assign(value, size);

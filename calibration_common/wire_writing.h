@@ -7,6 +7,8 @@
 #define CALIBRATION_COMMON_WIRE_WRITING_H_
 
 #include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/repeated_field.h>
+#include <google/protobuf/unknown_field_set.h>
 #include <google/protobuf/wire_format_lite.h>
 
 #include <string>
@@ -19,16 +21,16 @@ namespace wire {
 
 using ::google::protobuf::int32;
 using ::google::protobuf::int64;
+using ::google::protobuf::RepeatedField;
 using ::google::protobuf::uint32;
 using ::google::protobuf::uint64;
 using ::google::protobuf::uint8;
+using ::google::protobuf::UnknownFieldSet;
 using ::google::protobuf::internal::WireFormatLite;
 using ::google::protobuf::io::CodedOutputStream;
 
 inline uint32 Int32Size(int32 value) {
-  return value < 0
-             ? 10
-             : static_cast<uint32>(CodedOutputStream::VarintSize32(static_cast<uint32>(value)));
+  return static_cast<uint32>(CodedOutputStream::VarintSize32SignExtended(value));
 }
 inline uint32 Int64Size(int64 value) {
   return static_cast<uint32>(CodedOutputStream::VarintSize64(static_cast<uint64>(value)));
@@ -36,15 +38,16 @@ inline uint32 Int64Size(int64 value) {
 
 // A length prefix and as many bytes.
 inline uint32 LengthDelimitedSize(uint32 length) {
+  if (length < 0x80) return 1 + length;
   return static_cast<uint32>(CodedOutputStream::VarintSize32(length)) + length;
 }
 inline uint32 StringSize(const ::std::string& value) {
   return LengthDelimitedSize(static_cast<uint32>(value.size()));
 }
-// Computes the sub-message's size anew. A null pointer stands for an empty sub-message.
+// Computes the sub-message's size anew.
 template <typename T>
-uint32 MessageSize(const T* message) {
-  return LengthDelimitedSize(message == NULL ? 0 : static_cast<uint32>(message->T::ByteSize()));
+uint32 MessageSize(const T& message) {
+  return LengthDelimitedSize(static_cast<uint32>(message.T::ByteSize()));
 }
 
 // Writes a sub-message, whose length is its cached size; returns the position behind it.
@@ -52,10 +55,42 @@ template <typename T>
 uint8* WriteMessageToArray(int number, const T& message, uint8* target) {
   target =
       WireFormatLite::WriteTagToArray(number, WireFormatLite::WIRETYPE_LENGTH_DELIMITED, target);
-  target =
-      CodedOutputStream::WriteVarint32ToArray(static_cast<uint32>(message.GetCachedSize()), target);
+  target = CodedOutputStream::WriteVarint32ToArray(static_cast<uint32>(message.T::GetCachedSize()),
+                                                   target);
   return message.T::SerializeWithCachedSizesToArray(target);
 }
+
+// Writes a sub-message to a stream: at once where the stream's buffer has room for all of it.
+template <typename T>
+void WriteMessage(int number, const T& message, CodedOutputStream* output) {
+  WireFormatLite::WriteTag(number, WireFormatLite::WIRETYPE_LENGTH_DELIMITED, output);
+  const int size = message.T::GetCachedSize();
+  output->WriteVarint32(static_cast<uint32>(size));
+  uint8* target = output->GetDirectBufferForNBytesAndAdvance(size);
+  if (target != nullptr) {
+    message.T::SerializeWithCachedSizesToArray(target);
+  } else {
+    message.T::SerializeWithCachedSizes(output);
+  }
+}
+
+void WriteSomeElements(uint32 tag, const RepeatedField<double>& values, CodedOutputStream* output);
+void WriteSomeElements(uint32 tag, const RepeatedField<float>& values, CodedOutputStream* output);
+uint8* WriteSomeElementsToArray(uint32 tag, const RepeatedField<double>& values, uint8* target);
+uint8* WriteSomeElementsToArray(uint32 tag, const RepeatedField<float>& values, uint8* target);
+
+// Write the elements of a repeated number, each behind a tag of its own.
+template <typename T>
+void WriteElements(uint32 tag, const RepeatedField<T>& values, CodedOutputStream* output) {
+  if (!values.empty()) WriteSomeElements(tag, values, output);
+}
+template <typename T>
+uint8* WriteElementsToArray(uint32 tag, const RepeatedField<T>& values, uint8* target) {
+  return values.empty() ? target : WriteSomeElementsToArray(tag, values, target);
+}
+
+// Writes what a message does not know.
+uint8* WriteUnknownFieldsToArray(const UnknownFieldSet& fields, uint8* target);
 
 }  // namespace wire
 }  // namespace calibration

@@ -23,14 +23,17 @@ struct Fragments {
   // Accessors
   std::string declarations;  // in the class
   std::string definitions;   // behind the class, inline
-  // Parsing: the body of the field's case, from the comparison of the tag to the end of the read.
-  // $label$ stands where the next-tag chain of the field before jumps to.
-  std::string parse;
+  // Parsing from [p, end); leaves MergeBuffered() where the field cannot be read.
+  std::string take;
+  std::string take_packed;  // the packed run of a repeated number
+  // Parsing what has a length from `input`; returns whether it could be read.
+  std::string read;
   // Serialization
   std::string write_to_stream;
   std::string write_to_array;
   std::string size;  // adds to total_size
-  // Merging, from a field that `from` holds
+  // Merging, from a field that `from` holds; `bits` are the has-bits of `from`. The has-bits of
+  // scalars are merged by the group.
   std::string merge;
 };
 

@@ -24,8 +24,11 @@ const char kSourceTop[] = R"(
 
 #include <memory>
 #include <string>
+#include <typeinfo>
 #include <utility>
 
+#include "calibration_common/registration.h"
+#include "calibration_common/wire_buffer.h"
 #include "calibration_common/wire_reading.h"
 #include "calibration_common/wire_writing.h"
 
@@ -42,6 +45,13 @@ namespace {
 const char kSchemaPath[] = "$file$";
 const char kSourcePath[] = "$base$.pb.cc";
 
+// dynamic_cast, after the usual case that a comparison settles.
+template <typename T>
+const T* Cast(const ::google::protobuf::Message& message) {
+  return typeid(message) == typeid(T) ? static_cast<const T*>(&message)
+                                      : dynamic_cast<const T*>(&message);
+}
+
 // Reports that the merge at `line` was asked to merge a message into itself. Ends the process.
 __attribute__((cold, noinline)) void MergeFromFail(int line) {
   ::google::protobuf::internal::LogFinisher() =
@@ -49,14 +59,6 @@ __attribute__((cold, noinline)) void MergeFromFail(int line) {
                                                __LINE__)
       << "CHECK failed: false: " << kSourcePath << ":" << line;
 }
-
-// End of the input or of a limit, a zero tag, or the end of a group: the parser's caller judges
-// which are welcome.
-inline bool EndsMessage(uint32 tag) {
-  return tag == 0 || WireFormatLite::GetTagWireType(tag) == WireFormatLite::WIRETYPE_END_GROUP;
-}
-
-}  // namespace
 
 )";
 

@@ -24,10 +24,10 @@ const char kTop[] = R"(
 //   x()        the value; the default while absent. Never allocates.
 // Numbers and bool: set_x(value).
 // Strings and bytes (std::string, not checked to be UTF-8):
-//   set_x(text), set_x(pointer, size)  copy the text.
+//   set_x(text), set_x(pointer, size)  copy the text; set_x(std::move(text)) takes it over.
 //   mutable_x()                the string for the caller to fill, allocated if need be; it stays
 //                              this object's.
-//   release_x()                gives it to the caller; null if none was ever written.
+//   release_x()                gives it to the caller; null if there is none.
 //   set_allocated_x(string)    takes ownership; null makes the field absent.
 // Sub-messages:
 //   x()                        refers to the class's default instance while there is no object.
@@ -59,6 +59,7 @@ const char kTop[] = R"(
 #ifndef $guard$
 #define $guard$
 
+#include "calibration_common/elements.h"
 #include "calibration_common/runtime.h"
 
 #include <google/protobuf/message.h>
@@ -67,6 +68,7 @@ const char kTop[] = R"(
 
 #include <cstddef>
 #include <string>
+#include <utility>
 
 )";
 
@@ -158,17 +160,21 @@ std::string ClassDefinition(const File& file, const RenderedMessage& rendered) {
   std::string privates =
       " private:\n"
       "  friend CALIBRATION_EXPORT void protobuf_AddDesc_$id$();\n"
-      "  friend CALIBRATION_EXPORT void protobuf_AssignDesc_$id$();\n"
-      "  friend CALIBRATION_EXPORT void protobuf_ShutdownFile_$id$();\n"
-      "  friend struct protobuf_Layouts_$id$;\n\n"
+      "  friend struct protobuf_Layouts_$id$;\n"
+      "  friend class wire::MessageReader;\n\n"
       "  void SharedCtor();\n"
       "  void SharedDtor();\n"
       "  void InternalSwap($class$* other);\n"
-      "  void SetCachedSize(int size) const override;\n";
+      "  void SetCachedSize(int size) const override;\n"
+      "  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(\n"
+      "      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,\n"
+      "      wire::MessageReader* reader);\n"
+      "  CALIBRATION_HIDDEN bool MergeLengthDelimited(\n"
+      "      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);\n";
   if (!message.required.empty()) {
     privates +=
         "  CALIBRATION_HIDDEN "
-        "  ::google::protobuf::uint32 RequiredFieldsByteSizeFallback() const;\n";
+        "::google::protobuf::uint32 RequiredFieldsByteSizeFallback() const;\n";
   }
   out += Fill(privates, variables);
   for (const Field& field : message.fields) {

@@ -7,7 +7,7 @@ namespace {
 const char kMethods[] = R"(
 void $class$::MergeFrom(const ::google::protobuf::Message& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  const $class$* source = dynamic_cast<const $class$*>(&from);
+  const $class$* source = Cast<$class$>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -35,22 +35,41 @@ void $class$::CopyFrom(const $class$& from) {
 }
 
 bool $class$::IsInitialized() const {
-$checks$  return true;
-}
+$checks$}
 )";
 
+// Optional scalars are usually all there or all absent, and copied without a test of each if they
+// are.
 std::string MergeGroup(const Group& group, const RenderedMessage& rendered) {
-  std::string merges;
-  for (const Field* field : group.fields) merges += rendered.of(field).merge;
+  std::string merges, copies;
+  uint32_t scalars = 0;
+  bool has_required = false;
+  for (const Field* field : group.fields) {
+    merges += rendered.of(field).merge;
+    copies += Fill("$name$_ = from.$name$_;\n", {{"name", field->name}});
+    scalars |= field->is_scalar() ? field->bit() : 0;
+    has_required = has_required || field->required;
+  }
+  if (scalars == group.mask && group.fields.size() > 1 && !has_required) {
+    merges = Fill(
+        R"(
+if ((bits & $mask$) == $mask$) {
+$copies$} else {
+$merges$}
+)",
+        {{"mask", Hex(group.mask)}, {"copies", Indent(copies, 2)}, {"merges", Indent(merges, 2)}});
+  }
+  if (scalars != 0) merges += "_has_bits_[0] |= bits & " + Hex(scalars) + ";\n";
   const uint32_t all_eight = 0xFFu << (group.fields.front()->index / 8 * 8);
-  return "if (from._has_bits_[0] & " + Hex(all_eight) + ") {\n" + Indent(merges, 2) + "}\n";
+  return "if (bits & " + Hex(all_eight) + ") {\n" + Indent(merges, 2) + "}\n";
 }
 
 std::string InitializationChecks(const Message& message) {
   std::string checks;
   if (!message.required.empty()) {
-    checks += Fill("if ((_has_bits_[0] & $mask$) != $mask$) return false;\n",
-                   {{"mask", Hex(message.required_mask())}});
+    const Variables mask = {{"mask", Hex(message.required_mask())}};
+    if (message.reaching.empty()) return Fill("return (_has_bits_[0] & $mask$) == $mask$;\n", mask);
+    checks += Fill("if ((_has_bits_[0] & $mask$) != $mask$) return false;\n", mask);
   }
   for (const Field* field : message.reaching) {
     checks +=
@@ -62,7 +81,7 @@ for (int i = $name$_size(); --i >= 0;) {
                              : "if (has_$name$() && !$name$().IsInitialized()) return false;\n",
              {{"name", field->name}});
   }
-  return checks;
+  return checks + "return true;\n";
 }
 
 }  // namespace
@@ -71,6 +90,7 @@ std::string RenderMerging(const RenderedMessage& rendered) {
   const Message& message = *rendered.message;
   std::string merges;
   for (const Field* field : message.repeated) merges += rendered.of(field).merge;
+  if (!message.singular_groups.empty()) merges += "const uint32 bits = from._has_bits_[0];\n";
   for (const Group& group : message.singular_groups) merges += MergeGroup(group, rendered);
   return Fill(kMethods, {{"class", message.name},
                          {"merges", Indent(merges, 2)},

@@ -36,7 +36,7 @@ std::string Links(const Message& message) {
 
 std::string RenderObjectModel(const RenderedMessage& rendered) {
   const Message& message = *rendered.message;
-  Variables variables = {{"class", message.name}};
+  Variables variables = {{"class", message.name}, {"i", std::to_string(message.index)}};
 
   std::string constants, initializes, text_destroys, sub_message_destroys, swaps, clears;
   for (const Field& field : message.fields) {
@@ -87,16 +87,10 @@ void $class$::SharedDtor() {$destroys$}
 
 const ::google::protobuf::Descriptor* $class$::descriptor() {
   protobuf_AssignDescriptorsOnce();
-  return $class$_descriptor_;
+  return descriptors_[$i$];
 }
 
-::google::protobuf::Metadata $class$::GetMetadata() const {
-  protobuf_AssignDescriptorsOnce();
-  ::google::protobuf::Metadata metadata;
-  metadata.descriptor = $class$_descriptor_;
-  metadata.reflection = $class$_reflection_;
-  return metadata;
-}
+::google::protobuf::Metadata $class$::GetMetadata() const { return MetadataOf($i$); }
 
 $class$* $class$::New() const { return New(nullptr); }
 
@@ -114,7 +108,7 @@ void $class$::Swap($class$* other) {
   if (other != this) InternalSwap(other);
 }
 
-void $class$::InternalSwap($class$* other) {
+__attribute__((noinline)) void $class$::InternalSwap($class$* other) {
 $swaps$  std::swap(_has_bits_[0], other->_has_bits_[0]);
   runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);

@@ -1,63 +1,87 @@
-// Reading from the wire. Fields are expected in field-number order: after each, the parser tests
-// for the next one's tag (the next-tag chain) before it goes back to reading tags.
+// Reading from the wire: what lies whole in the stream's buffer, and what has a length and does not
+// (see calibration_common/wire_buffer.h).
+//
+// From the buffer, fields are expected in field-number order: behind each, the code tests for the
+// next one's tag and falls through to its case (the next-tag chain), and goes back to the switch
+// only for another tag.
 #include "protogen/families.h"
 
 namespace protogen {
 namespace {
 
-const char kMethod[] = R"(
-bool $class$::MergePartialFromCodedStream(CodedInputStream* input) {
-  for (;;) {
-    const std::pair<uint32, bool> tag_and_flag = input->ReadTagWithCutoff($cutoff$u);
-    const uint32 tag = tag_and_flag.first;
-    if (!tag_and_flag.second) goto handle_unusual;
-    switch (WireFormatLite::GetTagFieldNumber(tag)) {
-$cases$      default:
-        break;
+const char kMethods[] = R"(
+const uint8* $class$::MergeBuffered(const uint8* p, const uint8* end, wire::MessageReader*$reader$) {
+  while (p != end) {
+    switch ($tag$) {
+$takes$      default:
+        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
+        continue;
     }
-  handle_unusual:
-    if (EndsMessage(tag)) return true;
-    if (!wire::KeepUnknownField(input, tag, mutable_unknown_fields())) return false;
   }
+  return p;
+}
+
+__attribute__((cold)) bool $class$::MergeLengthDelimited(uint32 tag, CodedInputStream* input) {
+$reads$  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+}
+
+bool $class$::MergePartialFromCodedStream(CodedInputStream* input) {
+  return wire::MessageReader::MergeFromStream(input, this);
 }
 )";
 
-const char kCase[] = R"(
-      // $declaration$
-      case $number$: {
-$body$        continue;
-      }
+std::string Case(uint32_t tag, const std::string& comment, const std::string& body) {
+  return "case " + std::to_string(tag) + ":  // " + comment + "\n" + Indent(body, 2);
+}
 
-)";
+// The cases of MergeBuffered().
+std::string Takes(const RenderedMessage& rendered) {
+  const std::vector<const Field*>& fields = rendered.message->wire_order;
+  std::string takes, packed_takes;
+  for (size_t i = 0; i < fields.size(); ++i) {
+    const Fragments& fragments = rendered.of(fields[i]);
+    std::string next = "continue;\n";
+    if (i + 1 < fields.size()) {
+      next = "if (!wire::NextIs<" + std::to_string(fields[i + 1]->tag()) +
+             "u>(p, end)) continue;\n// Fall through.\n";
+    }
+    takes += Case(fields[i]->tag(), fields[i]->name, fragments.take + next);
+    if (!fragments.take_packed.empty()) {
+      packed_takes += Case(fields[i]->packed_tag(), fields[i]->name + " (packed)",
+                           fragments.take_packed + "continue;\n");
+    }
+  }
+  return takes + packed_takes;
+}
 
-// Labels stand out by two columns to the left of the statements around them.
-std::string OutdentLabels(const std::string& code) { return Replace(code, "  parse_", "parse_"); }
+// The switch of MergeLengthDelimited().
+std::string Reads(const RenderedMessage& rendered) {
+  std::string reads;
+  for (const Field* field : rendered.message->wire_order) {
+    const Fragments& fragments = rendered.of(field);
+    if (fragments.read.empty()) continue;
+    const uint32_t tag = fragments.take_packed.empty() ? field->tag() : field->packed_tag();
+    reads += Case(tag, field->name, fragments.read);
+  }
+  return reads.empty() ? "" : "switch (tag) {\n" + Indent(reads, 2) + "}\n";
+}
+
+bool HasMessages(const Message& message) {
+  for (const Field& field : message.fields) {
+    if (field.kind == Kind::kMessage) return true;
+  }
+  return false;
+}
 
 }  // namespace
 
 std::string RenderParsing(const RenderedMessage& rendered) {
   const Message& message = *rendered.message;
-  std::string cases;
-  for (size_t i = 0; i < message.wire_order.size(); ++i) {
-    const Field& field = *message.wire_order[i];
-    const bool is_target = i > 0;
-    std::string body = Fill(rendered.of(&field).parse,
-                            {{"label", is_target ? "parse_" + field.name + ":\n" : ""}});
-    if (i + 1 < message.wire_order.size()) {
-      const Field& next = *message.wire_order[i + 1];
-      body += "if (input->ExpectTag(" + std::to_string(next.tag()) + "u)) goto parse_" + next.name +
-              ";\n";
-    } else {
-      body += "if (input->ExpectAtEnd()) return true;\n";
-    }
-    body = OutdentLabels(Indent(body, 8));
-    cases += Fill(kCase, {{"declaration", field.declaration},
-                          {"number", std::to_string(field.number)},
-                          {"body", body}});
-  }
-  return Fill(
-      kMethod,
-      {{"class", message.name}, {"cutoff", std::to_string(message.tag_cutoff)}, {"cases", cases}});
+  return Fill(kMethods, {{"class", message.name},
+                         {"reader", HasMessages(message) ? " reader" : ""},
+                         {"tag", message.tag_cutoff < 128 ? "*p" : "wire::PeekTag(p, end)"},
+                         {"takes", Indent(Takes(rendered), 6)},
+                         {"reads", Indent(Reads(rendered), 2)}});
 }
 
 }  // namespace protogen

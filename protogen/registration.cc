@@ -10,20 +10,37 @@ bool registration_done_ = false;
 runtime::Once protobuf_AssignDescriptors_once_;
 runtime::FileReflection<$message_count$, $field_count$> file_reflection_;
 
-$pointers$
+// By message index.
+const ::google::protobuf::Descriptor* descriptors_[$message_count$];
+runtime::Reflection* reflections_[$message_count$];
+const ::google::protobuf::Message* default_instances_[$message_count$];
+
 // The canonical encoding of the file's FileDescriptorProto.
 const char kSerializedSchema[] =
 $bytes$;
 const int kSerializedSchemaSize = $size$;
-static_assert(sizeof(kSerializedSchema) == kSerializedSchemaSize + 1, "and a closing zero");
+static_assert(sizeof(kSerializedSchema) == kSerializedSchemaSize + 1,
+              "kSerializedSchemaSize is not the size of the literals above");
 
-void protobuf_AssignDescriptorsOnce() {
+__attribute__((noinline)) void protobuf_AssignDescriptorsOnce() {
   protobuf_AssignDescriptors_once_.Call(&protobuf_AssignDesc_$id$);
 }
 
 void protobuf_RegisterTypes(const std::string&) {
   protobuf_AssignDescriptorsOnce();
-$registers$}
+  for (int i = 0; i < $message_count$; ++i) {
+    ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(descriptors_[i],
+                                                                         default_instances_[i]);
+  }
+}
+
+__attribute__((noinline)) ::google::protobuf::Metadata MetadataOf(int index) {
+  protobuf_AssignDescriptorsOnce();
+  ::google::protobuf::Metadata metadata;
+  metadata.descriptor = descriptors_[index];
+  metadata.reflection = reflections_[index];
+  return metadata;
+}
 
 )";
 
@@ -36,8 +53,8 @@ $offset_declarations$  static const runtime::MessageLayout kMessages[$message_co
 
 typedef protobuf_Layouts_$id$ Layouts;
 
-// The classes have virtual functions and one base, for which the compilers give the position of a
-// member all the same.
+// Of classes with virtual functions and a base, offsetof is only conditionally supported; g++ and
+// clang++ do support it.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 $offset_definitions$
@@ -52,9 +69,7 @@ void protobuf_AddDesc_$id$() {
   ::google::protobuf::DescriptorPool::InternalAddGeneratedFile(kSerializedSchema,
                                                                kSerializedSchemaSize);
   file_reflection_.Register(kSchemaPath, &protobuf_RegisterTypes, Layouts::kMessages);
-$news$$links$  const ::google::protobuf::Message* const default_instances[] = {
-$instances$  };
-  file_reflection_.SetDefaultInstances(default_instances);
+$news$$links$  file_reflection_.SetDefaultInstances(default_instances_);
   ::google::protobuf::internal::OnShutdown(&protobuf_ShutdownFile_$id$);
 }
 
@@ -69,11 +84,19 @@ void protobuf_AssignDesc_$id$() {
         << "CHECK failed: file != NULL: ";
   }
   file_reflection_.BeginAssign();
-  const runtime::MessageLayout* const layouts = Layouts::kMessages;
-$assigns$}
+  for (int i = 0; i < $message_count$; ++i) {
+    descriptors_[i] = file->message_type(i);
+    reflections_[i] = file_reflection_.New(i, descriptors_[i], default_instances_[i],
+                                           Layouts::kMessages[i]);
+  }
+}
 
 void protobuf_ShutdownFile_$id$() {
-$deletes$}
+  for (int i = 0; i < $message_count$; ++i) {
+    delete default_instances_[i];
+    file_reflection_.Delete(reflections_[i]);
+  }
+}
 
 // Loading the library registers the file.
 CALIBRATION_EXPORT struct StaticDescriptorInitializer_$id$ {
@@ -102,15 +125,7 @@ std::string RenderRegistration(const File& file) {
       offsets += "    __builtin_offsetof(" + message.name + ", " + field.name + "_),\n";
     }
     one["offsets"] = offsets;
-    all["pointers"] += Fill(
-        "const ::google::protobuf::Descriptor* $class$_descriptor_ = nullptr;\n"
-        "runtime::Reflection* $class$_reflection_ = nullptr;\n",
-        one);
-    all["registers"] += Fill(
-        "  ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(\n"
-        "      $class$_descriptor_,\n"
-        "      &$class$::default_instance());\n",
-        one);
+
     all["offset_declarations"] += Fill("  static const int $class$_offsets_[$count$];\n", one);
     all["offset_definitions"] +=
         Fill("const int Layouts::$class$_offsets_[$count$] = {\n$offsets$};\n", one);
@@ -120,19 +135,10 @@ std::string RenderRegistration(const File& file) {
         "     __builtin_offsetof($class$, _internal_metadata_),\n"
         "     sizeof($class$)},\n",
         one);
-    all["news"] += Fill("  $class$::default_instance_ = new $class$;\n", one);
-    all["links"] += Fill("  $class$::default_instance_->InitAsDefaultInstance();\n", one);
-    all["instances"] += Fill("      $class$::default_instance_,\n", one);
-    all["assigns"] += Fill(
-        "  $class$_descriptor_ = file->message_type($i$);\n"
-        "  $class$_reflection_ =\n"
-        "      file_reflection_.New($i$, $class$_descriptor_, $class$::default_instance_, "
-        "layouts[$i$]);\n",
-        one);
-    all["deletes"] += Fill(
-        "  delete $class$::default_instance_;\n"
-        "  file_reflection_.Delete($class$_reflection_);\n",
-        one);
+    all["news"] +=
+        Fill("  default_instances_[$i$] = $class$::default_instance_ = new $class$;\n", one);
+    all["links"] += Fill("  $class$::InitAsDefaultInstance();\n", one);
+
     all["default_instances"] += Fill(R"(
 const $class$& $class$::default_instance() {
   if (default_instance_ == nullptr) protobuf_AddDesc_$id$();
@@ -142,7 +148,7 @@ const $class$& $class$::default_instance() {
 )",
                                      one);
   }
-  return "namespace {\n\n" + Fill(kState, all) + "}  // namespace\n\n" + Fill(kFunctions, all);
+  return Fill(kState, all) + "}  // namespace\n" + Fill(kFunctions, all);
 }
 
 }  // namespace protogen

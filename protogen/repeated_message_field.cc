@@ -33,28 +33,24 @@ inline void $class$::clear_$name$() { $name$_.Clear(); }
 )",
                          variables);
 
-  out.parse = Fill(R"(
-if (tag != $tag$) goto handle_unusual;
-$label$if (!input->IncrementRecursionDepth()) return false;
-do {
-  if (!wire::ReadElement(input, add_$name$())) return false;
-} while (input->ExpectTag($tag$));
-input->UnsafeDecrementRecursionDepth();
+  out.take = Fill(R"(
+if (!wire::Advance(&p, reader->TakeElements<$tag$>(p, end, &$name$_))) return p;
 )",
-                   variables);
+                  variables);
+  out.read = Fill("return wire::ReadMessage(input, add_$name$());\n", variables);
   out.write_to_stream = Fill(R"(
-for (int i = 0, n = $name$_size(); i < n; ++i) runtime::WriteMessage($number$, $name$(i), output);
+for (const $type$& element : $name$_) wire::WriteMessage($number$, element, output);
 )",
                              variables);
   out.write_to_array = Fill(R"(
-for (int i = 0, n = $name$_size(); i < n; ++i) {
-  target = wire::WriteMessageToArray($number$, $name$(i), target);
+for (const $type$& element : $name$_) {
+  target = wire::WriteMessageToArray($number$, element, target);
 }
 )",
                             variables);
   out.size = Fill(R"(
 total_size += $tag_size$ * static_cast<uint32>($name$_size());
-for (int i = 0, n = $name$_size(); i < n; ++i) total_size += wire::MessageSize(&$name$(i));
+for (const $type$& element : $name$_) total_size += wire::MessageSize(element);
 )",
                   variables);
   out.merge = Fill("runtime::MergeElements(from.$name$_, &$name$_);\n", variables);

@@ -34,26 +34,21 @@ inline void $class$::clear_$name$() { $name$_.Clear(); }
 )",
                          variables);
 
-  out.parse = Fill(R"(
-if (tag == $packed_tag$) {
-  if (!wire::ReadPacked(input, &$name$_)) return false;
-} else if (tag == $tag$) {
-  parse_$name$:
-  if (!wire::ReadElements($tag_size$, $tag$, input, &$name$_)) return false;
-} else {
-  goto handle_unusual;
-}
-if (input->ExpectTag($tag$)) goto parse_$name$;
+  out.take = Fill(R"(
+if (!wire::Advance(&p, wire::TakeElements<$tag$>(p, end, &$name$_))) return p;
 )",
-                   variables);
+                  variables);
+  out.take_packed = Fill(R"(
+if (!wire::Advance(&p, wire::TakePacked($tag_size$, p, end, &$name$_))) return p;
+)",
+                         variables);
+  out.read = Fill("return wire::ReadPacked(input, &$name$_);\n", variables);
   out.write_to_stream = Fill(R"(
-for (int i = 0; i < $name$_size(); ++i) WireFormatLite::Write$Wire$($number$, $name$(i), output);
+wire::WriteElements($tag$, $name$_, output);
 )",
                              variables);
   out.write_to_array = Fill(R"(
-for (int i = 0; i < $name$_size(); ++i) {
-  target = WireFormatLite::Write$Wire$ToArray($number$, $name$(i), target);
-}
+target = wire::WriteElementsToArray($tag$, $name$_, target);
 )",
                             variables);
   out.size =

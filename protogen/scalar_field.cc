@@ -31,12 +31,11 @@ inline void $class$::clear_$name$() {
 )",
                                                         variables);
 
-  out.parse = Fill(R"(
-if (tag != $tag$) goto handle_unusual;
-$label$if (!wire::ReadValue(input, &$name$_)) return false;
+  out.take = Fill(R"(
+if (!wire::Advance(&p, wire::TakeValue<$tag_size$>(p, end, &$name$_))) return p;
 set_has_$name$();
 )",
-                   variables);
+                  variables);
   out.write_to_stream = Fill(
       "if (has_$name$()) WireFormatLite::Write$Wire$($number$, $name$(), output);\n", variables);
   out.write_to_array = Fill(
@@ -51,7 +50,7 @@ set_has_$name$();
     out.size = Fill("if (has_$name$()) total_size += $tag_size$ + wire::$Wire$Size($name$());\n",
                     variables);
   }
-  out.merge = Fill("if (from.has_$name$()) set_$name$(from.$name$());\n", variables);
+  out.merge = Fill("if (bits & $mask$) $name$_ = from.$name$_;\n", variables);
   return out;
 }
 

@@ -13,7 +13,7 @@ $to_stream$  if (_internal_metadata_.have_unknown_fields()) {
 
 uint8* $class$::SerializeWithCachedSizesToArray(uint8* target) const {
 $to_array$  if (_internal_metadata_.have_unknown_fields()) {
-    target = WireFormat::SerializeUnknownFieldsToArray(unknown_fields(), target);
+    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -36,18 +36,36 @@ $sizes$  return total_size;
 }
 )";
 
+// What all of the fields take together, tags included, or 0 if the size of one varies.
+int FixedSize(const std::vector<const Field*>& fields) {
+  int size = 0;
+  for (const Field* field : fields) {
+    if (field->fixed_size() == 0) return 0;
+    size += field->tag_size() + field->fixed_size();
+  }
+  return size;
+}
+
+// The usual case is that all fields of a group are present; if their size is fixed, it is one
+// constant.
 std::string SizeOfGroup(const Group& group, const RenderedMessage& rendered) {
   std::string sizes;
   for (const Field* field : group.fields) sizes += rendered.of(field).size;
   if (group.fields.size() == 1) return sizes;
-  return "if (_has_bits_[0] & " + Hex(group.mask) + ") {\n" + Indent(sizes, 2) + "}\n";
+  const std::string any =
+      "if (_has_bits_[0] & " + Hex(group.mask) + ") {\n" + Indent(sizes, 2) + "}\n";
+  const int all = FixedSize(group.fields);
+  if (all == 0) return any;
+  return Fill(R"(
+if ((_has_bits_[0] & $mask$) == $mask$) {
+  total_size += $all$;
+} else )",
+              {{"mask", Hex(group.mask)}, {"all", std::to_string(all)}}) +
+         any;
 }
 
-// Required fields have a fixed size, so that their sum is one constant where all are present, which
-// is the usual case.
+// Required fields have a fixed size.
 std::string SizeOfRequired(const Message& message) {
-  int all = 0;
-  for (const Field* field : message.required) all += field->tag_size() + field->fixed_size();
   return Fill(R"(
 if ((_has_bits_[0] & $mask$) == $mask$) {
   total_size += $all$;
@@ -55,7 +73,8 @@ if ((_has_bits_[0] & $mask$) == $mask$) {
   total_size += RequiredFieldsByteSizeFallback();
 }
 )",
-              {{"mask", Hex(message.required_mask())}, {"all", std::to_string(all)}});
+              {{"mask", Hex(message.required_mask())},
+               {"all", std::to_string(FixedSize(message.required))}});
 }
 
 }  // namespace

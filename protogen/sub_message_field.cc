@@ -55,20 +55,19 @@ inline void $class$::set_allocated_$name$($type$* value) {
 )",
                                                         variables);
 
-  out.parse = Fill(R"(
-if (tag != $tag$) goto handle_unusual;
-$label$if (!wire::ReadMessage(input, mutable_$name$())) return false;
+  out.take = Fill(R"(
+if (!wire::Advance(&p, reader->TakeMessage<$tag_size$>(p, end, mutable_$name$()))) return p;
 )",
-                   variables);
+                  variables);
+  out.read = Fill("return wire::ReadMessage(input, mutable_$name$());\n", variables);
   out.write_to_stream =
-      Fill("if (has_$name$()) runtime::WriteMessage($number$, $name$(), output);\n", variables);
+      Fill("if (has_$name$()) wire::WriteMessage($number$, $name$(), output);\n", variables);
   out.write_to_array =
       Fill("if (has_$name$()) target = wire::WriteMessageToArray($number$, $name$(), target);\n",
            variables);
-  out.size =
-      Fill("if (has_$name$()) total_size += $tag_size$ + wire::MessageSize($name$_);\n", variables);
-  out.merge =
-      Fill("if (from.has_$name$()) mutable_$name$()->MergeFrom(from.$name$());\n", variables);
+  out.size = Fill("if (has_$name$()) total_size += $tag_size$ + wire::MessageSize($name$());\n",
+                  variables);
+  out.merge = Fill("if (bits & $mask$) mutable_$name$()->MergeFrom(from.$name$());\n", variables);
   return out;
 }
 

@@ -20,6 +20,7 @@ Fragments RenderText(const Field& field, const Variables& field_variables) {
 bool has_$name$() const;
 const ::std::string& $name$() const;
 void set_$name$(const ::std::string& value);
+void set_$name$(::std::string&& value);
 void set_$name$(const char* value);
 void set_$name$($pointer$ value, size_t size);
 ::std::string* mutable_$name$();
@@ -34,6 +35,7 @@ inline void $class$::set_$name$(const ::std::string& value) {
   set_has_$name$();
   $name$_.Set(value);
 }
+inline void $class$::set_$name$(::std::string&& value) { *mutable_$name$() = std::move(value); }
 inline void $class$::set_$name$(const char* value) { mutable_$name$()->assign(value); }
 inline void $class$::set_$name$($pointer$ value, size_t size) {
   mutable_$name$()->assign($data$, size);
@@ -61,11 +63,11 @@ inline void $class$::set_allocated_$name$(::std::string* value) {
 )",
                                                         variables);
 
-  out.parse = Fill(R"(
-if (tag != $tag$) goto handle_unusual;
-$label$if (!wire::ReadString(input, mutable_$name$())) return false;
+  out.take = Fill(R"(
+if (!wire::Advance(&p, wire::TakeString($tag_size$, p, end, mutable_$name$()))) return p;
 )",
-                   variables);
+                  variables);
+  out.read = Fill("return wire::ReadString(input, mutable_$name$());\n", variables);
   out.write_to_stream = Fill(
       "if (has_$name$()) WireFormatLite::Write$Wire$MaybeAliased($number$, $name$(), output);\n",
       variables);
@@ -76,7 +78,7 @@ $label$if (!wire::ReadString(input, mutable_$name$())) return false;
   out.size =
       Fill("if (has_$name$()) total_size += $tag_size$ + wire::StringSize($name$());\n", variables);
   out.merge = Fill(R"(
-if (from.has_$name$()) {
+if (bits & $mask$) {
   set_has_$name$();
   $name$_.Assign(from.$name$_);
 }

@@ -322,39 +322,6 @@ TEST_P(ParsingTest, BothEncodingsOfRepeatedNumbersMix) {
   }
 }
 
-// Behind a field the tag of the next one is guessed, and read as a tag only if the guess fails. It
-// shows in the tag that the stream says it has read last once the second value is missing.
-TEST_P(ParsingTest, TheNextTagIsGuessedInFieldNumberOrder) {
-  const std::vector<const FieldRow*> fields = WireOrder(message());
-  const auto was_read_as_a_tag = [this](const Occurrence& first, const std::string& tag,
-                                        uint32_t value) {
-    const std::string bytes = first.bytes() + tag;
-    const std::unique_ptr<Message> record = NewRecord(message().name);
-    CodedInputStream input = FlatStream(bytes);
-    EXPECT_FALSE(MergeOnClass(record.get(), &input));
-    return input.LastTagWas(value);
-  };
-  for (size_t i = 0; i < fields.size(); ++i) {
-    const FieldRow& field = *fields[i];
-    Occurrences firsts = {OtherOccurrence(field)};
-    if (IsRepeatedNumber(field)) firsts.push_back(PackedOccurrence(field, {1}));
-    for (const Occurrence& first : firsts) {
-      for (size_t j = 0; j < fields.size(); ++j) {
-        if (first.tag == SomeOccurrence(*fields[j]).tag) continue;  // cannot be told apart
-        SCOPED_TRACE(std::string(field.name) + " before " + fields[j]->name);
-        const bool guessed = j == i + 1 || j == i;  // the next field, or one more element
-        EXPECT_EQ(was_read_as_a_tag(first, SomeOccurrence(*fields[j]).tag, TagOf(*fields[j])),
-                  !guessed);
-        if (IsRepeatedNumber(*fields[j])) {
-          const std::string packed = PackedOccurrence(*fields[j], {}).tag;
-          const uint32_t tag = static_cast<uint32_t>(fields[j]->number << 3 | kLengthDelimited);
-          EXPECT_TRUE(was_read_as_a_tag(first, packed, tag)) << "packed";
-        }
-      }
-    }
-  }
-}
-
 // --- Unknown fields ------------------------------------------------------------------------------
 
 TEST_P(ParsingTest, AWrongWireTypeIsKeptAsUnknownByteForByte) {

@@ -1,0 +1,62 @@
+// Registration and reflection on the 3.0 series (see registration.h).
+#ifndef CALIBRATION_COMMON_REGISTRATION_3_0_H_
+#define CALIBRATION_COMMON_REGISTRATION_3_0_H_
+
+#include <google/protobuf/generated_message_reflection.h>
+#include <google/protobuf/message.h>
+#include <google/protobuf/stubs/common.h>
+#include <google/protobuf/stubs/once.h>
+
+#include <string>
+
+namespace zarvo {
+namespace calibration {
+namespace runtime {
+
+typedef ::google::protobuf::internal::GeneratedMessageReflection Reflection;
+
+// Ends the process unless the run-time that is loaded can serve the classes.
+inline void VerifyVersion(const char* source_path) {
+  ::google::protobuf::internal::VerifyVersion(3000000, 3000000, source_path);
+}
+
+// Runs a function once for all threads. Has no constructor: a static Once is ready before any code
+// runs.
+struct Once {
+  void Call(void (*function)()) { ::google::protobuf::GoogleOnceInit(&state, function); }
+
+  ::google::protobuf::ProtobufOnceType state;
+};
+
+// Ties one schema file's classes to the run-time's descriptors and reflection.
+template <int kMessageCount, int kFieldCount>
+class FileReflection {
+ public:
+  void Register(const char* file_name, void (*register_types)(const ::std::string&),
+                const MessageLayout*) {
+    ::google::protobuf::MessageFactory::InternalRegisterGeneratedFile(file_name, register_types);
+  }
+
+  // Takes the default instances in message order. Here each reflection object is given its own when
+  // it is made.
+  void SetDefaultInstances(const ::google::protobuf::Message* const*) {}
+
+  void BeginAssign() {}
+
+  // Makes the reflection object of message number `index`; Delete() frees it.
+  Reflection* New(int /* index */, const ::google::protobuf::Descriptor* descriptor,
+                  const ::google::protobuf::Message* default_instance,
+                  const MessageLayout& layout) {
+    return Reflection::NewGeneratedMessageReflection(
+        descriptor, default_instance, layout.field_offsets, layout.has_bits_offset, -1, -1,
+        layout.object_size, layout.metadata_offset, -1);
+  }
+
+  static void Delete(Reflection* reflection) { delete reflection; }
+};
+
+}  // namespace runtime
+}  // namespace calibration
+}  // namespace zarvo
+
+#endif  // CALIBRATION_COMMON_REGISTRATION_3_0_H_

@@ -1,0 +1,226 @@
+// Record's answers to a run-time that only knows it as a Message& (see runtime_3_21.h, which
+// includes this file). Inline, so that the library need not export them.
+#ifndef CALIBRATION_COMMON_RUNTIME_3_21_INL_H_
+#define CALIBRATION_COMMON_RUNTIME_3_21_INL_H_
+
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/io/zero_copy_stream.h>
+#include <google/protobuf/parse_context.h>
+#include <google/protobuf/wire_format_lite.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <string>
+
+namespace zarvo {
+namespace calibration {
+namespace runtime {
+
+using ::google::protobuf::int64;
+using ::google::protobuf::uint32;
+using ::google::protobuf::uint64;
+using ::google::protobuf::internal::WireFormatLite;
+
+// Collects whole fields from a ParseContext as they stand on the wire. Its one member has the name
+// that ParseContext::ParseGroup calls, so that an unknown group is collected by the same code, one
+// level deeper.
+class FieldCollector {
+ public:
+  enum Stop { kEnd, kEndTag, kFull, kCutOff };
+
+  explicit FieldCollector(::std::string* out) : out_(out), stop_(kEnd) {}
+
+  // Appends fields until the end of the stream or a limit (kEnd), a tag that ends a message
+  // (kEndTag), or `max_bytes` (kFull). Null if a field is cut off (kCutOff); then what there is of
+  // it has been appended, unless it is a varint or of fixed size.
+  const char* Collect(const char* ptr, ParseContext* context, size_t max_bytes) {
+    stop_ = kCutOff;
+    size_t whole = out_->size();
+    while (!context->Done(&ptr)) {
+      whole = out_->size();
+      if (whole >= max_bytes) {
+        stop_ = kFull;
+        return ptr;
+      }
+      uint32 tag;
+      ptr = ::google::protobuf::internal::ReadTag(ptr, &tag);
+      if (ptr == nullptr) return nullptr;
+      if (tag == 0 || WireFormatLite::GetTagWireType(tag) == WireFormatLite::WIRETYPE_END_GROUP) {
+        context->SetLastTag(tag);
+        stop_ = kEndTag;
+        return ptr;
+      }
+      ptr = CollectField(tag, ptr, context);
+      stop_ = kCutOff;  // a group has been collected by this call, too
+      if (ptr == nullptr) return nullptr;
+    }
+    if (ptr == nullptr) {
+      out_->resize(whole);  // the last value was read beyond the end
+    } else {
+      stop_ = kEnd;
+    }
+    return ptr;
+  }
+
+  Stop stop() const { return stop_; }
+
+  const char* _InternalParse(const char* ptr, ParseContext* context) {
+    return Collect(ptr, context, SIZE_MAX);
+  }
+
+ private:
+  const char* CollectField(uint32 tag, const char* ptr, ParseContext* context) {
+    AppendVarint(tag);
+    switch (WireFormatLite::GetTagWireType(tag)) {
+      case WireFormatLite::WIRETYPE_VARINT: {
+        uint64 value;
+        ptr = ::google::protobuf::internal::VarintParse(ptr, &value);
+        if (ptr != nullptr) AppendVarint(value);
+        return ptr;
+      }
+      case WireFormatLite::WIRETYPE_FIXED64:
+        out_->append(ptr, 8);
+        return ptr + 8;
+      case WireFormatLite::WIRETYPE_FIXED32:
+        out_->append(ptr, 4);
+        return ptr + 4;
+      case WireFormatLite::WIRETYPE_LENGTH_DELIMITED: {
+        const uint32 length = ::google::protobuf::internal::ReadSize(&ptr);
+        if (ptr == nullptr) return nullptr;
+        AppendVarint(length);
+        return context->AppendString(ptr, static_cast<int>(length), out_);
+      }
+      case WireFormatLite::WIRETYPE_START_GROUP:
+        ptr = context->ParseGroup(this, ptr, tag);
+        if (ptr != nullptr) AppendVarint(tag + 1);  // the end-group tag of the same number
+        return ptr;
+      default:
+        return nullptr;
+    }
+  }
+
+  void AppendVarint(uint64 value) {
+    uint8 bytes[10];
+    const uint8* end = CodedOutputStream::WriteVarint64ToArray(value, bytes);
+    out_->append(reinterpret_cast<const char*>(bytes), static_cast<size_t>(end - bytes));
+  }
+
+  ::std::string* out_;
+  Stop stop_;
+};
+
+// Lets a CodedOutputStream write into an EpsCopyOutputStream, a block at a time; strings that the
+// coded stream may alias are handed on without the detour.
+class EpsCopySink final : public ZeroCopyOutputStream {
+ public:
+  EpsCopySink(uint8* target, EpsCopyOutputStream* stream)
+      : target_(target), stream_(stream), used_(0), flushed_(0), block_(new uint8[kBlockSize]) {}
+
+  bool Next(void** data, int* size) override {
+    Flush();
+    *data = block_.get();
+    *size = used_ = kBlockSize;
+    return !stream_->HadError();
+  }
+  void BackUp(int count) override { used_ -= count; }
+  int64 ByteCount() const override { return flushed_ + used_; }
+  bool AllowsAliasing() const override { return true; }
+  bool WriteAliasedRaw(const void* data, int size) override {
+    Flush();
+    target_ = stream_->WriteRawMaybeAliased(data, size, target_);
+    flushed_ += size;
+    return !stream_->HadError();
+  }
+
+  // Hands over what is still held; returns where the EpsCopyOutputStream now stands.
+  uint8* Flush() {
+    target_ = stream_->WriteRaw(block_.get(), used_, target_);
+    flushed_ += used_;
+    used_ = 0;
+    return target_;
+  }
+
+  static const int kBlockSize = 1 << 16;
+
+ private:
+  uint8* target_;
+  EpsCopyOutputStream* stream_;
+  int used_;
+  int64 flushed_;
+  ::std::unique_ptr<uint8[]> block_;
+};
+
+// A tag that ends a message (zero, or the end of a group) counts as malformed here: no record is a
+// group, and the run-time's bounded streams cannot step back from one.
+inline const char* Record::_InternalParse(const char* ptr, ParseContext* context) {
+  // The limit of a nested message, or the end of an array, is known. If it lies in the block that
+  // is being read, a coded stream can read straight from that block. BytesUntilLimit() is only
+  // asked where its sum cannot overflow. The context compares addresses, and takes them beyond its
+  // block as its own parsers do.
+  const int kMaxBlock = 1 << 30;  // more than this is never read as one block
+  const int kSlopBytes = 16;      // a context can read as far beyond its block's end
+  if (context->IsExceedingLimit(ptr + kMaxBlock)) {
+    const int rest = context->BytesUntilLimit(ptr);
+    if (rest >= 0 && context->DataAvailable(ptr + rest - kSlopBytes - 1) &&
+        !context->IsExceedingLimit(ptr + rest)) {
+      return MergeFromBlock(ptr, rest, context);
+    }
+  }
+  return MergeFieldByField(ptr, context);
+}
+
+inline const char* Record::MergeFromBlock(const char* ptr, int size, ParseContext* context) {
+  CodedInputStream input(reinterpret_cast<const uint8*>(ptr), size);
+  input.SetRecursionLimit(context->depth());
+  if (!MergePartialFromCodedStream(&input) || !input.ConsumedEntireMessage()) return nullptr;
+  return ptr + size;
+}
+
+// The rest comes in any pieces: whole fields are collected and merged in turn, which comes to the
+// same as merging them at once. Where one is cut off, what there is of it is merged, too.
+inline const char* Record::MergeFieldByField(const char* ptr, ParseContext* context) {
+  ::std::string fields;
+  FieldCollector collector(&fields);
+  const size_t kBytesPerMerge = 1 << 16;
+  do {
+    fields.clear();
+    ptr = collector.Collect(ptr, context, kBytesPerMerge);
+    CodedInputStream input(reinterpret_cast<const uint8*>(fields.data()),
+                           static_cast<int>(fields.size()));
+    input.SetRecursionLimit(context->depth());
+    if (!MergePartialFromCodedStream(&input) || !input.ConsumedEntireMessage()) return nullptr;
+  } while (collector.stop() == FieldCollector::kFull);
+  return collector.stop() == FieldCollector::kEnd ? ptr : nullptr;
+}
+
+inline uint8* Record::_InternalSerialize(uint8* target, EpsCopyOutputStream* stream) const {
+  uint8 small[1024];
+  const int size = GetCachedSize();
+  if (static_cast<size_t>(size) <= sizeof(small)) {
+    SerializeWithCachedSizesToArray(small);
+    return stream->WriteRaw(small, size, target);
+  }
+  EpsCopySink sink(target, stream);
+  {
+    CodedOutputStream output(&sink);
+    output.EnableAliasing(true);
+    SerializeWithCachedSizes(&output);
+  }
+  return sink.Flush();
+}
+
+// The run-time takes two messages with one ClassData for comparable; all records share this one,
+// and CopyFrom() and MergeFrom() look at the classes themselves.
+inline const Message::ClassData* Record::GetClassData() const {
+  static const ClassData data = {
+      [](Message& to, const Message& from) { static_cast<Record&>(to).CopyFrom(from); },
+      [](Message& to, const Message& from) { to.MergeFrom(from); }};
+  return &data;
+}
+
+}  // namespace runtime
+}  // namespace calibration
+}  // namespace zarvo
+
+#endif  // CALIBRATION_COMMON_RUNTIME_3_21_INL_H_

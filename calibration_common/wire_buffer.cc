@@ -1,0 +1,107 @@
+#include "calibration_common/wire_buffer.h"
+
+namespace zarvo {
+namespace calibration {
+namespace wire {
+
+namespace {
+
+const int kMaxVarintSize = 10;
+
+template <typename T>
+const uint8* TakePackedValues(int tag_size, const uint8* p, const uint8* end,
+                              RepeatedField<T>* values) {
+  size_t length;
+  const uint8* body = FindBody(p + tag_size, end, &length);
+  if (body == nullptr || length % sizeof(T) != 0) return p;
+  if (length > 0) {
+    T* elements = runtime::AddElements(values, static_cast<int>(length / sizeof(T)));
+    ::std::memcpy(elements, body, length);
+  }
+  return body + length;
+}
+
+}  // namespace
+
+const uint8* ReadLongVarint(const uint8* p, const uint8* end, uint64* value) {
+  const uint8* const stop = end - p > kMaxVarintSize ? p + kMaxVarintSize : end;
+  uint64 result = 0;
+  for (int shift = 0; p < stop; shift += 7) {
+    const uint64 byte = *p++;
+    result |= (byte & 0x7F) << shift;
+    if (byte < 0x80) {
+      *value = result;
+      return p;
+    }
+  }
+  return nullptr;
+}
+
+const uint8* TakeString(int tag_size, const uint8* p, const uint8* end, ::std::string* value) {
+  size_t length;
+  const uint8* body = FindBody(p + tag_size, end, &length);
+  if (body == nullptr) return p;
+  value->assign(reinterpret_cast<const char*>(body), length);
+  return body + length;
+}
+
+const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
+                        RepeatedField<double>* values) {
+  return TakePackedValues(tag_size, p, end, values);
+}
+const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
+                        RepeatedField<float>* values) {
+  return TakePackedValues(tag_size, p, end, values);
+}
+
+const uint8* TakeUnknown(const uint8* p, const uint8* end, runtime::Metadata* metadata) {
+  uint64 tag;
+  const uint8* q = ReadVarint(p, end, &tag);
+  if (q == nullptr || tag < 8 || tag > 0xFFFFFFFFu) return p;
+  if (q - p > 1 && q[-1] == 0) return p;  // longer than need be: may be a tag that is known
+  const int number = WireFormatLite::GetTagFieldNumber(static_cast<uint32>(tag));
+  switch (WireFormatLite::GetTagWireType(static_cast<uint32>(tag))) {
+    case WireFormatLite::WIRETYPE_VARINT: {
+      uint64 value;
+      q = ReadVarint(q, end, &value);
+      if (q == nullptr) return p;
+      runtime::MutableUnknownFields(metadata)->AddVarint(number, value);
+      break;
+    }
+    case WireFormatLite::WIRETYPE_FIXED64: {
+      uint64 value;
+      if (end - q < 8) return p;
+      q = CodedInputStream::ReadLittleEndian64FromArray(q, &value);
+      runtime::MutableUnknownFields(metadata)->AddFixed64(number, value);
+      break;
+    }
+    case WireFormatLite::WIRETYPE_FIXED32: {
+      uint32 value;
+      if (end - q < 4) return p;
+      q = CodedInputStream::ReadLittleEndian32FromArray(q, &value);
+      runtime::MutableUnknownFields(metadata)->AddFixed32(number, value);
+      break;
+    }
+    case WireFormatLite::WIRETYPE_LENGTH_DELIMITED: {
+      size_t length;
+      q = FindBody(q, end, &length);
+      if (q == nullptr) return p;
+      runtime::MutableUnknownFields(metadata)->AddLengthDelimited(number)->assign(
+          reinterpret_cast<const char*>(q), length);
+      q += length;
+      break;
+    }
+    default:
+      return p;
+  }
+  return q;
+}
+
+void MessageReader::MoveTo(const uint8* p) {
+  input_->Skip(static_cast<int>(p - position_));
+  position_ = p;
+}
+
+}  // namespace wire
+}  // namespace calibration
+}  // namespace zarvo

@@ -1,0 +1,246 @@
+// How the parsers read what lies in a coded stream's buffer, which is nearly everything: straight
+// from there.
+//
+// A class's MergeBuffered() reads whole fields from [p, end) and stops in front of what it cannot
+// read: a value that the buffer holds only in part, a group, a tag that ends the message, anything
+// malformed. MessageReader::MergeFromStream() then reads that one field through the stream's own
+// calls, which refuse what is malformed, and goes on behind it. So there is one place for each
+// field's rules and one place that refuses.
+#ifndef CALIBRATION_COMMON_WIRE_BUFFER_H_
+#define CALIBRATION_COMMON_WIRE_BUFFER_H_
+
+#include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/repeated_field.h>
+
+#include <cstring>
+#include <string>
+
+#include "calibration_common/elements.h"
+#include "calibration_common/runtime.h"
+#include "calibration_common/wire_reading.h"
+
+namespace zarvo {
+namespace calibration {
+namespace wire {
+
+using ::google::protobuf::int32;
+using ::google::protobuf::RepeatedPtrField;
+
+// The Take... calls: p stands at a field's tag, which is known and has kTagSize bytes. They read
+// the field and return the position behind it; if they cannot, p, and leave the value as it was; if
+// the field is malformed, null.
+
+// Moves *p to `next`, what such a call has returned. False if MergeBuffered() is to stop there.
+inline bool Advance(const uint8** p, const uint8* next) {
+  const bool moved = next != *p && next != nullptr;
+  *p = next;
+  return moved;
+}
+
+// Reads a varint from [p, end). Returns the position behind it, or null if it is cut off or too
+// long.
+const uint8* ReadLongVarint(const uint8* p, const uint8* end, uint64* value);
+inline const uint8* ReadVarint(const uint8* p, const uint8* end, uint64* value) {
+  if (p < end && *p < 0x80) {
+    *value = *p;
+    return p + 1;
+  }
+  return ReadLongVarint(p, end, value);
+}
+
+template <int kTagSize, typename T>
+const uint8* TakeFixed(const uint8* p, const uint8* end, T* value) {
+  const int size = kTagSize + static_cast<int>(sizeof(T));
+  if (end - p < size) return p;
+  ::std::memcpy(value, p + kTagSize, sizeof(T));
+  return p + size;
+}
+template <int kTagSize>
+const uint8* TakeValue(const uint8* p, const uint8* end, double* value) {
+  return TakeFixed<kTagSize>(p, end, value);
+}
+template <int kTagSize>
+const uint8* TakeValue(const uint8* p, const uint8* end, float* value) {
+  return TakeFixed<kTagSize>(p, end, value);
+}
+template <int kTagSize>
+const uint8* TakeValue(const uint8* p, const uint8* end, int32* value) {
+  uint64 number;
+  const uint8* behind = ReadVarint(p + kTagSize, end, &number);
+  if (behind == nullptr) return p;
+  *value = static_cast<int32>(number);
+  return behind;
+}
+template <int kTagSize>
+const uint8* TakeValue(const uint8* p, const uint8* end, int64* value) {
+  uint64 number;
+  const uint8* behind = ReadVarint(p + kTagSize, end, &number);
+  if (behind == nullptr) return p;
+  *value = static_cast<int64>(number);
+  return behind;
+}
+template <int kTagSize>
+const uint8* TakeValue(const uint8* p, const uint8* end, bool* value) {
+  uint64 number;
+  const uint8* behind = ReadVarint(p + kTagSize, end, &number);
+  if (behind == nullptr) return p;
+  *value = number != 0;
+  return behind;
+}
+
+// What follows a length. Returns its first byte and sets *length, or returns null if [p, end) does
+// not hold all of it.
+inline const uint8* FindBody(const uint8* p, const uint8* end, size_t* length) {
+  uint64 announced;
+  const uint8* body = ReadVarint(p, end, &announced);
+  if (body == nullptr || announced > static_cast<uint64>(end - body)) return nullptr;
+  *length = static_cast<size_t>(announced);
+  return body;
+}
+
+// Replaces what `value` held.
+const uint8* TakeString(int tag_size, const uint8* p, const uint8* end, ::std::string* value);
+
+// A packed run of a repeated number.
+const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
+                        RepeatedField<double>* values);
+const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
+                        RepeatedField<float>* values);
+
+// Any field but a group, known or not, to be kept as it is.
+const uint8* TakeUnknown(const uint8* p, const uint8* end, runtime::Metadata* metadata);
+
+// The tag at p if it has one or two bytes and is written no longer than need be, otherwise 0.
+// REQUIRES p < end.
+inline uint32 PeekTag(const uint8* p, const uint8* end) {
+  if (*p < 0x80) return *p;
+  if (end - p < 2 || p[1] == 0 || p[1] >= 0x80) return 0;
+  return static_cast<uint32>(p[1]) << 7 | (p[0] & 0x7Fu);
+}
+
+// Whether kTag, a tag of one or two bytes, stands at p.
+template <uint32 kTag>
+bool NextIs(const uint8* p, const uint8* end) {
+  if (kTag < 0x80) return p != end && *p == kTag;
+  return end - p >= 2 && p[0] == ((kTag & 0x7F) | 0x80) && p[1] == (kTag >> 7);
+}
+
+// Elements of a repeated number, one behind each tag, as many as follow each other.
+template <uint32 kTag, typename T>
+const uint8* TakeElements(const uint8* p, const uint8* end, RepeatedField<T>* values) {
+  const int tag_size = kTag < 0x80 ? 1 : 2;
+  const int stride = tag_size + static_cast<int>(sizeof(T));
+  const uint8* stop = p;
+  while (end - stop >= stride && NextIs<kTag>(stop, end)) stop += stride;
+  if (stop == p) return p;
+  T* element = runtime::AddElements(values, static_cast<int>((stop - p) / stride));
+  for (; p != stop; p += stride) ::std::memcpy(element++, p + tag_size, sizeof(T));
+  return stop;
+}
+
+// Reads a message from a stream, and its tree of sub-messages from one buffer after the other.
+class MessageReader {
+ public:
+  // A class's MergePartialFromCodedStream(), put together from its MergeBuffered() and its
+  // MergeLengthDelimited(). Merges until the input or a limit ends or a tag ends the message; false
+  // if the input is malformed.
+  template <typename T>
+  __attribute__((always_inline)) static bool MergeFromStream(CodedInputStream* input, T* message) {
+    for (;;) {
+      if (!MergeFromBuffer(input, message)) return false;
+      if (input->ExpectAtEnd()) return true;
+      StreamField field;
+      switch (field.Read(input, &message->_internal_metadata_)) {
+        case StreamField::kEnd:
+          return true;
+        case StreamField::kMalformed:
+          return false;
+        case StreamField::kKept:
+          break;
+        case StreamField::kLengthDelimited:
+          if (!message->MergeLengthDelimited(field.tag, input)) return false;
+          break;
+        case StreamField::kValue:
+          message->MergeBuffered(field.bytes, field.bytes + field.size, nullptr);
+          break;
+      }
+    }
+  }
+
+  // Merges the sub-message into *message.
+  template <int kTagSize, typename T>
+  const uint8* TakeMessage(const uint8* p, const uint8* end, T* message) {
+    size_t length;
+    const uint8* body = FindBody(p + kTagSize, end, &length);
+    if (body == nullptr) return p;
+    if (!input_->IncrementRecursionDepth()) return nullptr;
+    const uint8* behind = MergeBody(body, body + length, message);
+    input_->UnsafeDecrementRecursionDepth();
+    return behind;
+  }
+
+  // Appends elements, as many as follow each other; they take one unit of the stream's depth budget
+  // together.
+  template <uint32 kTag, typename T>
+  const uint8* TakeElements(const uint8* p, const uint8* end, RepeatedPtrField<T>* elements) {
+    const int tag_size = kTag < 0x80 ? 1 : 2;
+    if (!input_->IncrementRecursionDepth()) return nullptr;
+    do {
+      size_t length;
+      const uint8* body = FindBody(p + tag_size, end, &length);
+      if (body == nullptr) break;
+      p = MergeBody(body, body + length, runtime::AddElement(elements));
+    } while (p != nullptr && NextIs<kTag>(p, end));
+    input_->UnsafeDecrementRecursionDepth();
+    return p;
+  }
+
+ private:
+  MessageReader(CodedInputStream* input, const uint8* position)
+      : input_(input), position_(position) {}
+
+  // Merges into *message what can be read from the buffer of `input`, and moves `input` behind it.
+  // False if the input is malformed.
+  template <typename T>
+  static bool MergeFromBuffer(CodedInputStream* input, T* message) {
+    const void* data;
+    int size;
+    input->GetDirectBufferPointerInline(&data, &size);
+    if (size == 0) return true;
+    const uint8* begin = static_cast<const uint8*>(data);
+    MessageReader reader(input, begin);
+    const uint8* stop = message->MergeBuffered(begin, begin + size, &reader);
+    if (stop == nullptr) return false;
+    reader.MoveTo(stop);
+    return true;
+  }
+
+  void MoveTo(const uint8* p);
+
+  // Merges the bytes [body, end) into *message; returns `end`, or null if they are malformed.
+  template <typename T>
+  const uint8* MergeBody(const uint8* body, const uint8* end, T* message) {
+    const uint8* stop = message->MergeBuffered(body, end, this);
+    if (stop == end || stop == nullptr) return stop;
+    return Finish(stop, end, message) ? end : nullptr;
+  }
+
+  // The rest of a sub-message, [p, end), by the stream's own calls.
+  template <typename T>
+  bool Finish(const uint8* p, const uint8* end, T* message) {
+    NestedMessage nested;
+    MoveTo(p);
+    nested.Enter(input_, static_cast<int>(end - p));
+    position_ = end;
+    return message->T::MergePartialFromCodedStream(input_) && nested.Leave(input_);
+  }
+
+  CodedInputStream* input_;
+  const uint8* position_;  // what `input_` stands at
+};
+
+}  // namespace wire
+}  // namespace calibration
+}  // namespace zarvo
+
+#endif  // CALIBRATION_COMMON_WIRE_BUFFER_H_

@@ -1,0 +1,164 @@
+#include "calibration_common/wire_reading.h"
+
+#include <google/protobuf/wire_format.h>
+
+#include <algorithm>
+#include <climits>
+#include <cstring>
+
+namespace zarvo {
+namespace calibration {
+namespace wire {
+
+namespace {
+
+bool ReadLength(CodedInputStream* input, int* length) {
+  uint64 value;
+  if (!input->ReadVarint64(&value) || value > static_cast<uint64>(INT_MAX)) return false;
+  *length = static_cast<int>(value);
+  return true;
+}
+
+const int kTrustedLength = 1 << 20;
+
+// Appends what has arrived, piece by piece. The stream's own ReadString() makes room for the whole
+// length first, even if no such input ever comes; this does so for lengths up to kTrustedLength.
+bool AppendBytes(CodedInputStream* input, int length, ::std::string* value) {
+  value->reserve(static_cast<size_t>(::std::min(length, kTrustedLength)));
+  while (length > 0) {
+    const void* data;
+    int size;
+    if (!input->GetDirectBufferPointer(&data, &size)) return false;
+    const int count = ::std::min(length, size);
+    value->append(static_cast<const char*>(data), static_cast<size_t>(count));
+    input->Skip(count);
+    length -= count;
+  }
+  return true;
+}
+
+template <typename T>
+bool ReadPackedValues(CodedInputStream* input, RepeatedField<T>* values) {
+  const int width = static_cast<int>(sizeof(T));
+  int length;
+  if (!ReadLength(input, &length) || length % width != 0) return false;
+  while (length > 0) {
+    const void* data;
+    int size;
+    input->GetDirectBufferPointerInline(&data, &size);
+    const int count = ::std::min(length, size) / width;
+    if (count == 0) {  // the value straddles two of the stream's buffers, or the input ends
+      T value;
+      if (!input->ReadRaw(&value, width)) return false;
+      values->Add(value);
+      length -= width;
+      continue;
+    }
+    ::std::memcpy(runtime::AddElements(values, count), data, static_cast<size_t>(count * width));
+    input->Skip(count * width);
+    length -= count * width;
+  }
+  return true;
+}
+
+bool KeepGroup(CodedInputStream* input, int number, UnknownFieldSet* unknown) {
+  if (!input->IncrementRecursionDepth()) return false;
+  UnknownFieldSet* group = unknown->AddGroup(number);
+  for (;;) {
+    const uint32 tag = input->ReadTag();
+    if (tag == 0) return false;
+    if (EndsMessage(tag)) break;
+    if (!KeepUnknownField(input, tag, group)) return false;
+  }
+  input->UnsafeDecrementRecursionDepth();
+  return input->LastTagWas(WireFormatLite::MakeTag(number, WireFormatLite::WIRETYPE_END_GROUP));
+}
+
+}  // namespace
+
+bool ReadString(CodedInputStream* input, ::std::string* value) {
+  value->clear();
+  int length;
+  return ReadLength(input, &length) && AppendBytes(input, length, value);
+}
+
+bool ReadPacked(CodedInputStream* input, RepeatedField<double>* values) {
+  return ReadPackedValues(input, values);
+}
+bool ReadPacked(CodedInputStream* input, RepeatedField<float>* values) {
+  return ReadPackedValues(input, values);
+}
+
+bool NestedMessage::Enter(CodedInputStream* input) {
+  int length;
+  if (!ReadLength(input, &length) || !input->IncrementRecursionDepth()) return false;
+  Enter(input, length);
+  return true;
+}
+
+void NestedMessage::Enter(CodedInputStream* input, int length) {
+  end_ = static_cast<int64>(input->CurrentPosition()) + length;
+  limit_ = input->PushLimit(length);
+}
+
+bool NestedMessage::Leave(CodedInputStream* input) {
+  return input->CheckEntireMessageConsumedAndPopLimit(limit_) && input->CurrentPosition() == end_;
+}
+
+bool NestedMessage::LeaveAndAscend(CodedInputStream* input) {
+  input->UnsafeDecrementRecursionDepth();
+  return Leave(input);
+}
+
+bool KeepUnknownField(CodedInputStream* input, uint32 tag, UnknownFieldSet* unknown) {
+  const int number = WireFormatLite::GetTagFieldNumber(tag);
+  if (number == 0) return false;
+  switch (WireFormatLite::GetTagWireType(tag)) {
+    case WireFormatLite::WIRETYPE_LENGTH_DELIMITED: {
+      int length;
+      return ReadLength(input, &length) &&
+             AppendBytes(input, length, unknown->AddLengthDelimited(number));
+    }
+    case WireFormatLite::WIRETYPE_START_GROUP:
+      return KeepGroup(input, number, unknown);
+    default:
+      return ::google::protobuf::internal::WireFormat::SkipField(input, tag, unknown);
+  }
+}
+
+StreamField::Kind StreamField::Read(CodedInputStream* input, runtime::Metadata* metadata) {
+  typedef ::google::protobuf::io::CodedOutputStream CodedOutputStream;
+  tag = input->ReadTag();
+  if (EndsMessage(tag)) return kEnd;
+  if (WireFormatLite::GetTagFieldNumber(tag) == 0) return kMalformed;
+  uint8* target = CodedOutputStream::WriteVarint32ToArray(tag, bytes);
+  switch (WireFormatLite::GetTagWireType(tag)) {
+    case WireFormatLite::WIRETYPE_LENGTH_DELIMITED:
+      return kLengthDelimited;
+    case WireFormatLite::WIRETYPE_START_GROUP:
+      return KeepUnknownField(input, tag, runtime::MutableUnknownFields(metadata)) ? kKept
+                                                                                   : kMalformed;
+    case WireFormatLite::WIRETYPE_VARINT: {
+      uint64 value;
+      if (!input->ReadVarint64(&value)) return kMalformed;
+      target = CodedOutputStream::WriteVarint64ToArray(value, target);
+      break;
+    }
+    case WireFormatLite::WIRETYPE_FIXED64:
+      if (!input->ReadRaw(target, 8)) return kMalformed;
+      target += 8;
+      break;
+    case WireFormatLite::WIRETYPE_FIXED32:
+      if (!input->ReadRaw(target, 4)) return kMalformed;
+      target += 4;
+      break;
+    default:  // 6 and 7, which do not exist
+      return kMalformed;
+  }
+  size = static_cast<int>(target - bytes);
+  return kValue;
+}
+
+}  // namespace wire
+}  // namespace calibration
+}  // namespace zarvo

@@ -1,0 +1,98 @@
+#include "calibration_common/wire_writing.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+namespace zarvo {
+namespace calibration {
+namespace wire {
+
+namespace {
+
+const int kMaxTagSize = 5;
+
+template <typename T>
+uint8* WriteRange(uint32 tag, const T* begin, const T* end, uint8* target) {
+  uint8 encoded_tag[kMaxTagSize];
+  const size_t tag_size =
+      static_cast<size_t>(CodedOutputStream::WriteTagToArray(tag, encoded_tag) - encoded_tag);
+  if (tag_size == 1) {
+    for (; begin != end; ++begin) {
+      *target = encoded_tag[0];
+      ::std::memcpy(target + 1, begin, sizeof(T));
+      target += 1 + sizeof(T);
+    }
+    return target;
+  }
+  for (; begin != end; ++begin) {
+    ::std::memcpy(target, encoded_tag, tag_size);
+    ::std::memcpy(target + tag_size, begin, sizeof(T));
+    target += tag_size + sizeof(T);
+  }
+  return target;
+}
+
+template <typename T>
+void WriteBlocks(uint32 tag, const RepeatedField<T>& values, CodedOutputStream* output) {
+  const ::std::ptrdiff_t kPerBlock = 64;
+  uint8 block[kPerBlock * (kMaxTagSize + sizeof(T))];
+  const T* const end = values.data() + values.size();
+  for (const T* begin = values.data(); begin != end;) {
+    const T* const block_end = begin + ::std::min(end - begin, kPerBlock);
+    const uint8* written = WriteRange(tag, begin, block_end, block);
+    output->WriteRaw(block, static_cast<int>(written - block));
+    begin = block_end;
+  }
+}
+
+}  // namespace
+
+void WriteSomeElements(uint32 tag, const RepeatedField<double>& values, CodedOutputStream* output) {
+  WriteBlocks(tag, values, output);
+}
+void WriteSomeElements(uint32 tag, const RepeatedField<float>& values, CodedOutputStream* output) {
+  WriteBlocks(tag, values, output);
+}
+uint8* WriteSomeElementsToArray(uint32 tag, const RepeatedField<double>& values, uint8* target) {
+  return WriteRange(tag, values.data(), values.data() + values.size(), target);
+}
+uint8* WriteSomeElementsToArray(uint32 tag, const RepeatedField<float>& values, uint8* target) {
+  return WriteRange(tag, values.data(), values.data() + values.size(), target);
+}
+
+// What WireFormat::SerializeUnknownFieldsToArray() writes, without the stream that it sets up for
+// each message.
+uint8* WriteUnknownFieldsToArray(const UnknownFieldSet& fields, uint8* target) {
+  typedef ::google::protobuf::UnknownField UnknownField;
+  for (int i = 0; i < fields.field_count(); ++i) {
+    const UnknownField& field = fields.field(i);
+    const int number = field.number();
+    switch (field.type()) {
+      case UnknownField::TYPE_VARINT:
+        target = WireFormatLite::WriteUInt64ToArray(number, field.varint(), target);
+        break;
+      case UnknownField::TYPE_FIXED32:
+        target = WireFormatLite::WriteFixed32ToArray(number, field.fixed32(), target);
+        break;
+      case UnknownField::TYPE_FIXED64:
+        target = WireFormatLite::WriteFixed64ToArray(number, field.fixed64(), target);
+        break;
+      case UnknownField::TYPE_LENGTH_DELIMITED:
+        target = WireFormatLite::WriteBytesToArray(number, field.length_delimited(), target);
+        break;
+      case UnknownField::TYPE_GROUP:
+        target =
+            WireFormatLite::WriteTagToArray(number, WireFormatLite::WIRETYPE_START_GROUP, target);
+        target = WriteUnknownFieldsToArray(field.group(), target);
+        target =
+            WireFormatLite::WriteTagToArray(number, WireFormatLite::WIRETYPE_END_GROUP, target);
+        break;
+    }
+  }
+  return target;
+}
+
+}  // namespace wire
+}  // namespace calibration
+}  // namespace zarvo
