@@ -3,7 +3,9 @@
 # Looks for the header first, in the folders of CMAKE_PREFIX_PATH and then in the system's, and
 # takes the library from the same prefix, so that the header of one run-time never meets the library
 # of another. The schema compiler is not needed. Nothing is cached: naming another CMAKE_PREFIX_PATH
-# in the same build folder takes effect.
+# in the same build folder takes effect. Naming one without a run-time is an error and does not
+# quietly take the system's; but as part of another project, whose CMAKE_PREFIX_PATH may be there
+# for other things, the system's will do.
 #
 # Sets CALIBRATION_PROTOBUF_VERSION, such as "3.21.12". The run-time binding in calibration_common/
 # serves two series of run-times; any other version is refused here rather than by a page of
@@ -19,6 +21,25 @@ if(NOT CALIBRATION_PROTOBUF_INCLUDE_DIR)
 endif()
 
 string(REGEX REPLACE "/$" "" CALIBRATION_PROTOBUF_INCLUDE_DIR "${CALIBRATION_PROTOBUF_INCLUDE_DIR}")
+if(PROJECT_IS_TOP_LEVEL AND CMAKE_PREFIX_PATH)
+  set(_named FALSE)
+  file(REAL_PATH "${CALIBRATION_PROTOBUF_INCLUDE_DIR}" _found)
+  foreach(_entry IN LISTS CMAKE_PREFIX_PATH)
+    if(IS_ABSOLUTE "${_entry}")
+      file(REAL_PATH "${_entry}" _entry)
+      cmake_path(IS_PREFIX _entry "${_found}" _below)
+      if(_below)
+        set(_named TRUE)
+      endif()
+    endif()
+  endforeach()
+  if(NOT _named)
+    message(FATAL_ERROR "CMAKE_PREFIX_PATH is '${CMAKE_PREFIX_PATH}', but no protobuf run-time is "
+                        "below it (found: ${CALIBRATION_PROTOBUF_INCLUDE_DIR}); expected an "
+                        "absolute folder that holds the run-time's include and lib.")
+  endif()
+endif()
+
 set(_header "${CALIBRATION_PROTOBUF_INCLUDE_DIR}/google/protobuf/stubs/common.h")
 file(STRINGS "${_header}" _line REGEX "^#define GOOGLE_PROTOBUF_VERSION [0-9]+")
 if(NOT _line MATCHES "GOOGLE_PROTOBUF_VERSION ([0-9]+)")

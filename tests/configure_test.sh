@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# A run-time that is not served is refused when CMake configures, and at the latest by the compiler.
+# A run-time that is not served, or not the one that was named, is refused when CMake configures;
+# one that is not served, at the latest by the compiler.
 #
 #   configure_test.sh SOURCE-FOLDER COMPILER
 #
@@ -24,19 +25,19 @@ make_runtime() {
   printf '%s\n' "$2" >"$prefix/include/google/protobuf/stubs/common.h"
 }
 
-# Sets $status, and $output without CMake's line breaks.
+# configure [ARGUMENT...]: sets $status, and $output without CMake's line breaks.
 configure() {
   status=0
-  output=$(cmake -S "$source_folder" -B "$prefix/build" "-DCMAKE_PREFIX_PATH=$prefix" \
+  output=$(cmake -S "$source_folder" -B "$prefix/build" "-DCMAKE_PREFIX_PATH=$prefix" "$@" \
     -DBUILD_TESTING=OFF -DCALIBRATION_GENERATOR=OFF -DCALIBRATION_EXAMPLES=OFF 2>&1) || status=$?
   output=$(tr -s ' \n' ' ' <<<"$output")
 }
 
 supported="supported are the 3.0 series (3.0.x) and the 3.21 series (3.21.x)."
 
-# expect_refusal NAME SENTENCE: of configuring, with one error and these words.
+# expect_refusal NAME SENTENCE [ARGUMENT...]: of configuring, with one error and these words.
 expect_refusal() {
-  configure
+  configure "${@:3}"
   if ((status == 0)); then
     fail "$1: was accepted; expected: $2" "$output"
   elif [[ $output != *"$2"* || $(grep -o 'CMake Error' <<<"$output" | wc -l) != 1 ]]; then
@@ -74,5 +75,29 @@ for number in 3000000 3000002 3021000 3021012; do
   configure
   ((status == 0)) || fail "version $number: was refused" "$output"
 done
+
+# A run-time that stands elsewhere is not taken for the one that was named...
+make_runtime elsewhere "$define 3021012"
+touch "$prefix/lib/libprotobuf.so"
+mkdir "$folder/empty"
+for named in "$folder/empty" elsewhere "${prefix}_not"; do
+  expect_refusal "no run-time in $named" \
+    "CMAKE_PREFIX_PATH is '$named', but no protobuf run-time is below it (found: $prefix/include); \
+expected an absolute folder that holds the run-time's include and lib." \
+    "-DCMAKE_PREFIX_PATH=$named" "-DCMAKE_INCLUDE_PATH=$prefix/include"
+done
+configure "-DCMAKE_PREFIX_PATH=$folder/empty;$prefix/" -DCMAKE_INCLUDE_PATH=
+((status == 0)) || fail "the second of two folders that were named: was refused" "$output"
+
+# ...but by a project that includes this one, which names folders for other things.
+mkdir "$folder/user"
+cat >"$folder/user/CMakeLists.txt" <<END
+cmake_minimum_required(VERSION 3.25)
+project(user LANGUAGES CXX)
+add_subdirectory("$source_folder" calibration_protolib)
+END
+source_folder=$folder/user prefix=$folder/user
+configure "-DCMAKE_PREFIX_PATH=$folder/empty" "-DCMAKE_INCLUDE_PATH=$folder/elsewhere/include"
+((status == 0)) || fail "as part of another project: was refused" "$output"
 
 exit $((failures != 0))
