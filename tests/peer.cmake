@@ -2,6 +2,10 @@
 # package name. The classes live in the build folder only. The 3.0-series run-times have no schema
 # compiler that could be built along, so that the peer is there on 3.21 only.
 
+if(NOT CALIBRATION_PROTOBUF_VERSION MATCHES "^3\\.21\\.")
+  message(STATUS "No peer_test: the run-time ${CALIBRATION_PROTOBUF_VERSION} has no schema compiler")
+  return()
+endif()
 set(peer_version "")
 find_program(CALIBRATION_PROTOC protoc)
 if(CALIBRATION_PROTOC)
@@ -9,9 +13,10 @@ if(CALIBRATION_PROTOC)
   string(REGEX MATCH "[0-9.]+" peer_version "${peer_version}")
 endif()
 if(NOT peer_version STREQUAL CALIBRATION_PROTOBUF_VERSION)
-  message(STATUS "No peer_test: it needs the protoc of run-time ${CALIBRATION_PROTOBUF_VERSION}; "
-                 "found '${CALIBRATION_PROTOC}' of version '${peer_version}'")
-  return()
+  message(FATAL_ERROR "peer_test needs protoc ${CALIBRATION_PROTOBUF_VERSION}, that of the run-time "
+                      "in use; found '${CALIBRATION_PROTOC}' of version '${peer_version}': install "
+                      "it (Debian's package protobuf-compiler), or leave the tests out with "
+                      "-DBUILD_TESTING=OFF.")
 endif()
 
 set(peer_package calibration_peer)
