@@ -75,7 +75,7 @@ case $check in
     needed=$(readelf -dW "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
     [[ $needed == *libprotobuf.so* ]] || fail "$library does not need libprotobuf: $needed"
     for name in $needed; do
-      [[ $name =~ ^(libprotobuf|libstdc\+\+|libm|libgcc_s|libc|ld-linux-x86-64)\.so ]] ||
+      [[ $name =~ ^(libprotobuf|libstdc\+\+|libm|libgcc_s|libc|ld-linux-[a-z0-9_-]+)\.so ]] ||
         fail "$library needs $name, which is neither the protobuf nor the C++ run-time"
     done
     ;;
