@@ -1,7 +1,7 @@
 // The pieces of code that one field contributes to its class, one for each family of operations.
 //
 // A rule about a field kind stands in the one function that renders that kind; the families
-// (object_model.cc, accessors.cc, parsing.cc, serialization.cc, merging.cc) only put the pieces of
+// (object_model.cc, header.cc, parsing.cc, serialization.cc, merging.cc) only put the pieces of
 // all fields together.
 #ifndef PROTOGEN_FRAGMENTS_H_
 #define PROTOGEN_FRAGMENTS_H_

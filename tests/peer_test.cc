@@ -1,5 +1,5 @@
 // The records against the classes that the run-time's own schema compiler makes of the same schema
-// (see CMakeLists.txt; under another package name, so that both can be in one program). Each side
+// (see peer.cmake; under another package name, so that both can be in one program). Each side
 // reads what the other wrote, and writes the same bytes.
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
