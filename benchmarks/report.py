@@ -1,5 +1,9 @@
 #!/usr/bin/env python3
-"""Runs the benchmarks that stand built in a folder and reports; see scripts/benchmark."""
+"""Runs the benchmarks that stand built in a folder and reports; see scripts/benchmark.
+
+Exit status: 0, reported (with --check: no cell needs more than it may); 1, a cell does, or a
+program failed; 2, wrong command line.
+"""
 
 import argparse
 import os

@@ -1,5 +1,5 @@
-# Shared by the scripts beside it (sourced, not run): installing what is missing, and talking about
-# it.
+# Shared by the scripts beside it (sourced, not run): their command lines, installing what is
+# missing, and talking about it.
 
 repository=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
 
@@ -8,6 +8,29 @@ say() { printf '== %s\n' "$*"; }
 fail() {
   printf '%s: %s\n' "$0" "$*" >&2
   exit 1
+}
+
+# Prints the comment at the top of the script that runs.
+usage() { sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0"; }
+
+refuse_arguments() {
+  printf '%s: %s; --help tells what is taken\n' "$0" "$*" >&2
+  exit 2
+}
+
+# For scripts that hand their arguments to CMake and have none of their own but --help.
+take_only_cmake_arguments() {
+  local argument
+  for argument in "$@"; do
+    case $argument in
+      -h | --help)
+        usage
+        exit
+        ;;
+      -D?*) ;;
+      *) refuse_arguments "unknown argument '$argument', expected -DNAME=VALUE" ;;
+    esac
+  done
 }
 
 installed() {

@@ -4,7 +4,8 @@
 #
 #   configure_test.sh SOURCE-FOLDER COMPILER
 #
-# Each case is a made-up run-time: a folder whose common.h names a version.
+# Each case is a made-up run-time: a folder whose common.h names a version. Exit status: 0, all went
+# as it should; 1, otherwise, and what did not is told.
 set -euo pipefail
 
 source_folder=$1

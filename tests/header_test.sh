@@ -4,7 +4,8 @@
 #
 #   header_test.sh COMPILER SOURCE-FOLDER [RUN-TIME-INCLUDE-FOLDER]
 #
-# The run-time's folder is left out where the compiler looks of its own accord.
+# The run-time's folder is left out where the compiler looks of its own accord. Exit status: 0, it
+# compiles; otherwise the compiler's own, or 1 if there is no such compiler.
 set -euo pipefail
 
 compiler=$1

@@ -8,7 +8,7 @@
 #
 # exports: exactly the functions, constants and objects listed below, for the messages and fields of
 # the schema file. initializers: loading runs the constructor of one object, the one that registers
-# the file.
+# the file. Exit status: 0, it is so; 1, it is not, and the difference is told.
 set -euo pipefail
 
 check=$1

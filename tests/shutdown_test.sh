@@ -2,6 +2,8 @@
 # Nothing may be left on the heap after the run-time's shutdown, and nothing be freed twice.
 #
 #   shutdown_test.sh PROGRAM ARGUMENT...
+#
+# Exit status: 0, it is so; 1, it is not, and valgrind's report is above the reason.
 set -euo pipefail
 
 command -v valgrind >/dev/null || {
