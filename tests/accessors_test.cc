@@ -720,15 +720,15 @@ TEST(AccessorsTest, ReadingWritesNothing) {
   const auto read_all = [](bool full) {
     const auto check = [full](auto field, auto read) {
       using R = typename decltype(field)::Record;
-      R filled;
-      if (full) FillFully(&filled);
-      const R& record = filled;
-      const std::string before(reinterpret_cast<const char*>(&record), sizeof record);
+      OnZeroedMemory<R> memory;
+      if (full) FillFully(memory.record());
+      const R& record = *memory.record();
+      const std::string before = memory.bytes();
       {
         const HeapUse no_use(0, 0);
         read(field, record);
       }
-      EXPECT_EQ(before, std::string(reinterpret_cast<const char*>(&record), sizeof record));
+      EXPECT_EQ(memory.bytes(), before);
     };
     const auto singular = [](auto field, const auto& record) {
       EXPECT_EQ(field.Has(record), HasBits(record) != 0);

@@ -1,5 +1,6 @@
 #include "tests/support/allocations.h"
 
+#include <google/protobuf/message.h>
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -49,6 +50,8 @@ namespace zarvo {
 namespace calibration {
 namespace testing {
 
+using ::google::protobuf::Message;
+
 long Allocations() { return allocations; }
 size_t LatestAllocation() { return latest_allocation; }
 long LiveBlocks() { return live_blocks; }
@@ -69,7 +72,7 @@ class RunTimeIsWarm : public ::testing::Environment {
  public:
   void SetUp() override {
     for (const RecordType& type : RecordTypes()) {
-      const std::unique_ptr<::google::protobuf::Message> record = FullRecord(type.name);
+      const std::unique_ptr<Message> record = FullRecord(type.name);
       ASSERT_FALSE(EqualByReflection(*record, type.default_instance()));
     }
   }
@@ -108,6 +111,22 @@ TEST(AllocationsTest, AreCountedAndFail) {
     EXPECT_EQ(failures, duration == FailingAllocation::kOnce ? 1 : 2);
   }
   EXPECT_EQ(LiveBlocks(), live_before);
+}
+
+// Those that the library makes, too, not only this program's.
+TEST(AllocationsTest, OfTheLibraryAreCountedAndFail) {
+  const Message& instance = RecordTypes().front().default_instance();
+  const long allocations_before = Allocations();
+  const long live_before = LiveBlocks();
+  std::unique_ptr<Message> record(instance.New());
+  ASSERT_EQ(Allocations(), allocations_before + 1)
+      << "the library's operator new is not the one that this program defines";
+  EXPECT_EQ(LiveBlocks(), live_before + 1);
+  record.reset();
+  EXPECT_EQ(LiveBlocks(), live_before);
+
+  const FailingAllocation failing(1, FailingAllocation::kOnce);
+  EXPECT_THROW(record.reset(instance.New()), std::bad_alloc);
 }
 
 }  // namespace testing

@@ -14,6 +14,7 @@
 #include <cstring>
 #include <iostream>
 #include <memory>
+#include <new>
 #include <string>
 #include <vector>
 
@@ -82,6 +83,25 @@ inline std::unique_ptr<::google::protobuf::Message> NewRecord(const std::string&
   std::cerr << "records: no record named '" << name << "'\n";
   std::abort();
 }
+
+// A record in memory that was all zero before, so that its bytes can be compared, padding included.
+template <class T>
+class OnZeroedMemory {
+ public:
+  OnZeroedMemory() : record_(new (memory_) T) {}
+  ~OnZeroedMemory() { record_->~T(); }
+  OnZeroedMemory(const OnZeroedMemory&) = delete;
+  OnZeroedMemory& operator=(const OnZeroedMemory&) = delete;
+
+  T* record() { return record_; }
+  std::string bytes() const {
+    return std::string(reinterpret_cast<const char*>(record_), sizeof(T));
+  }
+
+ private:
+  alignas(T) char memory_[sizeof(T)] = {};
+  T* const record_;
+};
 
 // The presence bits as they stand in the object: one word behind the virtual-table pointer and the
 // metadata word, in every record.
