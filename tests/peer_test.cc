@@ -1,6 +1,5 @@
 // The records against the classes that the run-time's own schema compiler makes of the same schema
-// (see peer.cmake; under another package name, so that both can be in one program). Each side
-// reads what the other wrote, and writes the same bytes.
+// (see cmake/PeerClasses.cmake). Each side reads what the other wrote, and writes the same bytes.
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/message.h>
 #include <google/protobuf/stubs/common.h>
@@ -12,6 +11,7 @@
 #include <string>
 #include <typeinfo>
 
+#include "peer/calibration.pb.h"
 #include "tests/support/random_record.h"
 #include "tests/support/records.h"
 #include "tests/support/reflect.h"
@@ -22,7 +22,6 @@ namespace testing {
 namespace {
 
 using ::google::protobuf::Descriptor;
-using ::google::protobuf::DescriptorPool;
 using ::google::protobuf::Message;
 using ::google::protobuf::MessageFactory;
 
@@ -30,8 +29,8 @@ constexpr uint32_t kSeeds = 100;
 
 // The peer's class of the same name, or null.
 std::unique_ptr<Message> NewPeer(const std::string& name) {
-  const Descriptor* descriptor = DescriptorPool::generated_pool()->FindMessageTypeByName(
-      std::string(CALIBRATION_PEER_PACKAGE) + "." + name);
+  const Descriptor* descriptor =
+      ::peer::calibration::RobotCalibration::descriptor()->file()->FindMessageTypeByName(name);
   if (descriptor == nullptr) return nullptr;
   return std::unique_ptr<Message>(
       MessageFactory::generated_factory()->GetPrototype(descriptor)->New());
