@@ -1,13 +1,15 @@
 """The guard against sliding back: the instructions that our side needed when last written down."""
 
 import os
+import sys
 
 TOLERANCE = 0.03
+_PERCENT = f"{100 * TOLERANCE:.0f} %"
 
-_HEADER = """\
-# Instructions for one run of each cell, ours: operation, payload, count. scripts/benchmark
-# --instructions --check fails where a cell needs over 3 % more, and --update writes this file anew.
-"""
+_HEADER = (
+    "# Instructions for one run of each cell, ours: operation, payload, count. scripts/benchmark\n"
+    f"# --instructions --check fails where a cell needs over {_PERCENT} more, and --update writes "
+    "this file anew.\n")
 
 
 def write(path, results):
@@ -23,13 +25,20 @@ def write(path, results):
 def _read(path):
     notes, counts = {}, {}
     with open(path) as file:
-        for line in file.read().replace(_HEADER, "").splitlines():
-            if line.startswith("# "):
-                key, value = line[2:].split(": ", 1)
-                notes[key] = value
-            else:
-                operation, payload, count = line.split("\t")
-                counts[operation, payload] = float(count)
+        for number, line in enumerate(file.read().splitlines(), 1):
+            if line in _HEADER.splitlines():
+                continue
+            try:
+                if line.startswith("# "):
+                    key, value = line[2:].split(": ", 1)
+                    notes[key] = value
+                else:
+                    operation, payload, count = line.split("\t")
+                    counts[operation, payload] = float(count)
+            except ValueError:
+                sys.exit(f"benchmarks: {path}:{number}: '{line}' is neither '# NOTE: VALUE' nor "
+                         "operation, payload and count with tabs between; --update writes the "
+                         "file anew")
     return notes, counts
 
 
@@ -63,7 +72,7 @@ def check(path, results, complete):
     for problem in problems:
         print(f"FAILED: {problem}")
     print(f"{len(measured)} cells checked against {os.path.basename(path)}: "
-          f"{len(problems)} failed, {better} need over 3 % less"
+          f"{len(problems)} failed, {better} need over {_PERCENT} less"
           + (" (--update writes that down)" if better else ""))
     if not measured:
         print("FAILED: no cell was run")

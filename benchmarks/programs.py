@@ -15,6 +15,10 @@ class Build:
         self.time = f"{folder}/benchmarks/benchmark_time"
         self.instructions = f"{folder}/benchmarks/benchmark_instructions"
         self.probe = f"{folder}/benchmarks/benchmark_probe"
+        for program in (self.time, self.instructions, self.probe):
+            if not os.path.exists(program):
+                sys.exit(f"benchmarks: there is no {program}; expected a folder in which the "
+                         "benchmarks are built (scripts/benchmark builds them)")
         # For each side that is a shared library: the library, and the type whose reflection is
         # asked for.
         self.libraries = {"ours": (f"{folder}/libcalibration_protolib.so", f"zarvo.{_TYPE}")}
