@@ -12,19 +12,6 @@ import table
 from results import Results
 
 _ROW, _COLUMN, _LABELS, _TOP = 24, 62, 230, 100
-_LEGEND = [
-    "A  a robot of 6 cameras, 200 sample points each",
-    "B  the same with a 640 × 480 image for each camera",
-    "C  a base calibration",
-    "D  five required doubles",
-    "E  a pan-tilt-zoom system with 64 zoom samples",
-    "F  a focus set: 50 transfer functions of 256 floats, unpacked",
-    "Fp  the same, packed on the wire",
-    "G  A with the fields of every message out of order",
-    "H  a robot rich in unknown fields",
-    "I  one image record",
-    "-  once in a process, no payload",
-]
 
 
 def _colour(ratio):
@@ -50,7 +37,7 @@ def write(path, results, against):
     columns = [column for column in results.columns() if any(cell[1] == column for cell in cells)]
     width = max(_LABELS + _COLUMN * len(columns) + 20, 640)
     bottom = _TOP + _ROW * len(rows)
-    legend = [line for line in _LEGEND if line.split()[0] in columns]
+    legend = [item for item in table.PAYLOADS.items() if item[0] in columns]
     height = bottom + 24 + 18 * len(legend) + 30
 
     measure = "processor time" if results.kind == "time" else "instructions"
@@ -88,8 +75,7 @@ def write(path, results, against):
                          f'height="{_ROW - 2}" rx="3" fill="{colour}"/>')
             lines.append(_text(x + _COLUMN / 2, y + 17, f"{ratio:.2f}{mark}", 13, "middle",
                                fill="#ffffff" if dark else "#1a1a1a"))
-    for k, line in enumerate(legend):
-        name, text = line.split(None, 1)
+    for k, (name, text) in enumerate(legend):
         lines.append(_text(40, bottom + 30 + 18 * k, name, 12, "end", "bold"))
         lines.append(_text(50, bottom + 30 + 18 * k, text, 12))
     lines.append("</svg>")
