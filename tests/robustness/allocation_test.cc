@@ -29,12 +29,6 @@ using ::google::protobuf::io::ArrayInputStream;
 
 constexpr long kMostAllocations = 100000;
 
-// Runs `work` with its n-th allocation failing, for every n that it comes to, once with that one
-// allocation and once with all later ones failing too. `work` makes the objects that it needs and
-// calls its argument with what may fail; what it has the argument call must not keep memory beyond
-// the run.
-using Attempt = std::function<bool(const std::function<void()>&)>;
-
 // True if the allocation of number `n` came and failed.
 bool Fails(long n, FailingAllocation::Duration duration, const std::function<void()>& call) {
   try {
@@ -46,9 +40,13 @@ bool Fails(long n, FailingAllocation::Duration duration, const std::function<voi
   return false;
 }
 
-// Calls run(attempt) with attempts that fail later and later, until one comes through.
+// Calls run(attempt) with attempts whose n-th allocation fails, for every n that they come to: once
+// with that one allocation and once with all later ones failing too. `run` makes the objects that
+// it needs and has the attempt call what may fail, which must not keep memory beyond the run.
+// Returns how many attempts failed.
 template <class Run>
-void ForEachFailure(Run run) {
+int ForEachFailure(Run run) {
+  int failures = 0;
   // What the run-time makes on first use and keeps for the process is made now.
   run([](const std::function<void()>& call) {
     call();
@@ -56,16 +54,18 @@ void ForEachFailure(Run run) {
   });
   for (const auto duration : {FailingAllocation::kOnce, FailingAllocation::kForGood}) {
     for (long n = 1;; ++n) {
-      ASSERT_LT(n, kMostAllocations) << "allocations never stop failing";
       SCOPED_TRACE("allocation " + std::to_string(n) +
                    (duration == FailingAllocation::kOnce ? " fails" : " and all later ones fail"));
       bool failed = false;
       const long live = LiveBlocks();
       run([&](const std::function<void()>& call) { return failed = Fails(n, duration, call); });
       EXPECT_EQ(LiveBlocks(), live) << "blocks alive";
+      if (n == kMostAllocations) ADD_FAILURE() << "allocations never stop failing";
+      failures += failed;
       if (!failed || ::testing::Test::HasFailure()) break;
     }
   }
+  return failures;
 }
 
 template <class T>
@@ -129,19 +129,28 @@ TYPED_TEST_SUITE(AllocationOfRecordTest, AllRecords);
 
 TYPED_TEST(AllocationOfRecordTest, Constructors) {
   const TypeParam full = Full<TypeParam>();
-  ForEachFailure([](auto attempt) {
+  const auto some_fail = [](auto run) { EXPECT_GT(ForEachFailure(run), 0); };
+  some_fail([](auto attempt) {
     attempt([] { const std::unique_ptr<TypeParam> record(new TypeParam); });
   });
   ForEachFailure([&](auto attempt) { attempt([&] { const TypeParam copy(full); }); });
-  ForEachFailure([&](auto attempt) {
+  some_fail([&](auto attempt) {
     attempt([&] { const std::unique_ptr<TypeParam> copy(new TypeParam(full)); });
   });
-  ForEachFailure(
+  some_fail(
       [&](auto attempt) { attempt([&] { const std::unique_ptr<Message> record(full.New()); }); });
-  ForEachFailure([&](auto attempt) {
+  some_fail([&](auto attempt) {
     Arena arena;
     attempt([&] { full.New(&arena); });
   });
+}
+
+// Whether a copy holds memory besides its own; a record of numbers does not.
+template <class T>
+bool CopyAllocates(const T& record) {
+  const long before = Allocations();
+  const T copy(record);
+  return Allocations() != before;
 }
 
 // Tries `fill`, which is to make `full` of a record that holds nothing, holds what was cleared, or
@@ -157,7 +166,7 @@ void TryFilling(const T& full, const std::function<void(T*)>& fill, bool replace
   for (int way = 0; way < kWaysToGoOn; ++way) {
     for (int start = 0; start < (replaces ? 3 : 2); ++start) {
       SCOPED_TRACE("way " + std::to_string(way) + ", start " + std::to_string(start));
-      ForEachFailure([&](auto attempt) {
+      const int failures = ForEachFailure([&](auto attempt) {
         T record;
         if (start >= 1) record.MergeFrom(some);
         if (start == 1) record.Clear();
@@ -167,6 +176,7 @@ void TryFilling(const T& full, const std::function<void(T*)>& fill, bool replace
           EXPECT_TRUE(EqualByReflection(record, full));
         }
       });
+      EXPECT_TRUE(failures > 0 || start > 0 || !CopyAllocates(full)) << "no allocation failed";
       if (::testing::Test::HasFailure()) return;
     }
   }
@@ -269,10 +279,11 @@ void TryWriting(Write write) {
   const R full = Full<R>();
   const std::string bytes = full.SerializeAsString();
   for (int way = 0; way < kWaysToGoOn; ++way) {
-    ForEachFailure([&](auto attempt) {
+    const int failures = ForEachFailure([&](auto attempt) {
       R record;
       if (attempt([&] { write(&record); })) CheckUsable(&record, full, bytes, way);
     });
+    EXPECT_GT(failures, 0);
   }
 }
 
