@@ -59,11 +59,11 @@ Shape ShapeOf() {
   for (const Entrance& entrance : GenericEntrances()) {
     if (entrance.partial) shape.readers.push_back(entrance);
   }
-  shape.readers.push_back(
-      {"ParsePartialFromString, concrete", true, false, [](Message* to, const std::string& bytes) {
-         return static_cast<T*>(to)->ParsePartialFromString(bytes);
-       }});
-  shape.readers.push_back({"MergePartialFromCodedStream, concrete", true, true,
+  shape.readers.push_back({"ParsePartialFromString, concrete", Source::kMemory, true, false,
+                           [](Message* to, const std::string& bytes) {
+                             return static_cast<T*>(to)->ParsePartialFromString(bytes);
+                           }});
+  shape.readers.push_back({"MergePartialFromCodedStream, concrete", Source::kStream, true, true,
                            [](Message* to, const std::string& bytes) {
                              CodedInputStream input(reinterpret_cast<const uint8_t*>(bytes.data()),
                                                     static_cast<int>(bytes.size()));

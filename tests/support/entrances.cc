@@ -96,9 +96,9 @@ std::string RowName(const char* call, bool partial, int block_size) {
   return name;
 }
 
-void Add(std::vector<Entrance>* table, bool partial, const char* call, int block_size, bool merges,
-         bool (*parse)(Message*, const std::string&)) {
-  table->push_back({RowName(call, partial, block_size), partial, merges, parse});
+void Add(std::vector<Entrance>* table, bool partial, const char* call, int block_size,
+         Source source, bool merges, bool (*parse)(Message*, const std::string&)) {
+  table->push_back({RowName(call, partial, block_size), source, partial, merges, parse});
 }
 
 void Add(std::vector<Exit>* table, bool partial, const char* call, int block_size,
@@ -118,28 +118,28 @@ void Add(std::vector<Exit>* table, bool partial, const char* call, int block_siz
 // The bytes come in blocks of kBlock, as from a slow connection.
 template <class M, bool kPartial, int kBlock>
 void AddBlockEntrances(std::vector<Entrance>* table) {
-  Add(table, kPartial, "ParseFromZeroCopyStream", kBlock, false,
+  Add(table, kPartial, "ParseFromZeroCopyStream", kBlock, Source::kStream, false,
       [](Message* record, const std::string& bytes) {
         ArrayInputStream stream(bytes.data(), Size(bytes), kBlock);
         return CALL(*As<M>(record), ParseFromZeroCopyStream, ParsePartialFromZeroCopyStream,
                     &stream);
       });
-  Add(table, kPartial, "ParseFromBoundedZeroCopyStream, more behind", kBlock, false,
-      [](Message* record, const std::string& bytes) {
+  Add(table, kPartial, "ParseFromBoundedZeroCopyStream, more behind", kBlock, Source::kStream,
+      false, [](Message* record, const std::string& bytes) {
         // What lies behind the bound would be refused by any reader.
         const std::string all = bytes + std::string(20, '\x07');
         ArrayInputStream stream(all.data(), Size(all), kBlock);
         return CALL(*As<M>(record), ParseFromBoundedZeroCopyStream,
                     ParsePartialFromBoundedZeroCopyStream, &stream, Size(bytes));
       });
-  Add(table, kPartial, "ParseFromCodedStream", kBlock, false,
+  Add(table, kPartial, "ParseFromCodedStream", kBlock, Source::kStream, false,
       [](Message* record, const std::string& bytes) {
         ArrayInputStream stream(bytes.data(), Size(bytes), kBlock);
         CodedInputStream input(&stream);
         return CALL(*As<M>(record), ParseFromCodedStream, ParsePartialFromCodedStream, &input) &&
                input.ConsumedEntireMessage();
       });
-  Add(table, kPartial, "MergeFromCodedStream", kBlock, true,
+  Add(table, kPartial, "MergeFromCodedStream", kBlock, Source::kStream, true,
       [](Message* record, const std::string& bytes) {
         ArrayInputStream stream(bytes.data(), Size(bytes), kBlock);
         CodedInputStream input(&stream);
@@ -150,30 +150,34 @@ void AddBlockEntrances(std::vector<Entrance>* table) {
 
 template <class M, bool kPartial>
 void AddEntrances(std::vector<Entrance>* table) {
-  Add(table, kPartial, "ParseFromArray", 0, false, [](Message* record, const std::string& bytes) {
-    return CALL(*As<M>(record), ParseFromArray, ParsePartialFromArray, bytes.data(), Size(bytes));
-  });
-  Add(table, kPartial, "ParseFromString", 0, false, [](Message* record, const std::string& bytes) {
-    return CALL(*As<M>(record), ParseFromString, ParsePartialFromString, bytes);
-  });
-  Add(table, kPartial, "ParseFromIstream", 0, false, [](Message* record, const std::string& bytes) {
-    std::istringstream stream(bytes);
-    return CALL(*As<M>(record), ParseFromIstream, ParsePartialFromIstream, &stream);
-  });
-  Add(table, kPartial, "ParseFromFileDescriptor", 0, false,
+  Add(table, kPartial, "ParseFromArray", 0, Source::kMemory, false,
+      [](Message* record, const std::string& bytes) {
+        return CALL(*As<M>(record), ParseFromArray, ParsePartialFromArray, bytes.data(),
+                    Size(bytes));
+      });
+  Add(table, kPartial, "ParseFromString", 0, Source::kMemory, false,
+      [](Message* record, const std::string& bytes) {
+        return CALL(*As<M>(record), ParseFromString, ParsePartialFromString, bytes);
+      });
+  Add(table, kPartial, "ParseFromIstream", 0, Source::kStream, false,
+      [](Message* record, const std::string& bytes) {
+        std::istringstream stream(bytes);
+        return CALL(*As<M>(record), ParseFromIstream, ParsePartialFromIstream, &stream);
+      });
+  Add(table, kPartial, "ParseFromFileDescriptor", 0, Source::kStream, false,
       [](Message* record, const std::string& bytes) {
         TemporaryFile file;
         file.Fill(bytes);
         return CALL(*As<M>(record), ParseFromFileDescriptor, ParsePartialFromFileDescriptor,
                     file.descriptor());
       });
-  Add(table, kPartial, "ParseFromCodedStream, flat", 0, false,
+  Add(table, kPartial, "ParseFromCodedStream, flat", 0, Source::kStream, false,
       [](Message* record, const std::string& bytes) {
         CodedInputStream input(Data(bytes), Size(bytes));
         return CALL(*As<M>(record), ParseFromCodedStream, ParsePartialFromCodedStream, &input) &&
                input.ConsumedEntireMessage();
       });
-  Add(table, kPartial, "MergeFromCodedStream, flat", 0, true,
+  Add(table, kPartial, "MergeFromCodedStream, flat", 0, Source::kStream, true,
       [](Message* record, const std::string& bytes) {
         CodedInputStream input(Data(bytes), Size(bytes));
         return CALL(*As<M>(record), MergeFromCodedStream, MergePartialFromCodedStream, &input) &&

@@ -20,8 +20,12 @@ namespace zarvo {
 namespace calibration {
 namespace testing {
 
+// What a call reads from: an array or a string, or a stream of whatever kind.
+enum class Source { kMemory, kStream };
+
 struct Entrance {
   std::string name;
+  Source source;
   bool partial;  // does not ask for required fields
   bool merges;   // adds to what the record holds; the others clear it first
   // True if the bytes, all of them, were one record.

@@ -31,6 +31,7 @@ TYPED_TEST(EntrancesTest, TablesHaveTheSameRows) {
   std::set<std::string> names;
   for (size_t i = 0; i < concrete.size(); ++i) {
     EXPECT_EQ(concrete[i].name, generic[i].name);
+    EXPECT_EQ(concrete[i].source, generic[i].source);
     EXPECT_EQ(concrete[i].partial, generic[i].partial);
     EXPECT_EQ(concrete[i].merges, generic[i].merges);
     EXPECT_EQ(concrete[i].partial, concrete[i].name.find("Partial") != std::string::npos);
