@@ -117,6 +117,7 @@ Member MemberOf(const MessageRow& message, const FieldRow& field) {
   for (const Member& member : Members(message)) {
     if (member.field == &field) return member;
   }
+  std::cerr << message.name << " has no member for the field " << field.name << "\n";
   std::abort();
 }
 

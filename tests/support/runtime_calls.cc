@@ -4,6 +4,7 @@
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/stubs/common.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <string>
@@ -22,7 +23,11 @@ namespace {
 template <class Function>
 Function Original(const char* mangled_name) {
   void* const symbol = dlsym(RTLD_NEXT, mangled_name);
-  if (symbol == nullptr) std::abort();
+  if (symbol == nullptr) {
+    std::fprintf(stderr, "runtime_calls: the run-time has no function %s: %s\n", mangled_name,
+                 dlerror());
+    std::abort();
+  }
   return reinterpret_cast<Function>(symbol);
 }
 

@@ -288,6 +288,7 @@ WireType WireTypeOf(Kind kind) {
     case Kind::kMessage:
       return WireType::kLengthDelimited;
   }
+  std::cerr << "schema_table: no wire type for the kind " << static_cast<int>(kind) << "\n";
   std::abort();
 }
 
