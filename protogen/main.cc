@@ -5,7 +5,9 @@
 // Writes PATH.pb.h and PATH.pb.cc below the --out folder. Exit code 0: written; 1: the schema is
 // refused or wrong, or a file cannot be written (the reason is on standard error, nothing or not
 // all is written); 2: wrong command line.
+#include <cerrno>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <string>
 
@@ -13,6 +15,9 @@
 #include "protogen/schema.h"
 
 namespace {
+
+const char kUsage[] =
+    "usage: calibration_protogen --schema-root=DIR --schema=PATH_BELOW_ROOT --out=DIR\n";
 
 bool TakeOption(const std::string& argument, const std::string& name, std::string* value) {
   const std::string prefix = "--" + name + "=";
@@ -22,11 +27,14 @@ bool TakeOption(const std::string& argument, const std::string& name, std::strin
 }
 
 bool Write(const std::string& path, const std::string& content) {
+  errno = 0;
   std::ofstream out(path, std::ios::binary);
   out << content;
   out.close();
-  if (!out) std::fprintf(stderr, "calibration_protogen: cannot write %s\n", path.c_str());
-  return static_cast<bool>(out);
+  if (out) return true;
+  std::fprintf(stderr, "calibration_protogen: cannot write %s: %s\n", path.c_str(),
+               std::strerror(errno));
+  return false;
 }
 
 }  // namespace
@@ -36,14 +44,12 @@ int main(int argc, char** argv) {
   for (int i = 1; i < argc; ++i) {
     if (!TakeOption(argv[i], "schema-root", &root) &&
         !TakeOption(argv[i], "schema", &schema_name) && !TakeOption(argv[i], "out", &out)) {
-      std::fprintf(stderr, "calibration_protogen: unknown argument %s\n", argv[i]);
+      std::fprintf(stderr, "calibration_protogen: unknown argument %s\n%s", argv[i], kUsage);
       return 2;
     }
   }
   if (root.empty() || schema_name.empty() || out.empty()) {
-    std::fprintf(
-        stderr,
-        "usage: calibration_protogen --schema-root=DIR --schema=PATH_BELOW_ROOT --out=DIR\n");
+    std::fputs(kUsage, stderr);
     return 2;
   }
   const protogen::Schema schema(root, schema_name);

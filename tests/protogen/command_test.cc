@@ -72,6 +72,7 @@ TEST_F(CommandTest, WrongCommandLine) {
   const std::string root = "--schema-root=" + Quoted(In());
   const std::string schema = "--schema=dir/a.proto";
   const std::string out = "--out=" + Quoted(Out());
+  const std::string usage = kUsage;
   const std::string all = root + " " + schema + " " + out;
   const struct {
     std::string arguments, output;
@@ -83,10 +84,10 @@ TEST_F(CommandTest, WrongCommandLine) {
       {"--schema-root= " + schema + " " + out, kUsage},
       {root + " --schema= " + out, kUsage},
       {root + " " + schema + " --out=", kUsage},
-      {all + " --verbose", "calibration_protogen: unknown argument --verbose\n"},
-      {all + " dir/b.proto", "calibration_protogen: unknown argument dir/b.proto\n"},
+      {all + " --verbose", "calibration_protogen: unknown argument --verbose\n" + usage},
+      {all + " dir/b.proto", "calibration_protogen: unknown argument dir/b.proto\n" + usage},
       {root + " " + schema + " --out " + Quoted(Out()),
-       "calibration_protogen: unknown argument --out\n"},
+       "calibration_protogen: unknown argument --out\n" + usage},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.arguments);
@@ -133,7 +134,8 @@ TEST_F(CommandTest, FolderThatIsNotThere) {
   const std::string out = Out() + "/nowhere";
   const CommandResult result = RunGenerator(Arguments("dir/a.proto", out));
   EXPECT_EQ(result.exit_code, 1);
-  EXPECT_EQ(result.output, "calibration_protogen: cannot write " + out + "/dir/a.pb.h\n");
+  EXPECT_EQ(result.output, "calibration_protogen: cannot write " + out +
+                               "/dir/a.pb.h: No such file or directory\n");
 }
 
 // A full disk is noticed when the file is closed, not when it is opened.
@@ -145,7 +147,8 @@ TEST_F(CommandTest, FullDisk) {
     std::filesystem::create_symlink("/dev/full", path);
     const CommandResult result = RunGenerator(Arguments("dir/a.proto", Out()));
     EXPECT_EQ(result.exit_code, 1);
-    EXPECT_EQ(result.output, "calibration_protogen: cannot write " + path + "\n");
+    EXPECT_EQ(result.output,
+              "calibration_protogen: cannot write " + path + ": No space left on device\n");
     std::filesystem::remove(path);
   }
 }
