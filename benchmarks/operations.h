@@ -75,10 +75,17 @@ struct Selection {
   std::function<bool(const std::string&)> has;  // by name, without the prefix
 };
 
+// What is under way, by the cell's name; for Require() to tell.
+inline std::string& AtWork() {
+  static std::string cell;
+  return cell;
+}
+
 // Ends the program: an operation that fails is not worth measuring.
 inline void Require(bool done) {
   if (done) return;
-  std::fprintf(stderr, "benchmarks: an operation failed on its payload\n");
+  std::fprintf(stderr, "benchmarks: %s failed: the operation did not succeed on its payload\n",
+               AtWork().c_str());
   std::abort();
 }
 
@@ -129,7 +136,7 @@ struct State {
 
   // Moves target() within a page. How the places of what is read and of what is written differ
   // modulo a page can double the time; over many moves that evens out, or shows in the spread.
-  void MoveTarget() { shift = (shift + 13 * 64) % kPage; }
+  void MoveTarget() { shift = (shift + size_t{13} * 64) % kPage; }
 
   static constexpr size_t kPage = 4096;
 
@@ -148,16 +155,17 @@ struct State {
 template <class Factory, class Operation>
 class PlainCell : public Cell {
  public:
-  PlainCell(std::shared_ptr<State<Factory>> state, Operation operation)
-      : state_(std::move(state)), operation_(operation) {}
+  PlainCell(std::string name, std::shared_ptr<State<Factory>> state, Operation operation)
+      : name_(std::move(name)), state_(std::move(state)), operation_(operation) {}
 
-  void Prepare(int) override {}
+  void Prepare(int) override { AtWork() = name_; }
   void Run(int count) override {
     State<Factory>& state = *state_;
     for (int i = 0; i < count; ++i) operation_(state);
   }
 
  private:
+  std::string name_;
   std::shared_ptr<State<Factory>> state_;
   Operation operation_;
 };
@@ -166,10 +174,11 @@ class PlainCell : public Cell {
 template <class Factory, class Operation>
 class TargetCell : public Cell {
  public:
-  TargetCell(std::shared_ptr<State<Factory>> state, Operation operation)
-      : state_(std::move(state)), operation_(operation) {}
+  TargetCell(std::string name, std::shared_ptr<State<Factory>> state, Operation operation)
+      : name_(std::move(name)), state_(std::move(state)), operation_(operation) {}
 
   void Prepare(int count) override {
+    AtWork() = name_;
     targets_.clear();
     for (int i = 0; i < count; ++i) {
       targets_.emplace_back(state_->factory.New());
@@ -182,6 +191,7 @@ class TargetCell : public Cell {
   }
 
  private:
+  std::string name_;
   std::shared_ptr<State<Factory>> state_;
   Operation operation_;
   std::vector<std::unique_ptr<typename Factory::Record>> targets_;
@@ -204,7 +214,8 @@ class CellAdder {
       (*state)->MoveTarget();
       return *state;
     };
-    const auto rewritten = [factory, bytes] {
+    const auto rewritten = [factory, bytes, name = side_ + "/rewriting/" + payload_] {
+      AtWork() = name;
       typename Factory::Fresh record(factory);
       Require(record->ParseFromString(bytes()));
       return record->SerializeAsString();
@@ -227,11 +238,12 @@ class CellAdder {
   template <class CellType, class Operation>
   void Add(const std::string& name, bool repeatable, Operation operation) {
     if (!selection_.has(name)) return;
-    catalogue_->cells.push_back({side_, selection_.prefix + name, payload_, batch_, repeatable,
-                                 [make_state = make_state_, operation] {
-                                   return std::unique_ptr<Cell>(
-                                       new CellType(make_state(), operation));
-                                 }});
+    CellEntry entry = {side_, selection_.prefix + name, payload_, batch_, repeatable, nullptr};
+    entry.make = [cell = entry.Name(), make_state = make_state_, operation] {
+      AtWork() = cell;
+      return std::unique_ptr<Cell>(new CellType(cell, make_state(), operation));
+    };
+    catalogue_->cells.push_back(std::move(entry));
   }
 
   std::string side_;
