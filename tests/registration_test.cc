@@ -20,7 +20,6 @@
 #include "tests/support/reflect.h"
 #include "tests/support/runtime_calls.h"
 #include "tests/support/schema_table.h"
-#include "tests/support/wire_writer.h"
 
 namespace zarvo {
 namespace calibration {
@@ -38,41 +37,6 @@ using ::google::protobuf::TextFormat;
 
 const FileDescriptor* File() {
   return DescriptorPool::generated_pool()->FindFileByName(kSchemaFile);
-}
-
-// Labels and types by the numbers that descriptors are encoded with.
-int NumberOf(Label label) {
-  switch (label) {
-    case Label::kOptional:
-      return 1;
-    case Label::kRequired:
-      return 2;
-    case Label::kRepeated:
-      return 3;
-  }
-  return 0;
-}
-
-int NumberOf(Kind kind) {
-  switch (kind) {
-    case Kind::kDouble:
-      return 1;
-    case Kind::kFloat:
-      return 2;
-    case Kind::kInt64:
-      return 3;
-    case Kind::kInt32:
-      return 5;
-    case Kind::kBool:
-      return 8;
-    case Kind::kString:
-      return 9;
-    case Kind::kMessage:
-      return 11;
-    case Kind::kBytes:
-      return 12;
-  }
-  return 0;
 }
 
 // --- Loading -------------------------------------------------------------------------------------
@@ -104,30 +68,7 @@ TEST(LoadTest, ShutdownHookIsTheFilesOwn) {
 // The run-time would accept other spellings of the same descriptor; this is about the bytes as they
 // are handed over: each record's fields by ascending number, nothing that is not declared.
 TEST(LoadTest, FileIsTheCanonicalEncodingOfTheSchema) {
-  WireWriter file;
-  file.Tag(1, kLengthDelimited).LengthDelimited(kSchemaFile);
-  file.Tag(2, kLengthDelimited).LengthDelimited(kPackage);
-  for (const MessageRow& message : Schema()) {
-    WireWriter type;
-    type.Tag(1, kLengthDelimited).LengthDelimited(message.name);
-    for (const FieldRow& row : message) {
-      WireWriter field;
-      field.Tag(1, kLengthDelimited).LengthDelimited(row.name);
-      field.Tag(3, kVarint).Varint(row.number);
-      field.Tag(4, kVarint).Varint(NumberOf(row.label));
-      field.Tag(5, kVarint).Varint(NumberOf(row.kind));
-      if (row.message_type != nullptr) {
-        field.Tag(6, kLengthDelimited)
-            .LengthDelimited(std::string(".") + kPackage + "." + row.message_type);
-      }
-      if (row.default_text != nullptr) {
-        field.Tag(7, kLengthDelimited).LengthDelimited(row.default_text);
-      }
-      type.Tag(2, kLengthDelimited).LengthDelimited(field.bytes());
-    }
-    file.Tag(4, kLengthDelimited).LengthDelimited(type.bytes());
-  }
-  const std::string& expected = file.bytes();
+  const std::string expected = EncodedSchema();
   ASSERT_EQ(expected.size(), 3480u);
   ASSERT_EQ(runtime_calls.file_size, 3480);
   const char* bytes = static_cast<const char*>(runtime_calls.file);

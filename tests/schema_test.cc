@@ -215,35 +215,6 @@ TEST(SchemaTest, MessagesThatNoOtherHolds) {
                                           "FocusCheckSetProto", "PTZSystemCalibration"}));
 }
 
-// The table as a serialized FileDescriptorProto: file name 1, package 2, messages 4; in a message
-// its name 1 and fields 2; in a field name 1, number 3, label 4, type 5, type name 6, default 7.
-std::string EncodedSchema() {
-  WireWriter file;
-  file.Tag(1, kLengthDelimited).LengthDelimited(kSchemaFile);
-  file.Tag(2, kLengthDelimited).LengthDelimited(kPackage);
-  for (const MessageRow& message : Schema()) {
-    WireWriter type;
-    type.Tag(1, kLengthDelimited).LengthDelimited(message.name);
-    for (const FieldRow& row : message) {
-      WireWriter field;
-      field.Tag(1, kLengthDelimited).LengthDelimited(row.name);
-      field.Tag(3, kVarint).Varint(row.number);
-      field.Tag(4, kVarint).Varint(LabelOf(row.label));
-      field.Tag(5, kVarint).Varint(TypeOf(row.kind));
-      if (row.message_type != nullptr) {
-        field.Tag(6, kLengthDelimited)
-            .LengthDelimited(std::string(".") + kPackage + "." + row.message_type);
-      }
-      if (row.default_text != nullptr) {
-        field.Tag(7, kLengthDelimited).LengthDelimited(row.default_text);
-      }
-      type.Tag(2, kLengthDelimited).LengthDelimited(field.bytes());
-    }
-    file.Tag(4, kLengthDelimited).LengthDelimited(type.bytes());
-  }
-  return file.bytes();
-}
-
 TEST(SchemaTest, DescriptorIsTheCanonicalBytes) {
   FileDescriptorProto proto;
   File()->CopyTo(&proto);

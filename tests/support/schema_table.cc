@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <iostream>
 
+#include "tests/support/wire_writer.h"
+
 namespace zarvo {
 namespace calibration {
 namespace testing {
@@ -236,6 +238,41 @@ constexpr int CountFields() {
 static_assert(sizeof(kMessages) / sizeof(kMessages[0]) == kMessageCount, "a message is missing");
 static_assert(CountFields() == kFieldCount, "a field is missing");
 
+// Labels and types by the numbers that descriptors are encoded with.
+int NumberOf(Label label) {
+  switch (label) {
+    case Label::kOptional:
+      return 1;
+    case Label::kRequired:
+      return 2;
+    case Label::kRepeated:
+      return 3;
+  }
+  return 0;
+}
+
+int NumberOf(Kind kind) {
+  switch (kind) {
+    case Kind::kDouble:
+      return 1;
+    case Kind::kFloat:
+      return 2;
+    case Kind::kInt64:
+      return 3;
+    case Kind::kInt32:
+      return 5;
+    case Kind::kBool:
+      return 8;
+    case Kind::kString:
+      return 9;
+    case Kind::kMessage:
+      return 11;
+    case Kind::kBytes:
+      return 12;
+  }
+  return 0;
+}
+
 }  // namespace
 
 const std::vector<MessageRow>& Schema() {
@@ -298,6 +335,33 @@ uint32_t TagOf(const FieldRow& field) {
 
 std::string FullName(const MessageRow& message) {
   return std::string(kPackage) + "." + message.name;
+}
+
+std::string EncodedSchema() {
+  WireWriter file;
+  file.Tag(1, kLengthDelimited).LengthDelimited(kSchemaFile);
+  file.Tag(2, kLengthDelimited).LengthDelimited(kPackage);
+  for (const MessageRow& message : Schema()) {
+    WireWriter type;
+    type.Tag(1, kLengthDelimited).LengthDelimited(message.name);
+    for (const FieldRow& row : message) {
+      WireWriter field;
+      field.Tag(1, kLengthDelimited).LengthDelimited(row.name);
+      field.Tag(3, kVarint).Varint(row.number);
+      field.Tag(4, kVarint).Varint(NumberOf(row.label));
+      field.Tag(5, kVarint).Varint(NumberOf(row.kind));
+      if (row.message_type != nullptr) {
+        field.Tag(6, kLengthDelimited)
+            .LengthDelimited(std::string(".") + kPackage + "." + row.message_type);
+      }
+      if (row.default_text != nullptr) {
+        field.Tag(7, kLengthDelimited).LengthDelimited(row.default_text);
+      }
+      type.Tag(2, kLengthDelimited).LengthDelimited(field.bytes());
+    }
+    file.Tag(4, kLengthDelimited).LengthDelimited(type.bytes());
+  }
+  return file.bytes();
 }
 
 }  // namespace testing

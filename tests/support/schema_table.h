@@ -80,6 +80,11 @@ uint32_t TagOf(const FieldRow& field);
 // "zarvo.calibration.CameraIntrinsics"
 std::string FullName(const MessageRow& message);
 
+// The table as a serialized FileDescriptorProto, in which each record's fields stand by ascending
+// number and nothing that is not declared: file name 1, package 2, messages 4; in a message its
+// name 1 and fields 2; in a field name 1, number 3, label 4, type 5, type name 6, default 7.
+std::string EncodedSchema();
+
 }  // namespace testing
 }  // namespace calibration
 }  // namespace zarvo
