@@ -18,6 +18,7 @@
 #include "tests/support/reflect.h"
 #include "tests/support/sample_values.h"
 #include "tests/support/schema_table.h"
+#include "tests/support/sizes.h"
 
 namespace zarvo {
 namespace calibration {
@@ -31,24 +32,6 @@ using ::google::protobuf::TextFormat;
 
 // Per class: 21 times as many records in all, and two of them for each seed.
 constexpr uint32_t kSeeds = 50;
-
-// What is asked of record and twin has one name in each run-time series.
-template <class M>
-auto SizeOf(const M& record, int) -> decltype(static_cast<int>(record.ByteSizeLong())) {
-  return static_cast<int>(record.ByteSizeLong());
-}
-template <class M>
-int SizeOf(const M& record, long) {
-  return record.ByteSize();
-}
-template <class M>
-auto SpaceOf(const M& record, int) -> decltype(static_cast<size_t>(record.SpaceUsedLong())) {
-  return record.SpaceUsedLong();
-}
-template <class M>
-size_t SpaceOf(const M& record, long) {
-  return static_cast<size_t>(record.SpaceUsed());
-}
 
 // A record and the dynamic message that holds the same.
 template <class T>
@@ -69,7 +52,7 @@ void ExpectAlike(const Pair<T>& pair) {
   EXPECT_TRUE(pair.record.SerializePartialAsString() == bytes);
   const Message& message = pair.record;
   EXPECT_TRUE(message.SerializePartialAsString() == bytes);
-  EXPECT_EQ(SizeOf(pair.record, 0), SizeOf(*pair.twin, 0));
+  EXPECT_EQ(SizeOf(pair.record), SizeOf(*pair.twin));
   EXPECT_EQ(pair.record.IsInitialized(), pair.twin->IsInitialized());
 }
 
@@ -207,7 +190,7 @@ TYPED_TEST(RandomTest, IsEmptyAfterClearAndFillsAgain) {
     pair.record.Clear();
     pair.twin->Clear();
     ExpectAlike(pair);
-    EXPECT_EQ(SizeOf(pair.record, 0), 0);
+    EXPECT_EQ(SizeOf(pair.record), 0);
     EXPECT_TRUE(EqualByReflection(TypeParam::default_instance(), pair.record));
     EXPECT_TRUE(pair.record.ParsePartialFromString(bytes));
     EXPECT_TRUE(pair.twin->ParsePartialFromString(bytes));
@@ -265,12 +248,12 @@ size_t LeastSpace(const T& record) {
     const FieldDescriptor* f = T::descriptor()->FindFieldByNumber(row.number);
     if (row.repeated()) {
       for (int i = 0; i < r->FieldSize(record, f); ++i) {
-        least += row.kind == Kind::kMessage  ? SpaceOf(r->GetRepeatedMessage(record, f, i), 0)
+        least += row.kind == Kind::kMessage  ? SpaceOf(r->GetRepeatedMessage(record, f, i))
                  : row.kind == Kind::kDouble ? 8
                                              : 4;
       }
     } else if (r->HasField(record, f)) {
-      if (row.kind == Kind::kMessage) least += SpaceOf(r->GetMessage(record, f), 0);
+      if (row.kind == Kind::kMessage) least += SpaceOf(r->GetMessage(record, f));
       if (row.kind == Kind::kString || row.kind == Kind::kBytes) {
         least += r->GetStringReference(record, f, &scratch).size();
       }
@@ -281,11 +264,11 @@ size_t LeastSpace(const T& record) {
 
 TYPED_TEST(RandomTest, CountsTheSpaceItTakes) {
   const TypeParam empty;
-  EXPECT_EQ(SpaceOf(empty, 0), sizeof(TypeParam));
+  EXPECT_EQ(SpaceOf(empty), sizeof(TypeParam));
   this->ForEachSeed([](std::mt19937* random, const RandomOptions& options) {
     Pair<TypeParam> pair;
     pair.Fill(random, options);
-    EXPECT_GE(SpaceOf(pair.record, 0), LeastSpace(pair.record));
+    EXPECT_GE(SpaceOf(pair.record), LeastSpace(pair.record));
   });
 }
 

@@ -20,6 +20,7 @@
 #include "tests/support/reflect.h"
 #include "tests/support/runtime_calls.h"
 #include "tests/support/schema_table.h"
+#include "tests/support/sizes.h"
 
 namespace zarvo {
 namespace calibration {
@@ -314,22 +315,11 @@ TEST(ReflectionTest, SwapExchangesEverything) {
   }
 }
 
-// Newer run-times have SpaceUsedLong() and deprecate SpaceUsed(); older ones have only the latter.
-template <class R>
-auto SpaceUsed(const R& reflection, const Message& record, int)
-    -> decltype(static_cast<size_t>(reflection.SpaceUsedLong(record))) {
-  return reflection.SpaceUsedLong(record);
-}
-template <class R>
-size_t SpaceUsed(const R& reflection, const Message& record, long) {
-  return static_cast<size_t>(reflection.SpaceUsed(record));
-}
-
 TEST(ReflectionTest, KnowsTheSizeOfAnObject) {
   ForEachRecord([](auto record) {
     using T = typename decltype(record)::Type;
     const T object;
-    EXPECT_EQ(SpaceUsed(*object.GetReflection(), object, 0), sizeof(T)) << T::descriptor()->name();
+    EXPECT_EQ(SpaceOf(*object.GetReflection(), object), sizeof(T)) << T::descriptor()->name();
   });
 }
 

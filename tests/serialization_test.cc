@@ -33,6 +33,7 @@
 #include "tests/support/reflect.h"
 #include "tests/support/sample_values.h"
 #include "tests/support/schema_table.h"
+#include "tests/support/sizes.h"
 #include "tests/support/wire_writer.h"
 
 namespace zarvo {
@@ -50,16 +51,6 @@ using ::google::protobuf::io::ZeroCopyOutputStream;
 
 static_assert(std::is_same<decltype(std::declval<const CameraIntrinsics&>().ByteSize()), int>(),
               "a size is a signed 32-bit number");
-
-// ByteSizeLong() where the class has it (the 3.0 series does not know it), else ByteSize().
-template <class M>
-auto SizeOf(const M& record, int) -> decltype(static_cast<int>(record.ByteSizeLong())) {
-  return static_cast<int>(record.ByteSizeLong());
-}
-template <class M>
-int SizeOf(const M& record, long) {
-  return record.ByteSize();
-}
 
 // The operations under test, called on a concrete class or on Message.
 struct Calls {
@@ -80,7 +71,7 @@ template <class M>
 Calls CallsOn(std::vector<Exit> exits) {
 #define ON(record) static_cast<const M&>(record)
   return {
-      [](const Message& m) { return SizeOf(ON(m), 0); },
+      [](const Message& m) { return SizeOf(ON(m)); },
       [](const Message& m, uint8_t* p) { return ON(m).SerializeWithCachedSizesToArray(p); },
       [](const Message& m, CodedOutputStream* out) { ON(m).SerializeWithCachedSizes(out); },
       [](const Message& m, void* p, int n) { return ON(m).SerializeToArray(p, n); },

@@ -12,6 +12,7 @@
 #include <sstream>
 
 #include "tests/support/records.h"
+#include "tests/support/sizes.h"
 
 namespace zarvo {
 namespace calibration {
@@ -29,16 +30,6 @@ int Size(const std::string& bytes) { return static_cast<int>(bytes.size()); }
 
 const uint8_t* Data(const std::string& bytes) {
   return reinterpret_cast<const uint8_t*>(bytes.data());
-}
-
-// ByteSizeLong() where the class has it, else ByteSize(): the run-time series differ.
-template <class M>
-auto SizeOf(const M& record, int) -> decltype(static_cast<int>(record.ByteSizeLong())) {
-  return static_cast<int>(record.ByteSizeLong());
-}
-template <class M>
-int SizeOf(const M& record, long) {
-  return record.ByteSize();
 }
 
 // A file that is gone when closed.
@@ -194,7 +185,7 @@ template <class M, bool kPartial, int kBlock>
 void AddBlockExits(std::vector<Exit>* table) {
   Add(table, kPartial, "SerializeToZeroCopyStream", kBlock,
       [](const Message& record, std::string* bytes) {
-        bytes->assign(SizeOf(As<M>(record), 0) + 64, '\0');
+        bytes->assign(SizeOf(As<M>(record)) + 64, '\0');
         ArrayOutputStream stream(&(*bytes)[0], Size(*bytes), kBlock);
         const bool ok = CALL(As<M>(record), SerializeToZeroCopyStream,
                              SerializePartialToZeroCopyStream, &stream);
@@ -203,7 +194,7 @@ void AddBlockExits(std::vector<Exit>* table) {
       });
   Add(table, kPartial, "SerializeToCodedStream", kBlock,
       [](const Message& record, std::string* bytes) {
-        bytes->assign(SizeOf(As<M>(record), 0) + 64, '\0');
+        bytes->assign(SizeOf(As<M>(record)) + 64, '\0');
         ArrayOutputStream stream(&(*bytes)[0], Size(*bytes), kBlock);
         bool ok;
         {
@@ -220,7 +211,7 @@ void AddBlockExits(std::vector<Exit>* table) {
 template <class M, bool kPartial>
 void AddExits(std::vector<Exit>* table) {
   Add(table, kPartial, "SerializeToArray", 0, [](const Message& record, std::string* bytes) {
-    bytes->assign(SizeOf(As<M>(record), 0), '\0');
+    bytes->assign(SizeOf(As<M>(record)), '\0');
     return CALL(As<M>(record), SerializeToArray, SerializePartialToArray, &(*bytes)[0],
                 Size(*bytes));
   });
@@ -269,7 +260,7 @@ void AddWriters(std::vector<Exit>* table) {
   table->push_back(
       {"SerializeWithCachedSizes", true, [](const Message& record, std::string* bytes) {
          bytes->clear();
-         const int size = SizeOf(As<M>(record), 0);
+         const int size = SizeOf(As<M>(record));
          bool ok;
          {
            StringOutputStream stream(bytes);
@@ -282,7 +273,7 @@ void AddWriters(std::vector<Exit>* table) {
   table->push_back(
       {"SerializeWithCachedSizesToArray", true, [](const Message& record, std::string* bytes) {
          // A byte of room, so that an empty record has a target too.
-         const int size = SizeOf(As<M>(record), 0);
+         const int size = SizeOf(As<M>(record));
          bytes->assign(size + 1, '\x5A');
          uint8_t* begin = reinterpret_cast<uint8_t*>(&(*bytes)[0]);
          uint8_t* end = As<M>(record).SerializeWithCachedSizesToArray(begin);
