@@ -13,3 +13,45 @@ foreach(case IN ITEMS layout find_package pkg_config series add_subdirectory fet
     ${case} "${PROJECT_BINARY_DIR}" "${PROJECT_SOURCE_DIR}" "${runtime_prefix}"
     "${PROJECT_VERSION}")
 endforeach()
+
+# --- The binary interface (see abi_test.sh) ---
+# The library once more, with debug information, and optimized whatever the build type: otherwise
+# the accessors, which are inline, become functions of the library.
+add_library(abi_library SHARED)
+foreach(property IN ITEMS SOURCES COMPILE_OPTIONS LINK_OPTIONS LINK_LIBRARIES SOVERSION)
+  get_target_property(value calibration_protolib ${property})
+  if(property STREQUAL "SOURCES")
+    list(TRANSFORM value PREPEND "${PROJECT_SOURCE_DIR}/")
+  endif()
+  set_target_properties(abi_library PROPERTIES ${property} "${value}")
+endforeach()
+set_target_properties(abi_library PROPERTIES OUTPUT_NAME calibration_protolib)
+target_compile_options(abi_library PRIVATE -O2 -g)
+target_include_directories(abi_library PRIVATE "${PROJECT_SOURCE_DIR}")
+
+set(abi_baseline "${CMAKE_CURRENT_SOURCE_DIR}/abi")
+calibration_script_test(abi_test.symbols abi_test.sh
+  symbols $<TARGET_FILE:abi_library> "${abi_baseline}")
+if(CALIBRATION_PROTOBUF_SERIES STREQUAL "3.21" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  calibration_script_test(abi_test.gate abi_test.sh gate "${CMAKE_CXX_COMPILER}")
+  calibration_script_test(abi_test.kept abi_test.sh
+    kept $<TARGET_FILE:abi_library> "${abi_baseline}" "${PROJECT_SOURCE_DIR}/calibration_common")
+  add_custom_target(abi-baseline
+    COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/abi_test.sh" renew $<TARGET_FILE:abi_library>
+            "${abi_baseline}" "${PROJECT_SOURCE_DIR}/calibration_common"
+    DEPENDS abi_library
+    COMMENT "Renewing the description of the binary interface in tests/abi"
+    VERBATIM)
+else()
+  message(STATUS "No abi_test.kept: the description is of g++ and run-time series 3.21")
+endif()
+
+# --- Debian packages ---
+if(CALIBRATION_PROTOBUF_INCLUDE_DIR STREQUAL "/usr/include" AND EXISTS /etc/debian_version)
+  calibration_script_test(package_test package_test.sh
+    "${PROJECT_SOURCE_DIR}" "${PROJECT_VERSION}" "${CALIBRATION_PROTOBUF_SERIES}")
+else()
+  message(STATUS "No package_test: it needs Debian, and Debian's run-time")
+endif()
+
+calibration_script_test(version_test version_test.sh "${PROJECT_SOURCE_DIR}" "${PROJECT_VERSION}")
