@@ -55,3 +55,12 @@ else()
 endif()
 
 calibration_script_test(version_test version_test.sh "${PROJECT_SOURCE_DIR}" "${PROJECT_VERSION}")
+
+# --- Python ---
+add_executable(exchange interop/exchange.cc)
+target_link_libraries(exchange PRIVATE
+  calibration_test_support calibration_protolib calibration_options GTest::gtest)
+# Debian's interpreter, which sees Debian's packages; another may come first in PATH.
+set(python /usr/bin/python3)
+calibration_script_test(interop_test interop/interop_test.sh
+  $<TARGET_FILE:exchange> "${PROJECT_BINARY_DIR}" "${python}")
