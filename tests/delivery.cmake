@@ -64,3 +64,11 @@ target_link_libraries(exchange PRIVATE
 set(python /usr/bin/python3)
 calibration_script_test(interop_test interop/interop_test.sh
   $<TARGET_FILE:exchange> "${PROJECT_BINARY_DIR}" "${python}")
+
+# --- Documents ---
+set(guide_arguments "${PROJECT_SOURCE_DIR}/docs/guide.md" "${PROJECT_SOURCE_DIR}/docs/python.md"
+  --source "${PROJECT_SOURCE_DIR}")
+if(NOT CALIBRATION_PROTOBUF_INCLUDE_DIR STREQUAL "/usr/include")
+  list(APPEND guide_arguments --runtime "${runtime_prefix}")
+endif()
+calibration_script_test(guide_test guide_test.py ${guide_arguments})
