@@ -31,12 +31,23 @@ case $check in
     files() { (cd "$1" && find . ! -type d | sed "s,^$libdir/,LIB/,; s,^\./,," | LC_ALL=C sort); }
     list() { printf '%s\n' "$@" | LC_ALL=C sort; }
 
+    # The public header, and what it includes.
+    public_headers() {
+      local header=$1 included
+      [[ " $headers " == *" $header "* ]] && return
+      headers+=" $header"
+      for included in $(sed -n 's/^#include "\(calibration_common\/.*\)"$/\1/p' "$source/$header"); do
+        public_headers "$included"
+      done
+    }
+    headers=""
+    public_headers calibration_common/calibration.pb.h
+
     runtime_files=("LIB/$library.$version" "LIB/$library.${version%%.*}")
     cmake_folder=LIB/cmake/calibration_protolib
     schema_folder=share/calibration_protolib/proto/calibration_common
     development_files=("LIB/$library" LIB/pkgconfig/calibration_protolib.pc
-      include/calibration_common/calibration.pb.h include/calibration_common/runtime.h
-      include/calibration_common/runtime_3_0.h include/calibration_common/runtime_3_21.h
+      $(printf 'include/%s ' $headers)
       "$schema_folder/calibration.proto" "$schema_folder/calibration.desc"
       "$cmake_folder/ProtobufRuntime.cmake" "$cmake_folder/calibration_protolibConfig.cmake"
       "$cmake_folder/calibration_protolibConfigVersion.cmake"
