@@ -61,6 +61,13 @@ case $check in
       <(list "${runtime_files[@]}" "${development_files[@]}" | sed '/Targets-release/d'))
     [[ -z $missing ]] || fail "not installed without naming components: $missing"
 
+    # The command, where it is built, finds the library beside it.
+    if [[ -e $folder/all/bin/calib ]]; then
+      install_into "$folder/tools" --component Tools
+      [[ -x $folder/tools/bin/calib ]] || fail "component Tools: $(files "$folder/tools")"
+      quietly "$folder/all/bin/calib" --help
+    fi
+
     soname=$(readelf -dW "$folder/all/$libdir/$library" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')
     [[ $soname == "$library.${version%%.*}" ]] || fail "SONAME is $soname"
     if grep -rlF -e "$folder" -e "$build" -e "$source" "$folder/all" --include='*.cmake' \
@@ -110,6 +117,19 @@ case $check in
     (cd "$folder/robot" && quietly bash -c "$command")
     (cd "$folder" && LD_LIBRARY_PATH="$libdir:$runtime/lib" robot/robot) || fail "the program failed"
     expect_record "$folder"
+
+    # A run-time of another series is refused here, too.
+    if grep -q '^Requires: protobuf' "$file"; then
+      mkdir "$folder/other"
+      for case in 3.0.0-beta-2=no 3.20.3=no 3.21.0=yes 3.21.99=yes 3.22.0=no 4.21.12=no; do
+        printf '%s\n' 'Name: protobuf' 'Description: made up' "Version: ${case%=*}" \
+          >"$folder/other/protobuf.pc"
+        accepted=no
+        PKG_CONFIG_PATH="$folder/other:$(dirname "$file")" pkg-config --libs calibration_protolib \
+          >"$folder/log" 2>&1 && accepted=yes
+        [[ $accepted == "${case#*=}" ]] || fail "run-time ${case%=*}: accepted: $accepted"
+      done
+    fi
     ;;
 
   series)
