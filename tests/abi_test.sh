@@ -14,8 +14,8 @@
 # would break under the SONAME they know.
 #
 # LIBRARY has debug information. The description is what abidw makes of it, without what stands in
-# other headers than the library's, so that it does not depend on the run-time's patch version. On
-# the run-times' other series the base classes differ: there is no description for those.
+# other headers than the library's, so that it does not depend on the patch version of run-time
+# 3.21. The run-times of the 3.0 series differ among themselves: there is no description for those.
 set -euo pipefail
 
 check=$1
