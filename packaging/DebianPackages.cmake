@@ -24,7 +24,9 @@ endif()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_VENDOR "${PROJECT_NAME}")
-set(CPACK_PACKAGE_CONTACT "${PROJECT_NAME} developers <developers@${PROJECT_NAME}.invalid>")
+if(NOT CPACK_PACKAGE_CONTACT)
+  set(CPACK_PACKAGE_CONTACT "${PROJECT_NAME} developers <developers@${PROJECT_NAME}.invalid>")
+endif()
 set(CPACK_PACKAGING_INSTALL_PREFIX /usr)
 set(CPACK_STRIP_FILES ON)
 set(CPACK_COMPONENTS_GROUPING IGNORE)
@@ -71,13 +73,20 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${runtime_package} (= ${debian_version})
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
 
 # Every package tells its license and its history.
-set(changelog "${CMAKE_CURRENT_BINARY_DIR}/changelog.gz")
+string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)
+file(WRITE "${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian"
+     "calibration-protolib (${debian_version}) unstable; urgency=medium\n\n"
+     "  * Made of version ${PROJECT_VERSION}; changelog.gz tells what changed.\n\n"
+     " -- ${CPACK_PACKAGE_CONTACT}  ${date}\n")
+set(changelogs "${CMAKE_CURRENT_BINARY_DIR}/changelog.gz"
+               "${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian.gz")
 add_custom_command(
-  OUTPUT "${changelog}"
-  COMMAND gzip -9nc "${PROJECT_SOURCE_DIR}/CHANGELOG.md" > "${changelog}"
-  DEPENDS "${PROJECT_SOURCE_DIR}/CHANGELOG.md"
+  OUTPUT ${changelogs}
+  COMMAND gzip -9nc "${PROJECT_SOURCE_DIR}/CHANGELOG.md" > changelog.gz
+  COMMAND gzip -9nc changelog.Debian > changelog.Debian.gz
+  DEPENDS "${PROJECT_SOURCE_DIR}/CHANGELOG.md" "${CMAKE_CURRENT_BINARY_DIR}/changelog.Debian"
   VERBATIM)
-add_custom_target(calibration_changelog ALL DEPENDS "${changelog}")
+add_custom_target(calibration_changelogs ALL DEPENDS ${changelogs})
 set(CPACK_COMPONENTS_ALL "")
 foreach(package IN LISTS packages)
   string(TOUPPER ${package} upper)
@@ -92,7 +101,7 @@ foreach(package IN LISTS packages)
     RENAME copyright
     COMPONENT "${initial}${rest}")
   install(
-    FILES "${changelog}"
+    FILES ${changelogs}
     DESTINATION "${documents}"
     COMPONENT "${initial}${rest}")
 endforeach()
