@@ -18,12 +18,15 @@ endforeach()
 # The library once more, with debug information, and optimized whatever the build type: otherwise
 # the accessors, which are inline, become functions of the library.
 add_library(abi_library SHARED)
-foreach(property IN ITEMS SOURCES COMPILE_OPTIONS LINK_OPTIONS LINK_LIBRARIES SOVERSION)
+foreach(property IN ITEMS SOURCES COMPILE_OPTIONS LINK_OPTIONS LINK_LIBRARIES SOVERSION UNITY_BUILD
+                          UNITY_BUILD_BATCH_SIZE)
   get_target_property(value calibration_protolib ${property})
   if(property STREQUAL "SOURCES")
     list(TRANSFORM value PREPEND "${PROJECT_SOURCE_DIR}/")
   endif()
-  set_target_properties(abi_library PROPERTIES ${property} "${value}")
+  if(NOT value MATCHES "NOTFOUND$")
+    set_target_properties(abi_library PROPERTIES ${property} "${value}")
+  endif()
 endforeach()
 set_target_properties(abi_library PROPERTIES OUTPUT_NAME calibration_protolib)
 target_compile_options(abi_library PRIVATE -O2 -g)
