@@ -5,13 +5,13 @@
 #   calibration-tools           Tools, if the commands are built
 
 if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
-  message(FATAL_ERROR "CALIBRATION_PACKAGES: Debian's packages install below /usr, and the folder of "
-                      "libraries depends on it. CMAKE_INSTALL_PREFIX is '${CMAKE_INSTALL_PREFIX}'; "
+  message(FATAL_ERROR "CALIBRATION_PACKAGES: Debian's packages install below /usr, and the folder "
+                      "of libraries depends on it. CMAKE_INSTALL_PREFIX is '${CMAKE_INSTALL_PREFIX}'; "
                       "expected /usr (scripts/package makes packages).")
 endif()
 if(NOT CALIBRATION_PROTOBUF_INCLUDE_DIR STREQUAL "/usr/include")
-  message(FATAL_ERROR "CALIBRATION_PACKAGES: Debian's packages need Debian's run-time; the one found "
-                      "is in ${CALIBRATION_PROTOBUF_INCLUDE_DIR}, expected /usr/include.")
+  message(FATAL_ERROR "CALIBRATION_PACKAGES: Debian's packages need Debian's run-time; the one "
+                      "found is in ${CALIBRATION_PROTOBUF_INCLUDE_DIR}, expected /usr/include.")
 endif()
 
 set(runtime_package "libcalibration-protolib${PROJECT_VERSION_MAJOR}")

@@ -138,7 +138,8 @@ END
     build function_gone '/void Set/d'
     build constant_gone '/kValueFieldNumber/d'
     build parameter_type 's/int value\)/long value)/'
-    build members_swapped 's/int bits_/int other_/; s/int cached_/int bits_/; s/int other_/int cached_/'
+    build members_swapped \
+      's/int bits_/int other_/; s/int cached_/int bits_/; s/int other_/int cached_/'
     build member_added 's/^  double value_;/&\n  int more_ = 0;/'
     build member_type 's/^  double value_;/  float value_;/'
     build virtual_added 's/^  virtual int Size/  virtual int First() const { return 0; }\n&/'

@@ -76,4 +76,5 @@ if(NOT CALIBRATION_PROTOBUF_INCLUDE_DIR STREQUAL "/usr/include")
 endif()
 calibration_script_test(guide_test guide_test.py ${guide_arguments})
 calibration_script_test(reference_test reference_test.py
-  "${PROJECT_BINARY_DIR}/docs/Doxyfile" "${PROJECT_SOURCE_DIR}/calibration_common/calibration.proto")
+  "${PROJECT_BINARY_DIR}/docs/Doxyfile"
+  "${PROJECT_SOURCE_DIR}/calibration_common/calibration.proto")

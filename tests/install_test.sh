@@ -36,7 +36,8 @@ case $check in
       local header=$1 included
       [[ " $headers " == *" $header "* ]] && return
       headers+=" $header"
-      for included in $(sed -n 's/^#include "\(calibration_common\/.*\)"$/\1/p' "$source/$header"); do
+      for included in $(sed -n 's,^#include "\(calibration_common/.*\)"$,\1,p' \
+        "$source/$header"); do
         public_headers "$included"
       done
     }
@@ -99,7 +100,9 @@ case $check in
         >"$folder/versions/CMakeLists.txt"
       configure "$folder/versions" "$folder/moved;$runtime"
       ((status == 0)) || fail "asking twice, or the schema's folder: $output"
-      [[ ${case#*=} == no && $output == *found=0.* || ${case#*=} == yes && $output == *found=1.* ]] ||
+      found=no
+      [[ $output != *found=1.* ]] || found=yes
+      [[ $found == "${case#*=}" ]] ||
         fail "version ${case%=*} asked for; expected to be found: ${case#*=}: $output"
     done
     ;;
@@ -111,11 +114,13 @@ case $check in
     libdir=$(dirname "$(dirname "$file")")
     export PKG_CONFIG_PATH="$(dirname "$file"):$runtime/lib/pkgconfig"
     [[ $(pkg-config --modversion calibration_protolib) == "$version" ]] || fail "another version"
-    [[ -r $(pkg-config --variable schemadir calibration_protolib)/calibration_common/calibration.desc ]] ||
+    schemas=$(pkg-config --variable schemadir calibration_protolib)
+    [[ -r $schemas/calibration_common/calibration.desc ]] ||
       fail "no descriptor set in the folder that the variable schemadir names"
     command=$(readme_block sh)
     (cd "$folder/robot" && quietly bash -c "$command")
-    (cd "$folder" && LD_LIBRARY_PATH="$libdir:$runtime/lib" robot/robot) || fail "the program failed"
+    (cd "$folder" && LD_LIBRARY_PATH="$libdir:$runtime/lib" robot/robot) ||
+      fail "the program failed"
     expect_record "$folder"
 
     # A run-time of another series is refused here, too.

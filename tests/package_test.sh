@@ -41,13 +41,15 @@ for name in libc6 libprotobuf32 'libstdc++6'; do
   [[ ", $depends" == *", $name "* ]] || fail "$runtime does not depend on $name: $depends"
 done
 depends=$(dpkg-deb --field "$development" Depends)
-for expected in "libcalibration-protolib${version%%.*} (= $version-1)" "libprotobuf-dev (>= $series)" \
-  "libprotobuf-dev (<< ${series%.*}.$((${series#*.} + 1))~)"; do
+for expected in "libcalibration-protolib${version%%.*} (= $version-1)" \
+  "libprotobuf-dev (>= $series)" "libprotobuf-dev (<< ${series%.*}.$((${series#*.} + 1))~)"; do
   [[ $depends == *"$expected"* ]] || fail "$development does not depend on $expected: $depends"
 done
 # Packages of two SONAMEs may be installed at once: no file is in both.
+major=${version%%.*}
 others=$(dpkg-deb --contents "$runtime" | awk '$1 !~ /^d/ { print $6 }' |
-  grep -vE "/libcalibration_protolib\.so\.${version%%.*}(\.[0-9]+)*$|/doc/libcalibration-protolib${version%%.*}/" || true)
+  grep -vE "/libcalibration_protolib\.so\.$major(\.[0-9]+)*$|/doc/libcalibration-protolib$major/" ||
+  true)
 [[ -z $others ]] || fail "$runtime holds more than its library: $others"
 for package in "$folder"/packages/*.deb; do
   name=$(dpkg-deb --field "$package" Package)

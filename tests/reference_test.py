@@ -72,7 +72,8 @@ def main():
                     failures.append(f"{message}: '{declaration}' heads {sorted(members)}")
     count = sum(len(fields) for _, fields in messages.values())
     if (len(messages), count) != (21, 111):
-        failures.append(f"{schema}: cannot make sense of it: {len(messages)} messages, {count} fields")
+        failures.append(f"{schema}: cannot make sense of it: {len(messages)} messages, "
+                        f"{count} fields")
     print("\n".join(failures) or f"{len(messages)} records and {count} fields are described")
     return 1 if failures else 0
 

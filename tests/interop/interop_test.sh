@@ -33,4 +33,5 @@ in_python() { (cd "$folder" && "$python" -I exchange.py calibration.desc "$@"); 
 "$program" write "$folder/from_cc" 200 "$seed"
 [[ $(in_python check from_cc) == "200 of 200 records agree" ]] || fail "C++ to Python"
 in_python write from_python 200 "$seed"
-[[ $("$program" check "$folder/from_python") == "200 of 200 records agree" ]] || fail "Python to C++"
+[[ $("$program" check "$folder/from_python") == "200 of 200 records agree" ]] ||
+  fail "Python to C++"
