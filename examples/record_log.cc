@@ -1,0 +1,69 @@
+// Writes many records to one file, each behind its length, and reads them back one at a time: what
+// a program does that records while it runs. record_log.h holds the two calls.
+//
+//   record_log FILE COUNT
+
+#include "record_log.h"
+
+#include <google/protobuf/io/zero_copy_stream_impl.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iostream>
+
+#include "calibration_common/calibration.pb.h"
+
+namespace {
+
+using zarvo::calibration::FocusCheckProto;
+
+bool Write(const char* path, int count) {
+  std::ofstream file(path, std::ios::binary | std::ios::trunc);
+  {
+    // Hands over what it holds when it ends.
+    google::protobuf::io::OstreamOutputStream stream(&file);
+    FocusCheckProto check;
+    for (int i = 0; i < count; ++i) {
+      check.Clear();  // keeps its memory: the loop allocates next to nothing
+      check.set_name("spot " + std::to_string(i));
+      check.set_value_at_cutoff(0.3f);
+      for (int bin = 0; bin < 64; ++bin) check.add_bins(1.0f / static_cast<float>(1 + bin));
+      check.set_ok(i % 10 != 0);
+      if (!record_log::Append(check, &stream)) return false;
+    }
+  }
+  return static_cast<bool>(file.flush());
+}
+
+int Read(const char* path) {
+  std::ifstream file(path, std::ios::binary);
+  google::protobuf::io::IstreamInputStream stream(&file);
+  FocusCheckProto check;
+  int count = 0, failed = 0;
+  record_log::Result result;
+  while ((result = record_log::ReadNext(&stream, &check)) == record_log::Result::kRecord) {
+    ++count;
+    if (!check.ok()) ++failed;
+  }
+  if (result == record_log::Result::kDamaged) {
+    std::cerr << "record_log: " << path << ": damaged behind record " << count << "\n";
+    return 1;
+  }
+  std::cout << count << " checks, " << failed << " not passed, " << stream.ByteCount()
+            << " bytes\n";
+  return 0;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 3) {
+    std::cerr << "usage: record_log FILE COUNT\n";
+    return 2;
+  }
+  if (!Write(argv[1], std::atoi(argv[2]))) {
+    std::cerr << "record_log: " << argv[1] << ": could not be written\n";
+    return 1;
+  }
+  return Read(argv[1]);
+}

@@ -1,0 +1,80 @@
+# Tests of what surrounds the classes: installation, packages, interfaces kept across versions,
+# other languages, documents. Programs outside this build cannot be linked with a library that has
+# sanitizers in it.
+if(CALIBRATION_SANITIZE)
+  message(STATUS "No tests of installation and packages in a build with sanitizers")
+  return()
+endif()
+
+get_filename_component(runtime_prefix "${CALIBRATION_PROTOBUF_INCLUDE_DIR}" DIRECTORY)
+
+foreach(case IN ITEMS layout find_package pkg_config series add_subdirectory fetch_content)
+  calibration_script_test(install_test.${case} install_test.sh
+    ${case} "${PROJECT_BINARY_DIR}" "${PROJECT_SOURCE_DIR}" "${runtime_prefix}"
+    "${PROJECT_VERSION}")
+endforeach()
+
+# --- The binary interface (see abi_test.sh) ---
+# The library once more, with debug information, and optimized whatever the build type: otherwise
+# the accessors, which are inline, become functions of the library.
+add_library(abi_library SHARED)
+foreach(property IN ITEMS SOURCES COMPILE_OPTIONS LINK_OPTIONS LINK_LIBRARIES SOVERSION UNITY_BUILD
+                          UNITY_BUILD_BATCH_SIZE)
+  get_target_property(value calibration_protolib ${property})
+  if(property STREQUAL "SOURCES")
+    list(TRANSFORM value PREPEND "${PROJECT_SOURCE_DIR}/")
+  endif()
+  if(NOT value MATCHES "NOTFOUND$")
+    set_target_properties(abi_library PROPERTIES ${property} "${value}")
+  endif()
+endforeach()
+set_target_properties(abi_library PROPERTIES OUTPUT_NAME calibration_protolib)
+target_compile_options(abi_library PRIVATE -O2 -g)
+target_include_directories(abi_library PRIVATE "${PROJECT_SOURCE_DIR}")
+
+set(abi_baseline "${CMAKE_CURRENT_SOURCE_DIR}/abi")
+calibration_script_test(abi_test.symbols abi_test.sh
+  symbols $<TARGET_FILE:abi_library> "${abi_baseline}")
+if(CALIBRATION_PROTOBUF_SERIES STREQUAL "3.21" AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  calibration_script_test(abi_test.gate abi_test.sh gate "${CMAKE_CXX_COMPILER}")
+  calibration_script_test(abi_test.kept abi_test.sh
+    kept $<TARGET_FILE:abi_library> "${abi_baseline}" "${PROJECT_SOURCE_DIR}/calibration_common")
+  add_custom_target(abi-baseline
+    COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/abi_test.sh" renew $<TARGET_FILE:abi_library>
+            "${abi_baseline}" "${PROJECT_SOURCE_DIR}/calibration_common"
+    DEPENDS abi_library
+    COMMENT "Renewing the description of the binary interface in tests/abi"
+    VERBATIM)
+else()
+  message(STATUS "No abi_test.kept: the description is of g++ and run-time series 3.21")
+endif()
+
+# --- Debian packages ---
+if(CALIBRATION_PROTOBUF_INCLUDE_DIR STREQUAL "/usr/include" AND EXISTS /etc/debian_version)
+  calibration_script_test(package_test package_test.sh
+    "${PROJECT_SOURCE_DIR}" "${PROJECT_VERSION}" "${CALIBRATION_PROTOBUF_SERIES}")
+else()
+  message(STATUS "No package_test: it needs Debian, and Debian's run-time")
+endif()
+
+calibration_script_test(version_test version_test.sh "${PROJECT_SOURCE_DIR}" "${PROJECT_VERSION}")
+
+# --- Python ---
+add_executable(exchange interop/exchange.cc)
+target_link_libraries(exchange PRIVATE
+  calibration_test_support calibration_protolib calibration_options GTest::gtest)
+# Debian's interpreter, which sees Debian's packages; another may come first in PATH.
+set(python /usr/bin/python3)
+calibration_script_test(interop_test interop/interop_test.sh
+  $<TARGET_FILE:exchange> "${PROJECT_BINARY_DIR}" "${python}")
+
+# --- Documents ---
+set(guide_arguments "${PROJECT_SOURCE_DIR}/docs/guide.md" "${PROJECT_SOURCE_DIR}/docs/python.md"
+  --source "${PROJECT_SOURCE_DIR}")
+if(NOT CALIBRATION_PROTOBUF_INCLUDE_DIR STREQUAL "/usr/include")
+  list(APPEND guide_arguments --runtime "${runtime_prefix}")
+endif()
+calibration_script_test(guide_test guide_test.py ${guide_arguments})
+calibration_script_test(reference_test reference_test.py
+  "${PROJECT_BINARY_DIR}/docs/Doxyfile"
+  "${PROJECT_SOURCE_DIR}/calibration_common/calibration.proto")

@@ -1,0 +1,209 @@
+#!/usr/bin/env bash
+# What `cmake --install` lays out is complete, may be moved, and serves a new user: the program of
+# README.md builds with it and runs, by CMake and by pkg-config. So does one that takes the sources.
+#
+#   install_test.sh CASE BUILD-FOLDER SOURCE-FOLDER RUN-TIME-PREFIX VERSION
+#
+# layout            the components' files, the SONAME, what the descriptor set holds
+# find_package      the README's CMakeLists.txt, on a tree that was moved; versions asked for
+# pkg_config        the README's compiler call
+# series            a run-time of another series than the library's is refused, in one sentence
+# add_subdirectory, fetch_content
+#                   the sources as a part of another project
+set -euo pipefail
+
+check=$1 build=$2 source=$3 runtime=$4 version=$5
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+
+source "$(dirname "${BASH_SOURCE[0]}")/consumer.sh"
+
+install_into() { quietly cmake --install "$build" --prefix "$1" "${@:2}"; }
+
+case $check in
+  layout)
+    library=libcalibration_protolib.so
+    install_into "$folder/runtime" --component Runtime
+    install_into "$folder/development" --component Development
+    install_into "$folder/all"
+    # The library's folder is named after the system: lib, lib64, lib/x86_64-linux-gnu.
+    libdir=$(cd "$folder/runtime" && dirname "$(find . -name "$library.$version")")
+    files() { (cd "$1" && find . ! -type d | sed "s,^$libdir/,LIB/,; s,^\./,," | LC_ALL=C sort); }
+    list() { printf '%s\n' "$@" | LC_ALL=C sort; }
+
+    # The public header, and what it includes.
+    public_headers() {
+      local header=$1 included
+      [[ " $headers " == *" $header "* ]] && return
+      headers+=" $header"
+      for included in $(sed -n 's,^#include "\(calibration_common/.*\)"$,\1,p' \
+        "$source/$header"); do
+        public_headers "$included"
+      done
+    }
+    headers=""
+    public_headers calibration_common/calibration.pb.h
+
+    runtime_files=("LIB/$library.$version" "LIB/$library.${version%%.*}")
+    cmake_folder=LIB/cmake/calibration_protolib
+    schema_folder=share/calibration_protolib/proto/calibration_common
+    development_files=("LIB/$library" LIB/pkgconfig/calibration_protolib.pc
+      $(printf 'include/%s ' $headers)
+      "$schema_folder/calibration.proto" "$schema_folder/calibration.desc"
+      "$cmake_folder/ProtobufRuntime.cmake" "$cmake_folder/calibration_protolibConfig.cmake"
+      "$cmake_folder/calibration_protolibConfigVersion.cmake"
+      "$cmake_folder/calibration_protolibTargets.cmake"
+      "$cmake_folder/calibration_protolibTargets-release.cmake")
+    diff <(list "${runtime_files[@]}") <(files "$folder/runtime") || fail "component Runtime"
+    diff <(list "${development_files[@]}") \
+      <(files "$folder/development" | sed -E 's/(Targets-)[a-z]+/\1release/') ||
+      fail "component Development"
+    missing=$(comm -13 <(files "$folder/all") \
+      <(list "${runtime_files[@]}" "${development_files[@]}" | sed '/Targets-release/d'))
+    [[ -z $missing ]] || fail "not installed without naming components: $missing"
+
+    # The command, where it is built, finds the library beside it.
+    if [[ -e $folder/all/bin/calib ]]; then
+      install_into "$folder/tools" --component Tools
+      [[ -x $folder/tools/bin/calib ]] || fail "component Tools: $(files "$folder/tools")"
+      quietly "$folder/all/bin/calib" --help
+    fi
+
+    soname=$(readelf -dW "$folder/all/$libdir/$library" | sed -n 's/.*(SONAME).*\[\(.*\)\]/\1/p')
+    [[ $soname == "$library.${version%%.*}" ]] || fail "SONAME is $soname"
+    if grep -rlF -e "$folder" -e "$build" -e "$source" "$folder/all" --include='*.cmake' \
+      --include='*.pc'; then
+      fail "these files name folders of the build or the installation"
+    fi
+    # One file (field 1, length-delimited), of 3480 bytes, whose first field is its name.
+    head=$(od -An -v -tx1 -N5 "$folder/all/$schema_folder/calibration.desc" | tr -d ' \n')
+    size=$(stat -c %s "$folder/all/$schema_folder/calibration.desc")
+    [[ $head == 0a981b0a24 && $size == 3483 ]] ||
+      fail "the descriptor set has $size bytes and begins with $head, expected 3483 and 0a981b0a24"
+    ;;
+
+  find_package)
+    install_into "$folder/before"
+    mv "$folder/before" "$folder/moved"
+    make_program
+    # Variables of the user's, named like those the package looks things up with.
+    build_and_run "$folder/robot" "$folder/moved;$runtime" -Dlibrary=user -Dinclude_dir=user
+
+    mkdir "$folder/versions"
+    major=${version%%.*}
+    for case in "$major=yes" "$version=yes" "$((major + 1))=no" "$major.99=no" "0.9=no"; do
+      printf '%s\n' 'cmake_minimum_required(VERSION 3.16)' 'project(versions LANGUAGES CXX)' \
+        "find_package(calibration_protolib ${case%=*} CONFIG QUIET)" \
+        'message(STATUS "found=${calibration_protolib_FOUND}.")' \
+        'find_package(calibration_protolib CONFIG REQUIRED)' \
+        'file(SIZE "${calibration_protolib_SCHEMA_DIR}/calibration.desc" size)' \
+        >"$folder/versions/CMakeLists.txt"
+      configure "$folder/versions" "$folder/moved;$runtime"
+      ((status == 0)) || fail "asking twice, or the schema's folder: $output"
+      found=no
+      [[ $output != *found=1.* ]] || found=yes
+      [[ $found == "${case#*=}" ]] ||
+        fail "version ${case%=*} asked for; expected to be found: ${case#*=}: $output"
+    done
+    ;;
+
+  pkg_config)
+    install_into "$folder/installed"
+    make_program
+    file=$(find "$folder/installed" -name calibration_protolib.pc)
+    libdir=$(dirname "$(dirname "$file")")
+    export PKG_CONFIG_PATH="$(dirname "$file"):$runtime/lib/pkgconfig"
+    [[ $(pkg-config --modversion calibration_protolib) == "$version" ]] || fail "another version"
+    schemas=$(pkg-config --variable schemadir calibration_protolib)
+    [[ -r $schemas/calibration_common/calibration.desc ]] ||
+      fail "no descriptor set in the folder that the variable schemadir names"
+    command=$(readme_block sh)
+    (cd "$folder/robot" && quietly bash -c "$command")
+    (cd "$folder" && LD_LIBRARY_PATH="$libdir:$runtime/lib" robot/robot) ||
+      fail "the program failed"
+    expect_record "$folder"
+
+    # A run-time of another series is refused here, too.
+    if grep -q '^Requires: protobuf' "$file"; then
+      mkdir "$folder/other"
+      for case in 3.0.0-beta-2=no 3.20.3=no 3.21.0=yes 3.21.99=yes 3.22.0=no 4.21.12=no; do
+        printf '%s\n' 'Name: protobuf' 'Description: made up' "Version: ${case%=*}" \
+          >"$folder/other/protobuf.pc"
+        accepted=no
+        PKG_CONFIG_PATH="$folder/other:$(dirname "$file")" pkg-config --libs calibration_protolib \
+          >"$folder/log" 2>&1 && accepted=yes
+        [[ $accepted == "${case#*=}" ]] || fail "run-time ${case%=*}: accepted: $accepted"
+      done
+    fi
+    ;;
+
+  series)
+    install_into "$folder/installed"
+    make_program
+    built_for=$(sed -n 's/^calibration_find_protobuf_runtime(.*"\(.*\)")$/\1/p' \
+      "$(find "$folder/installed" -name calibration_protolibConfig.cmake)")
+    # refusal NUMBER VERSION: of a made-up run-time.
+    for case in 2006001=2.6.1 3000000=3.0.0 3001000=3.1.0 3021012=3.21.12 3022000=3.22.0 \
+      4021012=4.21.12; do
+      number=${case%=*} found=${case#*=}
+      other=$folder/$number
+      mkdir -p "$other/include/google/protobuf/stubs" "$other/lib"
+      echo "#define GOOGLE_PROTOBUF_VERSION $number" \
+        >"$other/include/google/protobuf/stubs/common.h"
+      touch "$other/lib/libprotobuf.so"
+      rm -rf "$folder/robot/build"
+      configure "$folder/robot" "$folder/installed;$other"
+      if [[ $found == "$built_for".* ]]; then
+        ((status == 0)) || fail "$found was refused: $output"
+        continue
+      fi
+      expected="calibration_protolib was built for the protobuf run-time of the $built_for series; "
+      expected+="the one found in $other/include is version $found."
+      ((status != 0)) || fail "$found was accepted; expected: $expected"
+      [[ $output == *"$expected"* && $(grep -o 'CMake Error' <<<"$output" | wc -l) == 1 ]] ||
+        fail "$found: expected one error that says: $expected $output"
+
+      # Who can do without the library is told so and goes on.
+      mkdir -p "$folder/optional"
+      printf '%s\n' 'cmake_minimum_required(VERSION 3.16)' 'project(optional LANGUAGES CXX)' \
+        'find_package(calibration_protolib CONFIG QUIET)' \
+        'if(calibration_protolib_FOUND)' 'message(FATAL_ERROR "found")' 'endif()' \
+        >"$folder/optional/CMakeLists.txt"
+      configure "$folder/optional" "$folder/installed;$other"
+      [[ $status == 0 && $output != *"CMake Warning"* ]] || fail "QUIET, not REQUIRED: $output"
+    done
+    ;;
+
+  add_subdirectory)
+    make_program
+    sed -i "s,^find_package.*,add_subdirectory($source calibration)," "$folder/robot/CMakeLists.txt"
+    build_and_run "$folder/robot" "$runtime" -DCMAKE_BUILD_TYPE=Debug
+    # The library alone: no generator, no example, no test, nothing to install.
+    targets=$(cmake --build "$folder/robot/build" --target help)
+    if grep -E 'protogen|stereo_rig|_test|descriptor_set' <<<"$targets"; then
+      fail "a project that adds this one builds these, too"
+    fi
+    quietly cmake --install "$folder/robot/build" --prefix "$folder/installed"
+    [[ ! -e $folder/installed ]] || fail "installed unasked: $(find "$folder/installed" -type f)"
+    ;;
+
+  fetch_content)
+    make_program
+    tar -C "$source" --exclude ./build --exclude ./.git -czf "$folder/sources.tar.gz" .
+    cat >"$folder/fetch" <<END
+include(FetchContent)
+FetchContent_Declare(calibration_protolib URL "$folder/sources.tar.gz")
+FetchContent_MakeAvailable(calibration_protolib)
+END
+    sed -i -e "/^find_package/{r $folder/fetch" -e 'd}' "$folder/robot/CMakeLists.txt"
+    echo 'install(TARGETS robot)' >>"$folder/robot/CMakeLists.txt"
+    # Asked for, the library is installed along.
+    build_and_run "$folder/robot" "$runtime" -DCMAKE_BUILD_TYPE=Debug -DCALIBRATION_INSTALL=ON \
+      -DCMAKE_POLICY_DEFAULT_CMP0135=NEW
+    quietly cmake --install "$folder/robot/build" --prefix "$folder/installed"
+    [[ -x $folder/installed/bin/robot && -n $(find "$folder/installed" -name '*.so') ]] ||
+      fail "not installed: program or library"
+    ;;
+
+  *) fail "unknown case" ;;
+esac

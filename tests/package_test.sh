@@ -1,0 +1,95 @@
+#!/usr/bin/env bash
+# scripts/package makes Debian packages that install with what they depend on, and the program of
+# README.md builds against them and runs.
+#
+#   package_test.sh SOURCE-FOLDER VERSION RUN-TIME-SERIES
+#
+# dpkg installs them into an empty folder, knowing of the packages of this machine: a dependency
+# that Debian cannot meet fails. Nothing outside the folder changes.
+set -euo pipefail
+
+source=$1 version=$2 series=$3
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+source "$(dirname "${BASH_SOURCE[0]}")/consumer.sh"
+
+for tool in dpkg dpkg-deb dpkg-shlibdeps cpack fakeroot; do
+  command -v "$tool" >/dev/null || fail "$tool is not installed"
+done
+
+# A test installs nothing on this machine.
+mkdir "$folder/bin"
+for command in apt-get sudo ldconfig; do
+  printf '#!/bin/sh\n[ %s = ldconfig ] || { echo "%s called by a test" >&2; exit 1; }\n' \
+    "$command" "$command" >"$folder/bin/$command"
+  chmod +x "$folder/bin/$command"
+done
+PATH=$folder/bin:$PATH
+
+quietly "$source/scripts/package" --output "$folder/packages"
+architecture=$(dpkg --print-architecture)
+runtime=$folder/packages/libcalibration-protolib${version%%.*}_$version-1_$architecture.deb
+development=$folder/packages/libcalibration-protolib-dev_$version-1_$architecture.deb
+for package in "$runtime" "$development"; do
+  [[ -r $package ]] || fail "no $package: $(ls "$folder/packages")"
+done
+
+# --- Dependencies, and what is in which package ---
+
+depends=$(dpkg-deb --field "$runtime" Depends)
+for name in libc6 libprotobuf32 'libstdc++6'; do
+  [[ ", $depends" == *", $name "* ]] || fail "$runtime does not depend on $name: $depends"
+done
+depends=$(dpkg-deb --field "$development" Depends)
+for expected in "libcalibration-protolib${version%%.*} (= $version-1)" \
+  "libprotobuf-dev (>= $series)" "libprotobuf-dev (<< ${series%.*}.$((${series#*.} + 1))~)"; do
+  [[ $depends == *"$expected"* ]] || fail "$development does not depend on $expected: $depends"
+done
+# Packages of two SONAMEs may be installed at once: no file is in both.
+major=${version%%.*}
+others=$(dpkg-deb --contents "$runtime" | awk '$1 !~ /^d/ { print $6 }' |
+  grep -vE "/libcalibration_protolib\.so\.$major(\.[0-9]+)*$|/doc/libcalibration-protolib$major/" ||
+  true)
+[[ -z $others ]] || fail "$runtime holds more than its library: $others"
+for package in "$folder"/packages/*.deb; do
+  name=$(dpkg-deb --field "$package" Package)
+  dpkg-deb --contents "$package" | grep -q "/usr/share/doc/$name/copyright$" ||
+    fail "$package names no license"
+  [[ $(dpkg-deb --field "$package" Description | wc -l) -ge 2 ]] ||
+    fail "$package has no description below its summary"
+done
+
+# --- Installation ---
+
+root=$folder/root
+mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates" "$root/var/lib/dpkg/triggers"
+# What is installed on this machine, but for these packages, should they be.
+awk -v RS= -v ORS='\n\n' '!/^Package: (libcalibration-protolib|calibration-tools)/' \
+  /var/lib/dpkg/status >"$root/var/lib/dpkg/status"
+echo 1 >"$root/var/lib/dpkg/info/format"
+quietly fakeroot dpkg --root="$root" --no-triggers --force-not-root --force-script-chrootless \
+  --install "$folder"/packages/*.deb
+
+library=$(find "$root" -name "libcalibration_protolib.so.$version")
+[[ -n $library ]] || fail "no library was installed"
+if readelf -dW "$library" | grep -E 'RPATH|RUNPATH'; then
+  fail "the packaged library names folders of this machine"
+fi
+if readelf -SW "$library" | grep -q '\.debug_info'; then fail "the library is not stripped"; fi
+export LD_LIBRARY_PATH
+LD_LIBRARY_PATH=$(dirname "$library")
+
+make_program
+build_and_run "$folder/robot" "$root/usr"
+export PKG_CONFIG_PATH="$LD_LIBRARY_PATH/pkgconfig"
+command=$(readme_block sh)
+rm "$folder"/*.binpb
+(cd "$folder/robot" && quietly bash -c "$command")
+(cd "$folder" && robot/robot) || fail "the program built with pkg-config failed"
+expect_record "$folder"
+
+# Removing takes away all that was installed.
+quietly fakeroot dpkg --root="$root" --no-triggers --force-not-root --force-script-chrootless \
+  --purge $(for package in "$folder"/packages/*.deb; do dpkg-deb --field "$package" Package; done)
+left=$(find "$root" -name '*calibration*')
+[[ -z $left ]] || fail "left behind: $left"
