@@ -14,11 +14,20 @@
 
 #include "tests/support/entrances.h"
 #include "tests/support/random_record.h"
+#include "tests/support/schema_table.h"
 #include "tests/support/strict_reader.h"
 
 namespace zarvo {
 namespace calibration {
 namespace testing {
+
+// What tests that run once for each message take as their parameter, and how those are named.
+inline std::vector<const char*> MessageNames() {
+  std::vector<const char*> names;
+  for (const MessageRow& message : Schema()) names.push_back(message.name);
+  return names;
+}
+inline std::string NameOf(const ::testing::TestParamInfo<const char*>& info) { return info.param; }
 
 // Leaves each repeated field, in all the tree, one element.
 inline void KeepFirstElements(::google::protobuf::Message* record) {

@@ -2,6 +2,7 @@
 // nothing leaks, and the record that was worked on stays a record, which can be read, written,
 // copied, cleared, filled again and destroyed.
 #include <google/protobuf/arena.h>
+#include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 
 #include <functional>
@@ -13,6 +14,7 @@
 
 #include "calibration_common/calibration.pb.h"
 #include "tests/support/allocations.h"
+#include "tests/support/entrances.h"
 #include "tests/support/fields.h"
 #include "tests/support/random_record.h"
 #include "tests/support/records.h"
@@ -228,6 +230,69 @@ TYPED_TEST(AllocationOfRecordTest, Parse) {
         record->ParseFromIstream(&stream);
       },
       true);
+}
+
+// Through every call, each from one start and with one way to go on.
+TYPED_TEST(AllocationOfRecordTest, EveryParseCall) {
+  using T = TypeParam;
+  const T full = Full<T>();
+  const std::string bytes = full.SerializeAsString();
+  for (const auto& table : {ConcreteEntrances<T>(), GenericEntrances()}) {
+    int turn = 0;
+    for (const Entrance& entrance : table) {
+      SCOPED_TRACE(entrance.name);
+      ++turn;
+      ForEachFailure([&](auto attempt) {
+        T record;
+        if (turn % 3 != 0) record.MergeFrom(full);
+        if (turn % 3 == 1 || entrance.merges) record.Clear();
+        bool accepted = false;
+        if (attempt([&] { accepted = entrance.parse(&record, bytes); })) {
+          CheckUsable(&record, full, bytes, turn % kWaysToGoOn);
+        } else {
+          EXPECT_TRUE(accepted);
+          EXPECT_TRUE(EqualByReflection(record, full));
+        }
+      });
+      if (this->HasFailure()) return;
+    }
+  }
+}
+
+// What a record has room for is used again: a program that reads one record after the other into
+// the same object takes no memory for it once it has read one of the shape.
+TYPED_TEST(AllocationOfRecordTest, ParsingTheSameShapeAgainTakesNoMemory) {
+  using T = TypeParam;
+  const T full = Full<T>();
+  const std::string bytes = full.SerializeAsString();
+  const int size = static_cast<int>(bytes.size());
+  const auto expect_none = [&](const char* what, auto parse) {
+    T record;
+    ASSERT_TRUE(parse(&record)) << what;
+    ASSERT_TRUE(parse(&record)) << what;
+    const long before = Allocations();
+    const bool accepted = parse(&record);
+    EXPECT_EQ(Allocations(), before) << what;
+    EXPECT_TRUE(accepted) << what;
+    EXPECT_TRUE(EqualByReflection(record, full)) << what;
+  };
+  expect_none("array", [&](auto* record) { return record->ParseFromArray(bytes.data(), size); });
+  expect_none("string", [&](auto* record) { return record->ParseFromString(bytes); });
+  for (const int block : {1, 7, 64, 4096}) {
+    expect_none("stream", [&](auto* record) {
+      ArrayInputStream stream(bytes.data(), size, block);
+      return record->ParseFromZeroCopyStream(&stream);
+    });
+    expect_none("coded stream", [&](auto* record) {
+      ArrayInputStream stream(bytes.data(), size, block);
+      ::google::protobuf::io::CodedInputStream input(&stream);
+      return record->ParseFromCodedStream(&input) && input.ConsumedEntireMessage();
+    });
+  }
+  // Through Message& the run-time of 3.21 takes memory where the input comes in pieces.
+  expect_none("Message&, array",
+              [&](Message* record) { return record->ParseFromArray(bytes.data(), size); });
+  expect_none("Message&, string", [&](Message* record) { return record->ParseFromString(bytes); });
 }
 
 // --- Writing -------------------------------------------------------------------------------------

@@ -17,6 +17,7 @@
 
 #include "calibration_common/calibration.pb.h"
 #include "tests/robustness/agreement.h"
+#include "tests/robustness/every_entrance.h"
 #include "tests/support/class_calls.h"
 #include "tests/support/entrances.h"
 #include "tests/support/occurrences.h"
@@ -35,49 +36,8 @@ using ::google::protobuf::FieldDescriptor;
 using ::google::protobuf::Message;
 using ::google::protobuf::Reflection;
 
-std::string Tag(int number, WireType type) { return WireWriter().Tag(number, type).bytes(); }
-
-std::string Nested(int number, const std::string& contents) {
-  return WireWriter().Tag(number, kLengthDelimited).LengthDelimited(contents).bytes();
-}
-
-// Once for each message of the schema.
-class TruncationTest : public ::testing::TestWithParam<const char*> {
+class TruncationTest : public EveryEntranceTest {
  protected:
-  TruncationTest()
-      : message_(FindMessage(GetParam())),
-        instance_(NewRecord(GetParam())),
-        on_class_(ConcreteEntrances(GetParam())),
-        on_message_(GenericEntrances()) {}
-
-  // Large inputs go through a share of the entrances each, so that all entrances take their turn.
-  enum Entrances { kEvery, kInTurn };
-
-  // False at the first disagreement.
-  bool AllAgree(const std::string& bytes, Entrances entrances = kEvery) const {
-    ++inputs_;
-    const Input input(*instance_, bytes);
-    accepted_ += input.verdict.accepted;
-    const size_t step = entrances == kEvery ? 1 : 9;
-    for (size_t i = static_cast<size_t>(inputs_) % step; i < on_class_.size(); i += step) {
-      const ::testing::AssertionResult on_class = Agrees(input, on_class_[i], Call::kOnClass);
-      const ::testing::AssertionResult on_message = Agrees(input, on_message_[i], Call::kOnMessage);
-      EXPECT_TRUE(on_class);
-      EXPECT_TRUE(on_message);
-      if (!on_class || !on_message) return false;
-    }
-    return true;
-  }
-
-  // All of them are malformed.
-  void ExpectRefused(const std::vector<std::string>& catalogue, Entrances entrances) const {
-    const int accepted_before = accepted_;
-    for (const std::string& bytes : catalogue) {
-      if (!AllAgree(bytes, entrances)) return;
-      ASSERT_EQ(accepted_, accepted_before) << "taken for valid: " << Hex(bytes);
-    }
-  }
-
   void ExpectPrefixesAgree(const std::string& bytes, Entrances entrances) const {
     ASSERT_TRUE(Judge(message_.name, bytes)) << Judge(message_.name, bytes);
     for (size_t size = 0; size <= bytes.size(); ++size) {
@@ -85,28 +45,9 @@ class TruncationTest : public ::testing::TestWithParam<const char*> {
       if (!AllAgree(bytes.substr(0, size), entrances)) return;
     }
   }
-
-  const MessageRow& message_;
-  const std::unique_ptr<Message> instance_;
-  const std::vector<Entrance> on_class_;
-  const std::vector<Entrance> on_message_;
-  mutable int inputs_ = 0;
-  mutable int accepted_ = 0;
-
- private:
-  ::google::protobuf::LogSilencer no_remarks_on_missing_fields_;
 };
 
-std::vector<const char*> MessageNames() {
-  std::vector<const char*> names;
-  for (const MessageRow& message : Schema()) names.push_back(message.name);
-  return names;
-}
-
-INSTANTIATE_TEST_SUITE_P(AllRecords, TruncationTest, ::testing::ValuesIn(MessageNames()),
-                         [](const ::testing::TestParamInfo<const char*>& info) {
-                           return std::string(info.param);
-                         });
+INSTANTIATE_TEST_SUITE_P(AllRecords, TruncationTest, ::testing::ValuesIn(MessageNames()), NameOf);
 
 // --- Prefixes ------------------------------------------------------------------------------------
 
@@ -150,42 +91,6 @@ TEST_P(TruncationTest, EveryPrefixOfMixedRecords) {
 
 // --- Malformed pieces ----------------------------------------------------------------------------
 
-// Unknown fields, for something to follow: bytes that a length which runs too far would reach.
-std::string Filler() {
-  std::string filler;
-  for (int i = 0; i < 50; ++i) filler += WireWriter().Tag(100, kVarint).Varint(1).bytes();
-  return filler;
-}
-
-// A way from a message down to itself (no numbers) or to a message nested in it.
-struct Path {
-  std::vector<int> numbers;
-  const MessageRow* message;
-
-  // The encoding of the outermost message, with `contents` in the innermost.
-  std::string Wrap(std::string contents) const {
-    for (size_t i = numbers.size(); i > 0; --i) contents = Nested(numbers[i - 1], contents);
-    return contents;
-  }
-};
-
-void AddPaths(const Path& start, std::vector<Path>* paths) {
-  paths->push_back(start);
-  for (const FieldRow& field : *start.message) {
-    if (field.kind != Kind::kMessage) continue;
-    Path longer = start;
-    longer.numbers.push_back(field.number);
-    longer.message = &FindMessage(field.message_type);
-    AddPaths(longer, paths);
-  }
-}
-
-std::vector<Path> PathsFrom(const MessageRow& message) {
-  std::vector<Path> paths;
-  AddPaths({{}, &message}, &paths);
-  return paths;
-}
-
 // Lengths that `rest` bytes do not satisfy: too long by a little and by a lot, and such as come to
 // something small where they are cut to 32 bits or taken for signed.
 std::vector<uint64_t> WrongLengths(uint64_t rest) {
@@ -204,22 +109,6 @@ std::vector<uint64_t> WrongLengths(uint64_t rest) {
           1ull << 63,
           (1ull << 63) + rest,
           ~0ull};
-}
-
-// Every length-delimited value that can stand in the message: its tag and what its length covers.
-// Contents end at a field boundary, so that nothing but the length is wrong.
-std::vector<std::pair<std::string, std::string>> LengthDelimitedValues(const MessageRow& message) {
-  std::vector<std::pair<std::string, std::string>> values = {
-      {Tag(100, kLengthDelimited), "16 unknown bytes"}};
-  for (const FieldRow& field : message) {
-    // A string, a sub-message, a packed run, or a number mistyped.
-    values.push_back(
-        {Tag(field.number, kLengthDelimited),
-         field.kind == Kind::kMessage
-             ? BoundaryOccurrences(FindMessage(field.message_type).fields[0])[1].bytes()
-             : "16 bytes of text"});
-  }
-  return values;
 }
 
 TEST_P(TruncationTest, ALengthThatRunsPastTheEnd) {

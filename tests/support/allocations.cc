@@ -20,11 +20,13 @@ constexpr long kNever = std::numeric_limits<long>::max();
 std::atomic<long> allocations(0);
 std::atomic<long> live_blocks(0);
 std::atomic<size_t> latest_allocation(0);
+std::atomic<size_t> allocated_bytes(0);
 std::atomic<long> first_to_fail(kNever);  // numbers of allocations
 std::atomic<long> last_to_fail(kNever);
 
 void* Allocate(size_t size) {
   const long number = ++allocations;
+  allocated_bytes += size;
   if (number >= first_to_fail && number <= last_to_fail) throw std::bad_alloc();
   void* block = std::malloc(size == 0 ? 1 : size);
   if (block == nullptr) throw std::bad_alloc();
@@ -53,6 +55,7 @@ namespace testing {
 using ::google::protobuf::Message;
 
 long Allocations() { return allocations; }
+size_t AllocatedBytes() { return allocated_bytes; }
 size_t LatestAllocation() { return latest_allocation; }
 long LiveBlocks() { return live_blocks; }
 
@@ -86,11 +89,13 @@ const auto* const run_time_is_warm = ::testing::AddGlobalTestEnvironment(new Run
 TEST(AllocationsTest, AreCountedAndFail) {
   const long allocations_before = Allocations();
   const long live_before = LiveBlocks();
+  const size_t bytes_before = AllocatedBytes();
   int* volatile block = new int(1);
   ASSERT_EQ(Allocations(), allocations_before + 1)
       << "operator new is not the one that this program defines; under valgrind, pass "
          "--soname-synonyms=somalloc=nouserintercepts";
   EXPECT_EQ(LatestAllocation(), sizeof(int));
+  EXPECT_EQ(AllocatedBytes(), bytes_before + sizeof(int));
   EXPECT_EQ(LiveBlocks(), live_before + 1);
   delete block;
   EXPECT_EQ(LiveBlocks(), live_before);

@@ -15,6 +15,9 @@ namespace testing {
 // Calls of operator new so far.
 long Allocations();
 
+// What they asked for, in bytes and all told, whether it was given back since or not.
+size_t AllocatedBytes();
+
 // The size that the latest of them asked for.
 size_t LatestAllocation();
 

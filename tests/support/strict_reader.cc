@@ -1,4 +1,5 @@
-// Reading builds a tree of values, one node a message; writing the tree out is Rewrite().
+// Reading builds a tree of values, one node a message; writing the tree out is Rewrite(). Where
+// only the verdict is asked for, there are no nodes: every Node and WireWriter below may be null.
 #include "tests/support/strict_reader.h"
 
 #include <cstdint>
@@ -28,15 +29,18 @@ class Reader {
   explicit Reader(const std::string& bytes) : bytes_(bytes) {}
 
   Verdict Read(const MessageRow& message, int depth_limit, Node* node) {
-    if (!ReadMessage(message, bytes_.size(), depth_limit, node)) {
-      return {false, position_, reason_};
-    }
+    if (!IsRecord(message, depth_limit, node)) return {false, position_, reason_ + detail_};
     return {true, 0, ""};
   }
 
+  bool IsRecord(const MessageRow& message, int depth_limit, Node* node) {
+    return ReadMessage(message, bytes_.size(), depth_limit, node);
+  }
+
  private:
-  bool Fail(const std::string& reason) {
+  bool Fail(const char* reason, const std::string& detail = std::string()) {
     reason_ = reason;
+    detail_ = detail;
     return false;
   }
 
@@ -58,7 +62,7 @@ class Reader {
     *number = static_cast<int>(tag >> 3);
     *wire_type = tag & 7;
     if (*number == 0) return Fail("a field number is zero");
-    if (*wire_type > kFixed32) return Fail("wire type " + std::to_string(*wire_type));
+    if (*wire_type > kFixed32) return Fail("wire type ", std::to_string(*wire_type));
     return true;
   }
 
@@ -83,7 +87,7 @@ class Reader {
   bool ReadText(size_t end, std::string* text) {
     size_t text_end;
     if (!ReadLength(end, &text_end)) return false;
-    text->assign(bytes_, position_, text_end - position_);
+    if (text != nullptr) text->assign(bytes_, position_, text_end - position_);
     position_ = text_end;
     return true;
   }
@@ -101,7 +105,8 @@ class Reader {
       } else if (field != nullptr && wire_type == kLengthDelimited && field->repeated()) {
         read = ReadPacked(*field, end, node);  // a repeated message was caught above
       } else {
-        read = ReadUnknown(number, wire_type, end, depth_left, &node->unknown);
+        read = ReadUnknown(number, wire_type, end, depth_left,
+                           node == nullptr ? nullptr : &node->unknown);
       }
       if (!read) return false;
     }
@@ -114,13 +119,17 @@ class Reader {
         size_t message_end;
         if (!ReadLength(end, &message_end)) return false;
         if (depth_left == 0) return Fail("nested too deeply");
-        std::vector<Node>& nodes = node->messages[field.number];
-        if (field.repeated() || nodes.empty()) nodes.emplace_back();
-        return ReadMessage(FindMessage(field.message_type), message_end, depth_left - 1,
-                           &nodes.back());
+        Node* child = nullptr;
+        if (node != nullptr) {
+          std::vector<Node>& nodes = node->messages[field.number];
+          if (field.repeated() || nodes.empty()) nodes.emplace_back();
+          child = &nodes.back();
+        }
+        return ReadMessage(FindMessage(field.message_type), message_end, depth_left - 1, child);
       }
       case Kind::kString:
       case Kind::kBytes: {
+        if (node == nullptr) return ReadText(end, nullptr);
         std::string text;
         if (!ReadText(end, &text)) return false;
         node->texts[field.number] = {text};
@@ -129,6 +138,7 @@ class Reader {
       default: {
         uint64_t value;
         if (!ReadNumber(field.kind, end, &value)) return false;
+        if (node == nullptr) return true;
         std::vector<uint64_t>& numbers = node->numbers[field.number];
         if (!field.repeated()) numbers.clear();
         numbers.push_back(value);
@@ -155,31 +165,31 @@ class Reader {
     while (position_ < run_end) {
       uint64_t value;
       if (!ReadNumber(field.kind, run_end, &value)) return false;
-      node->numbers[field.number].push_back(value);
+      if (node != nullptr) node->numbers[field.number].push_back(value);
     }
     return true;
   }
 
   bool ReadUnknown(int number, uint32_t wire_type, size_t end, int depth_left, WireWriter* out) {
-    out->Tag(number, static_cast<WireType>(wire_type));
+    if (out != nullptr) out->Tag(number, static_cast<WireType>(wire_type));
     uint64_t value;
     std::string text;
     switch (wire_type) {
       case kVarint:
         if (!ReadVarint(end, &value)) return false;
-        out->Varint(value);
+        if (out != nullptr) out->Varint(value);
         return true;
       case kFixed64:
         if (!ReadLittleEndian(end, 8, &value)) return false;
-        out->Fixed64(value);
+        if (out != nullptr) out->Fixed64(value);
         return true;
       case kFixed32:
         if (!ReadLittleEndian(end, 4, &value)) return false;
-        out->Fixed32(static_cast<uint32_t>(value));
+        if (out != nullptr) out->Fixed32(static_cast<uint32_t>(value));
         return true;
       case kLengthDelimited:
-        if (!ReadText(end, &text)) return false;
-        out->LengthDelimited(text);
+        if (!ReadText(end, out == nullptr ? nullptr : &text)) return false;
+        if (out != nullptr) out->LengthDelimited(text);
         return true;
       default:
         return ReadGroup(number, end, depth_left, out);
@@ -195,20 +205,21 @@ class Reader {
       if (!ReadTag(end, &number, &wire_type)) return false;
       if (wire_type == kEndGroup) {
         if (number != group_number) {
-          return Fail("group " + std::to_string(group_number) + " is closed as group " +
-                      std::to_string(number));
+          return Fail("a group is closed as another: ",
+                      std::to_string(group_number) + " as " + std::to_string(number));
         }
-        out->Tag(number, kEndGroup);
+        if (out != nullptr) out->Tag(number, kEndGroup);
         return true;
       }
       if (!ReadUnknown(number, wire_type, end, depth_left - 1, out)) return false;
     }
-    return Fail("group " + std::to_string(group_number) + " is not closed");
+    return Fail("a group is not closed: ", std::to_string(group_number));
   }
 
   const std::string& bytes_;
   size_t position_ = 0;
-  std::string reason_;
+  const char* reason_ = "";
+  std::string detail_;
 };
 
 void WriteNode(const MessageRow& message, const Node& node, WireWriter* out) {
@@ -250,9 +261,12 @@ std::ostream& operator<<(std::ostream& out, const Verdict& verdict) {
   return out << "refused at offset " << verdict.offset << ": " << verdict.reason;
 }
 
+bool IsRecord(const MessageRow& message, const std::string& bytes, int depth_limit) {
+  return Reader(bytes).IsRecord(message, depth_limit, nullptr);
+}
+
 Verdict Judge(const std::string& message, const std::string& bytes, int depth_limit) {
-  Node node;
-  return Reader(bytes).Read(FindMessage(message), depth_limit, &node);
+  return Reader(bytes).Read(FindMessage(message), depth_limit, nullptr);
 }
 
 std::string Rewrite(const std::string& message, const std::string& bytes, int depth_limit) {

@@ -11,6 +11,8 @@
 #include <ostream>
 #include <string>
 
+#include "tests/support/schema_table.h"
+
 namespace zarvo {
 namespace calibration {
 namespace testing {
@@ -39,6 +41,10 @@ std::ostream& operator<<(std::ostream& out, const Verdict& verdict);
 // A varint has at most ten bytes and may be longer than need be; a tag counts modulo 2^32, a length
 // in full. Whether required fields are present is not looked at.
 Verdict Judge(const std::string& message, const std::string& bytes,
+              int depth_limit = kDefaultDepthLimit);
+
+// Judge() without reasons and without a heap allocation, for inputs by the million.
+bool IsRecord(const MessageRow& message, const std::string& bytes,
               int depth_limit = kDefaultDepthLimit);
 
 // What parsing the bytes and writing the record out again must give: the known fields by ascending
