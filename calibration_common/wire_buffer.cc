@@ -6,6 +6,8 @@ namespace wire {
 
 namespace {
 
+using ::google::protobuf::io::CodedOutputStream;
+
 const int kMaxVarintSize = 10;
 
 template <typename T>
@@ -58,7 +60,9 @@ const uint8* TakeUnknown(const uint8* p, const uint8* end, runtime::Metadata* me
   uint64 tag;
   const uint8* q = ReadVarint(p, end, &tag);
   if (q == nullptr || tag < 8 || tag > 0xFFFFFFFFu) return p;
-  if (q - p > 1 && q[-1] == 0) return p;  // longer than need be: may be a tag that is known
+  // Longer than need be, it may be a tag that is known.
+  const size_t shortest = CodedOutputStream::VarintSize32(static_cast<uint32>(tag));
+  if (static_cast<size_t>(q - p) != shortest) return p;
   const int number = WireFormatLite::GetTagFieldNumber(static_cast<uint32>(tag));
   switch (WireFormatLite::GetTagWireType(static_cast<uint32>(tag))) {
     case WireFormatLite::WIRETYPE_VARINT: {

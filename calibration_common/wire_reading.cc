@@ -19,17 +19,20 @@ bool ReadLength(CodedInputStream* input, int* length) {
   return true;
 }
 
-const int kTrustedLength = 1 << 20;
+// How many times as much as has arrived of a text room is made for.
+const int kTrust = 32;
 
 // Appends what has arrived, piece by piece. The stream's own ReadString() makes room for the whole
-// length first, even if no such input ever comes; this does so for lengths up to kTrustedLength.
+// length first, even if no such input ever comes; this does so from the second piece on, and as far
+// as what has arrived warrants.
 bool AppendBytes(CodedInputStream* input, int length, ::std::string* value) {
-  value->reserve(static_cast<size_t>(::std::min(length, kTrustedLength)));
-  while (length > 0) {
+  const size_t whole = static_cast<size_t>(length);
+  for (bool first = true; length > 0; first = false) {
     const void* data;
     int size;
     if (!input->GetDirectBufferPointer(&data, &size)) return false;
     const int count = ::std::min(length, size);
+    if (!first) value->reserve(::std::min(whole, value->size() * kTrust));
     value->append(static_cast<const char*>(data), static_cast<size_t>(count));
     input->Skip(count);
     length -= count;

@@ -246,6 +246,18 @@ TEST_P(TruncationTest, TagsAndLengthsLongerThanNeedBe) {
   EXPECT_EQ(10 * (inputs_ - accepted_), inputs_) << "only those of eleven bytes are malformed";
 }
 
+// A varint of ten bytes has room for 70 bits. A known field's tag was once taken for another's by
+// what stands in the last six.
+TEST_P(TruncationTest, BitsOfATagBeyondTheSixtyFourthAreDropped) {
+  for (const FieldRow& field : message_) {
+    const Occurrence plain = BoundaryOccurrences(field)[1];
+    std::string tag = WireWriter().OverlongVarint(TagOf(field), 10).bytes();
+    tag.back() = '\x60';
+    if (!AllAgree(tag + plain.value) || !AllAgree(plain.bytes() + tag + plain.value)) return;
+  }
+  EXPECT_EQ(accepted_, inputs_);
+}
+
 // --- The two that started it ---------------------------------------------------------------------
 
 TEST(Truncation, ATagWithNothingBehindItIsNoRecord) {
