@@ -65,6 +65,7 @@ class FieldCollector {
 
   Stop stop() const { return stop_; }
 
+  // NOLINTNEXTLINE(bugprone-reserved-identifier)
   const char* _InternalParse(const char* ptr, ParseContext* context) {
     return Collect(ptr, context, SIZE_MAX);
   }
