@@ -1,7 +1,5 @@
 // The accessors of all 111 fields: presence, values, laziness, ownership, and agreement with
 // reflection. What holds for a kind of field is written once and tried on every field of that kind.
-#include <google/protobuf/generated_message_util.h>
-
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
@@ -49,15 +47,6 @@ class HeapUse {
   const long allocated_;
   const long live_;
 };
-
-const std::string* SharedEmptyString() {
-  return &::google::protobuf::internal::GetEmptyStringAlreadyInited();
-}
-
-template <class V>
-std::string BytesOf(V value) {
-  return std::string(reinterpret_cast<const char*>(&value), sizeof value);
-}
 
 // Values of a number: zero among them, and whatever a conversion on the way would change.
 template <class V>

@@ -34,10 +34,6 @@ using ::google::protobuf::FieldDescriptor;
 using ::google::protobuf::Message;
 using ::google::protobuf::Reflection;
 
-const FieldDescriptor* DescriptorOf(const Message& record, const FieldRow& field) {
-  return record.GetDescriptor()->FindFieldByNumber(field.number);
-}
-
 // Every way to merge or copy, `to` and `from` being records of one class.
 struct Route {
   std::string name;

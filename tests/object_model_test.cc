@@ -5,7 +5,6 @@
 // member must lie follows from the schema: the members stand in declaration order, but for three
 // records, from byte 24 on.
 #include <google/protobuf/arena.h>
-#include <google/protobuf/generated_message_util.h>
 
 #include <algorithm>
 #include <array>
@@ -154,15 +153,6 @@ uintptr_t ReadPointer(const Message& record, size_t offset) {
 }
 
 uintptr_t AddressOf(const void* object) { return reinterpret_cast<uintptr_t>(object); }
-
-const std::string* SharedEmptyString() {
-  return &::google::protobuf::internal::GetEmptyStringAlreadyInited();
-}
-
-template <class V>
-std::string BytesOf(const V& value) {
-  return std::string(reinterpret_cast<const char*>(&value), sizeof value);
-}
 
 // The bytes of a singular number's initial value.
 std::string InitialBytes(const FieldRow& field) {

@@ -51,10 +51,6 @@ bool HasBit(const Message& record, const FieldRow& field) {
   return (HasBits(record) >> field.has_bit & 1) != 0;
 }
 
-const FieldDescriptor* DescriptorOf(const Message& record, const FieldRow& field) {
-  return record.GetDescriptor()->FindFieldByNumber(field.number);
-}
-
 // Reading the bytes of the sequence must do to a record what applying the sequence does.
 void ExpectReads(const MessageRow& message, const Occurrences& sequence) {
   const std::string bytes = BytesOf(sequence);

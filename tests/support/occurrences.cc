@@ -8,6 +8,7 @@
 #include <iostream>
 #include <utility>
 
+#include "tests/support/random_numbers.h"
 #include "tests/support/random_record.h"
 #include "tests/support/wire_writer.h"
 
@@ -23,15 +24,6 @@ using ::google::protobuf::UnknownFieldSet;
 
 constexpr WireType kWireTypes[] = {kVarint, kFixed64, kLengthDelimited, kStartGroup, kFixed32};
 constexpr int kMaxGroupDepth = 3;
-
-int Below(std::mt19937* random, int end) {
-  return static_cast<int>((*random)() % static_cast<uint32_t>(end));
-}
-
-uint64_t Random64(std::mt19937* random) {
-  const uint64_t high = (*random)();
-  return high << 32 | (*random)();
-}
 
 std::string RandomText(std::mt19937* random) {
   std::string text;

@@ -6,6 +6,7 @@
 #include <cstring>
 #include <limits>
 
+#include "tests/support/random_numbers.h"
 #include "tests/support/records.h"
 
 namespace zarvo {
@@ -22,17 +23,7 @@ using ::google::protobuf::UnknownFieldSet;
 constexpr int kMaxFieldNumber = (1 << 29) - 1;
 constexpr int kMaxUnknownGroupDepth = 3;
 
-// The standard distributions differ from library to library; the engine alone does not.
-int Below(std::mt19937* random, int end) {
-  return static_cast<int>((*random)() % static_cast<uint32_t>(end));
-}
-
 bool Chance(std::mt19937* random, int percent) { return Below(random, 100) < percent; }
-
-uint64_t Random64(std::mt19937* random) {
-  const uint64_t high = (*random)();
-  return high << 32 | (*random)();
-}
 
 template <class T>
 T OneOf(std::mt19937* random, const std::vector<T>& values) {

@@ -6,6 +6,7 @@
 #ifndef CALIBRATION_TESTS_SUPPORT_RECORDS_H_
 #define CALIBRATION_TESTS_SUPPORT_RECORDS_H_
 
+#include <google/protobuf/generated_message_util.h>
 #include <google/protobuf/message.h>
 #include <gtest/gtest.h>
 
@@ -16,6 +17,7 @@
 #include <memory>
 #include <new>
 #include <string>
+#include <type_traits>
 #include <vector>
 
 #include "calibration_common/calibration.pb.h"
@@ -109,6 +111,18 @@ inline uint32_t HasBits(const ::google::protobuf::Message& record) {
   uint32_t bits;
   std::memcpy(&bits, reinterpret_cast<const char*>(&record) + 2 * sizeof(void*), sizeof bits);
   return bits;
+}
+
+// What the text fields of an empty record refer to, all of them.
+inline const std::string* SharedEmptyString() {
+  return &::google::protobuf::internal::GetEmptyStringAlreadyInited();
+}
+
+// A number's bytes as they stand in memory, to compare values bit for bit.
+template <class V>
+std::string BytesOf(const V& value) {
+  static_assert(std::is_arithmetic<V>::value, "not a number");
+  return std::string(reinterpret_cast<const char*>(&value), sizeof value);
 }
 
 }  // namespace testing

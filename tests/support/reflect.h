@@ -12,9 +12,17 @@
 #include <memory>
 #include <string>
 
+#include "tests/support/schema_table.h"
+
 namespace zarvo {
 namespace calibration {
 namespace testing {
+
+// The record's own descriptor of a field.
+inline const ::google::protobuf::FieldDescriptor* DescriptorOf(
+    const ::google::protobuf::Message& record, const FieldRow& field) {
+  return record.GetDescriptor()->FindFieldByNumber(field.number);
+}
 
 // Compares two messages of one descriptor field by field: presence, values (numbers bit for bit, so
 // a NaN equals itself and -0.0 is not 0.0), repeated elements in order, sub-messages in depth,
