@@ -2916,8 +2916,8 @@ inline int MarkerPositionSet::pos_size() const { return pos_.size(); }
 inline const MarkerPositionInfo& MarkerPositionSet::pos(int index) const { return pos_.Get(index); }
 inline MarkerPositionInfo* MarkerPositionSet::mutable_pos(int index) { return pos_.Mutable(index); }
 inline MarkerPositionInfo* MarkerPositionSet::add_pos() { return runtime::AddElement(&pos_); }
-inline const ::google::protobuf::RepeatedPtrField<MarkerPositionInfo>& MarkerPositionSet::pos(
-    ) const {
+inline const ::google::protobuf::RepeatedPtrField<MarkerPositionInfo>& MarkerPositionSet::pos()
+    const {
   return pos_;
 }
 inline ::google::protobuf::RepeatedPtrField<MarkerPositionInfo>* MarkerPositionSet::mutable_pos() {
@@ -3828,8 +3828,8 @@ inline CameraCalibration* RobotCalibration::mutable_camera(int index) {
   return camera_.Mutable(index);
 }
 inline CameraCalibration* RobotCalibration::add_camera() { return runtime::AddElement(&camera_); }
-inline const ::google::protobuf::RepeatedPtrField<CameraCalibration>& RobotCalibration::camera(
-    ) const {
+inline const ::google::protobuf::RepeatedPtrField<CameraCalibration>& RobotCalibration::camera()
+    const {
   return camera_;
 }
 inline ::google::protobuf::RepeatedPtrField<CameraCalibration>* RobotCalibration::mutable_camera() {
@@ -4288,8 +4288,8 @@ inline FocusCheckProto* FocusCheckSetProto::mutable_spots(int index) {
   return spots_.Mutable(index);
 }
 inline FocusCheckProto* FocusCheckSetProto::add_spots() { return runtime::AddElement(&spots_); }
-inline const ::google::protobuf::RepeatedPtrField<FocusCheckProto>& FocusCheckSetProto::spots(
-    ) const {
+inline const ::google::protobuf::RepeatedPtrField<FocusCheckProto>& FocusCheckSetProto::spots()
+    const {
   return spots_;
 }
 inline ::google::protobuf::RepeatedPtrField<FocusCheckProto>* FocusCheckSetProto::mutable_spots() {
@@ -4492,8 +4492,8 @@ inline PTZIntrinsicsItem* PTZIntrinsics::mutable_samples(int index) {
   return samples_.Mutable(index);
 }
 inline PTZIntrinsicsItem* PTZIntrinsics::add_samples() { return runtime::AddElement(&samples_); }
-inline const ::google::protobuf::RepeatedPtrField<PTZIntrinsicsItem>& PTZIntrinsics::samples(
-    ) const {
+inline const ::google::protobuf::RepeatedPtrField<PTZIntrinsicsItem>& PTZIntrinsics::samples()
+    const {
   return samples_;
 }
 inline ::google::protobuf::RepeatedPtrField<PTZIntrinsicsItem>* PTZIntrinsics::mutable_samples() {

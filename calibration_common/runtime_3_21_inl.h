@@ -90,7 +90,13 @@ class FieldCollector {
         const uint32 length = ::google::protobuf::internal::ReadSize(&ptr);
         if (ptr == nullptr) return nullptr;
         AppendVarint(length);
-        return context->AppendString(ptr, static_cast<int>(length), out_);
+        // In pieces: the run-time's own call makes room for as much as was announced, or 50 MB.
+        for (uint32 rest = length; rest > 0 && ptr != nullptr;) {
+          const uint32 piece = rest < 4096 ? rest : 4096;
+          ptr = context->AppendString(ptr, static_cast<int>(piece), out_);
+          rest -= piece;
+        }
+        return ptr;
       }
       case WireFormatLite::WIRETYPE_START_GROUP:
         ptr = context->ParseGroup(this, ptr, tag);

@@ -93,6 +93,7 @@ std::string FitLine(const std::string& line) {
   size_t end = line.rfind(" = ", kMaxColumns - 2);
   end = end != std::string::npos && end > indent ? end + 2
                                                  : line.find_last_of("(,", kMaxColumns - 1) + 1;
+  if (end < kMaxColumns && end < line.size() && line[end] == ')') ++end;  // () stays whole
   if (end <= indent) end = line.rfind(' ', kMaxColumns);
   if (end == std::string::npos || end <= indent) return line + "\n";
   return line.substr(0, end) + "\n" +
