@@ -40,9 +40,10 @@ class MemoryTest : public EveryEntranceTest {
     return (end - middle) - std::min(end - middle, middle - start);
   }
 
-  // Tries the input through the calls that `wanted` names.
-  void TryInput(const std::string& bytes, bool (*wanted)(const Entrance&)) {
-    for (const auto* table : {&on_class_, &on_message_}) {
+  // Tries the input through the calls of these tables that `wanted` names.
+  void TryInput(const std::string& bytes, bool (*wanted)(const Entrance&),
+                const std::vector<const std::vector<Entrance>*>& tables) {
+    for (const auto* table : tables) {
       for (const Entrance& entrance : *table) {
         if (!wanted(entrance)) continue;
         EXPECT_LE(MemoryOf(entrance, bytes),
@@ -191,7 +192,16 @@ bool IsOfArray(const Entrance& entrance) {
 }
 
 TEST_P(MemoryTest, AnnouncedLengthsInAnArray) {
-  for (const std::string& bytes : AnnouncedLengths(message_)) TryInput(bytes, IsOfArray);
+  for (const std::string& bytes : AnnouncedLengths(message_)) {
+    TryInput(bytes, IsOfArray, {&on_class_, &on_message_});
+  }
+}
+
+TEST_P(MemoryTest, AnnouncedLengthsInAStream) {
+  for (const std::string& bytes : AnnouncedLengths(message_)) {
+    TryInput(bytes, [](const Entrance& entrance) { return !IsOfArray(entrance); }, {&on_class_});
+    if (HasFailure()) return;
+  }
 }
 
 }  // namespace
