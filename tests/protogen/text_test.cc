@@ -94,8 +94,9 @@ TEST(TextTest, FitLinesBreaks) {
        "for (int i = 0; i < " + name + "_size(); ++i) {\n  total_size += Size(" + name +
            "(i));\n}\n"},
       // What follows an empty list of arguments.
-      {"inline const Container<" + name.substr(16) + ">& Message::name_of_20_characters() const {",
-       "inline const Container<" + name.substr(16) + ">& Message::name_of_20_characters()\n    const {\n"},
+      {"inline const Container<" + name.substr(20) + ">& Message::name_of_20_characters() const {",
+       "inline const Container<" + name.substr(20) +
+           ">& Message::name_of_20_characters()\n    const {\n"},
       // An assignment, a list of arguments.
       {"const Type " + name + " = Function(" + name + ");",
        "const Type " + name + " =\n    Function(" + name + ");\n"},
