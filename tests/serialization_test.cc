@@ -8,6 +8,8 @@
 #include <google/protobuf/io/zero_copy_stream.h>
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/message.h>
+#include <google/protobuf/stubs/common.h>
+#include <google/protobuf/stubs/logging.h>
 #include <google/protobuf/unknown_field_set.h>
 #include <gtest/gtest.h>
 #include <unistd.h>
@@ -406,6 +408,30 @@ TEST(SerializationTest, EveryCombinationOfRequiredFields) {
       }
     }
   }
+}
+
+// A fatal error, whether the caller knows the class or a Message& only, and however the caller was
+// compiled.
+TEST(SerializationTest, WhatLacksRequiredFieldsIsRefusedByAllCallsAlike) {
+  const ::google::protobuf::LogSilencer quiet;
+  const CameraIntrinsics record;
+  std::vector<std::vector<bool>> refused;
+  for (const Calls* calls : BothCalls(record)) {
+    refused.emplace_back();
+    for (const Exit& exit : calls->exits) {
+      if (exit.partial) continue;
+      std::string written;
+      bool threw = false;
+      try {
+        exit.write(record, &written);
+      } catch (const ::google::protobuf::FatalException&) {
+        threw = true;
+      }
+      refused.back().push_back(threw);
+    }
+    EXPECT_EQ(refused.back(), std::vector<bool>(refused.back().size(), refused.back().front()));
+  }
+  EXPECT_EQ(refused.front().front(), refused.back().front());
 }
 
 // --- Whole records -------------------------------------------------------------------------------
