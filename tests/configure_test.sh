@@ -30,7 +30,8 @@ make_runtime() {
 configure() {
   status=0
   output=$(cmake -S "$source_folder" -B "$prefix/build" "-DCMAKE_PREFIX_PATH=$prefix" "$@" \
-    -DBUILD_TESTING=OFF -DCALIBRATION_GENERATOR=OFF -DCALIBRATION_EXAMPLES=OFF 2>&1) || status=$?
+    -DBUILD_TESTING=OFF -DCALIBRATION_GENERATOR=OFF -DCALIBRATION_EXAMPLES=OFF \
+    -DCALIBRATION_CALIB=OFF 2>&1) || status=$?
   output=$(tr -s ' \n' ' ' <<<"$output")
 }
 

@@ -1,0 +1,82 @@
+// calib looks at records, checks, converts, compares and draws them, and brings them in from
+// elsewhere. One file a command (commands.h); what they share is in record.h and below it.
+#include <google/protobuf/stubs/common.h>
+
+#include <cstdio>
+#include <exception>
+#include <new>
+#include <string>
+#include <vector>
+
+#include "calib/commands.h"
+#include "calib/failure.h"
+#include "calib/names.h"
+#include "calib/version.h"
+
+namespace calib {
+namespace {
+
+int Report(const std::string& message, const std::string& remedy) {
+  std::fprintf(stderr, "calib: %s\n", message.c_str());
+  if (!remedy.empty()) std::fprintf(stderr, "  %s\n", remedy.c_str());
+  return kTrouble;
+}
+
+// The parser would say only that a subcommand is required.
+void CheckCommand(const CLI::App& program, int argc, char** argv) {
+  if (argc < 2) throw Failure("no command is named", "'calib --help' lists them all.");
+  if (argv[1][0] == '-') return;
+  std::vector<std::string> names;
+  for (const CLI::App* command : program.get_subcommands({})) {
+    if (command->get_name() == argv[1]) return;
+    names.push_back(command->get_name());
+  }
+  const std::string closest = Closest(argv[1], names);
+  throw Failure(
+      "no command is called '" + std::string(argv[1]) + "'",
+      (closest.empty() ? "" : "Did you mean " + closest + "? ") + "'calib --help' lists them all.");
+}
+
+int Run(int argc, char** argv) {
+  CLI::App program("Looks at calibration records, checks, converts, compares and draws them.",
+                   "calib");
+  program.set_version_flag("--version", kVersion);
+  program.require_subcommand(1);
+  program.footer(
+      "Files are named NAME.TYPE.EXTENSION, such as rig.RobotCalibration.binpb, with the\n"
+      "extensions binpb (binary), txtpb (text) and json. For other names, --type and --format\n"
+      "tell what is in them. The file '-' is standard input or output.\n\n"
+      "Exit status: 0 fine, 1 a finding (check, diff) or nothing found (get), 2 trouble.");
+  int status = kFine;
+  AddTypes(&program, &status);
+  AddShow(&program, &status);
+  AddConvert(&program, &status);
+  AddCheck(&program, &status);
+  try {
+    CheckCommand(program, argc, argv);
+    program.parse(argc, argv);
+  } catch (const CLI::Success& help_or_version) {
+    return program.exit(help_or_version);
+  } catch (const CLI::ParseError& error) {
+    std::string command = "calib";
+    for (const CLI::App* used : program.get_subcommands()) command += " " + used->get_name();
+    return Report(error.what(), "'" + command + " --help' tells how it is used.");
+  } catch (const Failure& failure) {
+    return Report(failure.what(), failure.remedy());
+  } catch (const std::bad_alloc&) {
+    return Report("out of memory", "The record is too large for this machine.");
+  } catch (const std::exception& error) {
+    return Report(error.what(), "");
+  }
+  return status;
+}
+
+}  // namespace
+}  // namespace calib
+
+int main(int argc, char** argv) {
+  const int status = calib::Run(argc, argv);
+  // Frees what the run-time and the records keep, so that leak checkers see a clean exit.
+  google::protobuf::ShutdownProtobufLibrary();
+  return status;
+}

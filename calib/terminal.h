@@ -1,0 +1,22 @@
+// What standard output is, and text laid out for it.
+#ifndef CALIB_TERMINAL_H_
+#define CALIB_TERMINAL_H_
+
+#include <string>
+
+namespace calib {
+
+// Columns of the terminal; 80 if standard output is none.
+int OutputWidth();
+
+// Of --color: "always", "never", or "auto", which is colour on a terminal unless the environment
+// variable NO_COLOR is set.
+bool UseColor(const std::string& choice);
+
+// Breaks `text` at blanks into lines of at most `width` columns, each indented by `indent`, and
+// ends the last one, too.
+std::string Wrap(const std::string& text, int indent, int width);
+
+}  // namespace calib
+
+#endif  // CALIB_TERMINAL_H_

@@ -1,0 +1,31 @@
+// Unknown fields: what a record holds under field numbers that the schema does not have, or under a
+// wire type that is not the field's.
+#ifndef CALIB_UNKNOWN_H_
+#define CALIB_UNKNOWN_H_
+
+#include <google/protobuf/message.h>
+
+#include <string>
+#include <vector>
+
+namespace calib {
+
+struct UnknownField {
+  std::string path;  // of the message that holds it; empty for the record itself
+  int number;
+  std::string what;  // "varint 5", "12 bytes", ...
+};
+
+// In the whole record, the outermost first.
+std::vector<UnknownField> FindUnknownFields(const google::protobuf::Message& record);
+
+// Those of the message itself.
+std::vector<UnknownField> OwnUnknownFields(const google::protobuf::Message& message,
+                                           const std::string& path);
+
+// "camera[0].intrinsics: unknown field 77 (varint 5)"
+std::string Describe(const UnknownField& unknown);
+
+}  // namespace calib
+
+#endif  // CALIB_UNKNOWN_H_
