@@ -75,7 +75,14 @@ void DecodeText(const std::string& name, const std::string& bytes, Message* reco
                 "Correct the text there, or say what else it is with --type or --format.");
 }
 
-std::string EncodeBinary(const Message& record) { return record.SerializePartialAsString(); }
+std::string EncodeBinary(const Message& record) {
+  std::string bytes;
+  if (!record.SerializePartialToString(&bytes)) {
+    throw Failure("the record takes more than 2 GiB, the most that the binary format can hold",
+                  "Leave some of it out.");
+  }
+  return bytes;
+}
 
 std::string EncodeText(const Message& record) {
   TextFormat::Printer printer;

@@ -11,6 +11,9 @@ void AddTypes(CLI::App* program, int* status);
 void AddShow(CLI::App* program, int* status);
 void AddConvert(CLI::App* program, int* status);
 void AddCheck(CLI::App* program, int* status);
+void AddDiff(CLI::App* program, int* status);
+void AddGet(CLI::App* program, int* status);
+void AddMerge(CLI::App* program, int* status);
 
 }  // namespace calib
 

@@ -4,7 +4,10 @@
 #include <google/protobuf/util/field_comparator.h>
 #include <google/protobuf/util/message_differencer.h>
 
+#include <algorithm>
+
 #include "calib/field_path.h"
+#include "calib/unknown.h"
 #include "calib/value.h"
 
 namespace calib {
@@ -29,8 +32,12 @@ class Collector : public MessageDifferencer::Reporter {
   }
   void ReportModified(const Message& before, const Message& after, const Path& path) override {
     if (IsMessage(path)) return;  // what differs in it was reported
-    differences_->push_back(
-        {Spell(path, true), Value(before, path, true), Value(after, path, false)});
+    Difference difference = {Spell(path, true), Value(before, path, true),
+                             Value(after, path, false)};
+    if (difference.before == difference.after) {  // long texts of one size
+      difference.after.insert(difference.after.size() - 1, FirstDifference(before, after, path));
+    }
+    differences_->push_back(difference);
   }
 
  private:
@@ -54,8 +61,30 @@ class Collector : public MessageDifferencer::Reporter {
   // `message` is the one that directly holds the last field of the path.
   static std::string Value(const Message& message, const Path& path, bool before) {
     const MessageDifferencer::SpecificField& last = path.back();
-    if (last.field == nullptr) return "an unknown field";
+    if (last.field == nullptr) {
+      return "<" +
+             DescribeValue(before ? last.unknown_field_set1->field(last.unknown_field_index1)
+                                  : last.unknown_field_set2->field(last.unknown_field_index2)) +
+             ">";
+    }
     return ShortValue(message, last.field, before ? last.index : last.new_index);
+  }
+
+  static std::string FirstDifference(const Message& before, const Message& after,
+                                     const Path& path) {
+    const MessageDifferencer::SpecificField& last = path.back();
+    std::string a, b;
+    if (last.field == nullptr) {
+      const auto& field = last.unknown_field_set1->field(last.unknown_field_index1);
+      if (field.type() != google::protobuf::UnknownField::TYPE_LENGTH_DELIMITED) return ", others";
+      a = field.length_delimited();
+      b = last.unknown_field_set2->field(last.unknown_field_index2).length_delimited();
+    } else if (last.field->cpp_type() == google::protobuf::FieldDescriptor::CPPTYPE_STRING) {
+      a = RawString(before, last.field, last.index);
+      b = RawString(after, last.field, last.new_index);
+    }
+    const auto at = std::mismatch(a.begin(), a.end(), b.begin(), b.end()).first - a.begin();
+    return ", the first other one at " + std::to_string(at);
   }
 
   std::vector<Difference>* differences_;

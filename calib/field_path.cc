@@ -4,7 +4,6 @@
 #include <sstream>
 #include <vector>
 
-#include "calib/failure.h"
 #include "calib/names.h"
 
 namespace calib {
@@ -56,9 +55,9 @@ void CheckIndex(const Message& message, const FieldDescriptor* field, int index,
   }
   const int size = message.GetReflection()->FieldSize(message, field);
   if (index >= size) {
-    throw Failure("field path '" + path + "': the record has " + std::to_string(size) + " " +
-                      field->name() + ", so there is no [" + std::to_string(index) + "]",
-                  size == 0 ? "" : "Indices count from 0 to " + std::to_string(size - 1) + ".");
+    throw NotInRecord("field path '" + path + "': the record has " + std::to_string(size) +
+                      (size == 1 ? " element of " : " elements of ") + field->name() +
+                      ", so there is no [" + std::to_string(index) + "]");
   }
 }
 
@@ -77,7 +76,7 @@ const Message& Descend(const Place& place, const std::string& path) {
     return reflection->GetRepeatedMessage(*place.message, place.field, place.index);
   }
   if (!reflection->HasField(*place.message, place.field)) {
-    throw Failure("field path '" + path + "': " + name + " is not set in this record");
+    throw NotInRecord("field path '" + path + "': " + name + " is not set in this record");
   }
   return reflection->GetMessage(*place.message, place.field);
 }

@@ -8,6 +8,8 @@
 
 #include <string>
 
+#include "calib/failure.h"
+
 namespace calib {
 
 // "cy", or "camera[0]" for a repeated field.
@@ -23,8 +25,14 @@ struct Place {
   int index;  // -1: the field as a whole
 };
 
-// Throws Failure where the path leads nowhere: a field that the type does not have, an index that
-// the record does not have, or a sub-message that is not set on the way.
+// The path is a right one, but leads to what this record does not hold: an element behind the last
+// one, or a field of a sub-message that is not set.
+class NotInRecord : public Failure {
+ public:
+  using Failure::Failure;
+};
+
+// Throws NotInRecord, or Failure where the path is no path of fields of this type.
 Place FindPlace(const google::protobuf::Message& record, const std::string& path);
 
 }  // namespace calib

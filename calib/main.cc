@@ -52,6 +52,9 @@ int Run(int argc, char** argv) {
   AddShow(&program, &status);
   AddConvert(&program, &status);
   AddCheck(&program, &status);
+  AddDiff(&program, &status);
+  AddGet(&program, &status);
+  AddMerge(&program, &status);
   try {
     CheckCommand(program, argc, argv);
     program.parse(argc, argv);

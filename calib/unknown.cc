@@ -1,14 +1,10 @@
 #include "calib/unknown.h"
 
-#include <google/protobuf/unknown_field_set.h>
-
 #include "calib/field_path.h"
 #include "calib/walk.h"
 
 namespace calib {
-namespace {
-
-std::string What(const google::protobuf::UnknownField& field) {
+std::string DescribeValue(const google::protobuf::UnknownField& field) {
   switch (field.type()) {
     case google::protobuf::UnknownField::TYPE_VARINT:
       return "varint " + std::to_string(field.varint());
@@ -23,8 +19,6 @@ std::string What(const google::protobuf::UnknownField& field) {
   }
 }
 
-}  // namespace
-
 std::vector<UnknownField> OwnUnknownFields(const google::protobuf::Message& message,
                                            const std::string& path) {
   const google::protobuf::UnknownFieldSet& set = message.GetReflection()->GetUnknownFields(message);
@@ -32,9 +26,9 @@ std::vector<UnknownField> OwnUnknownFields(const google::protobuf::Message& mess
   for (int i = 0; i < set.field_count(); ++i) {
     const int number = set.field(i).number();
     const auto* field = message.GetDescriptor()->FindFieldByNumber(number);
-    result.push_back(
-        {path, number,
-         What(set.field(i)) + (field == nullptr ? "" : ", no value for " + field->name())});
+    result.push_back({path, number,
+                      DescribeValue(set.field(i)) +
+                          (field == nullptr ? "" : ", no value for " + field->name())});
   }
   return result;
 }

@@ -4,6 +4,7 @@
 #define CALIB_UNKNOWN_H_
 
 #include <google/protobuf/message.h>
+#include <google/protobuf/unknown_field_set.h>
 
 #include <string>
 #include <vector>
@@ -22,6 +23,9 @@ std::vector<UnknownField> FindUnknownFields(const google::protobuf::Message& rec
 // Those of the message itself.
 std::vector<UnknownField> OwnUnknownFields(const google::protobuf::Message& message,
                                            const std::string& path);
+
+// The value alone, such as "varint 5".
+std::string DescribeValue(const google::protobuf::UnknownField& field);
 
 // "camera[0].intrinsics: unknown field 77 (varint 5)"
 std::string Describe(const UnknownField& unknown);
