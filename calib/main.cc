@@ -55,6 +55,9 @@ int Run(int argc, char** argv) {
   AddDiff(&program, &status);
   AddGet(&program, &status);
   AddMerge(&program, &status);
+  AddPlot(&program, &status);
+  AddImport(&program, &status);
+  AddExport(&program, &status);
   try {
     CheckCommand(program, argc, argv);
     program.parse(argc, argv);
