@@ -6,10 +6,6 @@ namespace wire {
 
 namespace {
 
-using ::google::protobuf::io::CodedOutputStream;
-
-const int kMaxVarintSize = 10;
-
 template <typename T>
 const uint8* TakePackedValues(int tag_size, const uint8* p, const uint8* end,
                               RepeatedField<T>* values) {
@@ -57,12 +53,14 @@ const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
 }
 
 const uint8* TakeUnknown(const uint8* p, const uint8* end, runtime::Metadata* metadata) {
-  uint64 tag;
-  const uint8* q = ReadVarint(p, end, &tag);
-  if (q == nullptr || tag < 8 || tag > 0xFFFFFFFFu) return p;
-  // Longer than need be, it may be a tag that is known.
-  const size_t shortest = CodedOutputStream::VarintSize32(static_cast<uint32>(tag));
-  if (static_cast<size_t>(q - p) != shortest) return p;
+  uint64 tag = PeekTag(p, end);
+  const uint8* q = p + (tag < 0x80 ? 1 : 2);
+  if (tag == 0) {
+    q = ReadVarint(p, end, &tag);
+    // Longer than need be, it may be a tag that is known.
+    if (q == nullptr || q - p > kMaxTagSize || q[-1] == 0 || tag > 0xFFFFFFFFu) return p;
+  }
+  if (tag < 8) return p;
   const int number = WireFormatLite::GetTagFieldNumber(static_cast<uint32>(tag));
   switch (WireFormatLite::GetTagWireType(static_cast<uint32>(tag))) {
     case WireFormatLite::WIRETYPE_VARINT: {

@@ -57,7 +57,8 @@ bool ReadPackedValues(CodedInputStream* input, RepeatedField<T>* values) {
       length -= width;
       continue;
     }
-    ::std::memcpy(runtime::AddElements(values, count), data, sizeof(T) * static_cast<size_t>(count));
+    ::std::memcpy(runtime::AddElements(values, count), data,
+                  sizeof(T) * static_cast<size_t>(count));
     input->Skip(count * width);
     length -= count * width;
   }

@@ -18,6 +18,7 @@
 #include <string>
 
 #include "calibration_common/runtime.h"
+#include "calibration_common/wire_writing.h"
 
 namespace zarvo {
 namespace calibration {
@@ -91,7 +92,7 @@ struct StreamField {
 
   uint32 tag;
   int size;
-  uint8 bytes[5 + 10];
+  uint8 bytes[kMaxTagSize + kMaxVarintSize];
 };
 
 }  // namespace wire

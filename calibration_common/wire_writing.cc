@@ -10,8 +10,6 @@ namespace wire {
 
 namespace {
 
-const int kMaxTagSize = 5;
-
 template <typename T>
 uint8* WriteRange(uint32 tag, const T* begin, const T* end, uint8* target) {
   uint8 encoded_tag[kMaxTagSize];

@@ -29,6 +29,10 @@ using ::google::protobuf::UnknownFieldSet;
 using ::google::protobuf::internal::WireFormatLite;
 using ::google::protobuf::io::CodedOutputStream;
 
+// The most bytes that a tag and a varint can have.
+const int kMaxTagSize = 5;
+const int kMaxVarintSize = 10;
+
 inline uint32 Int32Size(int32 value) {
   return static_cast<uint32>(CodedOutputStream::VarintSize32SignExtended(value));
 }
