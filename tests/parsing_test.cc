@@ -94,12 +94,6 @@ class ParsingTest : public ::testing::TestWithParam<const char*> {
   const MessageRow& message() const { return FindMessage(GetParam()); }
 };
 
-std::vector<const char*> MessageNames() {
-  std::vector<const char*> names;
-  for (const MessageRow& message : Schema()) names.push_back(message.name);
-  return names;
-}
-
 INSTANTIATE_TEST_SUITE_P(AllRecords, ParsingTest, ::testing::ValuesIn(MessageNames()),
                          [](const ::testing::TestParamInfo<const char*>& info) {
                            return std::string(info.param);

@@ -21,12 +21,7 @@ namespace zarvo {
 namespace calibration {
 namespace testing {
 
-// What tests that run once for each message take as their parameter, and how those are named.
-inline std::vector<const char*> MessageNames() {
-  std::vector<const char*> names;
-  for (const MessageRow& message : Schema()) names.push_back(message.name);
-  return names;
-}
+// The name of a test that runs once for each of MessageNames().
 inline std::string NameOf(const ::testing::TestParamInfo<const char*>& info) { return info.param; }
 
 // Leaves each repeated field, in all the tree, one element.

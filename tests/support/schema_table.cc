@@ -280,6 +280,12 @@ const std::vector<MessageRow>& Schema() {
   return schema;
 }
 
+std::vector<const char*> MessageNames() {
+  std::vector<const char*> names;
+  for (const MessageRow& message : kMessages) names.push_back(message.name);
+  return names;
+}
+
 const MessageRow& FindMessage(const std::string& name) {
   for (const MessageRow& message : kMessages) {
     if (name == message.name) return message;

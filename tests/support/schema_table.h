@@ -60,6 +60,8 @@ struct MessageRow {
 // All messages, in file order.
 const std::vector<MessageRow>& Schema();
 
+std::vector<const char*> MessageNames();
+
 // REQUIRES: the message exists.
 const MessageRow& FindMessage(const std::string& name);
 
