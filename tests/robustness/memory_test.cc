@@ -199,7 +199,8 @@ TEST_P(MemoryTest, AnnouncedLengthsInAnArray) {
 
 TEST_P(MemoryTest, AnnouncedLengthsInAStream) {
   for (const std::string& bytes : AnnouncedLengths(message_)) {
-    TryInput(bytes, [](const Entrance& entrance) { return !IsOfArray(entrance); }, {&on_class_, &on_message_});
+    TryInput(bytes, [](const Entrance& entrance) { return !IsOfArray(entrance); },
+             {&on_class_, &on_message_});
     if (HasFailure()) return;
   }
 }
