@@ -2,6 +2,7 @@
 
 #include <algorithm>
 
+#include "calib/arguments.h"
 #include "calib/failure.h"
 #include "calib/walk.h"
 
@@ -21,7 +22,7 @@ bool LeadsThrough(const std::string& path, const std::string& element) {
 
 void CameraFlag::AddTo(CLI::App* command) {
   command->add_option("--camera", number, "Only camera[N]; they count from 0")
-      ->check(CLI::Range(0, 999999))
+      ->check(CountFromZero())
       ->type_name("N");
 }
 

@@ -65,7 +65,7 @@ void AddCheck(CLI::App* program, int* status) {
   command->add_flag("--allow-unknown", flags->allow_unknown,
                     "Accept unknown fields, as a newer schema makes them");
   command->footer(
-      "Reports where a file is malformed and how, required fields that are not set, and unknown\n"
+      "Reports where a file is malformed and how, required fields that are not set, and unknown "
       "fields: one line for each, or one that says that the record is whole.\n\n"
       "Exit status: 0 all are whole, 1 something was found, 2 a file could not be checked.\n\n"
       "Examples:\n"

@@ -41,8 +41,8 @@ void AddConvert(CLI::App* program, int* status) {
   command->add_flag("--drop-unknown", flags->drop_unknown,
                     "Leave unknown fields out, and say so; text and JSON cannot hold them");
   command->footer(
-      "The output holds what the input holds, or is not written: JSON cannot hold text that is\n"
-      "not UTF-8, nor does it keep the sign of a zero.\n\n"
+      "The output holds what the input holds, or is not written: JSON cannot hold text that is not "
+      "UTF-8, nor does it keep the sign of a zero.\n\n"
       "Examples:\n"
       "  calib convert rig.RobotCalibration.binpb rig.RobotCalibration.txtpb\n"
       "  calib convert rig.RobotCalibration.binpb - --to json | jq .camera[].name\n"

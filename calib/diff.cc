@@ -1,7 +1,7 @@
 // calib diff A B
-#include <cmath>
 #include <memory>
 
+#include "calib/arguments.h"
 #include "calib/commands.h"
 #include "calib/compare.h"
 #include "calib/failure.h"
@@ -49,23 +49,23 @@ void AddDiff(CLI::App* program, int* status) {
   command
       ->add_option("--tolerance", flags->tolerance.absolute,
                    "Accept floating-point values that differ by no more than that")
-      ->check(CLI::NonNegativeNumber)
+      ->check(NumberFromZero())
       ->type_name("NUMBER");
   command
       ->add_option("--relative", flags->tolerance.relative,
-                   "Accept those that differ by no more than that share of the larger one")
-      ->check(CLI::Range(0.0, std::nextafter(1.0, 0.0), "a share from 0 to below 1"))
+                   "Accept those that differ by no more than that share of the "
+                   "larger one, from 0 to below 1")
+      ->check(NumberFromZeroToBelow(1))
       ->type_name("SHARE");
   command->footer(
-      "One line for each field: its path, its value in A and its value in B. Elements are "
-      "compared\n"
+      "One line for each field: its path, its value in A and its value in B. Elements are compared "
       "by their index. A field that is not set differs from one that is set to its default; 0 "
-      "equals\n"
-      "-0, and a NaN equals a NaN. The records may be of different formats, but not types.\n\n"
+      "equals -0, and a NaN equals a NaN. The records may be of different formats, but not "
+      "types.\n\n"
       "Exit status: 0 no difference, 1 differences, 2 a file could not be read.\n\n"
       "Examples:\n"
       "  calib diff october.RobotCalibration.binpb november.RobotCalibration.binpb\n"
-      "  calib diff --tolerance 1e-6 rig.RobotCalibration.binpb rig.RobotCalibration.json");
+      "  calib diff --tolerance 1e-6 a.CameraIntrinsics.binpb b.CameraIntrinsics.json");
   command->callback([flags, status] { *status = Diff(*flags); });
 }
 

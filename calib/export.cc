@@ -1,6 +1,7 @@
 // calib export --to FORMAT FILE
 #include "calib/export.h"
 
+#include "calib/arguments.h"
 #include "calib/cameras.h"
 #include "calib/codec.h"
 #include "calib/commands.h"
@@ -58,25 +59,22 @@ std::string ToJson(const Record& record, const Flags& flags) {
 void AddExport(CLI::App* program, int* status) {
   CLI::App* command = program->add_subcommand("export", "Writes a camera for other tools");
   const auto flags = std::make_shared<Flags>();
-  command->add_option("--to", flags->format, "Format of the output: ros (camera_info) or json")
-      ->required()
-      ->check(CLI::IsMember({"ros", "json"}))
-      ->type_name("FORMAT");
+  AddChoice(command, "--to", &flags->format, {"ros", "json"},
+            "Format of the output; ros is its camera_info")
+      ->required();
   command->add_option("FILE", flags->path, "The file to read")->required();
   command->add_option("--output", flags->output_path, "The file to write; else standard output")
       ->type_name("OUT");
   flags->input.AddTo(command);
   flags->camera.AddTo(command);
-  command
-      ->add_option("--distortion-model", flags->model,
-                   "What k and p mean, for ros: plumb_bob, rational_polynomial or equidistant")
-      ->check(CLI::IsMember({"plumb_bob", "rational_polynomial", "equidistant"}))
-      ->type_name("MODEL");
+  AddChoice(command, "--distortion-model", &flags->model,
+            {"plumb_bob", "rational_polynomial", "equidistant"}, "What k and p mean, for ros");
   command->footer(
-      "What camera_info has no key for is named on standard error. Its rectification is the\n"
+      "What camera_info has no key for is named on standard error. Its rectification is the "
       "identity and its projection the camera matrix, as of a camera on its own.\n\n"
       "Examples:\n"
-      "  calib export --to ros --camera 0 --distortion-model plumb_bob rig.RobotCalibration.binpb\n"
+      "  calib export --to ros --camera 0 --distortion-model plumb_bob \\\n"
+      "    rig.RobotCalibration.binpb\n"
       "  calib export --to json rig.RobotCalibration.binpb --output rig.json");
   command->callback([flags, status] {
     const Record record = ReadRecord(flags->path, flags->input);

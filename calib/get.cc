@@ -91,14 +91,14 @@ void AddGet(CLI::App* program, int* status) {
       ->type_name("OUT");
   command->footer(
       "Numbers and texts are written as they are, with a line for each element of a repeated "
-      "field;\n"
-      "messages in the text format; the bytes of an image raw, with nothing added. Indices count\n"
-      "from 0.\n\n"
+      "field; messages in the text format; the bytes of an image raw, with nothing added. Indices "
+      "count from 0.\n\n"
       "Exit status: 0 it was written, 1 it is not set in this record, 2 trouble.\n\n"
       "Examples:\n"
       "  calib get rig.RobotCalibration.binpb camera[0].intrinsics.fx\n"
       "  calib get rig.RobotCalibration.binpb camera[1].extrinsics.a\n"
-      "  calib get board.CameraCalibration.binpb intrinsics_image.imgdata --output board.gray");
+      "  calib get board.CameraCalibration.binpb intrinsics_image.imgdata \\\n"
+      "    --output board.gray");
   command->callback([flags, status] { *status = Get(*flags); });
 }
 

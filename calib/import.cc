@@ -1,6 +1,7 @@
 // calib import --from TOOL FILE
 #include "calib/import.h"
 
+#include "calib/arguments.h"
 #include "calib/commands.h"
 #include "calib/failure.h"
 #include "calib/file.h"
@@ -98,21 +99,18 @@ void AddImport(CLI::App* program, int* status) {
   const auto flags = std::make_shared<Flags>();
   std::vector<std::string> names;
   for (const Source& source : kSources) names.push_back(source.name);
-  command->add_option("--from", flags->source, "What wrote the file: ros, kalibr or opencv")
-      ->required()
-      ->check(CLI::IsMember(names))
-      ->type_name("TOOL");
+  AddChoice(command, "--from", &flags->source, names, "What wrote the file")->required();
   command->add_option("FILE", flags->path, "The file to read, in YAML")->required();
   command->add_option("--output", flags->output_path, "The file to write; else standard output")
       ->type_name("OUT");
   command
       ->add_option("--as", flags->type,
-                   "Record type of the output: RobotCalibration, CameraCalibration or\n"
+                   "Record type of the output: RobotCalibration, CameraCalibration or "
                    "CameraIntrinsics; else its name tells it, or the number of cameras")
       ->type_name("TYPE");
   flags->output.AddTo(command);
   command->footer(
-      "Reads ROS camera_info, Kalibr camchain and OpenCV FileStorage files. What a record has no\n"
+      "Reads ROS camera_info, Kalibr camchain and OpenCV FileStorage files. What a record has no "
       "field for is named on standard error, each with its line: nothing is left out silently.\n\n"
       "Examples:\n"
       "  calib import --from ros left.yaml --output left.CameraCalibration.binpb\n"

@@ -4,10 +4,12 @@
 
 #include <cstdio>
 #include <exception>
+#include <iostream>
 #include <new>
 #include <string>
 #include <vector>
 
+#include "calib/arguments.h"
 #include "calib/commands.h"
 #include "calib/failure.h"
 #include "calib/names.h"
@@ -42,10 +44,11 @@ int Run(int argc, char** argv) {
                    "calib");
   program.set_version_flag("--version", kVersion);
   program.require_subcommand(1);
+  program.formatter(HelpLayout());
   program.footer(
-      "Files are named NAME.TYPE.EXTENSION, such as rig.RobotCalibration.binpb, with the\n"
-      "extensions binpb (binary), txtpb (text) and json. For other names, --type and --format\n"
-      "tell what is in them. The file '-' is standard input or output.\n\n"
+      "Files are named NAME.TYPE.EXTENSION, such as rig.RobotCalibration.binpb, with the "
+      "extensions binpb (binary), txtpb (text) and json. For other names, --type and --format tell "
+      "what is in them. The file '-' is standard input or output.\n\n"
       "Exit status: 0 fine, 1 a finding (check, diff) or nothing found (get), 2 trouble.");
   int status = kFine;
   AddTypes(&program, &status);
@@ -62,7 +65,9 @@ int Run(int argc, char** argv) {
     CheckCommand(program, argc, argv);
     program.parse(argc, argv);
   } catch (const CLI::Success& help_or_version) {
-    return program.exit(help_or_version);
+    const int code = program.exit(help_or_version);
+    if (std::cout.flush()) return code;
+    return Report("standard output: cannot be written", "Make room.");
   } catch (const CLI::ParseError& error) {
     std::string command = "calib";
     for (const CLI::App* used : program.get_subcommands()) command += " " + used->get_name();

@@ -48,14 +48,12 @@ void AddMerge(CLI::App* program, int* status) {
   flags->output.AddTo(command);
   command->footer(
       "Elements of repeated fields are put one behind the other, messages are merged field by "
-      "field,\n"
-      "and of single values the last one counts; what it replaces is told. Unknown fields are "
-      "kept.\n\n"
+      "field, and of single values the last one counts; what it replaces is told. Unknown fields "
+      "are kept.\n\n"
       "Examples:\n"
       "  calib merge left.RobotCalibration.binpb right.RobotCalibration.binpb \\\n"
       "    --output rig.RobotCalibration.binpb\n"
-      "  calib merge base.BaseCalibrationProto.binpb serials.BaseCalibrationProto.txtpb \\\n"
-      "    --output - --to text");
+      "  calib merge a.FocusInfo.binpb b.FocusInfo.binpb --output - --to text");
   command->callback([flags, status] {
     Merge(*flags);
     *status = kFine;

@@ -75,10 +75,9 @@ const char* NameOf(Format format) {
 }
 
 Format FormatNamed(const std::string& name) {
-  for (const NamedFormat& known : kFormats) {
-    if (known.name == name) return known.format;
-  }
-  throw Failure("no format is called '" + name + "'", "Formats are binary, text and json.");
+  const NamedFormat* known = kFormats;
+  while (known->name != name) ++known;
+  return known->format;
 }
 
 const std::vector<std::string>& FormatNames() {

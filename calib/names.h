@@ -23,8 +23,9 @@ enum class Format { kBinary, kText, kJson };
 
 // "binary", "text" or "json".
 const char* NameOf(Format format);
-Format FormatNamed(const std::string& name);
 const std::vector<std::string>& FormatNames();
+// Of one of these.
+Format FormatNamed(const std::string& name);
 
 // What the name of a file tells: nothing, one of the two or both.
 struct NameFacts {

@@ -42,8 +42,8 @@ void AddPlot(CLI::App* program, int* status) {
   flags->input.AddTo(command);
   flags->camera.AddTo(command);
   command->footer(
-      "Draws a camera's sample points over its image area, focus transfer functions, the bins of\n"
-      "focus checks, and a pan-tilt-zoom camera's intrinsics over its zoom. Each axis is named by\n"
+      "Draws a camera's sample points over its image area, focus transfer functions, the bins of "
+      "focus checks, and a pan-tilt-zoom camera's intrinsics over its zoom. Each axis is named by "
       "its field and has the field's own numbers. The image's y goes down.\n\n"
       "Examples:\n"
       "  calib plot rig.RobotCalibration.binpb --camera 0 --output cam0.svg\n"

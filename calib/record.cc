@@ -2,6 +2,7 @@
 
 #include <unistd.h>
 
+#include "calib/arguments.h"
 #include "calib/codec.h"
 #include "calib/failure.h"
 #include "calib/file.h"
@@ -59,11 +60,8 @@ std::string Listed(const std::vector<std::string>& paths) {
 void InputFlags::AddTo(CLI::App* command) {
   command->add_option("--type", type, "Record type of the input; else the file's name tells it")
       ->type_name("TYPE");
-  command
-      ->add_option("--format", format,
-                   "Format of the input: binary, text or json; else the "
-                   "file's name tells it")
-      ->type_name("FORMAT");
+  AddChoice(command, "--format", &format, FormatNames(),
+            "Format of the input; else the file's name tells it");
 }
 
 Input OpenInput(const std::string& path, const InputFlags& flags) {
@@ -112,11 +110,8 @@ std::vector<std::string> MissingFields(const Message& record) {
 }
 
 void OutputFlags::AddTo(CLI::App* command) {
-  command
-      ->add_option("--to", format,
-                   "Format of the output: binary, text or json; else its name "
-                   "tells it")
-      ->type_name("FORMAT");
+  AddChoice(command, "--to", &format, FormatNames(),
+            "Format of the output; else its name tells it");
   command->add_flag("--partial", partial, "Write the record even if required fields are missing");
 }
 

@@ -1,6 +1,7 @@
 // calib show FILE
 #include <memory>
 
+#include "calib/arguments.h"
 #include "calib/commands.h"
 #include "calib/failure.h"
 #include "calib/file.h"
@@ -43,12 +44,11 @@ void AddShow(CLI::App* program, int* status) {
   flags->input.AddTo(command);
   command->add_flag("--json", flags->json, "Show JSON instead of the text format");
   command->add_flag("--full", flags->full, "Show long lists, text and images in full");
-  command->add_option("--color", flags->color, "Color names: auto (on a terminal), always, never")
-      ->check(CLI::IsMember({"auto", "always", "never"}))
-      ->type_name("WHEN");
+  AddChoice(command, "--color", &flags->color, {"auto", "always", "never"},
+            "Color names; auto does on a terminal");
   command->footer(
-      "Lists of more than 16 elements, and text and images of more than 64 bytes, are folded to\n"
-      "their size, in a way that no reader takes for a whole record; 'calib convert' writes\n"
+      "Lists of more than 16 elements, and text and images of more than 64 bytes, are folded to "
+      "their size, in a way that no reader takes for a whole record; 'calib convert' writes "
       "records for programs.\n\n"
       "Examples:\n"
       "  calib show rig.RobotCalibration.binpb\n"

@@ -65,7 +65,8 @@ case $check in
     # The command, where it is built, finds the library beside it.
     if [[ -e $folder/all/bin/calib ]]; then
       install_into "$folder/tools" --component Tools
-      [[ -x $folder/tools/bin/calib ]] || fail "component Tools: $(files "$folder/tools")"
+      diff <(list bin/calib share/man/man1/calib.1 share/bash-completion/completions/calib) \
+        <(files "$folder/tools") || fail "component Tools"
       quietly "$folder/all/bin/calib" --help
     fi
 

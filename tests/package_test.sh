@@ -59,6 +59,11 @@ for package in "$folder"/packages/*.deb; do
     fail "$package has no description below its summary"
 done
 
+contents=$(dpkg-deb --contents "$folder/packages/calibration-tools_$version-1_$architecture.deb")
+for file in bin/calib share/man/man1/calib.1 share/bash-completion/completions/calib; do
+  [[ $contents == *" ./usr/$file"* ]] || fail "calibration-tools does not hold $file: $contents"
+done
+
 # --- Installation ---
 
 root=$folder/root
