@@ -92,6 +92,11 @@ CLI::Option* AddChoice(CLI::App* command, const std::string& name, std::string* 
       ->type_name(braces + "}");
 }
 
+void AddColor(CLI::App* command, std::string* value) {
+  AddChoice(command, "--color", value, {"auto", "always", "never"},
+            "Use colors; auto does on a terminal, unless NO_COLOR is set");
+}
+
 CLI::Validator NumberFromZero() {
   return Number(std::numeric_limits<double>::infinity(), false, "a number from 0");
 }

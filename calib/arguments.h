@@ -14,6 +14,9 @@ namespace calib {
 CLI::Option* AddChoice(CLI::App* command, const std::string& name, std::string* value,
                        const std::vector<std::string>& words, const std::string& description);
 
+// --color, for UseColor() of terminal.h.
+void AddColor(CLI::App* command, std::string* value);
+
 // Finite numbers from 0; `below` is the first that is too large.
 CLI::Validator NumberFromZero();
 CLI::Validator NumberFromZeroToBelow(double below);

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <cstdio>
 
-#include "calib/axis.h"
 #include "calib/svg.h"
 
 namespace calib {
@@ -21,13 +20,6 @@ constexpr char kStyle[] =
     ".y{text-anchor:end}.a{font-weight:bold}.g{stroke:#e4e4e4}.f{fill:none;stroke:#999}"
     ".i{fill:#f2f6fb;stroke:#5b7fa8;stroke-width:1.5}.l{fill:none;stroke:#1f6fb4;stroke-width:1.5}"
     ".p{fill:#1f6fb4}.m{stroke:#b3541e;stroke-dasharray:6 4}.k{fill:#b3541e}";
-
-// Ticks of one axis differ in their last digits if they are large; six show them.
-std::string TickText(double value) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.6g", value);
-  return text;
-}
 
 // How many ticks there is room for.
 int TickCount(double length, double each) { return std::max(2, static_cast<int>(length / each)); }
@@ -52,18 +44,8 @@ std::string Rectangle(const std::string& kind, double x1, double y1, double x2, 
 // A chart laid out from its upper left corner.
 class Layout {
  public:
-  Layout(const Chart& chart, double left, double top, double width) : chart_(chart), left_(left) {
-    for (const ChartPoint& point : chart.points) {
-      x_axis_.Cover(point.x);
-      y_axis_.Cover(point.y);
-    }
-    if (HasArea()) {
-      for (const double x : {0.0, chart.area_width}) x_axis_.Cover(x);
-      for (const double y : {0.0, chart.area_height}) y_axis_.Cover(y);
-    }
-    if (!chart.mark_label.empty()) y_axis_.Cover(chart.mark);
-    x_axis_.Pad();
-    y_axis_.Pad();
+  Layout(const Chart& chart, double left, double top, double width)
+      : chart_(chart), axes_(AxesOf(chart)), left_(left) {
     title_ = top + kTitleLine;
     x1_ = left + kLeft;
     x2_ = left + width - kRight;
@@ -80,32 +62,30 @@ class Layout {
     for (const std::string& note : chart_.notes) {
       svg += Label("n", left_, line += kNoteLine, note);
     }
-    return svg + Axes() + Area() + Mark() + Points();
+    return svg + Area() + Axes() + Mark() + Points();
   }
 
  private:
-  bool HasArea() const { return chart_.area_width > 0 && chart_.area_height > 0; }
-
   // One scale for both axes, as large as there is room for.
   void FitImage() {
-    const double scale = std::min((x2_ - x1_) / x_axis_.length(), kTallestImage / y_axis_.length());
-    x2_ = x1_ + x_axis_.length() * scale;
-    y2_ = y1_ + y_axis_.length() * scale;
+    const double scale = std::min((x2_ - x1_) / axes_.x.length(), kTallestImage / axes_.y.length());
+    x2_ = x1_ + axes_.x.length() * scale;
+    y2_ = y1_ + axes_.y.length() * scale;
   }
 
-  double X(double value) const { return x_axis_.Position(value, x1_, x2_); }
+  double X(double value) const { return axes_.x.Position(value, x1_, x2_); }
   double Y(double value) const {
-    return chart_.image ? y_axis_.Position(value, y1_, y2_) : y_axis_.Position(value, y2_, y1_);
+    return chart_.image ? axes_.y.Position(value, y1_, y2_) : axes_.y.Position(value, y2_, y1_);
   }
 
   std::string Axes() const {
     std::string svg;
     const double least = chart_.x_counts ? 1 : 0;
-    for (const double tick : x_axis_.Ticks(TickCount(x2_ - x1_, 75), least)) {
+    for (const double tick : axes_.x.Ticks(TickCount(x2_ - x1_, 75), least)) {
       svg += Line("g", X(tick), y1_, X(tick), y2_);
       svg += Label("x", X(tick), y2_ + 17, TickText(tick));
     }
-    for (const double tick : y_axis_.Ticks(TickCount(y2_ - y1_, chart_.image ? 60 : 38), 0)) {
+    for (const double tick : axes_.y.Ticks(TickCount(y2_ - y1_, chart_.image ? 60 : 38), 0)) {
       svg += Line("g", x1_, Y(tick), x2_, Y(tick));
       svg += Label("y", x1_ - 7, Y(tick) + 4, TickText(tick));
     }
@@ -118,7 +98,7 @@ class Layout {
   }
 
   std::string Area() const {
-    if (!HasArea()) return "";
+    if (!HasArea(chart_)) return "";
     return Rectangle("i", X(0), Y(0), X(chart_.area_width), Y(chart_.area_height)) +
            Label("n", X(0) + 6, Y(0) + 16, chart_.area_label);
   }
@@ -142,12 +122,37 @@ class Layout {
   }
 
   const Chart& chart_;
+  const ChartAxes axes_;
   double left_;
-  Axis x_axis_, y_axis_;
   double title_, x1_, x2_, y1_, y2_;
 };
 
 }  // namespace
+
+bool HasArea(const Chart& chart) { return chart.area_width > 0 && chart.area_height > 0; }
+
+ChartAxes AxesOf(const Chart& chart) {
+  ChartAxes axes;
+  for (const ChartPoint& point : chart.points) {
+    axes.x.Cover(point.x);
+    axes.y.Cover(point.y);
+  }
+  if (HasArea(chart)) {
+    for (const double x : {0.0, chart.area_width}) axes.x.Cover(x);
+    for (const double y : {0.0, chart.area_height}) axes.y.Cover(y);
+  }
+  if (!chart.mark_label.empty()) axes.y.Cover(chart.mark);
+  axes.x.Pad();
+  axes.y.Pad();
+  return axes;
+}
+
+std::string TickText(double value) {
+  // Ticks of one axis differ in their last digits if they are large; six show them.
+  char text[32];
+  std::snprintf(text, sizeof text, "%.6g", value);
+  return text;
+}
 
 std::string ChartsAsSvg(const std::string& title, const std::vector<Chart>& charts) {
   const double half = (kWidth - kGap) / 2;

@@ -1,10 +1,12 @@
 // A chart of points over two axes that each bear a field's name, and charts below one another as
-// one SVG. Knows nothing of records.
+// one SVG or as text. Knows nothing of records.
 #ifndef CALIB_CHART_H_
 #define CALIB_CHART_H_
 
 #include <string>
 #include <vector>
+
+#include "calib/axis.h"
 
 namespace calib {
 
@@ -31,6 +33,20 @@ struct Chart {
 };
 
 std::string ChartsAsSvg(const std::string& title, const std::vector<Chart>& charts);
+// In UTF-8, for a terminal of so many columns.
+std::string ChartsAsText(const std::string& title, const std::vector<Chart>& charts, int width);
+
+// What both share.
+
+bool HasArea(const Chart& chart);
+
+// Both cover all that is drawn, with some room at the ends.
+struct ChartAxes {
+  Axis x, y;
+};
+ChartAxes AxesOf(const Chart& chart);
+
+std::string TickText(double value);
 
 }  // namespace calib
 

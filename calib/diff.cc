@@ -7,6 +7,7 @@
 #include "calib/failure.h"
 #include "calib/file.h"
 #include "calib/record.h"
+#include "calib/terminal.h"
 
 namespace calib {
 namespace {
@@ -15,13 +16,16 @@ struct Flags {
   std::string before, after;
   InputFlags input;
   Tolerance tolerance;
+  std::string color = "auto";
 };
 
-std::string Line(const Difference& difference) {
-  const std::string place = difference.path + ": ";
-  if (difference.before.empty()) return place + "added " + difference.after + "\n";
-  if (difference.after.empty()) return place + "removed " + difference.before + "\n";
-  return place + difference.before + " -> " + difference.after + "\n";
+std::string Line(const Difference& difference, bool color) {
+  const std::string place = Painted(difference.path, Color::kCyan, color) + ": ";
+  const std::string before = Painted(difference.before, Color::kRed, color);
+  const std::string after = Painted(difference.after, Color::kGreen, color);
+  if (difference.before.empty()) return place + "added " + after + "\n";
+  if (difference.after.empty()) return place + "removed " + before + "\n";
+  return place + before + " -> " + after + "\n";
 }
 
 int Diff(const Flags& flags) {
@@ -29,10 +33,11 @@ int Diff(const Flags& flags) {
     throw Failure("both records are to come from standard input", "Name a file for one of them.");
   }
   const std::vector<Record> records = ReadRecords({flags.before, flags.after}, flags.input);
+  const bool color = UseColor(flags.color);
   std::string lines;
   for (const Difference& difference :
        Compare(*records[0].message, *records[1].message, flags.tolerance)) {
-    lines += Line(difference);
+    lines += Line(difference, color);
   }
   Print(lines);
   return lines.empty() ? kFine : kFinding;
@@ -57,6 +62,7 @@ void AddDiff(CLI::App* program, int* status) {
                    "larger one, from 0 to below 1")
       ->check(NumberFromZeroToBelow(1))
       ->type_name("SHARE");
+  AddColor(command, &flags->color);
   command->footer(
       "One line for each field: its path, its value in A and its value in B. Elements are compared "
       "by their index. A field that is not set differs from one that is set to its default; 0 "

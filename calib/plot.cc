@@ -6,6 +6,7 @@
 #include "calib/file.h"
 #include "calib/plot_charts.h"
 #include "calib/record.h"
+#include "calib/terminal.h"
 
 namespace calib {
 namespace {
@@ -15,6 +16,7 @@ struct Flags {
   std::string output_path = "-";
   InputFlags input;
   CameraFlag camera;
+  bool terminal = false;
 };
 
 std::string Plot(const Flags& flags) {
@@ -28,7 +30,8 @@ std::string Plot(const Flags& flags) {
                   "Drawn are sample_points of CameraIntrinsics, transfer_function of "
                   "FocusInfoItem, bins of FocusCheckProto and samples of PTZIntrinsics.");
   }
-  return ChartsAsSvg(record.name + " (" + record.type->name() + ")", charts);
+  const std::string title = record.name + " (" + record.type->name() + ")";
+  return flags.terminal ? ChartsAsText(title, charts, OutputWidth()) : ChartsAsSvg(title, charts);
 }
 
 }  // namespace
@@ -37,8 +40,10 @@ void AddPlot(CLI::App* program, int* status) {
   CLI::App* command = program->add_subcommand("plot", "Draws samples and curves as SVG");
   const auto flags = std::make_shared<Flags>();
   command->add_option("FILE", flags->path, "The file to draw")->required();
-  command->add_option("--output", flags->output_path, "The SVG to write; else standard output")
-      ->type_name("X.svg");
+  command->add_option("--output", flags->output_path, "The file to write; else standard output")
+      ->type_name("OUT");
+  command->add_flag("--terminal", flags->terminal,
+                    "Draw with characters (in UTF-8) instead, as wide as the terminal");
   flags->input.AddTo(command);
   flags->camera.AddTo(command);
   command->footer(
@@ -47,6 +52,7 @@ void AddPlot(CLI::App* program, int* status) {
       "its field and has the field's own numbers. The image's y goes down.\n\n"
       "Examples:\n"
       "  calib plot rig.RobotCalibration.binpb --camera 0 --output cam0.svg\n"
+      "  calib plot dome.PTZIntrinsics.binpb --terminal\n"
       "  calib plot focus.FocusInfo.binpb | rsvg-convert > focus.png");
   command->callback([flags, status] {
     WriteFile(flags->output_path, Plot(*flags));

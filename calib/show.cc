@@ -44,8 +44,7 @@ void AddShow(CLI::App* program, int* status) {
   flags->input.AddTo(command);
   command->add_flag("--json", flags->json, "Show JSON instead of the text format");
   command->add_flag("--full", flags->full, "Show long lists, text and images in full");
-  AddChoice(command, "--color", &flags->color, {"auto", "always", "never"},
-            "Color names; auto does on a terminal");
+  AddColor(command, &flags->color);
   command->footer(
       "Lists of more than 16 elements, and text and images of more than 64 bytes, are folded to "
       "their size, in a way that no reader takes for a whole record; 'calib convert' writes "

@@ -6,8 +6,7 @@
 
 namespace calib {
 
-// Text for an element or an attribute: what XML reserves is escaped, and what it cannot hold
-// (control characters, octets that are not UTF-8) becomes U+FFFD.
+// Printable text for an element or an attribute: what XML reserves is escaped.
 std::string XmlText(const std::string& text);
 
 // A coordinate, to a hundredth.

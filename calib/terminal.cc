@@ -20,6 +20,11 @@ bool UseColor(const std::string& choice) {
   return isatty(STDOUT_FILENO) != 0 && (no_color == nullptr || *no_color == '\0');
 }
 
+std::string Painted(const std::string& text, Color color, bool use_color) {
+  if (!use_color) return text;
+  return "\033[" + std::to_string(static_cast<int>(color)) + "m" + text + "\033[0m";
+}
+
 std::string Wrap(const std::string& text, int indent, int width) {
   const std::string margin(static_cast<size_t>(indent), ' ');
   const size_t room = static_cast<size_t>(width);

@@ -13,6 +13,11 @@ int OutputWidth();
 // variable NO_COLOR is set.
 bool UseColor(const std::string& choice);
 
+enum class Color { kRed = 31, kGreen = 32, kCyan = 36 };
+
+// The text in that color, or as it is.
+std::string Painted(const std::string& text, Color color, bool use_color);
+
 // Breaks `text` at blanks into lines of at most `width` columns, each indented by `indent`, and
 // ends the last one, too.
 std::string Wrap(const std::string& text, int indent, int width);

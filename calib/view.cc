@@ -1,5 +1,7 @@
 #include "calib/view.h"
 
+#include "calib/terminal.h"
+
 namespace calib {
 namespace {
 
@@ -17,7 +19,7 @@ std::string FoldedElements(int shown, int size) {
 }
 
 std::string Colored(const std::string& name, const ViewOptions& options) {
-  return options.color ? "\033[36m" + name + "\033[0m" : name;
+  return Painted(name, Color::kCyan, options.color);
 }
 
 std::string Flow(const std::vector<std::string>& items, int column, const ViewOptions& options) {
