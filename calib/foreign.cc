@@ -1,5 +1,7 @@
 #include "calib/foreign.h"
 
+#include <yaml-cpp/yaml.h>
+
 #include <cmath>
 
 #include "calib/failure.h"
@@ -8,57 +10,55 @@
 
 namespace calib {
 
+using Kind = ForeignTree::Kind;
+
 namespace {
 
-std::string LineAndColumn(const YAML::Mark& mark) {
-  if (mark.is_null()) return "";
-  return ":" + std::to_string(mark.line + 1) + ":" + std::to_string(mark.column + 1);
-}
-
 // What was found, as short as a message wants it.
-std::string Spell(const YAML::Node& node) {
-  if (node.IsMap()) return "a map";
-  if (node.IsSequence()) return "a list of " + std::to_string(node.size());
-  if (!node.IsScalar()) return "nothing";
-  const std::string& text = node.Scalar();
-  return "'" + (text.size() > 40 ? text.substr(0, 40) + "..." : text) + "'";
+std::string Spell(const ForeignTree& node) {
+  switch (node.kind) {
+    case Kind::kMap:
+      return "a map";
+    case Kind::kList:
+      return "a list of " + std::to_string(node.items.size());
+    case Kind::kText:
+      return "'" + (node.text.size() > 40 ? node.text.substr(0, 40) + "..." : node.text) + "'";
+    default:
+      return "nothing";
+  }
 }
 
-std::vector<YAML::Node> LoadDocuments(const std::string& file, const std::string& text) {
-  std::vector<YAML::Node> documents;
-  try {
-    for (const YAML::Node& document : YAML::LoadAll(text)) {
-      if (document.IsDefined() && !document.IsNull()) documents.push_back(document);
-    }
-  } catch (const YAML::Exception& error) {
-    throw Failure(file + LineAndColumn(error.mark) + ": " + error.msg,
-                  "The file is no YAML; correct it there.");
-  }
-  return documents;
+bool LooksLikeXml(const std::string& text) {
+  const size_t begin = text.find_first_not_of(" \t\r\n\xef\xbb\xbf");
+  return begin != std::string::npos && text[begin] == '<';
+}
+
+// As YAML reads numbers.
+template <typename T>
+bool Read(const ForeignTree& node, T* value) {
+  return node.kind == Kind::kText && YAML::convert<T>::decode(YAML::Node(node.text), *value);
 }
 
 }  // namespace
 
-Foreign::Foreign(std::string file, std::string path, YAML::Mark mark, YAML::Node node,
+std::string PlaceOf(const ForeignTree& tree) {
+  if (tree.line < 0) return "";
+  return ":" + std::to_string(tree.line + 1) +
+         (tree.column < 0 ? "" : ":" + std::to_string(tree.column + 1));
+}
+
+Foreign::Foreign(std::string file, std::string path, const ForeignTree* node,
                  std::shared_ptr<Notebook> notebook)
-    : file_(std::move(file)),
-      path_(std::move(path)),
-      mark_(mark),
-      node_(std::move(node)),
-      notebook_(std::move(notebook)) {}
+    : file_(std::move(file)), path_(std::move(path)), node_(node), notebook_(std::move(notebook)) {}
 
 Foreign Foreign::Parse(const std::string& file, const std::string& text) {
-  const std::vector<YAML::Node> documents = LoadDocuments(file, text);
-  if (documents.empty()) throw Failure(file + ": is empty", "Check that it is the file you meant.");
-  if (documents.size() > 1) {
-    throw Failure(file + LineAndColumn(documents[1].Mark()) + ": a document of its own begins here",
-                  "Bring in one document at a time: split the file where it says '---'.");
-  }
-  return Foreign(file, "", documents[0].Mark(), documents[0], std::make_shared<Notebook>());
+  const auto notebook = std::make_shared<Notebook>();
+  notebook->tree = LooksLikeXml(text) ? LoadXml(file, text) : LoadYaml(file, text);
+  return Foreign(file, "", &notebook->tree, notebook);
 }
 
 std::string Foreign::Place() const {
-  return file_ + LineAndColumn(mark_) + ": " + (path_.empty() ? "" : path_ + ": ");
+  return file_ + PlaceOf(*node_) + ": " + (path_.empty() ? "" : path_ + ": ");
 }
 
 void Foreign::Refuse(const std::string& what, const std::string& remedy) const {
@@ -66,26 +66,23 @@ void Foreign::Refuse(const std::string& what, const std::string& remedy) const {
 }
 
 void Foreign::Remark(const std::string& what) const {
-  notebook_->remarks.emplace(mark_.line, Place() + what);
+  notebook_->remarks.emplace(node_->line, Place() + what);
 }
 
 void Foreign::NotKept(const std::string& why) const {
-  Remark((node_.IsScalar() ? Spell(node_) + " " : "") + "not kept: " + why);
+  Remark((node_->kind == Kind::kText ? Spell(*node_) + " " : "") + "not kept: " + why);
 }
 
 std::vector<std::pair<std::string, Foreign>> Foreign::Entries() const {
-  if (!node_.IsMap()) {
-    Refuse("is " + Spell(node_) + ", expected a map of keys and values",
-           "Check the indentation, and that --from names the tool that wrote the file.");
+  if (node_->kind != Kind::kMap) {
+    Refuse("is " + Spell(*node_) + ", expected a map of keys and values",
+           "Check its layout, and that --from names the tool that wrote the file.");
   }
   std::vector<std::pair<std::string, Foreign>> entries;
   std::set<std::string> keys;
-  for (const auto& entry : node_) {
-    const std::string key = entry.first.IsScalar() ? entry.first.Scalar() : Spell(entry.first);
-    // A value of several lines begins below its key.
-    const YAML::Mark above = entry.first.Mark(), mark = entry.second.Mark();
-    const Foreign value(file_, JoinPath(path_, key), above.line < mark.line ? above : mark,
-                        entry.second, notebook_);
+  for (size_t i = 0; i < node_->items.size(); ++i) {
+    const std::string& key = node_->keys[i];
+    const Foreign value(file_, JoinPath(path_, key), &node_->items[i], notebook_);
     if (!keys.insert(key).second) value.Refuse("is there twice", "Leave one of them out.");
     entries.emplace_back(key, value);
   }
@@ -111,41 +108,40 @@ Foreign Foreign::At(const std::vector<std::string>& keys) const {
 double Foreign::Number() const {
   notebook_->used.insert(path_);
   double value = 0;
-  if (node_.IsScalar() && YAML::convert<double>::decode(node_, value) && std::isfinite(value)) {
-    return value;
-  }
-  const bool several = node_.IsScalar() && node_.Scalar().find(' ') != std::string::npos;
-  Refuse("is " + Spell(node_) + ", expected a number",
+  if (Read(*node_, &value) && std::isfinite(value)) return value;
+  const bool several = node_->text.find(' ') != std::string::npos;
+  Refuse("is " + Spell(*node_) + ", expected a number",
          several ? "Put commas between the numbers." : "Correct it there.");
 }
 
 int32_t Foreign::Count() const {
   notebook_->used.insert(path_);
   int32_t value = 0;
-  if (node_.IsScalar() && YAML::convert<int32_t>::decode(node_, value) && value >= 0) return value;
-  Refuse("is " + Spell(node_) + ", expected a whole number that is not negative",
+  if (Read(*node_, &value) && value >= 0) return value;
+  Refuse("is " + Spell(*node_) + ", expected a whole number that is not negative",
          "Correct it there.");
 }
 
 std::string Foreign::Text() const {
   notebook_->used.insert(path_);
-  if (!node_.IsScalar()) Refuse("is " + Spell(node_) + ", expected text", "Correct it there.");
-  return node_.Scalar();
+  if (node_->kind != Kind::kText) {
+    Refuse("is " + Spell(*node_) + ", expected text", "Correct it there.");
+  }
+  return node_->text;
 }
 
 Foreign Foreign::Element(size_t index) const {
-  const YAML::Node node = node_[index];
-  return Foreign(file_, path_ + "[" + std::to_string(index) + "]", node.Mark(), node, notebook_);
+  return Foreign(file_, path_ + "[" + std::to_string(index) + "]", &node_->items[index], notebook_);
 }
 
 std::vector<double> Foreign::Numbers() const {
   notebook_->used.insert(path_);
-  if (!node_.IsSequence()) {
-    Refuse("is " + Spell(node_) + ", expected a list of numbers",
+  if (node_->kind != Kind::kList) {
+    Refuse("is " + Spell(*node_) + ", expected a list of numbers",
            "Write it like [1.0, 2.0], with commas.");
   }
   std::vector<double> numbers;
-  for (size_t i = 0; i < node_.size(); ++i) numbers.push_back(Element(i).Number());
+  for (size_t i = 0; i < node_->items.size(); ++i) numbers.push_back(Element(i).Number());
   return numbers;
 }
 
@@ -153,8 +149,8 @@ std::vector<double> Foreign::Rows(size_t rows, size_t columns) const {
   notebook_->used.insert(path_);
   const std::string expected =
       std::to_string(rows) + " rows of " + std::to_string(columns) + " numbers";
-  if (!node_.IsSequence() || node_.size() != rows) {
-    Refuse("is " + Spell(node_) + ", expected " + expected, "Correct it there.");
+  if (node_->kind != Kind::kList || node_->items.size() != rows) {
+    Refuse("is " + Spell(*node_) + ", expected " + expected, "Correct it there.");
   }
   std::vector<double> numbers;
   for (size_t row = 0; row < rows; ++row) {
@@ -176,7 +172,7 @@ bool Foreign::AnyUsedBelow() const {
 
 void Foreign::CollectUnused() const {
   if (notebook_->used.count(path_) != 0) return;
-  if (!node_.IsMap() || !AnyUsedBelow()) return NotKept("no field of a record holds it");
+  if (node_->kind != Kind::kMap || !AnyUsedBelow()) return NotKept("no field of a record holds it");
   for (const auto& entry : Entries()) entry.second.CollectUnused();
 }
 

@@ -1,10 +1,8 @@
-// A YAML file that another tool wrote, value by value. Reading a value marks it as used; what
-// nobody used is left for Report(), so that an importer cannot drop anything silently. Every
-// complaint names the file, the line, the column and the value's path.
+// A file that another tool wrote, value by value, in YAML or in OpenCV's XML. Reading a value marks
+// it as used; what nobody used is left for Report(), so that an importer cannot drop anything
+// silently. Every complaint names the file, the line, the column and the value's path.
 #ifndef CALIB_FOREIGN_H_
 #define CALIB_FOREIGN_H_
-
-#include <yaml-cpp/yaml.h>
 
 #include <cstdint>
 #include <map>
@@ -15,11 +13,13 @@
 #include <utility>
 #include <vector>
 
+#include "calib/foreign_tree.h"
+
 namespace calib {
 
 class Foreign {
  public:
-  // The one document of the file. Throws Failure if it is no YAML, or several documents.
+  // The one document of the file. Throws Failure where the syntax is wrong.
   static Foreign Parse(const std::string& file, const std::string& text);
 
   const std::string& path() const { return path_; }
@@ -48,11 +48,12 @@ class Foreign {
  private:
   // What is common to all values of a file.
   struct Notebook {
+    ForeignTree tree;
     std::set<std::string> used;               // paths
     std::multimap<int, std::string> remarks;  // by line
   };
 
-  Foreign(std::string file, std::string path, YAML::Mark mark, YAML::Node node,
+  Foreign(std::string file, std::string path, const ForeignTree* node,
           std::shared_ptr<Notebook> notebook);
 
   Foreign Element(size_t index) const;
@@ -61,8 +62,7 @@ class Foreign {
   std::string Place() const;
 
   std::string file_, path_;
-  YAML::Mark mark_;  // where users look for it
-  YAML::Node node_;
+  const ForeignTree* node_;  // in the notebook's tree
   std::shared_ptr<Notebook> notebook_;
 };
 

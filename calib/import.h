@@ -1,4 +1,4 @@
-// What the importers have in common. Each reads one file of another tool into cameras, says on
+// What the importers have in common. Each reads the files of another tool into cameras, says on
 // standard error what it did not keep, and throws Failure where the file is not what that tool
 // writes. docs/calib-import.md has the mapping.
 #ifndef CALIB_IMPORT_H_
@@ -11,11 +11,10 @@
 
 namespace calib {
 
-using Importer = void (*)(const Foreign& file, zarvo::calibration::RobotCalibration* robot);
-
 void ImportCameraInfo(const Foreign& file, zarvo::calibration::RobotCalibration* robot);
 void ImportCamchain(const Foreign& file, zarvo::calibration::RobotCalibration* robot);
-void ImportOpenCv(const Foreign& file, zarvo::calibration::RobotCalibration* robot);
+// One file, or those of a stereo calibration.
+void ImportOpenCv(const std::vector<Foreign>& files, zarvo::calibration::RobotCalibration* robot);
 
 // A matrix as OpenCV and ROS write them: a map of rows, cols, data, and dt with OpenCV. `channels`
 // numbers make one element; rows and columns of 0 stand for any.
@@ -25,6 +24,11 @@ std::vector<double> MatrixData(const Foreign& matrix, int32_t rows, int32_t colu
 // fx, fy, skew, cx and cy of a camera matrix, by rows, that was read from `place`.
 void PlaceCameraMatrix(const Foreign& place, const std::vector<double>& matrix,
                        zarvo::calibration::CameraIntrinsics* intrinsics);
+
+// A transform of four rows and columns that was read from `place`, and the frames that it maps
+// between, which the record does not tell.
+void PlaceTransform(const Foreign& place, const std::vector<double>& matrix,
+                    const std::string& frames, zarvo::calibration::CameraExtrinsics* extrinsics);
 
 // The two orders that distortion coefficients are listed in.
 enum class Lens {

@@ -5,7 +5,6 @@
 namespace calib {
 
 using zarvo::calibration::CameraCalibration;
-using zarvo::calibration::CameraExtrinsics;
 using zarvo::calibration::CameraIntrinsics;
 
 namespace {
@@ -61,22 +60,15 @@ void PlaceLens(const Foreign& chain, CameraIntrinsics* intrinsics) {
   }  // of others, the coefficients are reported as not kept
 }
 
-void PlaceTransform(const Foreign& transform, const char* frames, CameraExtrinsics* extrinsics) {
-  const std::vector<double> matrix = transform.Rows(4, 4);
-  if (matrix[12] != 0 || matrix[13] != 0 || matrix[14] != 0 || matrix[15] != 1) {
-    transform.Refuse("is no transform: its last row is not [0, 0, 0, 1]", "Correct it there.");
-  }
-  for (const double element : matrix) extrinsics->add_a(element);
-  transform.Remark(std::string("kept as extrinsics, 4x4 by rows; not that it maps ") + frames);
-}
-
 // A camera has one set of extrinsics. Where it sits relative to the IMU says the same for every
 // camera, so it goes first.
 void PlaceExtrinsics(const Foreign& chain, CameraCalibration* camera) {
   if (const auto imu = chain.Find({"T_cam_imu"})) {
-    PlaceTransform(*imu, "from the IMU to this camera", camera->mutable_extrinsics());
+    PlaceTransform(*imu, imu->Rows(4, 4), "from the IMU to this camera",
+                   camera->mutable_extrinsics());
   } else if (const auto previous = chain.Find({"T_cn_cnm1"})) {
-    PlaceTransform(*previous, "from the camera before to this one", camera->mutable_extrinsics());
+    PlaceTransform(*previous, previous->Rows(4, 4), "from the camera before to this one",
+                   camera->mutable_extrinsics());
   }
 }
 

@@ -49,6 +49,15 @@ void PlaceCameraMatrix(const Foreign& place, const std::vector<double>& matrix,
   intrinsics->set_cy(matrix[5]);
 }
 
+void PlaceTransform(const Foreign& place, const std::vector<double>& matrix,
+                    const std::string& frames, zarvo::calibration::CameraExtrinsics* extrinsics) {
+  if (matrix[12] != 0 || matrix[13] != 0 || matrix[14] != 0 || matrix[15] != 1) {
+    place.Refuse("is no transform: its last row is not [0, 0, 0, 1]", "Correct it there.");
+  }
+  for (const double element : matrix) extrinsics->add_a(element);
+  place.Remark("kept as extrinsics, 4x4 by rows; not that it maps " + frames);
+}
+
 void PlaceDistortion(const Foreign& place, const std::vector<double>& list, Lens lens,
                      const std::vector<size_t>& sizes, CameraIntrinsics* intrinsics) {
   if (std::find(sizes.begin(), sizes.end(), list.size()) == sizes.end()) {

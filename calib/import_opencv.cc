@@ -1,6 +1,8 @@
 // OpenCV FileStorage: what the camera calibration program writes, and programs of one's own that
 // store a camera matrix and distortion coefficients under the same or the older keys.
-#include "calib/import.h"
+#include "calib/import_opencv.h"
+
+#include "calib/failure.h"
 
 namespace calib {
 
@@ -15,7 +17,10 @@ int32_t Channels(const Foreign& matrix) {
   return type.size() > 1 && type[0] >= '1' && type[0] <= '9' ? type[0] - '0' : 1;
 }
 
-std::vector<double> Matrix(const Foreign& matrix, int32_t rows, int32_t columns, int32_t channels) {
+}  // namespace
+
+std::vector<double> OpenCvMatrix(const Foreign& matrix, int32_t rows, int32_t columns,
+                                 int32_t channels) {
   if (const auto tag = matrix.Find({"type_id"})) tag->Text();  // in the JSON variant
   const int32_t actual = Channels(matrix);
   if (actual != channels) {
@@ -26,17 +31,19 @@ std::vector<double> Matrix(const Foreign& matrix, int32_t rows, int32_t columns,
   return MatrixData(matrix, rows, columns, channels);
 }
 
+namespace {
+
 // Points that the calibration was computed from: one row of the image's for each view, and the
 // target's, which are those of every view.
 void PlaceSamples(const Foreign& file, CameraIntrinsics* intrinsics) {
   const auto image = file.Find({"image_points"}), target = file.Find({"grid_points"});
   if (!image || !target) return;
-  const std::vector<double> on_target = Matrix(*target, 0, 0, 3);
+  const std::vector<double> on_target = OpenCvMatrix(*target, 0, 0, 3);
   for (size_t i = 2; i < on_target.size(); i += 3) {
     // Stays unused, and is reported so with image_points.
     if (on_target[i] != on_target[2]) return target->NotKept("its third coordinates differ");
   }
-  const std::vector<double> in_image = Matrix(*image, 0, 0, 2);
+  const std::vector<double> in_image = OpenCvMatrix(*image, 0, 0, 2);
   const size_t points = on_target.size() / 3;
   if (points == 0 || in_image.size() % (2 * points) != 0) {
     image->Refuse("has " + std::to_string(in_image.size() / 2) +
@@ -55,21 +62,18 @@ void PlaceSamples(const Foreign& file, CameraIntrinsics* intrinsics) {
   image->Remark("kept as sample_points with grid_points; not which view a point belongs to");
 }
 
-}  // namespace
+const std::vector<std::string> kMatrixKeys = {"camera_matrix", "Camera_Matrix", "cameraMatrix",
+                                              "K"};
 
-void ImportOpenCv(const Foreign& file, zarvo::calibration::RobotCalibration* robot) {
-  CameraIntrinsics* intrinsics = robot->add_camera()->mutable_intrinsics();
-  const Foreign matrix = file.At({"camera_matrix", "Camera_Matrix", "cameraMatrix", "K"});
-  PlaceCameraMatrix(matrix, Matrix(matrix, 3, 3, 1), intrinsics);
+void ImportCamera(const Foreign& file, CameraIntrinsics* intrinsics) {
+  const Foreign matrix = file.At(kMatrixKeys);
+  PlaceCameraMatrix(matrix, OpenCvMatrix(matrix, 3, 3, 1), intrinsics);
   const auto fisheye = file.Find({"fisheye_model"});
   const bool is_fisheye = fisheye && fisheye->Count() != 0;
   if (fisheye) fisheye->NotKept("a record does not tell the distortion model");
   if (const auto list =
           file.Find({"distortion_coefficients", "Distortion_Coefficients", "distCoeffs", "D"})) {
-    const std::vector<size_t> sizes =
-        is_fisheye ? std::vector<size_t>{4} : std::vector<size_t>{4, 5, 8, 12, 14};
-    PlaceDistortion(*list, Matrix(*list, 0, 0, 1), is_fisheye ? Lens::kFisheye : Lens::kBrown,
-                    sizes, intrinsics);
+    PlaceOpenCvDistortion(*list, is_fisheye, intrinsics);
   }
   if (const auto width = file.Find({"image_width", "image_Width"})) {
     intrinsics->set_width(width->Count());
@@ -81,6 +85,25 @@ void ImportOpenCv(const Foreign& file, zarvo::calibration::RobotCalibration* rob
     intrinsics->set_error_per_point(error->Number());
   }
   PlaceSamples(file, intrinsics);
+}
+
+}  // namespace
+
+void PlaceOpenCvDistortion(const Foreign& list, bool fisheye, CameraIntrinsics* intrinsics) {
+  const std::vector<size_t> sizes =
+      fisheye ? std::vector<size_t>{4} : std::vector<size_t>{4, 5, 8, 12, 14};
+  PlaceDistortion(list, OpenCvMatrix(list, 0, 0, 1), fisheye ? Lens::kFisheye : Lens::kBrown, sizes,
+                  intrinsics);
+}
+
+void ImportOpenCv(const std::vector<Foreign>& files, zarvo::calibration::RobotCalibration* robot) {
+  const bool single = files.size() == 1 && files[0].Find(kMatrixKeys);
+  if (!single && ImportOpenCvStereo(files, robot)) return;
+  if (files.size() > 1) {
+    files[1].Refuse("is a second file, but neither holds a stereo calibration (M1 and M2, R and T)",
+                    "Bring in one camera at a time, and put them together with 'calib merge'.");
+  }
+  ImportCamera(files[0], robot->add_camera()->mutable_intrinsics());
 }
 
 }  // namespace calib
