@@ -10,10 +10,10 @@
 #include <vector>
 
 #include "calib/arguments.h"
+#include "calib/build_info.h"
 #include "calib/commands.h"
 #include "calib/failure.h"
 #include "calib/names.h"
-#include "calib/version.h"
 
 namespace calib {
 namespace {
@@ -49,7 +49,10 @@ int Run(int argc, char** argv) {
       "Files are named NAME.TYPE.EXTENSION, such as rig.RobotCalibration.binpb, with the "
       "extensions binpb (binary), txtpb (text) and json. For other names, --type and --format tell "
       "what is in them. The file '-' is standard input or output.\n\n"
-      "Exit status: 0 fine, 1 a finding (check, diff) or nothing found (get), 2 trouble.");
+      "Exit status: 0 fine, 1 a finding (check, diff) or nothing found (get), 2 trouble." +
+      std::string(kReadsJson ? ""
+                             : "\n\nThis build writes JSON, but does not read it: its protobuf "
+                               "run-time skips in silence what it does not understand there."));
   int status = kFine;
   AddTypes(&program, &status);
   AddShow(&program, &status);

@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include "calib/arguments.h"
+#include "calib/build_info.h"
 #include "calib/codec.h"
 #include "calib/failure.h"
 #include "calib/file.h"
@@ -18,8 +19,15 @@ namespace {
 constexpr char kFormatRemedy[] = "or name the file *.binpb (binary), *.txtpb (text) or *.json.";
 
 Format InputFormat(const std::string& path, const InputFlags& flags, const NameFacts& facts) {
-  if (!flags.format.empty()) return FormatNamed(flags.format);
-  if (facts.format) return *facts.format;
+  const std::optional<Format> format =
+      flags.format.empty() ? facts.format : std::optional<Format>(FormatNamed(flags.format));
+  if (format == Format::kJson && !kReadsJson) {
+    throw Failure(InputName(path) +
+                      ": is JSON, which this build of calib does not read: its "
+                      "protobuf run-time skips in silence what it does not understand",
+                  "Convert it with a calib that is built on a later run-time.");
+  }
+  if (format) return *format;
   throw Failure(InputName(path) + ": its format is not known",
                 std::string("Give it with --format binary, text or json, ") + kFormatRemedy);
 }
