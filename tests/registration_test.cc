@@ -8,10 +8,12 @@
 #include <google/protobuf/text_format.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 #include <set>
 #include <string>
+#include <typeinfo>
 #include <vector>
 
 #include "calibration_common/calibration.pb.h"
@@ -112,6 +114,19 @@ TEST(LoadDeathTest, FileMissingFromThePoolIsFatal) {
   EXPECT_DEATH(
       assign_without_file(),
       "FATAL .*calibration_common/calibration\\.pb\\.cc:[0-9]+\\] CHECK failed: file != NULL: ");
+}
+
+// Each in a process of its own, since one call of any class builds reflection for all of them.
+TEST(FirstUseDeathTest, EveryDescriptorIsThereAtOnce) {
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  ForEachRecord([](auto record) {
+    using T = typename decltype(record)::Type;
+    const auto finds_itself = [] {
+      return T::descriptor() != nullptr && T::descriptor()->file() != nullptr;
+    };
+    EXPECT_EXIT(std::_Exit(finds_itself() ? 0 : 1), ::testing::ExitedWithCode(0), "")
+        << typeid(T).name();
+  });
 }
 
 // --- Default instances ---------------------------------------------------------------------------
