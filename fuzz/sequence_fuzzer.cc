@@ -1,5 +1,6 @@
 // Any sequence of merging, copying, swapping, clearing, reading and filling over three records of a
-// class. The run-time's own dynamic class goes through the same steps, and in the end all agree.
+// class. The run-time's own dynamic class goes through the same steps, and after each of them the
+// records it was about agree, in the end all of them as they are written, too.
 //
 // The input is a program: after the byte for the class, one byte a step, and behind some steps
 // their arguments.
@@ -136,11 +137,13 @@ struct Machine {
       record.Clear();
       twins[a]->Clear();
     }
+    for (const size_t i : {a, b}) {
+      Require(EqualByReflection(*twins[i], records[i]), "a record agrees with its twin");
+    }
   }
 
-  void Check() const {
+  void CheckWriting() const {
     for (size_t i = 0; i < kRecords; ++i) {
-      Require(EqualByReflection(*twins[i], records[i]), "a record agrees with its twin");
       Require(records[i].SerializePartialAsString() == twins[i]->SerializePartialAsString(),
               "a record is written as its twin is");
     }
@@ -163,7 +166,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
     Machine<T> machine;
     Program program(input.bytes);
     for (int step = 0; step < kMostSteps && !program.AtEnd(); ++step) machine.Step(&program);
-    machine.Check();
+    machine.CheckWriting();
   });
   return 0;
 }

@@ -1,5 +1,6 @@
 // Text format, both ways: any text that is read prints as a text that reads as the same, and any
-// record prints as a text that is read, unknown fields aside.
+// record prints as a text that is read, unknown fields aside. The run-time's dynamic class reads
+// and prints the same.
 #include <google/protobuf/message.h>
 #include <google/protobuf/text_format.h>
 
@@ -51,12 +52,24 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (size == 0) return 0;
   const RecordInput input = TakeRecordInput(data, size);
   const std::unique_ptr<Message> from_text = input.type.make();
-  if (Read(input.bytes, from_text.get())) CheckRoundTrip(input, *from_text);
+  if (Read(input.bytes, from_text.get())) {
+    CheckRoundTrip(input, *from_text);
+    const std::unique_ptr<Message> twin = NewDynamic(from_text->GetDescriptor());
+    Require(Read(input.bytes, twin.get()), "the dynamic class reads the text, too");
+    Require(from_text->SerializePartialAsString() == twin->SerializePartialAsString(),
+            "a text reads as it does into the dynamic class");
+  }
 
   const std::unique_ptr<Message> from_bytes = input.type.make();
   if (from_bytes->ParsePartialFromString(input.bytes)) {
     Print(*from_bytes);
     from_bytes->DiscardUnknownFields();
+    // The run-time's own parser refuses a little more than ours does.
+    const std::unique_ptr<Message> twin = NewDynamic(from_bytes->GetDescriptor());
+    if (twin->ParsePartialFromString(input.bytes)) {
+      twin->DiscardUnknownFields();
+      Require(Print(*from_bytes) == Print(*twin), "a record prints as the dynamic class's does");
+    }
     CheckRoundTrip(input, *from_bytes);
   }
   return 0;
