@@ -7,14 +7,19 @@
 namespace calib {
 
 Canvas::Canvas(int columns, int rows)
-    : columns_(columns), rows_(rows), cells_(static_cast<size_t>(columns * rows)) {}
+    : columns_(columns),
+      rows_(rows),
+      cells_(static_cast<size_t>(columns) * static_cast<size_t>(rows)) {}
+
+size_t Canvas::CellAt(int column, int row) const {
+  return static_cast<size_t>(row) * static_cast<size_t>(columns_) + static_cast<size_t>(column);
+}
 
 void Canvas::Dot(int x, int y) {
   if (x < 0 || y < 0 || x >= width() || y >= height()) return;
   // Unicode counts the upper three rows of dots column by column, and the lowest one last.
   constexpr unsigned char kBits[kDotsDown][kDotsAcross] = {{1, 8}, {2, 16}, {4, 32}, {64, 128}};
-  const int cell = y / kDotsDown * columns_ + x / kDotsAcross;
-  cells_[static_cast<size_t>(cell)] |= kBits[y % kDotsDown][x % kDotsAcross];
+  cells_[CellAt(x / kDotsAcross, y / kDotsDown)] |= kBits[y % kDotsDown][x % kDotsAcross];
 }
 
 void Canvas::Line(int x1, int y1, int x2, int y2, int every) {
@@ -29,7 +34,7 @@ void Canvas::Line(int x1, int y1, int x2, int y2, int every) {
 std::string Canvas::Row(int row) const {
   std::string text, blanks;
   for (int column = 0; column < columns_; ++column) {
-    const unsigned cell = cells_[static_cast<size_t>(row * columns_ + column)];
+    const unsigned cell = cells_[CellAt(column, row)];
     if (cell == 0) {
       blanks += ' ';
       continue;

@@ -3,6 +3,7 @@
 #ifndef CALIB_CANVAS_H_
 #define CALIB_CANVAS_H_
 
+#include <cstddef>
 #include <string>
 #include <vector>
 
@@ -27,6 +28,8 @@ class Canvas {
   std::string Row(int row) const;
 
  private:
+  size_t CellAt(int column, int row) const;
+
   int columns_, rows_;
   std::vector<unsigned char> cells_;  // by rows; a bit for each dot
 };

@@ -29,9 +29,6 @@ std::string Line(const Difference& difference, bool color) {
 }
 
 int Diff(const Flags& flags) {
-  if (flags.before == "-" && flags.after == "-") {
-    throw Failure("both records are to come from standard input", "Name a file for one of them.");
-  }
   const std::vector<Record> records = ReadRecords({flags.before, flags.after}, flags.input);
   const bool color = UseColor(flags.color);
   std::string lines;

@@ -50,8 +50,11 @@ std::string ToRos(const Record& record, const Flags& flags) {
 }
 
 std::string ToJson(const Record& record, const Flags& flags) {
-  if (flags.camera.number < 0) return Encode(Format::kJson, *record.message);
-  return Encode(Format::kJson, *Only(record, flags, CameraCalibration::descriptor()).message);
+  const google::protobuf::Message* message = record.message.get();
+  if (flags.camera.number >= 0) {
+    message = Only(record, flags, CameraCalibration::descriptor()).message;
+  }
+  return EncodeFor(OutputName(flags.output_path), Format::kJson, *message);
 }
 
 }  // namespace

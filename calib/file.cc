@@ -10,6 +10,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "calib/failure.h"
@@ -26,6 +27,8 @@ std::string Reason(int error) { return std::strerror(error); }
 std::string Remedy(int error) {
   switch (error) {
     case ENOENT:
+    case ENOTDIR:
+    case ENAMETOOLONG:
       return "Check the spelling; relative paths start at the current folder.";
     case EACCES:
     case EPERM:
@@ -35,6 +38,8 @@ std::string Remedy(int error) {
     case EDQUOT:
     case EFBIG:
       return "Make room, or write to another place. The file of before is untouched.";
+    case EBADF:
+      return "It is closed; run the command with one that is open, or name a file.";
     case EISDIR:
       return "Name a file in it.";
     default:
@@ -123,9 +128,14 @@ void Replace(const std::string& name, const std::string& path, mode_t mode,
 }  // namespace
 
 std::string InputName(const std::string& path) { return path == "-" ? "standard input" : path; }
+std::string OutputName(const std::string& path) { return path == "-" ? "standard output" : path; }
 
 std::string ReadFile(const std::string& path) {
   const std::string name = InputName(path);
+  static bool input_was_read = false;
+  if (path == "-" && std::exchange(input_was_read, true)) {
+    throw Failure(name + ": is named twice", "Name a file for one of them.");
+  }
   Descriptor file(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC));
   struct stat status;
   if (file.fd() < 0 || fstat(file.fd(), &status) != 0) Fail(name, "cannot be opened", errno);
@@ -164,7 +174,7 @@ void WriteFile(const std::string& path, const std::string& bytes) {
   Replace(path, Resolved(path), exists ? status.st_mode & 07777 : ModeForNewFiles(), bytes);
 }
 
-void Print(const std::string& text) { WriteInPlace(STDOUT_FILENO, text, "standard output"); }
+void Print(const std::string& text) { WriteInPlace(STDOUT_FILENO, text, OutputName("-")); }
 
 void Note(const std::string& text) { std::fprintf(stderr, "calib: %s\n", text.c_str()); }
 

@@ -8,9 +8,11 @@
 
 namespace calib {
 
-// As messages name it: "standard input" for "-", else the path.
+// As messages name it: "standard input" or "standard output" for "-", else the path.
 std::string InputName(const std::string& path);
+std::string OutputName(const std::string& path);
 
+// Standard input can be read once.
 std::string ReadFile(const std::string& path);
 
 // A regular file is written under a temporary name in the same folder and then renamed, so that

@@ -84,7 +84,7 @@ const google::protobuf::Message& Choose(const std::string& name, const Descripto
     ReportAllButIntrinsics(name, OnlyCamera(name, robot));
     return robot.camera(0).intrinsics();
   }
-  throw Failure("cameras cannot be written as a " + type->name(),
+  throw Failure(name + ": has cameras, which cannot be written as a " + type->name(),
                 "Choose RobotCalibration, CameraCalibration or CameraIntrinsics.");
 }
 

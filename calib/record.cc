@@ -123,9 +123,17 @@ void OutputFlags::AddTo(CLI::App* command) {
   command->add_flag("--partial", partial, "Write the record even if required fields are missing");
 }
 
+std::string EncodeFor(const std::string& name, Format format, const Message& record) {
+  try {
+    return Encode(format, record);
+  } catch (const Failure& failure) {
+    throw Failure(name + ": not written: " + failure.what(), failure.remedy());
+  }
+}
+
 void WriteRecord(const std::string& path, const Message& record, const OutputFlags& flags) {
   const NameFacts facts = FactsFromName(path);
-  const std::string name = path == "-" ? "standard output" : path;
+  const std::string name = OutputName(path);
   if (flags.format.empty() && !facts.format) {
     throw Failure(name + ": its format is not known",
                   std::string("Give it with --to binary, text or json, ") + kFormatRemedy);
@@ -145,7 +153,7 @@ void WriteRecord(const std::string& path, const Message& record, const OutputFla
     throw Failure("standard output: is a terminal, which cannot show the binary format",
                   "Name a file, or choose --to text.");
   }
-  WriteFile(path, Encode(format, record));
+  WriteFile(path, EncodeFor(name, format, record));
 }
 
 }  // namespace calib

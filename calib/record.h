@@ -58,6 +58,10 @@ struct OutputFlags {
   void AddTo(CLI::App* command);
 };
 
+// Encodes the record for a file that messages call `name`.
+std::string EncodeFor(const std::string& name, Format format,
+                      const google::protobuf::Message& record);
+
 // The format comes from --to or from the path. Throws Failure, and leaves the file of before in
 // place, if required fields are missing.
 void WriteRecord(const std::string& path, const google::protobuf::Message& record,
