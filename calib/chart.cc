@@ -81,13 +81,18 @@ class Layout {
   std::string Axes() const {
     std::string svg;
     const double least = chart_.x_counts ? 1 : 0;
-    for (const double tick : axes_.x.Ticks(TickCount(x2_ - x1_, 75), least)) {
-      svg += Line("g", X(tick), y1_, X(tick), y2_);
-      svg += Label("x", X(tick), y2_ + 17, TickText(tick));
+    const std::vector<double> x_ticks = axes_.x.Ticks(TickCount(x2_ - x1_, 75), least);
+    const std::vector<std::string> x_texts = TickTexts(x_ticks);
+    for (size_t i = 0; i < x_ticks.size(); ++i) {
+      svg += Line("g", X(x_ticks[i]), y1_, X(x_ticks[i]), y2_);
+      svg += Label("x", X(x_ticks[i]), y2_ + 17, x_texts[i]);
     }
-    for (const double tick : axes_.y.Ticks(TickCount(y2_ - y1_, chart_.image ? 60 : 38), 0)) {
-      svg += Line("g", x1_, Y(tick), x2_, Y(tick));
-      svg += Label("y", x1_ - 7, Y(tick) + 4, TickText(tick));
+    const std::vector<double> y_ticks =
+        axes_.y.Ticks(TickCount(y2_ - y1_, chart_.image ? 60 : 38), 0);
+    const std::vector<std::string> y_texts = TickTexts(y_ticks);
+    for (size_t i = 0; i < y_ticks.size(); ++i) {
+      svg += Line("g", x1_, Y(y_ticks[i]), x2_, Y(y_ticks[i]));
+      svg += Label("y", x1_ - 7, Y(y_ticks[i]) + 4, y_texts[i]);
     }
     const double middle = (y1_ + y2_) / 2, side = left_ + 12;
     svg += Rectangle("f", x1_, y1_, x2_, y2_);
@@ -147,11 +152,19 @@ ChartAxes AxesOf(const Chart& chart) {
   return axes;
 }
 
-std::string TickText(double value) {
-  // Ticks of one axis differ in their last digits if they are large; six show them.
-  char text[32];
-  std::snprintf(text, sizeof text, "%.6g", value);
-  return text;
+std::vector<std::string> TickTexts(const std::vector<double>& ticks) {
+  std::vector<std::string> texts;
+  for (int digits = 6; digits <= 15; ++digits) {
+    texts.clear();
+    for (const double tick : ticks) {
+      char text[32];
+      std::snprintf(text, sizeof text, "%.*g", digits, tick);
+      texts.emplace_back(text);
+    }
+    // They are in order, so that equal ones are neighbors.
+    if (std::adjacent_find(texts.begin(), texts.end()) == texts.end()) break;
+  }
+  return texts;
 }
 
 std::string ChartsAsSvg(const std::string& title, const std::vector<Chart>& charts) {

@@ -46,7 +46,8 @@ struct ChartAxes {
 };
 ChartAxes AxesOf(const Chart& chart);
 
-std::string TickText(double value);
+// With as many digits as it takes to tell them apart.
+std::vector<std::string> TickTexts(const std::vector<double>& ticks);
 
 }  // namespace calib
 

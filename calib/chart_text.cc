@@ -40,7 +40,8 @@ class TextLayout {
   }
 
  private:
-  // One scale for both axes, as large as there is room for.
+  // One scale for both axes, as large as there is room for; what is narrow is drawn wider, so that
+  // its numbers have room.
   void FitImage() {
     const double dots = axes_.x.length() / (columns_ * Canvas::kDotsAcross);
     const double rows = std::ceil(axes_.y.length() / dots / Canvas::kDotsDown);
@@ -77,16 +78,18 @@ class TextLayout {
       const ChartPoint& point = chart_.points[i];
       const ChartPoint& before = chart_.points[i > 0 && chart_.connected ? i - 1 : i];
       canvas->Line(X(before.x), Y(before.y), X(point.x), Y(point.y));
-      if (chart_.connected) continue;
+      if (chart_.connected && chart_.points.size() > 1) continue;
       canvas->Line(X(point.x) + 1, Y(point.y), X(point.x), Y(point.y) + 1);
     }
   }
 
   void LabelRows() {
     for (std::string& label : labels_) label = std::string(kMargin, ' ') + "│";
-    for (const double tick : axes_.y.Ticks(std::max(rows_ / 3, 2), 0)) {
-      const std::string number = TickText(tick);
-      const int row = Y(tick) / Canvas::kDotsDown;
+    const std::vector<double> ticks = axes_.y.Ticks(std::max(rows_ / 3, 2), 0);
+    const std::vector<std::string> numbers = TickTexts(ticks);
+    for (size_t i = 0; i < ticks.size(); ++i) {
+      const std::string& number = numbers[i];
+      const int row = Y(ticks[i]) / Canvas::kDotsDown;
       const size_t blanks = kMargin - 1 - std::min<size_t>(number.size(), kMargin - 1);
       labels_[static_cast<size_t>(row)] = std::string(blanks, ' ') + number + " ┤";
     }
@@ -96,9 +99,12 @@ class TextLayout {
   std::string ColumnLabels() const {
     std::vector<std::string> line(static_cast<size_t>(columns_), "─");
     std::string numbers;
-    for (const double tick : axes_.x.Ticks(std::max(columns_ / 10, 2), chart_.x_counts ? 1 : 0)) {
-      const size_t column = static_cast<size_t>(X(tick) / Canvas::kDotsAcross);
-      const std::string number = TickText(tick);
+    const std::vector<double> ticks =
+        axes_.x.Ticks(std::max(columns_ / 10, 2), chart_.x_counts ? 1 : 0);
+    const std::vector<std::string> texts = TickTexts(ticks);
+    for (size_t i = 0; i < ticks.size(); ++i) {
+      const size_t column = static_cast<size_t>(X(ticks[i]) / Canvas::kDotsAcross);
+      const std::string& number = texts[i];
       const size_t middle = kMargin + 1 + column, half = number.size() / 2;
       line[column] = "┬";
       const size_t blank = numbers.empty() ? 0 : 1;  // between two numbers

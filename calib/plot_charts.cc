@@ -35,7 +35,7 @@ void AddPoint(X x, Y y, const std::string& name, bool set, Chart* chart, int* le
 }
 
 void NoteCounts(int count, int left_out, const std::string& what, Chart* chart) {
-  chart->notes.push_back(std::to_string(count) + " " + what);
+  chart->notes.push_back(std::to_string(count) + " " + what + (count == 1 ? "" : "s"));
   if (left_out == 0) return;
   chart->notes.push_back(std::to_string(left_out) +
                          " of them not drawn: a value is not set, not finite, or too large");
@@ -56,7 +56,7 @@ void SamplePoints(const CameraIntrinsics& intrinsics, const std::string& path,
     AddPoint(sample.img_x(), sample.img_y(), "sample_points[" + std::to_string(i) + "]", set,
              &chart, &left_out);
   }
-  NoteCounts(intrinsics.sample_points_size(), left_out, "sample_points", &chart);
+  NoteCounts(intrinsics.sample_points_size(), left_out, "sample_point", &chart);
   if (intrinsics.width() > 0 && intrinsics.height() > 0) {
     chart.area_width = intrinsics.width();
     chart.area_height = intrinsics.height();
@@ -81,7 +81,7 @@ Chart ListChart(const google::protobuf::RepeatedField<float>& list, const std::s
     AddPoint(static_cast<double>(i), list.Get(i), field + "[" + std::to_string(i) + "]", true,
              &chart, &left_out);
   }
-  NoteCounts(list.size(), left_out, "values", &chart);
+  NoteCounts(list.size(), left_out, "value", &chart);
   return chart;
 }
 
@@ -123,7 +123,7 @@ Chart ZoomChart(const PTZIntrinsics& intrinsics, const std::string& path, bool b
   }
   std::stable_sort(chart.points.begin(), chart.points.end(),
                    [](const ChartPoint& a, const ChartPoint& b) { return a.x < b.x; });
-  NoteCounts(intrinsics.samples_size(), left_out, JoinPath(path, "samples"), &chart);
+  NoteCounts(intrinsics.samples_size(), left_out, JoinPath(path, "sample"), &chart);
   return chart;
 }
 
