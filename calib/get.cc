@@ -13,7 +13,6 @@ namespace calib {
 namespace {
 
 using google::protobuf::FieldDescriptor;
-using google::protobuf::Message;
 using google::protobuf::Reflection;
 
 struct Flags {

@@ -6,14 +6,12 @@
 #include "calib/failure.h"
 #include "calib/file.h"
 #include "calib/record.h"
-#include "calib/value.h"
 
 namespace calib {
 namespace {
 
 using google::protobuf::Descriptor;
 using zarvo::calibration::CameraCalibration;
-using zarvo::calibration::CameraIntrinsics;
 using zarvo::calibration::RobotCalibration;
 
 // Tools that write one file each.
@@ -57,37 +55,6 @@ const Descriptor* OutputType(const Flags& flags, bool several_cameras) {
   return several_cameras ? RobotCalibration::descriptor() : CameraCalibration::descriptor();
 }
 
-const CameraCalibration& OnlyCamera(const std::string& name, const RobotCalibration& robot) {
-  if (robot.camera_size() != 1) {
-    throw Failure(name + ": has " + std::to_string(robot.camera_size()) +
-                      " cameras, more than the record type can hold",
-                  "Write a RobotCalibration.");
-  }
-  return robot.camera(0);
-}
-
-void ReportAllButIntrinsics(const std::string& name, const CameraCalibration& camera) {
-  std::vector<const google::protobuf::FieldDescriptor*> fields;
-  camera.GetReflection()->ListFields(camera, &fields);
-  for (const auto* field : fields) {
-    if (field->number() == CameraCalibration::kIntrinsicsFieldNumber) continue;
-    Note(name + ": " + field->name() + ": " + ShortValue(camera, field, -1) +
-         " not kept: CameraIntrinsics has no field for it");
-  }
-}
-
-const google::protobuf::Message& Choose(const std::string& name, const Descriptor* type,
-                                        const RobotCalibration& robot) {
-  if (type == RobotCalibration::descriptor()) return robot;
-  if (type == CameraCalibration::descriptor()) return OnlyCamera(name, robot);
-  if (type == CameraIntrinsics::descriptor()) {
-    ReportAllButIntrinsics(name, OnlyCamera(name, robot));
-    return robot.camera(0).intrinsics();
-  }
-  throw Failure(name + ": has cameras, which cannot be written as a " + type->name(),
-                "Choose RobotCalibration, CameraCalibration or CameraIntrinsics.");
-}
-
 void Import(const Flags& flags) {
   const Source* source = kSources;
   while (source->name != flags.source) ++source;
@@ -102,7 +69,7 @@ void Import(const Flags& flags) {
   if (flags.output_path == "-" && output.format.empty()) output.format = "text";
   const bool several = source->several_cameras || robot.camera_size() > 1;
   WriteRecord(flags.output_path,
-              Choose(InputName(flags.paths[0]), OutputType(flags, several), robot), output);
+              ImportedRecord(InputName(flags.paths[0]), OutputType(flags, several), robot), output);
 }
 
 }  // namespace

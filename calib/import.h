@@ -4,6 +4,7 @@
 #ifndef CALIB_IMPORT_H_
 #define CALIB_IMPORT_H_
 
+#include <string>
 #include <vector>
 
 #include "calib/foreign.h"
@@ -15,6 +16,12 @@ void ImportCameraInfo(const Foreign& file, zarvo::calibration::RobotCalibration*
 void ImportCamchain(const Foreign& file, zarvo::calibration::RobotCalibration* robot);
 // One file, or those of a stereo calibration.
 void ImportOpenCv(const std::vector<Foreign>& files, zarvo::calibration::RobotCalibration* robot);
+
+// The cameras that were read from the file `name`, or the only one of them, as a record of that
+// type. Says on standard error what that type does not hold.
+const google::protobuf::Message& ImportedRecord(const std::string& name,
+                                                const google::protobuf::Descriptor* type,
+                                                const zarvo::calibration::RobotCalibration& robot);
 
 // A matrix as OpenCV and ROS write them: a map of rows, cols, data, and dt with OpenCV. `channels`
 // numbers make one element; rows and columns of 0 stand for any.

@@ -10,7 +10,7 @@ std::vector<double> MatrixData(const Foreign& matrix, int32_t rows, int32_t colu
                                int32_t channels) {
   const Foreign actual_rows = matrix.At({"rows"}), actual_columns = matrix.At({"cols"});
   const Foreign data = matrix.At({"data"});
-  const std::vector<double> numbers = data.Numbers();
+  std::vector<double> numbers = data.Numbers();
   const int64_t size = int64_t{actual_rows.Count()} * actual_columns.Count() * channels;
   if (size != static_cast<int64_t>(numbers.size())) {
     const std::string each = channels == 1 ? "" : " of " + std::to_string(channels) + " channels";

@@ -17,7 +17,6 @@
 
 namespace calib {
 
-using google::protobuf::Descriptor;
 using google::protobuf::DescriptorPool;
 using google::protobuf::Message;
 using google::protobuf::io::ArrayInputStream;

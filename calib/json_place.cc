@@ -79,7 +79,7 @@ std::string DescribeJsonError(const std::string& json, const Descriptor* type,
                               const std::string& message) {
   std::string path, what;
   Split(message, &path, &what);
-  const std::string description = ": " + (path.empty() ? what : path + ": " + what);
+  std::string description = ": " + (path.empty() ? what : path + ": " + what);
   if (json.size() > kMostToSearch) return description;
   try {
     const Finding at = Follow(YAML::Load(json), type, path);
@@ -87,8 +87,10 @@ std::string DescribeJsonError(const std::string& json, const Descriptor* type,
     for (const auto& entry : at.node) {
       const std::string key = entry.first.as<std::string>();
       if (HasField(at.type, key)) continue;
-      return PlaceOf(entry.first) + ": " + (path.empty() ? "" : path + ": ") + at.type->name() +
-             " has no field '" + key + "'";
+      description = ": ";
+      description += path.empty() ? "" : path + ": ";
+      description += at.type->name() + " has no field '" + key + "'";
+      return PlaceOf(entry.first) + description;
     }
   } catch (const YAML::Exception&) {
     // The path has to do.

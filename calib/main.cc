@@ -89,7 +89,12 @@ int Run(int argc, char** argv) {
 }  // namespace calib
 
 int main(int argc, char** argv) {
-  const int status = calib::Run(argc, argv);
+  int status = calib::kTrouble;
+  try {
+    status = calib::Run(argc, argv);
+  } catch (...) {  // there was no memory left to tell of it otherwise
+    std::fputs("calib: out of memory\n", stderr);
+  }
   // Frees what the run-time and the records keep, so that leak checkers see a clean exit.
   google::protobuf::ShutdownProtobufLibrary();
   return status;

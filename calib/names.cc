@@ -51,6 +51,7 @@ size_t EditDistance(const std::string& a, const std::string& b) {
 
 std::vector<const Descriptor*> RecordTypes() {
   std::vector<const Descriptor*> types;
+  types.reserve(static_cast<size_t>(SchemaFile()->message_type_count()));
   for (int i = 0; i < SchemaFile()->message_type_count(); ++i) {
     types.push_back(SchemaFile()->message_type(i));
   }

@@ -13,7 +13,6 @@ namespace calib {
 
 using google::protobuf::Descriptor;
 using google::protobuf::FieldDescriptor;
-using google::protobuf::Message;
 using google::protobuf::Reflection;
 using namespace zarvo::calibration;  // NOLINT: the types that are drawn
 
