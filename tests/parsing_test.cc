@@ -328,6 +328,13 @@ TEST_P(ParsingTest, AWrongWireTypeIsKeptAsUnknownByteForByte) {
       EXPECT_EQ(HasBits(*record), 0u);
       EXPECT_EQ(record->GetReflection()->GetUnknownFields(*record).field_count(), 1);
       EXPECT_EQ(record->SerializePartialAsString(), wrong.bytes());
+
+      // Behind a field that makes the parser expect another, with as many bytes as that would need.
+      const Occurrence filler = UnknownOccurrence(&random, 1000, kFixed64);
+      for (const FieldRow& before : message()) {
+        SCOPED_TRACE(std::string("behind ") + before.name);
+        ExpectReads(message(), {SomeOccurrence(before), wrong, filler});
+      }
     }
   }
 }

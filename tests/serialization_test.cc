@@ -464,6 +464,19 @@ TEST(SerializationTest, FullRecordsInWireOrder) {
   }
 }
 
+// Groups of fields that are sized together, less one of them.
+TEST(SerializationTest, FullRecordsLessOneField) {
+  for (const MessageRow& message : Schema()) {
+    for (const FieldRow& field : message) {
+      SCOPED_TRACE(std::string(message.name) + " without " + field.name);
+      const std::unique_ptr<Message> record = FullRecord(message.name);
+      record->GetReflection()->ClearField(record.get(),
+                                          record->GetDescriptor()->FindFieldByNumber(field.number));
+      ExpectWrites(*record, EncodeByTable(*record));
+    }
+  }
+}
+
 // Unknown fields of every wire type follow byte for byte, in a sub-message as at the top, and in
 // the order in which they came.
 TEST(SerializationTest, UnknownFieldsComeLast) {
