@@ -32,7 +32,9 @@ bool AppendBytes(CodedInputStream* input, int length, ::std::string* value) {
     int size;
     if (!input->GetDirectBufferPointer(&data, &size)) return false;
     const int count = ::std::min(length, size);
-    if (!first) value->reserve(::std::min(whole, value->size() * kTrust));
+    if (!first && value->capacity() - value->size() < static_cast<size_t>(count)) {
+      value->reserve(::std::min(whole, value->size() * kTrust));
+    }
     value->append(static_cast<const char*>(data), static_cast<size_t>(count));
     input->Skip(count);
     length -= count;

@@ -165,8 +165,9 @@ TEST_P(MemoryTest, IsBoundedByTheInput) {
   }
 }
 
-// Inputs of a few bytes that announce 256 MiB, or 2 GiB less one byte, in every place where a
-// length can stand, and at every level: the lengths around it announce as much and more.
+// Inputs that announce 256 MiB, or 2 GiB less one byte, in every place where a length can stand,
+// and at every level: the lengths around it announce as much and more. A little arrives, or a
+// little more, so that in small pieces room is made several times.
 std::vector<std::string> AnnouncedLengths(const MessageRow& message) {
   std::vector<std::string> inputs;
   for (const Path& path : PathsFrom(message)) {
@@ -179,6 +180,7 @@ std::vector<std::string> AnnouncedLengths(const MessageRow& message) {
                   WireWriter().Varint(around).Raw(bytes).bytes();
         }
         inputs.push_back(bytes + "8 bytes.");
+        inputs.push_back(bytes + std::string(500, '.'));
       }
     }
   }
