@@ -20,11 +20,12 @@ bool ReadLength(CodedInputStream* input, int* length) {
 }
 
 // How many times as much as has arrived of a text room is made for.
-const int kTrust = 32;
+const int kTrust = 16;
 
 // Appends what has arrived, piece by piece. The stream's own ReadString() makes room for the whole
-// length first, even if no such input ever comes; this does so from the second piece on, and as far
-// as what has arrived warrants.
+// length first, even if no such input ever comes; this makes room as far as what has arrived
+// warrants, from the second piece on: for all of it as soon as may be, and for less when there is
+// no more.
 bool AppendBytes(CodedInputStream* input, int length, ::std::string* value) {
   const size_t whole = static_cast<size_t>(length);
   for (bool first = true; length > 0; first = false) {
@@ -32,10 +33,11 @@ bool AppendBytes(CodedInputStream* input, int length, ::std::string* value) {
     int size;
     if (!input->GetDirectBufferPointer(&data, &size)) return false;
     const int count = ::std::min(length, size);
-    if (!first && value->capacity() - value->size() < static_cast<size_t>(count)) {
-      value->reserve(::std::min(whole, value->size() * kTrust));
-    }
-    value->append(static_cast<const char*>(data), static_cast<size_t>(count));
+    const size_t piece = static_cast<size_t>(count);
+    const size_t room = ::std::min(whole, value->size() * kTrust);
+    const size_t needed = room == whole ? whole : value->size() + piece;
+    if (!first && value->capacity() < needed) value->reserve(room);
+    value->append(static_cast<const char*>(data), piece);
     input->Skip(count);
     length -= count;
   }

@@ -69,10 +69,10 @@ TEST_P(NestingTest, ALimitOfTheCallers) {
             CodedInputStream input(&stream);
             input.SetRecursionLimit(limit);
             const std::unique_ptr<Message> record(instance_->New());
-            const bool accepted = (on_class ? MergeOnClass(record.get(), &input)
-                                            : record->MergePartialFromCodedStream(&input)) &&
-                                  input.ConsumedEntireMessage();
-            ASSERT_EQ(accepted, levels + groups <= limit)
+            const bool merged = on_class ? MergeOnClass(record.get(), &input)
+                                         : record->MergePartialFromCodedStream(&input);
+            const bool fits = levels + groups <= limit;
+            ASSERT_TRUE(merged == fits && input.ConsumedEntireMessage() == fits)
                 << levels << " sub-messages, " << groups << " groups, limit " << limit
                 << ", blocks of " << block << (on_class ? ", class" : ", Message&");
           }
