@@ -69,8 +69,12 @@ class JsonView {
     if (lines.empty()) return {open, close};
     std::string text = {open};
     const std::string margin = "\n" + std::string(static_cast<size_t>(indent), ' ');
-    for (const std::string& line : lines)
-      text += (&line == &lines[0] ? "" : ",") + margin + "  " + line;
+    for (const std::string& line : lines) {
+      text += &line == &lines[0] ? "" : ",";
+      text += margin;
+      text += "  ";
+      text += line;
+    }
     return text + margin + close;
   }
 
@@ -84,6 +88,7 @@ class JsonView {
     const int size = reflection->FieldSize(message, field);
     const int shown = ShownElements(size, options_);
     std::vector<std::string> items;
+    items.reserve(static_cast<size_t>(shown) + 1);
     for (int i = 0; i < shown; ++i) {
       items.push_back(is_message
                           ? Object(reflection->GetRepeatedMessage(message, field, i), indent + 4)

@@ -65,6 +65,7 @@ class TextView {
     const int size = message.GetReflection()->FieldSize(message, field);
     const int shown = ShownElements(size, options_);
     std::vector<std::string> items;
+    items.reserve(static_cast<size_t>(shown) + 1);
     for (int i = 0; i < shown; ++i) items.push_back(Value(message, field, i));
     if (shown < size) items.push_back(FoldedElements(shown, size));
     const int column = indent + static_cast<int>(field->name().size()) + 3;
