@@ -15,7 +15,6 @@ namespace benchmarks {
 namespace {
 
 using ::google::protobuf::Descriptor;
-using ::google::protobuf::FieldDescriptor;
 using ::google::protobuf::io::CodedInputStream;
 using testing::kFixed32;
 using testing::kFixed64;
@@ -73,7 +72,7 @@ std::string UnknownFields(int seed) {
   WireWriter fields;
   for (int i = 0; i < 2; ++i) {
     const int number = 100 + 10 * i;
-    fields.Tag(number, kVarint).Varint(static_cast<uint64_t>(seed + i));
+    fields.Tag(number, kVarint).Int(seed + i);
     fields.Tag(number + 1, kVarint).Int(-1 - i);
     fields.Tag(number + 2, kFixed32).Float(0.5f * static_cast<float>(seed));
     fields.Tag(number + 3, kFixed64).Double(0.25 * seed);

@@ -62,10 +62,11 @@ void FillIntrinsics(int sample_points, Intrinsics* intrinsics) {
   intrinsics->set_offset_y(-1.5f);
   for (int i = 0; i < sample_points; ++i) {
     auto* point = intrinsics->add_sample_points();
-    point->set_img_x(3.25f * static_cast<float>(i % 20));
-    point->set_img_y(2.75f * static_cast<float>(i / 20));
-    point->set_tgt_x(0.03f * static_cast<float>(i % 20));
-    point->set_tgt_y(0.03f * static_cast<float>(i / 20));
+    const int column = i % 20, row = i / 20;
+    point->set_img_x(3.25f * static_cast<float>(column));
+    point->set_img_y(2.75f * static_cast<float>(row));
+    point->set_tgt_x(0.03f * static_cast<float>(column));
+    point->set_tgt_y(0.03f * static_cast<float>(row));
   }
   intrinsics->set_tgt_z(1.25f);
   intrinsics->set_tgt_width(20);

@@ -53,7 +53,7 @@ void Take(const std::vector<const CellEntry*>& entries, benchmark::State& state)
     }
     turns.push_back(std::move(turn));
   }
-  for (auto _ : state) {
+  for (auto _ : state) {  // NOLINT(clang-analyzer-deadcode.DeadStores)
     double total = 0;
     for (Turn& turn : turns) {
       const double nanoseconds = RunBatch(turn.cell.get(), turn.batch);
