@@ -53,8 +53,9 @@ others=$(dpkg-deb --contents "$runtime" | awk '$1 !~ /^d/ { print $6 }' |
 [[ -z $others ]] || fail "$runtime holds more than its library: $others"
 for package in "$folder"/packages/*.deb; do
   name=$(dpkg-deb --field "$package" Package)
-  dpkg-deb --contents "$package" | grep -q "/usr/share/doc/$name/copyright$" ||
-    fail "$package names no license"
+  # Read to the end before it is searched: a reader that stops early breaks the pipe.
+  contents=$(dpkg-deb --contents "$package")
+  [[ $contents$'\n' == *"/usr/share/doc/$name/copyright"$'\n'* ]] || fail "$package names no license"
   [[ $(dpkg-deb --field "$package" Description | wc -l) -ge 2 ]] ||
     fail "$package has no description below its summary"
 done
@@ -80,7 +81,8 @@ library=$(find "$root" -name "libcalibration_protolib.so.$version")
 if readelf -dW "$library" | grep -E 'RPATH|RUNPATH'; then
   fail "the packaged library names folders of this machine"
 fi
-if readelf -SW "$library" | grep -q '\.debug_info'; then fail "the library is not stripped"; fi
+sections=$(readelf -SW "$library")
+[[ $sections != *.debug_info* ]] || fail "the library is not stripped"
 export LD_LIBRARY_PATH
 LD_LIBRARY_PATH=$(dirname "$library")
 

@@ -11,7 +11,7 @@ fail() {
   exit 1
 }
 
-newest=$(sed -n 's/^## //p' "$source/CHANGELOG.md" | head -1)
+newest=$(sed -n '/^## /{s///p;q}' "$source/CHANGELOG.md")
 [[ $newest == "$version" ]] ||
   fail "CHANGELOG.md begins with version '$newest', CMakeLists.txt says $version"
 
