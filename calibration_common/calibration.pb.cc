@@ -14,11 +14,12 @@
 #include <google/protobuf/wire_format.h>
 #include <google/protobuf/wire_format_lite.h>
 
-#include <memory>
+#include <cstdlib>
 #include <string>
 #include <typeinfo>
 #include <utility>
 
+#include "calibration_common/object_model.h"
 #include "calibration_common/registration.h"
 #include "calibration_common/wire_buffer.h"
 #include "calibration_common/wire_reading.h"
@@ -39,19 +40,20 @@ namespace {
 const char kSchemaPath[] = "calibration_common/calibration.proto";
 const char kSourcePath[] = "calibration_common/calibration.pb.cc";
 
-// dynamic_cast, after the usual case that a comparison settles.
+// dynamic_cast, after the usual case that a comparison of addresses settles.
 template <typename T>
 const T* Cast(const ::google::protobuf::Message& message) {
-  return typeid(message) == typeid(T) ? static_cast<const T*>(&message)
-                                      : dynamic_cast<const T*>(&message);
+  return &typeid(message) == &typeid(T) ? static_cast<const T*>(&message)
+                                        : dynamic_cast<const T*>(&message);
 }
 
 // Reports that the merge at `line` was asked to merge a message into itself. Ends the process.
-__attribute__((cold, noinline)) void MergeFromFail(int line) {
+[[noreturn]] __attribute__((cold, noinline)) void MergeFromFail(int line) {
   ::google::protobuf::internal::LogFinisher() =
       ::google::protobuf::internal::LogMessage(::google::protobuf::LOGLEVEL_FATAL, kSourcePath,
                                                __LINE__)
       << "CHECK failed: false: " << kSourcePath << ":" << line;
+  std::abort();
 }
 
 bool registration_done_ = false;
@@ -435,7 +437,7 @@ const runtime::MessageLayout Layouts::kMessages[21] = {
 };
 #pragma GCC diagnostic pop
 
-void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto() {
+__attribute__((cold)) void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto() {
   if (registration_done_) return;
   registration_done_ = true;
   runtime::VerifyVersion(kSourcePath);
@@ -672,9 +674,9 @@ const ::google::protobuf::Descriptor* MarkerPositionInfo::descriptor() {
 MarkerPositionInfo* MarkerPositionInfo::New() const { return New(nullptr); }
 
 MarkerPositionInfo* MarkerPositionInfo::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<MarkerPositionInfo> message(new MarkerPositionInfo);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  MarkerPositionInfo* message = new MarkerPositionInfo;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int MarkerPositionInfo::GetCachedSize() const { return _cached_size_; }
@@ -701,7 +703,7 @@ void MarkerPositionInfo::Clear() {
   z_ = 0;
   marker_id_ = 0;
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* MarkerPositionInfo::MergeBuffered(const uint8* p, const uint8* end,
@@ -728,8 +730,7 @@ const uint8* MarkerPositionInfo::MergeBuffered(const uint8* p, const uint8* end,
         set_has_marker_id();
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -741,7 +742,7 @@ __attribute__((cold)) bool MarkerPositionInfo::MergeLengthDelimited(uint32 tag,
 }
 
 bool MarkerPositionInfo::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void MarkerPositionInfo::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -758,7 +759,7 @@ uint8* MarkerPositionInfo::SerializeWithCachedSizesToArray(uint8* target) const 
   if (has_x()) target = WireFormatLite::WriteFloatToArray(1, x(), target);
   if (has_y()) target = WireFormatLite::WriteFloatToArray(2, y(), target);
   if (has_z()) target = WireFormatLite::WriteFloatToArray(3, z(), target);
-  if (has_marker_id()) target = WireFormatLite::WriteInt32ToArray(4, marker_id(), target);
+  if (has_marker_id()) target = wire::WriteInt32ToArray(4, marker_id(), target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -774,7 +775,7 @@ int MarkerPositionInfo::ByteSize() const {
     if (has_marker_id()) total_size += 1 + wire::Int32Size(marker_id());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -808,7 +809,7 @@ void MarkerPositionInfo::MergeFrom(const MarkerPositionInfo& from) {
     _has_bits_[0] |= bits & 0xFu;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -865,9 +866,9 @@ const ::google::protobuf::Descriptor* MarkerPositionSet::descriptor() {
 MarkerPositionSet* MarkerPositionSet::New() const { return New(nullptr); }
 
 MarkerPositionSet* MarkerPositionSet::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<MarkerPositionSet> message(new MarkerPositionSet);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  MarkerPositionSet* message = new MarkerPositionSet;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int MarkerPositionSet::GetCachedSize() const { return _cached_size_; }
@@ -892,7 +893,7 @@ void MarkerPositionSet::Clear() {
   head_center_.Clear();
   nav_center_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* MarkerPositionSet::MergeBuffered(const uint8* p, const uint8* end,
@@ -917,8 +918,7 @@ const uint8* MarkerPositionSet::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::Advance(&p, wire::TakePacked(1, p, end, &nav_center_))) return p;
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -938,7 +938,7 @@ __attribute__((cold)) bool MarkerPositionSet::MergeLengthDelimited(uint32 tag,
 }
 
 bool MarkerPositionSet::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void MarkerPositionSet::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -969,7 +969,7 @@ int MarkerPositionSet::ByteSize() const {
   total_size += 9 * static_cast<uint32>(head_center_size());
   total_size += 9 * static_cast<uint32>(nav_center_size());
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -991,7 +991,7 @@ void MarkerPositionSet::MergeFrom(const MarkerPositionSet& from) {
   head_center_.MergeFrom(from.head_center_);
   nav_center_.MergeFrom(from.nav_center_);
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -1057,9 +1057,9 @@ CameraIntrinsicsSamplePoints* CameraIntrinsicsSamplePoints::New() const { return
 
 CameraIntrinsicsSamplePoints* CameraIntrinsicsSamplePoints::New(
     ::google::protobuf::Arena* arena) const {
-  std::unique_ptr<CameraIntrinsicsSamplePoints> message(new CameraIntrinsicsSamplePoints);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  CameraIntrinsicsSamplePoints* message = new CameraIntrinsicsSamplePoints;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int CameraIntrinsicsSamplePoints::GetCachedSize() const { return _cached_size_; }
@@ -1087,7 +1087,7 @@ void CameraIntrinsicsSamplePoints::Clear() {
   tgt_x_ = 0;
   tgt_y_ = 0;
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* CameraIntrinsicsSamplePoints::MergeBuffered(const uint8* p, const uint8* end,
@@ -1114,8 +1114,7 @@ const uint8* CameraIntrinsicsSamplePoints::MergeBuffered(const uint8* p, const u
         set_has_tgt_y();
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -1127,7 +1126,7 @@ __attribute__((cold)) bool CameraIntrinsicsSamplePoints::MergeLengthDelimited(ui
 }
 
 bool CameraIntrinsicsSamplePoints::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void CameraIntrinsicsSamplePoints::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -1162,7 +1161,7 @@ int CameraIntrinsicsSamplePoints::ByteSize() const {
     if (has_tgt_y()) total_size += 1 + 4;
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -1196,7 +1195,7 @@ void CameraIntrinsicsSamplePoints::MergeFrom(const CameraIntrinsicsSamplePoints&
     _has_bits_[0] |= bits & 0xFu;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -1288,9 +1287,9 @@ const ::google::protobuf::Descriptor* CameraIntrinsics::descriptor() {
 CameraIntrinsics* CameraIntrinsics::New() const { return New(nullptr); }
 
 CameraIntrinsics* CameraIntrinsics::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<CameraIntrinsics> message(new CameraIntrinsics);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  CameraIntrinsics* message = new CameraIntrinsics;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int CameraIntrinsics::GetCachedSize() const { return _cached_size_; }
@@ -1351,7 +1350,7 @@ void CameraIntrinsics::Clear() {
   p_.Clear();
   sample_points_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* CameraIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
@@ -1455,8 +1454,7 @@ const uint8* CameraIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::Advance(&p, wire::TakePacked(1, p, end, &p_))) return p;
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -1478,7 +1476,7 @@ __attribute__((cold)) bool CameraIntrinsics::MergeLengthDelimited(uint32 tag,
 }
 
 bool CameraIntrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void CameraIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -1516,8 +1514,8 @@ uint8* CameraIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
   if (has_cy()) target = WireFormatLite::WriteDoubleToArray(5, cy(), target);
   target = wire::WriteElementsToArray(49u, k_, target);
   target = wire::WriteElementsToArray(57u, p_, target);
-  if (has_width()) target = WireFormatLite::WriteInt32ToArray(8, width(), target);
-  if (has_height()) target = WireFormatLite::WriteInt32ToArray(9, height(), target);
+  if (has_width()) target = wire::WriteInt32ToArray(8, width(), target);
+  if (has_height()) target = wire::WriteInt32ToArray(9, height(), target);
   if (has_error_per_point()) {
     target = WireFormatLite::WriteDoubleToArray(10, error_per_point(), target);
   }
@@ -1530,8 +1528,8 @@ uint8* CameraIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
     target = wire::WriteMessageToArray(16, element, target);
   }
   if (has_tgt_z()) target = WireFormatLite::WriteFloatToArray(17, tgt_z(), target);
-  if (has_tgt_width()) target = WireFormatLite::WriteInt32ToArray(18, tgt_width(), target);
-  if (has_tgt_height()) target = WireFormatLite::WriteInt32ToArray(19, tgt_height(), target);
+  if (has_tgt_width()) target = wire::WriteInt32ToArray(18, tgt_width(), target);
+  if (has_tgt_height()) target = wire::WriteInt32ToArray(19, tgt_height(), target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -1567,7 +1565,7 @@ int CameraIntrinsics::ByteSize() const {
     total_size += wire::MessageSize(element);
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -1634,7 +1632,7 @@ void CameraIntrinsics::MergeFrom(const CameraIntrinsics& from) {
     _has_bits_[0] |= bits & 0x70000u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -1702,9 +1700,9 @@ const ::google::protobuf::Descriptor* CalibrationImage::descriptor() {
 CalibrationImage* CalibrationImage::New() const { return New(nullptr); }
 
 CalibrationImage* CalibrationImage::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<CalibrationImage> message(new CalibrationImage);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  CalibrationImage* message = new CalibrationImage;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int CalibrationImage::GetCachedSize() const { return _cached_size_; }
@@ -1735,7 +1733,7 @@ void CalibrationImage::Clear() {
     if (has_imgdata()) imgdata_.Clear();
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* CalibrationImage::MergeBuffered(const uint8* p, const uint8* end,
@@ -1765,8 +1763,7 @@ const uint8* CalibrationImage::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_imgdata()))) return p;
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -1784,7 +1781,7 @@ __attribute__((cold)) bool CalibrationImage::MergeLengthDelimited(uint32 tag,
 }
 
 bool CalibrationImage::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void CalibrationImage::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -1799,9 +1796,9 @@ void CalibrationImage::SerializeWithCachedSizes(CodedOutputStream* output) const
 }
 
 uint8* CalibrationImage::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_width()) target = WireFormatLite::WriteInt32ToArray(1, width(), target);
-  if (has_height()) target = WireFormatLite::WriteInt32ToArray(2, height(), target);
-  if (has_stride()) target = WireFormatLite::WriteInt32ToArray(3, stride(), target);
+  if (has_width()) target = wire::WriteInt32ToArray(1, width(), target);
+  if (has_height()) target = wire::WriteInt32ToArray(2, height(), target);
+  if (has_stride()) target = wire::WriteInt32ToArray(3, stride(), target);
   if (has_format()) target = WireFormatLite::WriteStringToArray(4, format(), target);
   if (has_imgdata()) target = WireFormatLite::WriteBytesToArray(5, imgdata(), target);
   if (_internal_metadata_.have_unknown_fields()) {
@@ -1820,7 +1817,7 @@ int CalibrationImage::ByteSize() const {
     if (has_imgdata()) total_size += 1 + wire::StringSize(imgdata());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -1854,7 +1851,7 @@ void CalibrationImage::MergeFrom(const CalibrationImage& from) {
     _has_bits_[0] |= bits & 0x7u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -1925,9 +1922,9 @@ const ::google::protobuf::Descriptor* FocusInfoItem::descriptor() {
 FocusInfoItem* FocusInfoItem::New() const { return New(nullptr); }
 
 FocusInfoItem* FocusInfoItem::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<FocusInfoItem> message(new FocusInfoItem);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  FocusInfoItem* message = new FocusInfoItem;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int FocusInfoItem::GetCachedSize() const { return _cached_size_; }
@@ -1966,7 +1963,7 @@ void FocusInfoItem::Clear() {
   valid_max_ = 0;
   transfer_function_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* FocusInfoItem::MergeBuffered(const uint8* p, const uint8* end, wire::MessageReader*) {
@@ -2019,8 +2016,7 @@ const uint8* FocusInfoItem::MergeBuffered(const uint8* p, const uint8* end, wire
         if (!wire::Advance(&p, wire::TakePacked(1, p, end, &transfer_function_))) return p;
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -2036,7 +2032,7 @@ __attribute__((cold)) bool FocusInfoItem::MergeLengthDelimited(uint32 tag,
 }
 
 bool FocusInfoItem::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void FocusInfoItem::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -2055,7 +2051,7 @@ void FocusInfoItem::SerializeWithCachedSizes(CodedOutputStream* output) const {
 }
 
 uint8* FocusInfoItem::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_target_id()) target = WireFormatLite::WriteInt32ToArray(1, target_id(), target);
+  if (has_target_id()) target = wire::WriteInt32ToArray(1, target_id(), target);
   if (has_cutoff_threshold()) {
     target = WireFormatLite::WriteFloatToArray(2, cutoff_threshold(), target);
   }
@@ -2067,9 +2063,9 @@ uint8* FocusInfoItem::SerializeWithCachedSizesToArray(uint8* target) const {
   }
   if (has_pix_per_mm()) target = WireFormatLite::WriteFloatToArray(5, pix_per_mm(), target);
   target = wire::WriteElementsToArray(53u, transfer_function_, target);
-  if (has_valid_min()) target = WireFormatLite::WriteInt32ToArray(7, valid_min(), target);
-  if (has_valid_max()) target = WireFormatLite::WriteInt32ToArray(8, valid_max(), target);
-  if (has_target_code()) target = WireFormatLite::WriteInt32ToArray(9, target_code(), target);
+  if (has_valid_min()) target = wire::WriteInt32ToArray(7, valid_min(), target);
+  if (has_valid_max()) target = wire::WriteInt32ToArray(8, valid_max(), target);
+  if (has_target_code()) target = wire::WriteInt32ToArray(9, target_code(), target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -2090,7 +2086,7 @@ int FocusInfoItem::ByteSize() const {
   if (has_valid_max()) total_size += 1 + wire::Int32Size(valid_max());
   total_size += 5 * static_cast<uint32>(transfer_function_size());
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -2135,7 +2131,7 @@ void FocusInfoItem::MergeFrom(const FocusInfoItem& from) {
     _has_bits_[0] |= bits & 0x100u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -2190,9 +2186,9 @@ const ::google::protobuf::Descriptor* FocusInfo::descriptor() {
 FocusInfo* FocusInfo::New() const { return New(nullptr); }
 
 FocusInfo* FocusInfo::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<FocusInfo> message(new FocusInfo);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  FocusInfo* message = new FocusInfo;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int FocusInfo::GetCachedSize() const { return _cached_size_; }
@@ -2213,7 +2209,7 @@ __attribute__((noinline)) void FocusInfo::InternalSwap(FocusInfo* other) {
 void FocusInfo::Clear() {
   focus_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* FocusInfo::MergeBuffered(const uint8* p, const uint8* end,
@@ -2224,8 +2220,7 @@ const uint8* FocusInfo::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::Advance(&p, reader->TakeElements<10u>(p, end, &focus_))) return p;
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -2240,7 +2235,7 @@ __attribute__((cold)) bool FocusInfo::MergeLengthDelimited(uint32 tag, CodedInpu
 }
 
 bool FocusInfo::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void FocusInfo::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -2265,7 +2260,7 @@ int FocusInfo::ByteSize() const {
   total_size += 1 * static_cast<uint32>(focus_size());
   for (const FocusInfoItem& element : focus_) total_size += wire::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -2285,7 +2280,7 @@ void FocusInfo::MergeFrom(const FocusInfo& from) {
   if (&from == this) MergeFromFail(__LINE__);
   runtime::MergeElements(from.focus_, &focus_);
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -2340,9 +2335,9 @@ const ::google::protobuf::Descriptor* CameraExtrinsics::descriptor() {
 CameraExtrinsics* CameraExtrinsics::New() const { return New(nullptr); }
 
 CameraExtrinsics* CameraExtrinsics::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<CameraExtrinsics> message(new CameraExtrinsics);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  CameraExtrinsics* message = new CameraExtrinsics;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int CameraExtrinsics::GetCachedSize() const { return _cached_size_; }
@@ -2363,7 +2358,7 @@ __attribute__((noinline)) void CameraExtrinsics::InternalSwap(CameraExtrinsics* 
 void CameraExtrinsics::Clear() {
   a_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* CameraExtrinsics::MergeBuffered(const uint8* p, const uint8* end,
@@ -2377,8 +2372,7 @@ const uint8* CameraExtrinsics::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::Advance(&p, wire::TakePacked(1, p, end, &a_))) return p;
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -2394,7 +2388,7 @@ __attribute__((cold)) bool CameraExtrinsics::MergeLengthDelimited(uint32 tag,
 }
 
 bool CameraExtrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void CameraExtrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -2416,7 +2410,7 @@ int CameraExtrinsics::ByteSize() const {
   uint32 total_size = 0;
   total_size += 9 * static_cast<uint32>(a_size());
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -2436,7 +2430,7 @@ void CameraExtrinsics::MergeFrom(const CameraExtrinsics& from) {
   if (&from == this) MergeFromFail(__LINE__);
   a_.MergeFrom(from.a_);
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -2524,9 +2518,9 @@ const ::google::protobuf::Descriptor* CameraCalibration::descriptor() {
 CameraCalibration* CameraCalibration::New() const { return New(nullptr); }
 
 CameraCalibration* CameraCalibration::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<CameraCalibration> message(new CameraCalibration);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  CameraCalibration* message = new CameraCalibration;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int CameraCalibration::GetCachedSize() const { return _cached_size_; }
@@ -2565,7 +2559,7 @@ void CameraCalibration::Clear() {
     if (has_serial()) serial_.Clear();
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* CameraCalibration::MergeBuffered(const uint8* p, const uint8* end,
@@ -2604,8 +2598,7 @@ const uint8* CameraCalibration::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_serial()))) return p;
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -2633,7 +2626,7 @@ __attribute__((cold)) bool CameraCalibration::MergeLengthDelimited(uint32 tag,
 }
 
 bool CameraCalibration::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void CameraCalibration::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -2675,7 +2668,7 @@ int CameraCalibration::ByteSize() const {
     if (has_serial()) total_size += 1 + wire::StringSize(serial());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -2713,7 +2706,7 @@ void CameraCalibration::MergeFrom(const CameraCalibration& from) {
     }
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -2769,9 +2762,9 @@ const ::google::protobuf::Descriptor* RobotCalibration::descriptor() {
 RobotCalibration* RobotCalibration::New() const { return New(nullptr); }
 
 RobotCalibration* RobotCalibration::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<RobotCalibration> message(new RobotCalibration);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  RobotCalibration* message = new RobotCalibration;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int RobotCalibration::GetCachedSize() const { return _cached_size_; }
@@ -2792,7 +2785,7 @@ __attribute__((noinline)) void RobotCalibration::InternalSwap(RobotCalibration* 
 void RobotCalibration::Clear() {
   camera_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* RobotCalibration::MergeBuffered(const uint8* p, const uint8* end,
@@ -2803,8 +2796,7 @@ const uint8* RobotCalibration::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::Advance(&p, reader->TakeElements<10u>(p, end, &camera_))) return p;
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -2820,7 +2812,7 @@ __attribute__((cold)) bool RobotCalibration::MergeLengthDelimited(uint32 tag,
 }
 
 bool RobotCalibration::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void RobotCalibration::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -2845,7 +2837,7 @@ int RobotCalibration::ByteSize() const {
   total_size += 1 * static_cast<uint32>(camera_size());
   for (const CameraCalibration& element : camera_) total_size += wire::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -2865,7 +2857,7 @@ void RobotCalibration::MergeFrom(const RobotCalibration& from) {
   if (&from == this) MergeFromFail(__LINE__);
   runtime::MergeElements(from.camera_, &camera_);
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -2937,9 +2929,9 @@ const ::google::protobuf::Descriptor* CalibrationMetadataProto::descriptor() {
 CalibrationMetadataProto* CalibrationMetadataProto::New() const { return New(nullptr); }
 
 CalibrationMetadataProto* CalibrationMetadataProto::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<CalibrationMetadataProto> message(new CalibrationMetadataProto);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  CalibrationMetadataProto* message = new CalibrationMetadataProto;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int CalibrationMetadataProto::GetCachedSize() const { return _cached_size_; }
@@ -2969,7 +2961,7 @@ void CalibrationMetadataProto::Clear() {
     temperature_ = 0;
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* CalibrationMetadataProto::MergeBuffered(const uint8* p, const uint8* end,
@@ -2994,8 +2986,7 @@ const uint8* CalibrationMetadataProto::MergeBuffered(const uint8* p, const uint8
         set_has_temperature();
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -3013,7 +3004,7 @@ __attribute__((cold)) bool CalibrationMetadataProto::MergeLengthDelimited(uint32
 }
 
 bool CalibrationMetadataProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void CalibrationMetadataProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -3027,7 +3018,7 @@ void CalibrationMetadataProto::SerializeWithCachedSizes(CodedOutputStream* outpu
 }
 
 uint8* CalibrationMetadataProto::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_time()) target = WireFormatLite::WriteInt64ToArray(1, time(), target);
+  if (has_time()) target = wire::WriteInt64ToArray(1, time(), target);
   if (has_base_serial()) target = WireFormatLite::WriteStringToArray(2, base_serial(), target);
   if (has_audio_serial()) target = WireFormatLite::WriteStringToArray(3, audio_serial(), target);
   if (has_temperature()) target = WireFormatLite::WriteFloatToArray(4, temperature(), target);
@@ -3046,7 +3037,7 @@ int CalibrationMetadataProto::ByteSize() const {
     if (has_temperature()) total_size += 1 + 4;
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -3079,7 +3070,7 @@ void CalibrationMetadataProto::MergeFrom(const CalibrationMetadataProto& from) {
     _has_bits_[0] |= bits & 0x9u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -3147,9 +3138,9 @@ const ::google::protobuf::Descriptor* GyroscopeCalibrationProto::descriptor() {
 GyroscopeCalibrationProto* GyroscopeCalibrationProto::New() const { return New(nullptr); }
 
 GyroscopeCalibrationProto* GyroscopeCalibrationProto::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<GyroscopeCalibrationProto> message(new GyroscopeCalibrationProto);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  GyroscopeCalibrationProto* message = new GyroscopeCalibrationProto;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int GyroscopeCalibrationProto::GetCachedSize() const { return _cached_size_; }
@@ -3175,7 +3166,7 @@ void GyroscopeCalibrationProto::Clear() {
     if (has_metadata() && metadata_ != nullptr) metadata_->CalibrationMetadataProto::Clear();
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* GyroscopeCalibrationProto::MergeBuffered(const uint8* p, const uint8* end,
@@ -3191,8 +3182,7 @@ const uint8* GyroscopeCalibrationProto::MergeBuffered(const uint8* p, const uint
         if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_metadata()))) return p;
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -3208,7 +3198,7 @@ __attribute__((cold)) bool GyroscopeCalibrationProto::MergeLengthDelimited(uint3
 }
 
 bool GyroscopeCalibrationProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void GyroscopeCalibrationProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -3235,7 +3225,7 @@ int GyroscopeCalibrationProto::ByteSize() const {
     if (has_metadata()) total_size += 1 + wire::MessageSize(metadata());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -3260,7 +3250,7 @@ void GyroscopeCalibrationProto::MergeFrom(const GyroscopeCalibrationProto& from)
     _has_bits_[0] |= bits & 0x1u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -3333,9 +3323,9 @@ CameraCalibrationAdjustmentProto* CameraCalibrationAdjustmentProto::New() const 
 
 CameraCalibrationAdjustmentProto* CameraCalibrationAdjustmentProto::New(
     ::google::protobuf::Arena* arena) const {
-  std::unique_ptr<CameraCalibrationAdjustmentProto> message(new CameraCalibrationAdjustmentProto);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  CameraCalibrationAdjustmentProto* message = new CameraCalibrationAdjustmentProto;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int CameraCalibrationAdjustmentProto::GetCachedSize() const { return _cached_size_; }
@@ -3361,7 +3351,7 @@ void CameraCalibrationAdjustmentProto::Clear() {
     if (has_metadata() && metadata_ != nullptr) metadata_->CalibrationMetadataProto::Clear();
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* CameraCalibrationAdjustmentProto::MergeBuffered(const uint8* p, const uint8* end,
@@ -3376,8 +3366,7 @@ const uint8* CameraCalibrationAdjustmentProto::MergeBuffered(const uint8* p, con
         if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_metadata()))) return p;
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -3395,7 +3384,7 @@ __attribute__((cold)) bool CameraCalibrationAdjustmentProto::MergeLengthDelimite
 }
 
 bool CameraCalibrationAdjustmentProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void CameraCalibrationAdjustmentProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -3422,7 +3411,7 @@ int CameraCalibrationAdjustmentProto::ByteSize() const {
     if (has_metadata()) total_size += 1 + wire::MessageSize(metadata());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -3446,7 +3435,7 @@ void CameraCalibrationAdjustmentProto::MergeFrom(const CameraCalibrationAdjustme
     if (bits & 0x2u) mutable_metadata()->MergeFrom(from.metadata());
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -3522,9 +3511,9 @@ const ::google::protobuf::Descriptor* BaseCalibrationProto::descriptor() {
 BaseCalibrationProto* BaseCalibrationProto::New() const { return New(nullptr); }
 
 BaseCalibrationProto* BaseCalibrationProto::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<BaseCalibrationProto> message(new BaseCalibrationProto);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  BaseCalibrationProto* message = new BaseCalibrationProto;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int BaseCalibrationProto::GetCachedSize() const { return _cached_size_; }
@@ -3559,7 +3548,7 @@ void BaseCalibrationProto::Clear() {
     }
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* BaseCalibrationProto::MergeBuffered(const uint8* p, const uint8* end,
@@ -3591,8 +3580,7 @@ const uint8* BaseCalibrationProto::MergeBuffered(const uint8* p, const uint8* en
         set_has_base_length();
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -3610,7 +3598,7 @@ __attribute__((cold)) bool BaseCalibrationProto::MergeLengthDelimited(uint32 tag
 }
 
 bool BaseCalibrationProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void BaseCalibrationProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -3646,7 +3634,7 @@ int BaseCalibrationProto::ByteSize() const {
     if (has_gyroscope_cal()) total_size += 1 + wire::MessageSize(gyroscope_cal());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -3674,7 +3662,7 @@ void BaseCalibrationProto::MergeFrom(const BaseCalibrationProto& from) {
     _has_bits_[0] |= bits & 0x7u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -3740,9 +3728,9 @@ const ::google::protobuf::Descriptor* FocusCheckProto::descriptor() {
 FocusCheckProto* FocusCheckProto::New() const { return New(nullptr); }
 
 FocusCheckProto* FocusCheckProto::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<FocusCheckProto> message(new FocusCheckProto);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  FocusCheckProto* message = new FocusCheckProto;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int FocusCheckProto::GetCachedSize() const { return _cached_size_; }
@@ -3773,7 +3761,7 @@ void FocusCheckProto::Clear() {
   }
   bins_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* FocusCheckProto::MergeBuffered(const uint8* p, const uint8* end,
@@ -3806,8 +3794,7 @@ const uint8* FocusCheckProto::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::Advance(&p, wire::TakePacked(1, p, end, &bins_))) return p;
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -3825,7 +3812,7 @@ __attribute__((cold)) bool FocusCheckProto::MergeLengthDelimited(uint32 tag,
 }
 
 bool FocusCheckProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void FocusCheckProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -3863,7 +3850,7 @@ int FocusCheckProto::ByteSize() const {
   }
   total_size += 5 * static_cast<uint32>(bins_size());
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -3894,7 +3881,7 @@ void FocusCheckProto::MergeFrom(const FocusCheckProto& from) {
     _has_bits_[0] |= bits & 0x13u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -3949,9 +3936,9 @@ const ::google::protobuf::Descriptor* FocusCheckSetProto::descriptor() {
 FocusCheckSetProto* FocusCheckSetProto::New() const { return New(nullptr); }
 
 FocusCheckSetProto* FocusCheckSetProto::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<FocusCheckSetProto> message(new FocusCheckSetProto);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  FocusCheckSetProto* message = new FocusCheckSetProto;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int FocusCheckSetProto::GetCachedSize() const { return _cached_size_; }
@@ -3972,7 +3959,7 @@ __attribute__((noinline)) void FocusCheckSetProto::InternalSwap(FocusCheckSetPro
 void FocusCheckSetProto::Clear() {
   spots_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* FocusCheckSetProto::MergeBuffered(const uint8* p, const uint8* end,
@@ -3983,8 +3970,7 @@ const uint8* FocusCheckSetProto::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::Advance(&p, reader->TakeElements<10u>(p, end, &spots_))) return p;
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -4000,7 +3986,7 @@ __attribute__((cold)) bool FocusCheckSetProto::MergeLengthDelimited(uint32 tag,
 }
 
 bool FocusCheckSetProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void FocusCheckSetProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -4025,7 +4011,7 @@ int FocusCheckSetProto::ByteSize() const {
   total_size += 1 * static_cast<uint32>(spots_size());
   for (const FocusCheckProto& element : spots_) total_size += wire::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -4045,7 +4031,7 @@ void FocusCheckSetProto::MergeFrom(const FocusCheckSetProto& from) {
   if (&from == this) MergeFromFail(__LINE__);
   runtime::MergeElements(from.spots_, &spots_);
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -4117,9 +4103,9 @@ const ::google::protobuf::Descriptor* PTZIntrinsicsItem::descriptor() {
 PTZIntrinsicsItem* PTZIntrinsicsItem::New() const { return New(nullptr); }
 
 PTZIntrinsicsItem* PTZIntrinsicsItem::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<PTZIntrinsicsItem> message(new PTZIntrinsicsItem);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  PTZIntrinsicsItem* message = new PTZIntrinsicsItem;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int PTZIntrinsicsItem::GetCachedSize() const { return _cached_size_; }
@@ -4158,7 +4144,7 @@ void PTZIntrinsicsItem::Clear() {
   }
   error_per_point_ = 0;
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* PTZIntrinsicsItem::MergeBuffered(const uint8* p, const uint8* end,
@@ -4210,8 +4196,7 @@ const uint8* PTZIntrinsicsItem::MergeBuffered(const uint8* p, const uint8* end,
         set_has_error_per_point();
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -4223,7 +4208,7 @@ __attribute__((cold)) bool PTZIntrinsicsItem::MergeLengthDelimited(uint32 tag,
 }
 
 bool PTZIntrinsicsItem::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void PTZIntrinsicsItem::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -4275,7 +4260,7 @@ int PTZIntrinsicsItem::ByteSize() const {
   }
   if (has_error_per_point()) total_size += 1 + 8;
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -4321,7 +4306,7 @@ void PTZIntrinsicsItem::MergeFrom(const PTZIntrinsicsItem& from) {
     _has_bits_[0] |= bits & 0x100u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -4392,9 +4377,9 @@ const ::google::protobuf::Descriptor* PTZIntrinsics::descriptor() {
 PTZIntrinsics* PTZIntrinsics::New() const { return New(nullptr); }
 
 PTZIntrinsics* PTZIntrinsics::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<PTZIntrinsics> message(new PTZIntrinsics);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  PTZIntrinsics* message = new PTZIntrinsics;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int PTZIntrinsics::GetCachedSize() const { return _cached_size_; }
@@ -4433,7 +4418,7 @@ void PTZIntrinsics::Clear() {
   zoom_max_ = 0;
   samples_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* PTZIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
@@ -4484,8 +4469,7 @@ const uint8* PTZIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
         set_has_zoom_max();
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -4501,7 +4485,7 @@ __attribute__((cold)) bool PTZIntrinsics::MergeLengthDelimited(uint32 tag,
 }
 
 bool PTZIntrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void PTZIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -4522,17 +4506,15 @@ void PTZIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
 uint8* PTZIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
   if (has_zx()) target = WireFormatLite::WriteDoubleToArray(1, zx(), target);
   if (has_zy()) target = WireFormatLite::WriteDoubleToArray(2, zy(), target);
-  if (has_width()) target = WireFormatLite::WriteInt32ToArray(3, width(), target);
-  if (has_height()) target = WireFormatLite::WriteInt32ToArray(4, height(), target);
+  if (has_width()) target = wire::WriteInt32ToArray(3, width(), target);
+  if (has_height()) target = wire::WriteInt32ToArray(4, height(), target);
   for (const PTZIntrinsicsItem& element : samples_) {
     target = wire::WriteMessageToArray(5, element, target);
   }
-  if (has_samples_zoom0()) target = WireFormatLite::WriteInt32ToArray(6, samples_zoom0(), target);
-  if (has_samples_zoom_step()) {
-    target = WireFormatLite::WriteInt32ToArray(7, samples_zoom_step(), target);
-  }
-  if (has_zoom_min()) target = WireFormatLite::WriteInt32ToArray(8, zoom_min(), target);
-  if (has_zoom_max()) target = WireFormatLite::WriteInt32ToArray(9, zoom_max(), target);
+  if (has_samples_zoom0()) target = wire::WriteInt32ToArray(6, samples_zoom0(), target);
+  if (has_samples_zoom_step()) target = wire::WriteInt32ToArray(7, samples_zoom_step(), target);
+  if (has_zoom_min()) target = wire::WriteInt32ToArray(8, zoom_min(), target);
+  if (has_zoom_max()) target = wire::WriteInt32ToArray(9, zoom_max(), target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -4554,7 +4536,7 @@ int PTZIntrinsics::ByteSize() const {
   total_size += 1 * static_cast<uint32>(samples_size());
   for (const PTZIntrinsicsItem& element : samples_) total_size += wire::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -4599,7 +4581,7 @@ void PTZIntrinsics::MergeFrom(const PTZIntrinsics& from) {
     _has_bits_[0] |= bits & 0x100u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -4697,9 +4679,9 @@ const ::google::protobuf::Descriptor* PanTiltSystemParameters::descriptor() {
 PanTiltSystemParameters* PanTiltSystemParameters::New() const { return New(nullptr); }
 
 PanTiltSystemParameters* PanTiltSystemParameters::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<PanTiltSystemParameters> message(new PanTiltSystemParameters);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  PanTiltSystemParameters* message = new PanTiltSystemParameters;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int PanTiltSystemParameters::GetCachedSize() const { return _cached_size_; }
@@ -4753,7 +4735,7 @@ void PanTiltSystemParameters::Clear() {
     max_model_error_ = 0;
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* PanTiltSystemParameters::MergeBuffered(const uint8* p, const uint8* end,
@@ -4832,8 +4814,7 @@ const uint8* PanTiltSystemParameters::MergeBuffered(const uint8* p, const uint8*
         set_has_max_model_error();
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -4853,7 +4834,7 @@ __attribute__((cold)) bool PanTiltSystemParameters::MergeLengthDelimited(uint32 
 }
 
 bool PanTiltSystemParameters::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void PanTiltSystemParameters::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -4889,14 +4870,12 @@ uint8* PanTiltSystemParameters::SerializeWithCachedSizesToArray(uint8* target) c
   }
   if (has_pan_offset()) target = WireFormatLite::WriteFloatToArray(6, pan_offset(), target);
   if (has_tilt_offset()) target = WireFormatLite::WriteFloatToArray(7, tilt_offset(), target);
-  if (has_pan_min()) target = WireFormatLite::WriteInt32ToArray(8, pan_min(), target);
-  if (has_pan_max()) target = WireFormatLite::WriteInt32ToArray(9, pan_max(), target);
-  if (has_tilt_min()) target = WireFormatLite::WriteInt32ToArray(10, tilt_min(), target);
-  if (has_tilt_max()) target = WireFormatLite::WriteInt32ToArray(11, tilt_max(), target);
-  if (has_max_pan_speed()) target = WireFormatLite::WriteInt32ToArray(12, max_pan_speed(), target);
-  if (has_max_tilt_speed()) {
-    target = WireFormatLite::WriteInt32ToArray(13, max_tilt_speed(), target);
-  }
+  if (has_pan_min()) target = wire::WriteInt32ToArray(8, pan_min(), target);
+  if (has_pan_max()) target = wire::WriteInt32ToArray(9, pan_max(), target);
+  if (has_tilt_min()) target = wire::WriteInt32ToArray(10, tilt_min(), target);
+  if (has_tilt_max()) target = wire::WriteInt32ToArray(11, tilt_max(), target);
+  if (has_max_pan_speed()) target = wire::WriteInt32ToArray(12, max_pan_speed(), target);
+  if (has_max_tilt_speed()) target = wire::WriteInt32ToArray(13, max_tilt_speed(), target);
   if (has_avg_model_error()) {
     target = WireFormatLite::WriteFloatToArray(14, avg_model_error(), target);
   }
@@ -4931,7 +4910,7 @@ int PanTiltSystemParameters::ByteSize() const {
     if (has_max_model_error()) total_size += 1 + 4;
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -4982,7 +4961,7 @@ void PanTiltSystemParameters::MergeFrom(const PanTiltSystemParameters& from) {
     _has_bits_[0] |= bits & 0x7F00u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -5049,9 +5028,9 @@ const ::google::protobuf::Descriptor* PTZCameraParameters::descriptor() {
 PTZCameraParameters* PTZCameraParameters::New() const { return New(nullptr); }
 
 PTZCameraParameters* PTZCameraParameters::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<PTZCameraParameters> message(new PTZCameraParameters);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  PTZCameraParameters* message = new PTZCameraParameters;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int PTZCameraParameters::GetCachedSize() const { return _cached_size_; }
@@ -5076,7 +5055,7 @@ void PTZCameraParameters::Clear() {
     if (has_pan_tilt() && pan_tilt_ != nullptr) pan_tilt_->PanTiltSystemParameters::Clear();
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* PTZCameraParameters::MergeBuffered(const uint8* p, const uint8* end,
@@ -5091,8 +5070,7 @@ const uint8* PTZCameraParameters::MergeBuffered(const uint8* p, const uint8* end
         if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_pan_tilt()))) return p;
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -5110,7 +5088,7 @@ __attribute__((cold)) bool PTZCameraParameters::MergeLengthDelimited(uint32 tag,
 }
 
 bool PTZCameraParameters::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void PTZCameraParameters::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -5137,7 +5115,7 @@ int PTZCameraParameters::ByteSize() const {
     if (has_pan_tilt()) total_size += 1 + wire::MessageSize(pan_tilt());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -5161,7 +5139,7 @@ void PTZCameraParameters::MergeFrom(const PTZCameraParameters& from) {
     if (bits & 0x2u) mutable_pan_tilt()->MergeFrom(from.pan_tilt());
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -5235,9 +5213,9 @@ const ::google::protobuf::Descriptor* PTZSystemCalibration::descriptor() {
 PTZSystemCalibration* PTZSystemCalibration::New() const { return New(nullptr); }
 
 PTZSystemCalibration* PTZSystemCalibration::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<PTZSystemCalibration> message(new PTZSystemCalibration);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  PTZSystemCalibration* message = new PTZSystemCalibration;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int PTZSystemCalibration::GetCachedSize() const { return _cached_size_; }
@@ -5264,7 +5242,7 @@ void PTZSystemCalibration::Clear() {
     if (has_other_cameras() && other_cameras_ != nullptr) other_cameras_->RobotCalibration::Clear();
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* PTZSystemCalibration::MergeBuffered(const uint8* p, const uint8* end,
@@ -5283,8 +5261,7 @@ const uint8* PTZSystemCalibration::MergeBuffered(const uint8* p, const uint8* en
         if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_other_cameras()))) return p;
         continue;
       default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -5304,7 +5281,7 @@ __attribute__((cold)) bool PTZSystemCalibration::MergeLengthDelimited(uint32 tag
 }
 
 bool PTZSystemCalibration::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 
 void PTZSystemCalibration::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -5334,7 +5311,7 @@ int PTZSystemCalibration::ByteSize() const {
     if (has_other_cameras()) total_size += 1 + wire::MessageSize(other_cameras());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -5359,7 +5336,7 @@ void PTZSystemCalibration::MergeFrom(const PTZSystemCalibration& from) {
     if (bits & 0x4u) mutable_other_cameras()->MergeFrom(from.other_cameras());
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    mutable_unknown_fields()->MergeFrom(from.unknown_fields());
+    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 

@@ -39,8 +39,8 @@ void MergeSomeElements(const ::google::protobuf::RepeatedPtrField<T>& from,
 
 // Appends a copy of each element of `from`.
 template <typename T>
-void MergeElements(const ::google::protobuf::RepeatedPtrField<T>& from,
-                   ::google::protobuf::RepeatedPtrField<T>* to) {
+inline void MergeElements(const ::google::protobuf::RepeatedPtrField<T>& from,
+                          ::google::protobuf::RepeatedPtrField<T>* to) {
   if (!from.empty()) MergeSomeElements(from, to);
 }
 

@@ -29,11 +29,11 @@ inline const ::google::protobuf::UnknownFieldSet& UnknownFields(const Metadata& 
 inline ::google::protobuf::UnknownFieldSet* MutableUnknownFields(Metadata* metadata) {
   return metadata->mutable_unknown_fields();
 }
-inline void SwapUnknownFields(Metadata* a, Metadata* b) { a->Swap(b); }
+__attribute__((noinline)) inline void SwapUnknownFields(Metadata* a, Metadata* b) { a->Swap(b); }
 
 // Appends `count` elements, whose values the caller sets; returns the first.
 template <typename T>
-T* AddElements(::google::protobuf::RepeatedField<T>* values, int count) {
+inline T* AddElements(::google::protobuf::RepeatedField<T>* values, int count) {
   const int old_size = values->size();
   values->Resize(old_size + count, T());
   return values->mutable_data() + old_size;

@@ -52,7 +52,9 @@ inline const UnknownFieldSet& UnknownFields(const Metadata& metadata) {
 inline UnknownFieldSet* MutableUnknownFields(Metadata* metadata) {
   return metadata->mutable_unknown_fields<UnknownFieldSet>();
 }
-inline void SwapUnknownFields(Metadata* a, Metadata* b) { a->Swap<UnknownFieldSet>(b); }
+__attribute__((noinline)) inline void SwapUnknownFields(Metadata* a, Metadata* b) {
+  a->Swap<UnknownFieldSet>(b);
+}
 
 class CALIBRATION_EXPORT Record : public Message {
  public:
@@ -287,7 +289,7 @@ class CALIBRATION_EXPORT Record : public Message {
 
 // Appends `count` elements, whose values the caller sets; returns the first.
 template <typename T>
-T* AddElements(::google::protobuf::RepeatedField<T>* values, int count) {
+inline T* AddElements(::google::protobuf::RepeatedField<T>* values, int count) {
   values->Reserve(values->size() + count);
   return values->AddNAlreadyReserved(count);
 }

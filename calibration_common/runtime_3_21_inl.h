@@ -107,7 +107,7 @@ class FieldCollector {
     }
   }
 
-  void AppendVarint(uint64 value) {
+  __attribute__((noinline)) void AppendVarint(uint64 value) {
     uint8 bytes[10];
     const uint8* end = CodedOutputStream::WriteVarint64ToArray(value, bytes);
     out_->append(reinterpret_cast<const char*>(bytes), static_cast<size_t>(end - bytes));

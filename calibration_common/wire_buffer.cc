@@ -11,7 +11,8 @@ const uint8* TakePackedValues(int tag_size, const uint8* p, const uint8* end,
                               RepeatedField<T>* values) {
   size_t length;
   const uint8* body = FindBody(p + tag_size, end, &length);
-  if (body == nullptr || length % sizeof(T) != 0) return p;
+  if (body == nullptr) return p;
+  if (length % sizeof(T) != 0) return nullptr;
   if (length > 0) {
     T* elements = runtime::AddElements(values, static_cast<int>(length / sizeof(T)));
     ::std::memcpy(elements, body, length);
@@ -97,6 +98,81 @@ const uint8* TakeUnknown(const uint8* p, const uint8* end, runtime::Metadata* me
       return p;
   }
   return q;
+}
+
+bool MessageReader::MergeFromStream(void* message, CodedInputStream* input, const Parts& parts) {
+  for (;;) {
+    const void* data;
+    int size;
+    input->GetDirectBufferPointerInline(&data, &size);
+    if (size > 0) {
+      const uint8* begin = static_cast<const uint8*>(data);
+      MessageReader reader(input, begin);
+      const uint8* stop = parts.merge_buffered(message, begin, begin + size, &reader);
+      if (stop != begin + size && stop != nullptr) {
+        stop = reader.TakeMore(stop, begin + size, message, parts);
+      }
+      if (stop == nullptr) return false;
+      reader.MoveTo(stop);
+    }
+    if (input->ExpectAtEnd()) return true;
+    StreamField field;
+    switch (field.Read(input, parts.metadata(message))) {
+      case StreamField::kEnd:
+        return true;
+      case StreamField::kMalformed:
+        return false;
+      case StreamField::kKept:
+        break;
+      case StreamField::kLengthDelimited:
+        if (!parts.merge_length_delimited(message, field.tag, input)) return false;
+        break;
+      case StreamField::kValue:
+        if (parts.merge_buffered(message, field.bytes, field.bytes + field.size, nullptr) ==
+            field.bytes) {
+          TakeUnknown(field.bytes, field.bytes + field.size, parts.metadata(message));
+        }
+        break;
+    }
+  }
+}
+
+const uint8* MessageReader::TakeMessage(int tag_size, const uint8* p, const uint8* end,
+                                        void* message, const Parts& parts) {
+  size_t length;
+  const uint8* body = FindBody(p + tag_size, end, &length);
+  if (body == nullptr) return p;
+  if (!input_->IncrementRecursionDepth()) return nullptr;
+  const uint8* const body_end = body + length;
+  const uint8* stop = parts.merge_buffered(message, body, body_end, this);
+  if (stop != body_end && stop != nullptr) {
+    stop = Finish(stop, body_end, message, parts);
+  }
+  input_->UnsafeDecrementRecursionDepth();
+  return stop;
+}
+
+const uint8* MessageReader::TakeMore(const uint8* p, const uint8* end, void* message,
+                                     const Parts& parts) {
+  runtime::Metadata* metadata = parts.metadata(message);
+  do {
+    const uint8* behind = TakeUnknown(p, end, metadata);
+    if (behind == p || behind == end) return behind;
+    p = parts.merge_buffered(message, behind, end, this);
+  } while (p != end && p != nullptr);
+  return p;
+}
+
+const uint8* MessageReader::Finish(const uint8* p, const uint8* end, void* message,
+                                   const Parts& parts) {
+  p = TakeMore(p, end, message, parts);
+  if (p == end || p == nullptr) return p;
+  NestedMessage nested;
+  MoveTo(p);
+  nested.Enter(input_, static_cast<int>(end - p));
+  position_ = end;
+  const bool whole = MergeFromStream(message, input_, parts) && nested.Leave(input_);
+  return whole ? end : nullptr;
 }
 
 void MessageReader::MoveTo(const uint8* p) {

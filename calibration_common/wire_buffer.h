@@ -1,11 +1,12 @@
 // How the parsers read what lies in a coded stream's buffer, which is nearly everything: straight
 // from there.
 //
-// A class's MergeBuffered() reads whole fields from [p, end) and stops in front of what it cannot
-// read: a value that the buffer holds only in part, a group, a tag that ends the message, anything
-// malformed. MessageReader::MergeFromStream() then reads that one field through the stream's own
-// calls, which refuse what is malformed, and goes on behind it. So there is one place for each
-// field's rules and one place that refuses.
+// A class's MergeBuffered() reads the fields that it knows from [p, end) and stops in front of any
+// other and of what it cannot read: a value that the buffer holds only in part, a group, a tag that
+// ends the message, anything malformed. TakeUnknown() may be able to go on. Otherwise,
+// MessageReader::MergeFromStream() reads that one field through the stream's own calls, which refuse
+// what is malformed, and goes on behind it. So there is one place for each field's rules and one
+// place that refuses.
 #ifndef CALIBRATION_COMMON_WIRE_BUFFER_H_
 #define CALIBRATION_COMMON_WIRE_BUFFER_H_
 
@@ -49,22 +50,22 @@ inline const uint8* ReadVarint(const uint8* p, const uint8* end, uint64* value) 
 }
 
 template <int kTagSize, typename T>
-const uint8* TakeFixed(const uint8* p, const uint8* end, T* value) {
+inline const uint8* TakeFixed(const uint8* p, const uint8* end, T* value) {
   const int size = kTagSize + static_cast<int>(sizeof(T));
   if (end - p < size) return p;
   ::std::memcpy(value, p + kTagSize, sizeof(T));
   return p + size;
 }
 template <int kTagSize>
-const uint8* TakeValue(const uint8* p, const uint8* end, double* value) {
+inline const uint8* TakeValue(const uint8* p, const uint8* end, double* value) {
   return TakeFixed<kTagSize>(p, end, value);
 }
 template <int kTagSize>
-const uint8* TakeValue(const uint8* p, const uint8* end, float* value) {
+inline const uint8* TakeValue(const uint8* p, const uint8* end, float* value) {
   return TakeFixed<kTagSize>(p, end, value);
 }
 template <int kTagSize>
-const uint8* TakeValue(const uint8* p, const uint8* end, int32* value) {
+inline const uint8* TakeValue(const uint8* p, const uint8* end, int32* value) {
   uint64 number;
   const uint8* behind = ReadVarint(p + kTagSize, end, &number);
   if (behind == nullptr) return p;
@@ -101,7 +102,7 @@ inline const uint8* FindBody(const uint8* p, const uint8* end, size_t* length) {
 // Replaces what `value` held.
 const uint8* TakeString(int tag_size, const uint8* p, const uint8* end, ::std::string* value);
 
-// A packed run of a repeated number.
+// A packed run of a repeated number; malformed if its length is no multiple of the number's.
 const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
                         RepeatedField<double>* values);
 const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
@@ -120,14 +121,14 @@ inline uint32 PeekTag(const uint8* p, const uint8* end) {
 
 // Whether kTag, a tag of one or two bytes, stands at p.
 template <uint32 kTag>
-bool NextIs(const uint8* p, const uint8* end) {
+inline bool NextIs(const uint8* p, const uint8* end) {
   if (kTag < 0x80) return p != end && *p == kTag;
   return end - p >= 2 && p[0] == ((kTag & 0x7F) | 0x80) && p[1] == (kTag >> 7);
 }
 
 // Elements of a repeated number, one behind each tag, as many as follow each other.
 template <uint32 kTag, typename T>
-const uint8* TakeElements(const uint8* p, const uint8* end, RepeatedField<T>* values) {
+inline const uint8* TakeElements(const uint8* p, const uint8* end, RepeatedField<T>* values) {
   const int tag_size = kTag < 0x80 ? 1 : 2;
   const int stride = tag_size + static_cast<int>(sizeof(T));
   const uint8* stop = p;
@@ -145,38 +146,14 @@ class MessageReader {
   // MergeLengthDelimited(). Merges until the input or a limit ends or a tag ends the message; false
   // if the input is malformed.
   template <typename T>
-  __attribute__((always_inline)) static bool MergeFromStream(CodedInputStream* input, T* message) {
-    for (;;) {
-      if (!MergeFromBuffer(input, message)) return false;
-      if (input->ExpectAtEnd()) return true;
-      StreamField field;
-      switch (field.Read(input, &message->_internal_metadata_)) {
-        case StreamField::kEnd:
-          return true;
-        case StreamField::kMalformed:
-          return false;
-        case StreamField::kKept:
-          break;
-        case StreamField::kLengthDelimited:
-          if (!message->MergeLengthDelimited(field.tag, input)) return false;
-          break;
-        case StreamField::kValue:
-          message->MergeBuffered(field.bytes, field.bytes + field.size, nullptr);
-          break;
-      }
-    }
+  static bool MergeFromStream(T* message, CodedInputStream* input) {
+    return MergeFromStream(message, input, PartsOf<T>());
   }
 
   // Merges the sub-message into *message.
   template <int kTagSize, typename T>
   const uint8* TakeMessage(const uint8* p, const uint8* end, T* message) {
-    size_t length;
-    const uint8* body = FindBody(p + kTagSize, end, &length);
-    if (body == nullptr) return p;
-    if (!input_->IncrementRecursionDepth()) return nullptr;
-    const uint8* behind = MergeBody(body, body + length, message);
-    input_->UnsafeDecrementRecursionDepth();
-    return behind;
+    return TakeMessage(kTagSize, p, end, message, PartsOf<T>());
   }
 
   // Appends elements, as many as follow each other; they take one unit of the stream's depth budget
@@ -196,24 +173,39 @@ class MessageReader {
   }
 
  private:
+  // What a class contributes to MergeFromStream(), which is there once for all of them. The first
+  // argument is the message.
+  struct Parts {
+    runtime::Metadata* (*metadata)(void*);
+    const uint8* (*merge_buffered)(void*, const uint8* p, const uint8* end, MessageReader*);
+    bool (*merge_length_delimited)(void*, uint32 tag, CodedInputStream*);
+  };
+  template <typename T>
+  static const Parts& PartsOf() {
+    static const Parts parts = {&MetadataOf<T>, &MergeBuffered<T>, &MergeLengthDelimited<T>};
+    return parts;
+  }
+  template <typename T>
+  static runtime::Metadata* MetadataOf(void* message) {
+    return &static_cast<T*>(message)->_internal_metadata_;
+  }
+  template <typename T>
+  static const uint8* MergeBuffered(void* message, const uint8* p, const uint8* end,
+                                    MessageReader* reader) {
+    return static_cast<T*>(message)->MergeBuffered(p, end, reader);
+  }
+  template <typename T>
+  static bool MergeLengthDelimited(void* message, uint32 tag, CodedInputStream* input) {
+    return static_cast<T*>(message)->MergeLengthDelimited(tag, input);
+  }
+
   MessageReader(CodedInputStream* input, const uint8* position)
       : input_(input), position_(position) {}
 
-  // Merges into *message what can be read from the buffer of `input`, and moves `input` behind it.
-  // False if the input is malformed.
-  template <typename T>
-  static bool MergeFromBuffer(CodedInputStream* input, T* message) {
-    const void* data;
-    int size;
-    input->GetDirectBufferPointerInline(&data, &size);
-    if (size == 0) return true;
-    const uint8* begin = static_cast<const uint8*>(data);
-    MessageReader reader(input, begin);
-    const uint8* stop = message->MergeBuffered(begin, begin + size, &reader);
-    if (stop == nullptr) return false;
-    reader.MoveTo(stop);
-    return true;
-  }
+  static bool MergeFromStream(void* message, CodedInputStream* input, const Parts& parts);
+
+  const uint8* TakeMessage(int tag_size, const uint8* p, const uint8* end, void* message,
+                           const Parts& parts);
 
   void MoveTo(const uint8* p);
 
@@ -222,18 +214,16 @@ class MessageReader {
   const uint8* MergeBody(const uint8* body, const uint8* end, T* message) {
     const uint8* stop = message->MergeBuffered(body, end, this);
     if (stop == end || stop == nullptr) return stop;
-    return Finish(stop, end, message) ? end : nullptr;
+    return Finish(stop, end, message, PartsOf<T>());
   }
 
-  // The rest of a sub-message, [p, end), by the stream's own calls.
-  template <typename T>
-  bool Finish(const uint8* p, const uint8* end, T* message) {
-    NestedMessage nested;
-    MoveTo(p);
-    nested.Enter(input_, static_cast<int>(end - p));
-    position_ = end;
-    return message->T::MergePartialFromCodedStream(input_) && nested.Leave(input_);
-  }
+  // Goes on at p, where MergeBuffered() has stopped, if the field there is unknown. Returns where
+  // that ends, or null.
+  const uint8* TakeMore(const uint8* p, const uint8* end, void* message, const Parts& parts);
+
+  // Merges the rest of a sub-message, [p, end), where MergeBuffered() has stopped, by the stream's own
+  // calls if need be. As MergeBody().
+  const uint8* Finish(const uint8* p, const uint8* end, void* message, const Parts& parts);
 
   CodedInputStream* input_;
   const uint8* position_;  // what `input_` stands at

@@ -118,6 +118,11 @@ bool NestedMessage::LeaveAndAscend(CodedInputStream* input) {
   return Leave(input);
 }
 
+bool ReadMessage(CodedInputStream* input, void* message, bool (*merge)(void*, CodedInputStream*)) {
+  NestedMessage nested;
+  return nested.Enter(input) && merge(message, input) && nested.LeaveAndAscend(input);
+}
+
 bool KeepUnknownField(CodedInputStream* input, uint32 tag, UnknownFieldSet* unknown) {
   const int number = WireFormatLite::GetTagFieldNumber(tag);
   if (number == 0) return false;

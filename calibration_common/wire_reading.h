@@ -64,12 +64,15 @@ class NestedMessage {
   CodedInputStream::Limit limit_;
 };
 
+// Reads a sub-message behind its tag; `merge` merges it into *message.
+bool ReadMessage(CodedInputStream* input, void* message, bool (*merge)(void*, CodedInputStream*));
+
 // Reads a sub-message behind its tag and merges it into *message.
 template <typename T>
-bool ReadMessage(CodedInputStream* input, T* message) {
-  NestedMessage nested;
-  return nested.Enter(input) && message->T::MergePartialFromCodedStream(input) &&
-         nested.LeaveAndAscend(input);
+inline bool ReadMessage(CodedInputStream* input, T* message) {
+  return ReadMessage(input, message, [](void* sub_message, CodedInputStream* body) {
+    return static_cast<T*>(sub_message)->T::MergePartialFromCodedStream(body);
+  });
 }
 
 // Keeps a field that the message does not know, or whose wire type it does not expect, in

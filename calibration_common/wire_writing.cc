@@ -1,5 +1,7 @@
 #include "calibration_common/wire_writing.h"
 
+#include <google/protobuf/wire_format.h>
+
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
@@ -45,6 +47,31 @@ void WriteBlocks(uint32 tag, const RepeatedField<T>& values, CodedOutputStream* 
 }
 
 }  // namespace
+
+int SizeWithUnknownFields(uint32 known_size, const runtime::Metadata& metadata, int* cached_size) {
+  *cached_size = static_cast<int>(
+      known_size +
+      static_cast<uint32>(::google::protobuf::internal::WireFormat::ComputeUnknownFieldsSize(
+          runtime::UnknownFields(metadata))));
+  return *cached_size;
+}
+
+uint8* WriteInt32ToArray(int number, int32 value, uint8* target) {
+  return WireFormatLite::WriteInt32ToArray(number, value, target);
+}
+uint8* WriteInt64ToArray(int number, int64 value, uint8* target) {
+  return WireFormatLite::WriteInt64ToArray(number, value, target);
+}
+
+uint8* WriteLongLengthToArray(uint32 length, uint8* target) {
+  return CodedOutputStream::WriteVarint32ToArray(length, target);
+}
+
+uint8* BeginMessage(int number, int size, CodedOutputStream* output) {
+  WireFormatLite::WriteTag(number, WireFormatLite::WIRETYPE_LENGTH_DELIMITED, output);
+  output->WriteVarint32(static_cast<uint32>(size));
+  return output->GetDirectBufferForNBytesAndAdvance(size);
+}
 
 void WriteSomeElements(uint32 tag, const RepeatedField<double>& values, CodedOutputStream* output) {
   WriteBlocks(tag, values, output);

@@ -50,27 +50,43 @@ inline uint32 StringSize(const ::std::string& value) {
 }
 // Computes the sub-message's size anew.
 template <typename T>
-uint32 MessageSize(const T& message) {
+inline uint32 MessageSize(const T& message) {
   return LengthDelimitedSize(static_cast<uint32>(message.T::ByteSize()));
 }
 
+// Write an integer behind its tag; return the position behind it.
+uint8* WriteInt32ToArray(int number, int32 value, uint8* target);
+uint8* WriteInt64ToArray(int number, int64 value, uint8* target);
+
+uint8* WriteLongLengthToArray(uint32 length, uint8* target);
+inline uint8* WriteLengthToArray(uint32 length, uint8* target) {
+  if (length >= 0x80) return WriteLongLengthToArray(length, target);
+  *target = static_cast<uint8>(length);
+  return target + 1;
+}
+
+// `known_size` and the size of what a message does not know, which *cached_size is set to, too.
+__attribute__((noinline)) int SizeWithUnknownFields(uint32 known_size,
+                                                    const runtime::Metadata& metadata,
+                                                    int* cached_size);
+
 // Writes a sub-message, whose length is its cached size; returns the position behind it.
 template <typename T>
-uint8* WriteMessageToArray(int number, const T& message, uint8* target) {
+inline uint8* WriteMessageToArray(int number, const T& message, uint8* target) {
   target =
       WireFormatLite::WriteTagToArray(number, WireFormatLite::WIRETYPE_LENGTH_DELIMITED, target);
-  target = CodedOutputStream::WriteVarint32ToArray(static_cast<uint32>(message.T::GetCachedSize()),
-                                                   target);
+  target = WriteLengthToArray(static_cast<uint32>(message.T::GetCachedSize()), target);
   return message.T::SerializeWithCachedSizesToArray(target);
 }
 
+// Writes the tag and the length of a sub-message. Returns where the stream's buffer has room for
+// all of it, which then counts as written, or null.
+uint8* BeginMessage(int number, int size, CodedOutputStream* output);
+
 // Writes a sub-message to a stream: at once where the stream's buffer has room for all of it.
 template <typename T>
-void WriteMessage(int number, const T& message, CodedOutputStream* output) {
-  WireFormatLite::WriteTag(number, WireFormatLite::WIRETYPE_LENGTH_DELIMITED, output);
-  const int size = message.T::GetCachedSize();
-  output->WriteVarint32(static_cast<uint32>(size));
-  uint8* target = output->GetDirectBufferForNBytesAndAdvance(size);
+inline void WriteMessage(int number, const T& message, CodedOutputStream* output) {
+  uint8* target = BeginMessage(number, message.T::GetCachedSize(), output);
   if (target != nullptr) {
     message.T::SerializeWithCachedSizesToArray(target);
   } else {
@@ -85,11 +101,11 @@ uint8* WriteSomeElementsToArray(uint32 tag, const RepeatedField<float>& values, 
 
 // Write the elements of a repeated number, each behind a tag of its own.
 template <typename T>
-void WriteElements(uint32 tag, const RepeatedField<T>& values, CodedOutputStream* output) {
+inline void WriteElements(uint32 tag, const RepeatedField<T>& values, CodedOutputStream* output) {
   if (!values.empty()) WriteSomeElements(tag, values, output);
 }
 template <typename T>
-uint8* WriteElementsToArray(uint32 tag, const RepeatedField<T>& values, uint8* target) {
+inline uint8* WriteElementsToArray(uint32 tag, const RepeatedField<T>& values, uint8* target) {
   return values.empty() ? target : WriteSomeElementsToArray(tag, values, target);
 }
 

@@ -22,11 +22,12 @@ const char kSourceTop[] = R"(
 #include <google/protobuf/wire_format.h>
 #include <google/protobuf/wire_format_lite.h>
 
-#include <memory>
+#include <cstdlib>
 #include <string>
 #include <typeinfo>
 #include <utility>
 
+#include "calibration_common/object_model.h"
 #include "calibration_common/registration.h"
 #include "calibration_common/wire_buffer.h"
 #include "calibration_common/wire_reading.h"
@@ -45,19 +46,20 @@ namespace {
 const char kSchemaPath[] = "$file$";
 const char kSourcePath[] = "$base$.pb.cc";
 
-// dynamic_cast, after the usual case that a comparison settles.
+// dynamic_cast, after the usual case that a comparison of addresses settles.
 template <typename T>
 const T* Cast(const ::google::protobuf::Message& message) {
-  return typeid(message) == typeid(T) ? static_cast<const T*>(&message)
-                                      : dynamic_cast<const T*>(&message);
+  return &typeid(message) == &typeid(T) ? static_cast<const T*>(&message)
+                                        : dynamic_cast<const T*>(&message);
 }
 
 // Reports that the merge at `line` was asked to merge a message into itself. Ends the process.
-__attribute__((cold, noinline)) void MergeFromFail(int line) {
+[[noreturn]] __attribute__((cold, noinline)) void MergeFromFail(int line) {
   ::google::protobuf::internal::LogFinisher() =
       ::google::protobuf::internal::LogMessage(::google::protobuf::LOGLEVEL_FATAL, kSourcePath,
                                                __LINE__)
       << "CHECK failed: false: " << kSourcePath << ":" << line;
+  std::abort();
 }
 
 )";

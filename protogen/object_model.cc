@@ -95,9 +95,9 @@ const ::google::protobuf::Descriptor* $class$::descriptor() {
 $class$* $class$::New() const { return New(nullptr); }
 
 $class$* $class$::New(::google::protobuf::Arena* arena) const {
-  std::unique_ptr<$class$> message(new $class$);
-  if (arena != nullptr) arena->Own(message.get());
-  return message.release();
+  $class$* message = new $class$;
+  if (arena != nullptr) runtime::Own(arena, message);
+  return message;
 }
 
 int $class$::GetCachedSize() const { return _cached_size_; }
@@ -116,7 +116,7 @@ $swaps$  std::swap(_has_bits_[0], other->_has_bits_[0]);
 
 void $class$::Clear() {
 $clears$  _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) mutable_unknown_fields()->Clear();
+  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
 }
 )",
               variables);

@@ -14,8 +14,7 @@ const uint8* $class$::MergeBuffered(const uint8* p, const uint8* end, wire::Mess
   while (p != end) {
     switch ($tag$) {
 $takes$      default:
-        if (!wire::Advance(&p, wire::TakeUnknown(p, end, &_internal_metadata_))) return p;
-        continue;
+        return p;
     }
   }
   return p;
@@ -26,7 +25,7 @@ $reads$  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool $class$::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(input, this);
+  return wire::MessageReader::MergeFromStream(this, input);
 }
 )";
 

@@ -62,7 +62,7 @@ const runtime::MessageLayout Layouts::kMessages[$message_count$] = {
 $layouts$};
 #pragma GCC diagnostic pop
 
-void protobuf_AddDesc_$id$() {
+__attribute__((cold)) void protobuf_AddDesc_$id$() {
   if (registration_done_) return;
   registration_done_ = true;
   runtime::VerifyVersion(kSourcePath);

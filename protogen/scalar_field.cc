@@ -38,9 +38,10 @@ set_has_$name$();
                   variables);
   out.write_to_stream = Fill(
       "if (has_$name$()) WireFormatLite::Write$Wire$($number$, $name$(), output);\n", variables);
+  // An integer's varint takes much code inline.
+  const std::string writer = field.fixed_size() != 0 ? "WireFormatLite::" : "wire::";
   out.write_to_array = Fill(
-      "if (has_$name$()) target = WireFormatLite::Write$Wire$ToArray($number$, $name$(), "
-      "target);\n",
+      "if (has_$name$()) target = " + writer + "Write$Wire$ToArray($number$, $name$(), target);\n",
       variables);
   if (field.fixed_size() != 0) {
     out.size = Fill("if (has_$name$()) total_size += $tag_size$ + " +

@@ -21,7 +21,7 @@ $to_array$  if (_internal_metadata_.have_unknown_fields()) {
 int $class$::ByteSize() const {
   uint32 total_size = 0;
 $sizes$  if (_internal_metadata_.have_unknown_fields()) {
-    total_size += static_cast<uint32>(WireFormat::ComputeUnknownFieldsSize(unknown_fields()));
+    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;

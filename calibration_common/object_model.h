@@ -1,0 +1,37 @@
+// Steps of the classes' object model that are the same in each and not worth code in each.
+#ifndef CALIBRATION_COMMON_OBJECT_MODEL_H_
+#define CALIBRATION_COMMON_OBJECT_MODEL_H_
+
+#include <google/protobuf/arena.h>
+#include <google/protobuf/message.h>
+#include <google/protobuf/unknown_field_set.h>
+
+#include <memory>
+
+#include "calibration_common/runtime.h"
+
+namespace zarvo {
+namespace calibration {
+namespace runtime {
+
+// Hands `message` to the arena, which deletes it in the end; if that fails, deletes it at once.
+__attribute__((noinline)) inline void Own(::google::protobuf::Arena* arena,
+                                          ::google::protobuf::Message* message) {
+  ::std::unique_ptr<::google::protobuf::Message> owner(message);
+  arena->Own(message);
+  owner.release();
+}
+
+// REQUIRES of the two that there is a set to empty or to merge from.
+__attribute__((noinline)) inline void ClearUnknownFields(Metadata* metadata) {
+  MutableUnknownFields(metadata)->Clear();
+}
+__attribute__((noinline)) inline void MergeUnknownFields(const Metadata& from, Metadata* to) {
+  MutableUnknownFields(to)->MergeFrom(UnknownFields(from));
+}
+
+}  // namespace runtime
+}  // namespace calibration
+}  // namespace zarvo
+
+#endif  // CALIBRATION_COMMON_OBJECT_MODEL_H_
