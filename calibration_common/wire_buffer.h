@@ -4,9 +4,9 @@
 // A class's MergeBuffered() reads the fields that it knows from [p, end) and stops in front of any
 // other and of what it cannot read: a value that the buffer holds only in part, a group, a tag that
 // ends the message, anything malformed. TakeUnknown() may be able to go on. Otherwise,
-// MessageReader::MergeFromStream() reads that one field through the stream's own calls, which refuse
-// what is malformed, and goes on behind it. So there is one place for each field's rules and one
-// place that refuses.
+// MessageReader::MergeFromStream() reads that one field through the stream's own calls, which
+// refuse what is malformed, and goes on behind it. So there is one place for each field's rules and
+// one place that refuses.
 #ifndef CALIBRATION_COMMON_WIRE_BUFFER_H_
 #define CALIBRATION_COMMON_WIRE_BUFFER_H_
 
@@ -221,8 +221,8 @@ class MessageReader {
   // that ends, or null.
   const uint8* TakeMore(const uint8* p, const uint8* end, void* message, const Parts& parts);
 
-  // Merges the rest of a sub-message, [p, end), where MergeBuffered() has stopped, by the stream's own
-  // calls if need be. As MergeBody().
+  // Merges the rest of a sub-message, [p, end), where MergeBuffered() has stopped, by the stream's
+  // own calls if need be. As MergeBody().
   const uint8* Finish(const uint8* p, const uint8* end, void* message, const Parts& parts);
 
   CodedInputStream* input_;

@@ -210,6 +210,7 @@ TEST(AccessorsTest, TextIsAllocatedAtTheFirstWrite) {
     using R = typename decltype(field)::Record;
     const std::vector<std::function<void(R*)>> writes = {
         [&](R* record) { field.Set(record, ""); },
+        [&](R* record) { field.SetMoved(record, std::string()); },
         [&](R* record) { field.SetTerminated(record, ""); },
         [&](R* record) { field.SetCounted(record, "", 0); },
         [&](R* record) { field.Mutable(record); },
@@ -248,6 +249,9 @@ TEST(AccessorsTest, TextIsStoredByteForByte) {
       field.Set(&record, text);
       EXPECT_EQ(field.Get(record), text);
       field.Set(&record, "other");
+      field.SetMoved(&record, text);
+      EXPECT_EQ(field.Get(record), text);
+      field.Set(&record, "other");
       field.SetCounted(&record, text.data(), text.size());
       EXPECT_EQ(field.Get(record), text);
       field.Set(&record, "other");
@@ -264,6 +268,19 @@ TEST(AccessorsTest, TextIsStoredByteForByte) {
     // Counted text ends where the count says, wherever a zero stands.
     field.SetCounted(&record, "abc", 2);
     EXPECT_EQ(field.Get(record), "ab");
+  });
+}
+
+TEST(AccessorsTest, MovedTextIsNotCopied) {
+  ForEachText([](auto field) {
+    typename decltype(field)::Record record;
+    field.Set(&record, "");
+    std::string text(100, 'x');
+    const char* const place = text.data();
+    const HeapUse no_use(0, 0);
+    field.SetMoved(&record, std::move(text));
+    EXPECT_EQ(field.Get(record).data(), place);
+    EXPECT_EQ(field.Get(record).size(), 100u);
   });
 }
 

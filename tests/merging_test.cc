@@ -522,6 +522,22 @@ TEST(MergingTest, CopyFromIsClearAndMergeFrom) {
   });
 }
 
+// What the base class would do for a class that did not override it.
+TEST(MergingTest, TheBaseClassesOwnCallsDoTheSame) {
+  ForEachRecord([](auto type) {
+    using T = typename decltype(type)::Type;
+    SCOPED_TRACE(T::descriptor()->name());
+    T source;
+    FillFully(&source);
+    T target;
+    target.Message::MergeFrom(source);
+    ExpectSame(source, target);
+    target.Message::MergeFrom(source);
+    target.Message::CopyFrom(source);
+    ExpectSame(source, target);
+  });
+}
+
 // --- The object itself ---------------------------------------------------------------------------
 
 int logged = 0;

@@ -611,6 +611,21 @@ TEST(SerializationTest, SizingCoversTheWholeTree) {
   }
 }
 
+// The run-time's own sizing, by reflection, comes to the same and is cached in the same place.
+TEST(SerializationTest, SizingByReflection) {
+  for (const RecordType& type : RecordTypes()) {
+    SCOPED_TRACE(type.name);
+    const std::unique_ptr<Message> record = FullRecord(type.name);
+    const int expected = static_cast<int>(EncodeByTable(*record).size());
+#if GOOGLE_PROTOBUF_VERSION >= 3021000
+    EXPECT_EQ(record->Message::ByteSizeLong(), static_cast<size_t>(expected));
+#else
+    EXPECT_EQ(record->Message::ByteSize(), expected);
+#endif
+    EXPECT_EQ(record->GetCachedSize(), expected);
+  }
+}
+
 // The writers take every length from the cached sizes and compute none.
 TEST(SerializationTest, LengthsAreTheCachedSizes) {
   CameraCalibration camera;

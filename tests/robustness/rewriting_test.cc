@@ -76,6 +76,29 @@ TYPED_TEST(RewritingTest, LosesNothing) {
   }
 }
 
+// More than any call reads or merges at a time.
+TYPED_TEST(RewritingTest, LosesNothingOfLongRecords) {
+  using T = TypeParam;
+  ::google::protobuf::LogSilencer no_remarks;
+  const std::string& name = T::descriptor()->name();
+  std::mt19937 random(1);
+  std::string input;
+  while (input.size() < 300000) {
+    input += BytesOf(RandomOccurrences(&random, FindMessage(name), 100));
+  }
+  const std::string expected = Rewrite(name, input);
+  for (const auto& entrances : {ConcreteEntrances<T>(), GenericEntrances()}) {
+    for (const Entrance& entrance : Partial(entrances)) {
+      SCOPED_TRACE(entrance.name);
+      T record;
+      ASSERT_TRUE(entrance.parse(&record, input));
+      std::string written;
+      ASSERT_TRUE(record.SerializePartialToString(&written));
+      ASSERT_TRUE(written == expected);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace testing
 }  // namespace calibration

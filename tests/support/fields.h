@@ -64,6 +64,7 @@ struct TextField : Field<R> {
   bool (R::*has)() const;
   const std::string& (R::*get)() const;
   void (R::*set)(const std::string&);
+  void (R::*set_moved)(std::string&&);
   void (R::*set_terminated)(const char*);
   void (R::*set_counted)(const C*, size_t);
   std::string* (R::*mutable_)();
@@ -74,6 +75,7 @@ struct TextField : Field<R> {
   bool Has(const R& record) const { return (record.*has)(); }
   const std::string& Get(const R& record) const { return (record.*get)(); }
   void Set(R* record, const std::string& value) const { (record->*set)(value); }
+  void SetMoved(R* record, std::string value) const { (record->*set_moved)(std::move(value)); }
   void SetTerminated(R* record, const char* value) const { (record->*set_terminated)(value); }
   void SetCounted(R* record, const C* value, size_t size) const {
     (record->*set_counted)(value, size);
@@ -173,6 +175,7 @@ void ForEachField(OnNumber on_number, OnText on_text, OnMessage on_message, OnNu
   visit(on_text, TextField<R, C>{{#R, #x},        \
                                  &R::has_##x,     \
                                  &R::x,           \
+                                 &R::set_##x,     \
                                  &R::set_##x,     \
                                  &R::set_##x,     \
                                  &R::set_##x,     \
