@@ -905,11 +905,11 @@ const uint8* MarkerPositionSet::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::NextIs<17u>(p, end)) continue;
         // Fall through.
       case 17:  // head_center
-        if (!wire::Advance(&p, wire::TakeElements<17u>(p, end, &head_center_))) return p;
+        if (!wire::Advance(&p, wire::TakeElements(17u, p, end, &head_center_))) return p;
         if (!wire::NextIs<25u>(p, end)) continue;
         // Fall through.
       case 25:  // nav_center
-        if (!wire::Advance(&p, wire::TakeElements<25u>(p, end, &nav_center_))) return p;
+        if (!wire::Advance(&p, wire::TakeElements(25u, p, end, &nav_center_))) return p;
         continue;
       case 18:  // head_center (packed)
         if (!wire::Advance(&p, wire::TakePacked(1, p, end, &head_center_))) return p;
@@ -1383,11 +1383,11 @@ const uint8* CameraIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::NextIs<49u>(p, end)) continue;
         // Fall through.
       case 49:  // k
-        if (!wire::Advance(&p, wire::TakeElements<49u>(p, end, &k_))) return p;
+        if (!wire::Advance(&p, wire::TakeElements(49u, p, end, &k_))) return p;
         if (!wire::NextIs<57u>(p, end)) continue;
         // Fall through.
       case 57:  // p
-        if (!wire::Advance(&p, wire::TakeElements<57u>(p, end, &p_))) return p;
+        if (!wire::Advance(&p, wire::TakeElements(57u, p, end, &p_))) return p;
         if (!wire::NextIs<64u>(p, end)) continue;
         // Fall through.
       case 64:  // width
@@ -1995,7 +1995,7 @@ const uint8* FocusInfoItem::MergeBuffered(const uint8* p, const uint8* end, wire
         if (!wire::NextIs<53u>(p, end)) continue;
         // Fall through.
       case 53:  // transfer_function
-        if (!wire::Advance(&p, wire::TakeElements<53u>(p, end, &transfer_function_))) return p;
+        if (!wire::Advance(&p, wire::TakeElements(53u, p, end, &transfer_function_))) return p;
         if (!wire::NextIs<56u>(p, end)) continue;
         // Fall through.
       case 56:  // valid_min
@@ -2366,7 +2366,7 @@ const uint8* CameraExtrinsics::MergeBuffered(const uint8* p, const uint8* end,
   while (p != end) {
     switch (*p) {
       case 9:  // a
-        if (!wire::Advance(&p, wire::TakeElements<9u>(p, end, &a_))) return p;
+        if (!wire::Advance(&p, wire::TakeElements(9u, p, end, &a_))) return p;
         continue;
       case 10:  // a (packed)
         if (!wire::Advance(&p, wire::TakePacked(1, p, end, &a_))) return p;
@@ -3779,7 +3779,7 @@ const uint8* FocusCheckProto::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::NextIs<29u>(p, end)) continue;
         // Fall through.
       case 29:  // bins
-        if (!wire::Advance(&p, wire::TakeElements<29u>(p, end, &bins_))) return p;
+        if (!wire::Advance(&p, wire::TakeElements(29u, p, end, &bins_))) return p;
         if (!wire::NextIs<34u>(p, end)) continue;
         // Fall through.
       case 34:  // name

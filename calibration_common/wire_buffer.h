@@ -127,17 +127,10 @@ inline bool NextIs(const uint8* p, const uint8* end) {
 }
 
 // Elements of a repeated number, one behind each tag, as many as follow each other.
-template <uint32 kTag, typename T>
-inline const uint8* TakeElements(const uint8* p, const uint8* end, RepeatedField<T>* values) {
-  const int tag_size = kTag < 0x80 ? 1 : 2;
-  const int stride = tag_size + static_cast<int>(sizeof(T));
-  const uint8* stop = p;
-  while (end - stop >= stride && NextIs<kTag>(stop, end)) stop += stride;
-  if (stop == p) return p;
-  T* element = runtime::AddElements(values, static_cast<int>((stop - p) / stride));
-  for (; p != stop; p += stride) ::std::memcpy(element++, p + tag_size, sizeof(T));
-  return stop;
-}
+const uint8* TakeElements(uint32 tag, const uint8* p, const uint8* end,
+                          RepeatedField<double>* values);
+const uint8* TakeElements(uint32 tag, const uint8* p, const uint8* end,
+                          RepeatedField<float>* values);
 
 // Reads a message from a stream, and its tree of sub-messages from one buffer after the other.
 class MessageReader {

@@ -13,16 +13,25 @@ namespace wire {
 namespace {
 
 template <typename T>
+inline void WriteBehind(uint8 tag, T value, uint8* target) {
+  *target = tag;
+  ::std::memcpy(target + 1, &value, sizeof(T));
+}
+
+template <typename T>
 uint8* WriteRange(uint32 tag, const T* begin, const T* end, uint8* target) {
   uint8 encoded_tag[kMaxTagSize];
   const size_t tag_size =
       static_cast<size_t>(CodedOutputStream::WriteTagToArray(tag, encoded_tag) - encoded_tag);
   if (tag_size == 1) {
-    for (; begin != end; ++begin) {
-      *target = encoded_tag[0];
-      ::std::memcpy(target + 1, begin, sizeof(T));
-      target += 1 + sizeof(T);
+    const size_t kStride = 1 + sizeof(T);
+    for (; end - begin >= 4; begin += 4, target += 4 * kStride) {
+      WriteBehind(encoded_tag[0], begin[0], target);
+      WriteBehind(encoded_tag[0], begin[1], target + kStride);
+      WriteBehind(encoded_tag[0], begin[2], target + 2 * kStride);
+      WriteBehind(encoded_tag[0], begin[3], target + 3 * kStride);
     }
+    for (; begin != end; ++begin, target += kStride) WriteBehind(encoded_tag[0], *begin, target);
     return target;
   }
   for (; begin != end; ++begin) {

@@ -35,7 +35,7 @@ inline void $class$::clear_$name$() { $name$_.Clear(); }
                          variables);
 
   out.take = Fill(R"(
-if (!wire::Advance(&p, wire::TakeElements<$tag$>(p, end, &$name$_))) return p;
+if (!wire::Advance(&p, wire::TakeElements($tag$, p, end, &$name$_))) return p;
 )",
                   variables);
   out.take_packed = Fill(R"(
