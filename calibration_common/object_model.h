@@ -22,7 +22,7 @@ __attribute__((noinline)) inline void Own(::google::protobuf::Arena* arena,
   owner.release();
 }
 
-// REQUIRES of the two that there is a set to empty or to merge from.
+// Both REQUIRE that there are unknown fields (in `from`, for the merge).
 __attribute__((noinline)) inline void ClearUnknownFields(Metadata* metadata) {
   MutableUnknownFields(metadata)->Clear();
 }

@@ -12,7 +12,7 @@ const uint8* TakePackedValues(int tag_size, const uint8* p, const uint8* end,
   size_t length;
   const uint8* body = FindBody(p + tag_size, end, &length);
   if (body == nullptr) return p;
-  if (length % sizeof(T) != 0) return nullptr;
+  if (length % sizeof(T) != 0) return nullptr;  // as ReadPacked()
   if (length > 0) {
     T* elements = runtime::AddElements(values, static_cast<int>(length / sizeof(T)));
     ::std::memcpy(elements, body, length);
@@ -181,6 +181,7 @@ bool MessageReader::MergeFromStream(void* message, CodedInputStream* input, cons
         if (!parts.merge_length_delimited(message, field.tag, input)) return false;
         break;
       case StreamField::kValue:
+        // No sub-message, so it needs no reader.
         if (parts.merge_buffered(message, field.bytes, field.bytes + field.size, nullptr) ==
             field.bytes) {
           TakeUnknown(field.bytes, field.bytes + field.size, parts.metadata(message));
@@ -210,7 +211,7 @@ const uint8* MessageReader::TakeMore(const uint8* p, const uint8* end, void* mes
   runtime::Metadata* metadata = parts.metadata(message);
   do {
     const uint8* behind = TakeUnknown(p, end, metadata);
-    if (behind == p || behind == end) return behind;
+    if (behind == p) return p;
     p = parts.merge_buffered(message, behind, end, this);
   } while (p != end && p != nullptr);
   return p;

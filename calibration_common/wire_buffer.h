@@ -3,10 +3,10 @@
 //
 // A class's MergeBuffered() reads the fields that it knows from [p, end) and stops in front of any
 // other and of what it cannot read: a value that the buffer holds only in part, a group, a tag that
-// ends the message, anything malformed. TakeUnknown() may be able to go on. Otherwise,
-// MessageReader::MergeFromStream() reads that one field through the stream's own calls, which
-// refuse what is malformed, and goes on behind it. So there is one place for each field's rules and
-// one place that refuses.
+// ends the message, anything malformed. If it is an unknown field, TakeUnknown() goes on.
+// Otherwise, MessageReader::MergeFromStream() reads that one field through the stream's own calls,
+// which refuse what is malformed, and goes on behind it. So there is one place for each field's
+// rules and, with one exception, one place that refuses.
 #ifndef CALIBRATION_COMMON_WIRE_BUFFER_H_
 #define CALIBRATION_COMMON_WIRE_BUFFER_H_
 
@@ -29,7 +29,9 @@ using ::google::protobuf::RepeatedPtrField;
 
 // The Take... calls: p stands at a field's tag, which is known and has kTagSize bytes. They read
 // the field and return the position behind it; if they cannot, p, and leave the value as it was; if
-// the field is malformed, null.
+// the field is malformed, null. What such a call of a known field declines by returning p,
+// TakeUnknown() must decline, too: it would keep it as unknown. Hence the exception: a packed run
+// that holds no whole number of values is refused at once.
 
 // Moves *p to `next`, what such a call has returned. False if MergeBuffered() is to stop there.
 inline bool Advance(const uint8** p, const uint8* next) {
@@ -102,7 +104,7 @@ inline const uint8* FindBody(const uint8* p, const uint8* end, size_t* length) {
 // Replaces what `value` held.
 const uint8* TakeString(int tag_size, const uint8* p, const uint8* end, ::std::string* value);
 
-// A packed run of a repeated number; malformed if its length is no multiple of the number's.
+// A packed run of a repeated number.
 const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
                         RepeatedField<double>* values);
 const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
@@ -126,7 +128,8 @@ inline bool NextIs(const uint8* p, const uint8* end) {
   return end - p >= 2 && p[0] == ((kTag & 0x7F) | 0x80) && p[1] == (kTag >> 7);
 }
 
-// Elements of a repeated number, one behind each tag, as many as follow each other.
+// Elements of a repeated number, one behind each tag (of one or two bytes), as many as follow each
+// other.
 const uint8* TakeElements(uint32 tag, const uint8* p, const uint8* end,
                           RepeatedField<double>* values);
 const uint8* TakeElements(uint32 tag, const uint8* p, const uint8* end,
@@ -166,7 +169,7 @@ class MessageReader {
   }
 
  private:
-  // What a class contributes to MergeFromStream(), which is there once for all of them. The first
+  // What a class contributes to the calls below that are there once for all classes. The first
   // argument is the message.
   struct Parts {
     runtime::Metadata* (*metadata)(void*);
@@ -210,8 +213,8 @@ class MessageReader {
     return Finish(stop, end, message, PartsOf<T>());
   }
 
-  // Goes on at p, where MergeBuffered() has stopped, if the field there is unknown. Returns where
-  // that ends, or null.
+  // Goes on at p, where MergeBuffered() has stopped. Returns where neither it nor TakeUnknown() can
+  // go on, or null.
   const uint8* TakeMore(const uint8* p, const uint8* end, void* message, const Parts& parts);
 
   // Merges the rest of a sub-message, [p, end), where MergeBuffered() has stopped, by the stream's

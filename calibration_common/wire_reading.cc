@@ -140,7 +140,6 @@ bool KeepUnknownField(CodedInputStream* input, uint32 tag, UnknownFieldSet* unkn
 }
 
 StreamField::Kind StreamField::Read(CodedInputStream* input, runtime::Metadata* metadata) {
-  typedef ::google::protobuf::io::CodedOutputStream CodedOutputStream;
   tag = input->ReadTag();
   if (EndsMessage(tag)) return kEnd;
   if (WireFormatLite::GetTagFieldNumber(tag) == 0) return kMalformed;

@@ -312,6 +312,26 @@ TEST_P(ParsingTest, BothEncodingsOfRepeatedNumbersMix) {
   }
 }
 
+// Elements are taken several at a time: any number of them, with another field's anywhere among them.
+TEST_P(ParsingTest, RunsOfElementsEndWhereAnotherFieldBegins) {
+  for (const FieldRow& field : message()) {
+    if (!IsRepeatedNumber(field)) continue;
+    for (const FieldRow& other : message()) {
+      if (!IsRepeatedNumber(other)) continue;
+      SCOPED_TRACE(std::string(field.name) + ", " + other.name);
+      for (size_t count = 0; count < 10; ++count) {
+        for (size_t place = 0; place <= count; ++place) {
+          Occurrences sequence;
+          for (size_t i = 0; i < count; ++i) sequence.push_back(NumberOccurrence(field, 20 + i));
+          sequence.insert(sequence.begin() + static_cast<std::ptrdiff_t>(place),
+                          NumberOccurrence(other, 11));
+          ExpectReads(message(), sequence);
+        }
+      }
+    }
+  }
+}
+
 // --- Unknown fields ------------------------------------------------------------------------------
 
 TEST_P(ParsingTest, AWrongWireTypeIsKeptAsUnknownByteForByte) {
