@@ -15,6 +15,7 @@
 
 #include "calib/failure.h"
 #include "calib/progress.h"
+#include "calib/removed_on_signal.h"
 
 namespace calib {
 namespace {
@@ -115,6 +116,7 @@ void Replace(const std::string& name, const std::string& path, mode_t mode,
   const int fd = mkstemp(temporary.data());
   if (fd < 0) Fail(name, "cannot be created", errno);
   Descriptor file(fd);
+  const RemovedOnSignal guard(temporary);
   int error = WriteAll(fd, bytes, name);
   if (error == 0 && (fchmod(fd, mode) != 0 || fsync(fd) != 0)) error = errno;
   if (file.Close() != 0 && error == 0) error = errno;

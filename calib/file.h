@@ -16,7 +16,8 @@ std::string OutputName(const std::string& path);
 std::string ReadFile(const std::string& path);
 
 // A regular file is written under a temporary name in the same folder and then renamed, so that
-// nobody ever sees half of it and a failure leaves the file of before in place.
+// nobody ever sees half of it and a failure, or Ctrl-C, leaves the file of before in place and no
+// other behind.
 void WriteFile(const std::string& path, const std::string& bytes);
 
 // To standard output.
