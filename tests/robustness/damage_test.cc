@@ -111,6 +111,25 @@ TEST_P(DamageTest, PackedRunsOfEverySize) {
   if (runs > 0) ExpectBothVerdicts();
 }
 
+// Wire types that do not exist among them: behind each field, a reader may expect the next one.
+TEST_P(DamageTest, EveryTagBehindEveryField) {
+  int highest = 0;
+  for (const FieldRow& field : message_) highest = std::max(highest, field.number);
+  for (const FieldRow& field : message_) {
+    const std::string first = field.kind == Kind::kMessage ? Nested(field.number, "")
+                                                           : BoundaryOccurrences(field)[1].bytes();
+    for (uint64_t tag = 0; tag < static_cast<uint64_t>(highest + 2) * 8; ++tag) {
+      const std::string second = first + WireWriter().Varint(tag).bytes();
+      const std::string end_group = WireWriter().Varint(tag + 1).bytes();
+      for (const std::string& rest : {std::string(), std::string(1, '\0'), std::string(1, '\1'),
+                                      std::string(4, '\1'), std::string(8, '\1'), end_group}) {
+        if (!AllAgree(second + rest, kInTurn)) return;
+      }
+    }
+  }
+  ExpectBothVerdicts();
+}
+
 TEST_P(DamageTest, EveryFieldTwiceAndOutOfOrder) {
   for (const FieldRow& first : message_) {
     const Occurrences ones = BoundaryOccurrences(first);
