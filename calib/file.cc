@@ -15,7 +15,7 @@
 
 #include "calib/failure.h"
 #include "calib/progress.h"
-#include "calib/removed_on_signal.h"
+#include "calib/temporary_file.h"
 
 namespace calib {
 namespace {
@@ -112,17 +112,15 @@ void Replace(const std::string& name, const std::string& path, mode_t mode,
              const std::string& bytes) {
   const size_t slash = path.find_last_of('/');
   const std::string folder = slash == std::string::npos ? "" : path.substr(0, slash + 1);
-  std::string temporary = folder + ".calib-XXXXXX";
-  const int fd = mkstemp(temporary.data());
-  if (fd < 0) Fail(name, "cannot be created", errno);
-  Descriptor file(fd);
-  const RemovedOnSignal guard(temporary);
-  int error = WriteAll(fd, bytes, name);
-  if (error == 0 && (fchmod(fd, mode) != 0 || fsync(fd) != 0)) error = errno;
+  const TemporaryFile temporary(folder);
+  if (temporary.fd() < 0) Fail(name, "cannot be created", errno);
+  Descriptor file(temporary.fd());
+  int error = WriteAll(file.fd(), bytes, name);
+  if (error == 0 && (fchmod(file.fd(), mode) != 0 || fsync(file.fd()) != 0)) error = errno;
   if (file.Close() != 0 && error == 0) error = errno;
-  if (error == 0 && rename(temporary.c_str(), path.c_str()) != 0) error = errno;
+  if (error == 0 && rename(temporary.path().c_str(), path.c_str()) != 0) error = errno;
   if (error != 0) {
-    unlink(temporary.c_str());
+    unlink(temporary.path().c_str());
     Fail(name, "cannot be written", error);
   }
 }

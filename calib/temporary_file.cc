@@ -1,8 +1,10 @@
-#include "calib/removed_on_signal.h"
+#include "calib/temporary_file.h"
 
 #include <unistd.h>
 
+#include <cerrno>
 #include <climits>
+#include <cstdlib>
 #include <cstring>
 
 namespace calib {
@@ -19,10 +21,17 @@ void RemoveAndRaise(int number) {
 
 }  // namespace
 
-constexpr int RemovedOnSignal::kSignals[];
+constexpr int TemporaryFile::kSignals[];
 
-RemovedOnSignal::RemovedOnSignal(const std::string& path) {
-  std::strncpy(removed_path, path.c_str(), sizeof removed_path - 1);
+TemporaryFile::TemporaryFile(const std::string& folder) : path_(folder + ".calib-XXXXXX") {
+  sigset_t handled, mask_before;
+  sigemptyset(&handled);
+  for (const int number : kSignals) sigaddset(&handled, number);
+  sigprocmask(SIG_BLOCK, &handled, &mask_before);
+
+  fd_ = mkstemp(path_.data());
+  const int error = errno;
+  std::strncpy(removed_path, path_.c_str(), sizeof removed_path - 1);
   struct sigaction remove = {};
   remove.sa_handler = RemoveAndRaise;
   remove.sa_flags = static_cast<int>(SA_RESETHAND);
@@ -30,12 +39,15 @@ RemovedOnSignal::RemovedOnSignal(const std::string& path) {
   for (const int number : kSignals) {
     sigaction(number, nullptr, before);
     // What ignores a signal, such as nohup, wants the command to go on.
-    if (before->sa_handler != SIG_IGN) sigaction(number, &remove, nullptr);
+    if (fd_ >= 0 && before->sa_handler != SIG_IGN) sigaction(number, &remove, nullptr);
     ++before;
   }
+
+  sigprocmask(SIG_SETMASK, &mask_before, nullptr);
+  errno = error;
 }
 
-RemovedOnSignal::~RemovedOnSignal() {
+TemporaryFile::~TemporaryFile() {
   const struct sigaction* before = before_;
   for (const int number : kSignals) sigaction(number, before++, nullptr);
 }
