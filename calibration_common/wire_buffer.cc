@@ -1,5 +1,8 @@
 #include "calibration_common/wire_buffer.h"
 
+#include <cstddef>
+#include <cstring>
+
 namespace zarvo {
 namespace calibration {
 namespace wire {
@@ -36,7 +39,7 @@ struct EncodedTag {
 template <int kTagSize, typename T>
 const uint8* TakeElementsBehind(const EncodedTag<kTagSize>& tag, const uint8* p, const uint8* end,
                                 RepeatedField<T>* values) {
-  const int kStride = kTagSize + static_cast<int>(sizeof(T));
+  const ::std::ptrdiff_t kStride = kTagSize + static_cast<::std::ptrdiff_t>(sizeof(T));
   const uint8* stop = p;
   while (end - stop >= 4 * kStride &&
          (tag.Difference(stop) | tag.Difference(stop + kStride) |
