@@ -80,8 +80,8 @@ GeneratedFiles Generate(const File& file) {
 
   std::string open, close;
   for (const std::string& piece : file.namespaces) {
-    open += "namespace " + piece + " {\n";
-    close = "}  // namespace " + piece + "\n" + close;
+    open.append("namespace ").append(piece).append(" {\n");
+    close.insert(0, "}  // namespace " + piece + "\n");
   }
   files.source_name = file.base + ".pb.cc";
   files.source = Fill(kSourceTop, {{"file", file.name}, {"base", file.base}, {"open", open}}) +

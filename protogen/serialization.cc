@@ -52,8 +52,7 @@ std::string SizeOfGroup(const Group& group, const RenderedMessage& rendered) {
   std::string sizes;
   for (const Field* field : group.fields) sizes += rendered.of(field).size;
   if (group.fields.size() == 1) return sizes;
-  const std::string any =
-      "if (_has_bits_[0] & " + Hex(group.mask) + ") {\n" + Indent(sizes, 2) + "}\n";
+  std::string any = "if (_has_bits_[0] & " + Hex(group.mask) + ") {\n" + Indent(sizes, 2) + "}\n";
   const int all = FixedSize(group.fields);
   if (all == 0) return any;
   return Fill(R"(
