@@ -40,7 +40,8 @@ namespace {
 const char kSchemaPath[] = "calibration_common/calibration.proto";
 const char kSourcePath[] = "calibration_common/calibration.pb.cc";
 
-// dynamic_cast, after the usual case that a comparison of addresses settles.
+// dynamic_cast, after the usual case that a comparison of addresses settles (all but an element of a
+// block).
 template <typename T>
 const T* Cast(const ::google::protobuf::Message& message) {
   return &typeid(message) == &typeid(T) ? static_cast<const T*>(&message)

@@ -78,6 +78,19 @@ const uint8* TakeElements(uint32 tag, const uint8* p, const uint8* end,
   return TakeElementsOf(tag, p, end, values);
 }
 
+int CountElements(uint32 tag, const uint8* p, const uint8* end) {
+  const int tag_size = tag < 0x80 ? 1 : 2;
+  int count = 0;
+  do {
+    size_t length;
+    p = FindBody(p + tag_size, end, &length);
+    if (p == nullptr) break;
+    p += length;
+    ++count;
+  } while (count < runtime::ElementBlock::kMaxElements && p != end && PeekTag(p, end) == tag);
+  return count;
+}
+
 const uint8* ReadLongVarint(const uint8* p, const uint8* end, uint64* value) {
   const uint8* const stop = end - p > kMaxVarintSize ? p + kMaxVarintSize : end;
   uint64 result = 0;

@@ -16,6 +16,7 @@
 #include <cstring>
 #include <string>
 
+#include "calibration_common/element_blocks.h"
 #include "calibration_common/elements.h"
 #include "calibration_common/runtime.h"
 #include "calibration_common/wire_reading.h"
@@ -136,6 +137,10 @@ const uint8* TakeElements(uint32 tag, const uint8* p, const uint8* end,
 const uint8* TakeElements(uint32 tag, const uint8* p, const uint8* end,
                           RepeatedField<float>* values);
 
+// How many elements of a repeated sub-message follow each other in the buffer, all of them whole; at
+// most ElementBlock::kMaxElements. REQUIRES that one stands at p.
+int CountElements(uint32 tag, const uint8* p, const uint8* end);
+
 // Reads a message from a stream, and its tree of sub-messages from one buffer after the other.
 class MessageReader {
  public:
@@ -163,7 +168,10 @@ class MessageReader {
       size_t length;
       const uint8* body = FindBody(p + tag_size, end, &length);
       if (body == nullptr) break;
-      p = MergeBody(body, body + length, runtime::AddElement(elements));
+      while (elements->ClearedCount() <= 0) {  // as in AddElement()
+        runtime::AddClearedElements(elements, CountElements(kTag, p, end));
+      }
+      p = MergeBody(body, body + length, elements->Add());
     } while (p != nullptr && NextIs<kTag>(p, end));
     input_->UnsafeDecrementRecursionDepth();
     return p;

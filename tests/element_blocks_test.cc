@@ -1,0 +1,339 @@
+// Elements of repeated sub-messages that share an allocation: what a parse or a copy makes is
+// still, each by itself, an object that can be released, kept, moved and deleted.
+#include <google/protobuf/arena.h>
+#include <google/protobuf/message.h>
+#include <google/protobuf/repeated_field.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <new>
+#include <random>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "calibration_common/calibration.pb.h"
+#include "tests/support/allocations.h"
+#include "tests/support/random_record.h"
+#include "tests/support/reflect.h"
+#include "tests/support/wire_writer.h"
+
+namespace zarvo {
+namespace calibration {
+namespace testing {
+namespace {
+
+using ::google::protobuf::Arena;
+using ::google::protobuf::Message;
+using ::google::protobuf::RepeatedPtrField;
+
+// A repeated sub-message of a record.
+template <class R, class E, RepeatedPtrField<E>* (R::*kMutable)(), int kFieldNumber>
+struct Field {
+  using Record = R;
+  using Element = E;
+  static RepeatedPtrField<E>& In(R& record) { return *(record.*kMutable)(); }
+  static int Number() { return kFieldNumber; }
+};
+using AllFields = ::testing::Types<
+    Field<MarkerPositionSet, MarkerPositionInfo, &MarkerPositionSet::mutable_pos, 1>,
+    Field<CameraIntrinsics, CameraIntrinsicsSamplePoints, &CameraIntrinsics::mutable_sample_points,
+          16>,
+    Field<FocusInfo, FocusInfoItem, &FocusInfo::mutable_focus, 1>,
+    Field<RobotCalibration, CameraCalibration, &RobotCalibration::mutable_camera, 1>,
+    Field<FocusCheckSetProto, FocusCheckProto, &FocusCheckSetProto::mutable_spots, 1>,
+    Field<PTZIntrinsics, PTZIntrinsicsItem, &PTZIntrinsics::mutable_samples, 5>>;
+
+constexpr unsigned kSeed = 20161;
+// Around one and two blocks, whichever size blocks have up to 32.
+constexpr int kMost = 100;
+const std::vector<int> kCounts = {1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 32, 33, 64, kMost};
+
+// Appends an element that is encoded as `body`.
+void Append(int field_number, const std::string& body, WireWriter* writer) {
+  writer->Tag(field_number, kLengthDelimited).LengthDelimited(body);
+}
+
+std::string EmptyElements(int field_number, int count) {
+  WireWriter writer;
+  for (int i = 0; i < count; ++i) Append(field_number, "", &writer);
+  return writer.bytes();
+}
+
+template <class F>
+class ElementBlocksTest : public ::testing::Test {
+ protected:
+  using Record = typename F::Record;
+  using Element = typename F::Element;
+  using Owned = std::vector<std::unique_ptr<Element>>;
+
+  ElementBlocksTest() {
+    std::mt19937 random(kSeed);
+    RandomOptions options;
+    options.unknown_fields = false;  // the run-time's store loses some when an allocation fails
+    for (int i = 0; i < kMost; ++i) {
+      Element element;
+      FillRandomly(&random, options, &element);
+      elements_.push_back(element);
+    }
+    ExpectElement(elements_[0], 0);  // reflection keeps what it makes on first use
+  }
+
+  std::string Bytes(int count) const {
+    WireWriter writer;
+    for (int i = 0; i < count; ++i) {
+      Append(F::Number(), elements_[i].SerializePartialAsString(), &writer);
+    }
+    return writer.bytes();
+  }
+
+  // Runs check(record, count) on records with elements that were parsed and that were copied.
+  void ForEachWay(const std::function<void(Record*, int)>& check) {
+    for (int count : kCounts) {
+      SCOPED_TRACE(std::to_string(count) + " elements");
+      const long live = LiveBlocks();
+      {
+        SCOPED_TRACE("parsed");
+        const auto parsed = std::make_unique<Record>();
+        ASSERT_TRUE(parsed->ParsePartialFromString(Bytes(count)));
+        check(parsed.get(), count);
+      }
+      {
+        SCOPED_TRACE("copied");
+        Record original;
+        ASSERT_TRUE(original.ParsePartialFromString(Bytes(count)));
+        const auto copied = std::make_unique<Record>(original);
+        check(copied.get(), count);
+      }
+      EXPECT_EQ(LiveBlocks(), live) << "blocks alive";
+    }
+  }
+
+  // Takes all elements out of the record, in their order.
+  static Owned Release(Record* record) {
+    Owned elements;
+    while (!F::In(*record).empty()) elements.emplace_back(F::In(*record).ReleaseLast());
+    std::reverse(elements.begin(), elements.end());
+    return elements;
+  }
+
+  void ExpectElement(const Message& element, int index) const {
+    EXPECT_TRUE(EqualByReflection(element, elements_[index])) << "element " << index;
+  }
+
+  std::vector<Element> elements_;
+};
+TYPED_TEST_SUITE(ElementBlocksTest, AllFields);
+
+TYPED_TEST(ElementBlocksTest, ShareAllocations) {
+  using Record = typename TypeParam::Record;
+  const std::string bytes = EmptyElements(TypeParam::Number(), 1600);
+  Record record;
+  long before = Allocations();
+  ASSERT_TRUE(record.ParsePartialFromString(bytes));
+  EXPECT_LT(Allocations() - before, 150);
+  before = Allocations();
+  const Record copy(record);
+  EXPECT_LT(Allocations() - before, 150);
+  EXPECT_EQ(TypeParam::In(record).size(), 1600);
+}
+
+TYPED_TEST(ElementBlocksTest, OutliveTheRecordAndEachOther) {
+  std::mt19937 random(kSeed);
+  for (const char* order : {"first to last", "last to first", "any"}) {
+    SCOPED_TRACE(order);
+    this->ForEachWay([&](typename TypeParam::Record* record, int count) {
+      auto elements = this->Release(record);
+      ASSERT_EQ(static_cast<int>(elements.size()), count);
+      *record = typename TypeParam::Record();
+      std::vector<int> indices;
+      for (int i = 0; i < count; ++i) indices.push_back(i);
+      if (order[0] == 'l') std::reverse(indices.begin(), indices.end());
+      if (order[0] == 'a') std::shuffle(indices.begin(), indices.end(), random);
+      while (!indices.empty()) {
+        this->ExpectElement(*elements[indices.back()], indices.back());
+        elements[indices.back()].reset();
+        indices.pop_back();
+      }
+    });
+  }
+}
+
+// A block lives as long as any one of its elements, and no longer.
+TYPED_TEST(ElementBlocksTest, OneElementKeepsOneBlock) {
+  const std::string bytes = EmptyElements(TypeParam::Number(), kMost);
+  for (int kept = 0; kept < kMost; ++kept) {
+    SCOPED_TRACE("element " + std::to_string(kept) + " is kept");
+    const long live = LiveBlocks();
+    std::unique_ptr<typename TypeParam::Element> element;
+    {
+      typename TypeParam::Record record;
+      ASSERT_TRUE(record.ParsePartialFromString(bytes));
+      element = std::move(this->Release(&record)[kept]);
+    }
+    EXPECT_EQ(LiveBlocks(), live + 1);
+    element.reset();
+    EXPECT_EQ(LiveBlocks(), live);
+  }
+}
+
+TYPED_TEST(ElementBlocksTest, MoveToOtherRecords) {
+  using Record = typename TypeParam::Record;
+  this->ForEachWay([&](Record* record, int count) {
+    Record other;
+    auto& theirs = TypeParam::In(other);
+    auto elements = this->Release(record);
+    for (int i = 0; i < count; i += 2) theirs.AddAllocated(elements[i].release());
+    for (int i = 1; i < count; i += 2) TypeParam::In(*record).AddAllocated(elements[i].release());
+    for (int i = 0; i < theirs.size(); ++i) this->ExpectElement(theirs.Get(i), 2 * i);
+    theirs.SwapElements(0, theirs.size() - 1);
+    theirs.DeleteSubrange(0, theirs.size() / 2);
+    TypeParam::In(*record).Clear();
+    // Cleared elements of any block serve the next record.
+    ASSERT_TRUE(record->ParsePartialFromString(this->Bytes(count)));
+    for (int i = 0; i < count; ++i) this->ExpectElement(TypeParam::In(*record).Get(i), i);
+    record->Swap(&other);
+  });
+}
+
+TYPED_TEST(ElementBlocksTest, CanBelongToAnArena) {
+  this->ForEachWay([&](typename TypeParam::Record* record, int) {
+    Arena arena;
+    for (auto& element : this->Release(record)) arena.Own(element.release());
+  });
+}
+
+TYPED_TEST(ElementBlocksTest, AreOfTheirClass) {
+  using Element = typename TypeParam::Element;
+  this->ForEachWay([&](typename TypeParam::Record* record, int count) {
+    Message& last = *TypeParam::In(*record).Mutable(count - 1);
+    EXPECT_EQ(last.GetDescriptor(), Element::descriptor());
+    EXPECT_EQ(last.GetReflection(), Element::default_instance().GetReflection());
+    EXPECT_NE(dynamic_cast<Element*>(&last), nullptr);
+
+    // By themselves, and with objects made alone.
+    const std::unique_ptr<Message> fresh(last.New());
+    EXPECT_TRUE(EqualByReflection(*fresh, Element::default_instance()));
+    Element alone;
+    alone.MergeFrom(static_cast<const Message&>(last));
+    this->ExpectElement(alone, count - 1);
+    static_cast<Message&>(alone).CopyFrom(TypeParam::In(*record).Get(0));
+    this->ExpectElement(alone, 0);
+    alone.Swap(TypeParam::In(*record).Mutable(count - 1));
+    this->ExpectElement(alone, count - 1);
+    this->ExpectElement(last, 0);
+    last.CopyFrom(alone);
+    this->ExpectElement(last, count - 1);
+    last.Clear();
+    EXPECT_TRUE(EqualByReflection(last, Element::default_instance()));
+  });
+}
+
+// What is made ahead for the elements behind one that is malformed is no element of the field.
+TYPED_TEST(ElementBlocksTest, AMalformedElementIsTheLast) {
+  const std::string malformed = WireWriter().Tag(1, static_cast<WireType>(6)).bytes();
+  for (int count : {1, 2, 15, 16, 17, 40}) {
+    for (int bad = 0; bad < count; ++bad) {
+      SCOPED_TRACE("element " + std::to_string(bad) + " of " + std::to_string(count));
+      WireWriter writer;
+      for (int i = 0; i < count; ++i) {
+        const bool is_bad = i == bad;
+        Append(TypeParam::Number(),
+               is_bad ? malformed : this->elements_[i].SerializePartialAsString(), &writer);
+      }
+      const long live = LiveBlocks();
+      {
+        typename TypeParam::Record record;
+        EXPECT_FALSE(record.ParsePartialFromString(writer.bytes()));
+        ASSERT_EQ(TypeParam::In(record).size(), bad + 1);
+        for (int i = 0; i < bad; ++i) this->ExpectElement(TypeParam::In(record).Get(i), i);
+        typename TypeParam::Record more;
+        ASSERT_TRUE(more.ParsePartialFromString(this->Bytes(20)));
+        record.MergeFrom(more);
+        ASSERT_EQ(TypeParam::In(record).size(), bad + 21);
+        for (int i = 0; i < 20; ++i) {
+          this->ExpectElement(TypeParam::In(record).Get(bad + 1 + i), i);
+        }
+      }
+      EXPECT_EQ(LiveBlocks(), live);
+    }
+  }
+}
+
+// Memory may run out at any block: what the field then has is what was read or copied before.
+TYPED_TEST(ElementBlocksTest, AnyAllocationMayFail) {
+  using Record = typename TypeParam::Record;
+  constexpr int kCount = 40;
+  const std::string bytes = this->Bytes(kCount);
+  Record original;
+  ASSERT_TRUE(original.ParsePartialFromString(bytes));
+  for (const bool copies : {false, true}) {
+    for (const int cleared : {0, 3}) {
+      bool failed = true;
+      for (long n = 1; failed; ++n) {
+        SCOPED_TRACE(std::string(copies ? "copied, " : "parsed, ") + std::to_string(cleared) +
+                     " cleared elements, allocation " + std::to_string(n));
+        const long live = LiveBlocks();
+        {
+          Record record;
+          for (int i = 0; i < cleared; ++i) TypeParam::In(record).Add();
+          TypeParam::In(record).Clear();
+          failed = false;
+          try {
+            const FailingAllocation failing(n, FailingAllocation::kOnce);
+            copies ? record.MergeFrom(original) : void(record.ParsePartialFromString(bytes));
+          } catch (const std::bad_alloc&) {
+            failed = true;
+          }
+          // The last one may have been read or copied in part.
+          const int whole = TypeParam::In(record).size() - failed;
+          EXPECT_LE(whole, kCount);
+          for (int i = 0; i < whole; ++i) this->ExpectElement(TypeParam::In(record).Get(i), i);
+          EXPECT_TRUE(failed || whole == kCount);
+          record.CopyFrom(original);
+          EXPECT_TRUE(EqualByReflection(record, original));
+        }
+        ASSERT_EQ(LiveBlocks(), live);
+      }
+    }
+  }
+}
+
+// Threads that each delete some elements of every block.
+TYPED_TEST(ElementBlocksTest, AreDeletedByAnyThread) {
+  constexpr int kThreads = 4;
+  const long live = LiveBlocks();
+  {
+    typename TypeParam::Record record;
+    ASSERT_TRUE(record.ParsePartialFromString(this->Bytes(kMost)));
+    auto elements = this->Release(&record);
+    std::vector<std::thread> threads;
+    for (int thread = 0; thread < kThreads; ++thread) {
+      threads.emplace_back([&, thread] {
+        for (size_t i = thread; i < elements.size(); i += kThreads) elements[i].reset();
+      });
+    }
+    for (std::thread& thread : threads) thread.join();
+  }
+  EXPECT_EQ(LiveBlocks(), live);
+}
+
+#ifdef __SANITIZE_ADDRESS__
+// AddressSanitizer knows an element that is gone from its neighbours that are not.
+TYPED_TEST(ElementBlocksTest, AreSeenToBeGone) {
+  typename TypeParam::Record record;
+  ASSERT_TRUE(record.ParsePartialFromString(this->Bytes(2)));
+  auto elements = this->Release(&record);
+  const typename TypeParam::Element* gone = elements[0].get();
+  elements[0].reset();
+  EXPECT_DEATH(gone->GetCachedSize(), "AddressSanitizer");
+}
+#endif
+
+}  // namespace
+}  // namespace testing
+}  // namespace calibration
+}  // namespace zarvo
