@@ -23,6 +23,7 @@
 #include "calibration_common/registration.h"
 #include "calibration_common/wire_buffer.h"
 #include "calibration_common/wire_reading.h"
+#include "calibration_common/wire_runs.h"
 #include "calibration_common/wire_writing.h"
 
 namespace zarvo {
@@ -712,6 +713,10 @@ const uint8* MarkerPositionInfo::MergeBuffered(const uint8* p, const uint8* end,
   while (p != end) {
     switch (*p) {
       case 13:  // x
+        if (wire::TakeRun<13u>(&p, end, &x_, &y_, &z_)) {
+          _has_bits_[0] |= 0x7u;
+          continue;
+        }
         if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &x_))) return p;
         set_has_x();
         if (!wire::NextIs<21u>(p, end)) continue;
@@ -757,9 +762,13 @@ void MarkerPositionInfo::SerializeWithCachedSizes(CodedOutputStream* output) con
 }
 
 uint8* MarkerPositionInfo::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_x()) target = WireFormatLite::WriteFloatToArray(1, x(), target);
-  if (has_y()) target = WireFormatLite::WriteFloatToArray(2, y(), target);
-  if (has_z()) target = WireFormatLite::WriteFloatToArray(3, z(), target);
+  if ((_has_bits_[0] & 0x7u) == 0x7u) {
+    target = wire::WriteRunToArray<13u>(target, x_, y_, z_);
+  } else {
+    if (has_x()) target = WireFormatLite::WriteFloatToArray(1, x(), target);
+    if (has_y()) target = WireFormatLite::WriteFloatToArray(2, y(), target);
+    if (has_z()) target = WireFormatLite::WriteFloatToArray(3, z(), target);
+  }
   if (has_marker_id()) target = wire::WriteInt32ToArray(4, marker_id(), target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
@@ -1096,6 +1105,10 @@ const uint8* CameraIntrinsicsSamplePoints::MergeBuffered(const uint8* p, const u
   while (p != end) {
     switch (*p) {
       case 13:  // img_x
+        if (wire::TakeRun<13u>(&p, end, &img_x_, &img_y_, &tgt_x_, &tgt_y_)) {
+          _has_bits_[0] |= 0xFu;
+          continue;
+        }
         if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &img_x_))) return p;
         set_has_img_x();
         if (!wire::NextIs<21u>(p, end)) continue;
@@ -1141,10 +1154,14 @@ void CameraIntrinsicsSamplePoints::SerializeWithCachedSizes(CodedOutputStream* o
 }
 
 uint8* CameraIntrinsicsSamplePoints::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_img_x()) target = WireFormatLite::WriteFloatToArray(1, img_x(), target);
-  if (has_img_y()) target = WireFormatLite::WriteFloatToArray(2, img_y(), target);
-  if (has_tgt_x()) target = WireFormatLite::WriteFloatToArray(3, tgt_x(), target);
-  if (has_tgt_y()) target = WireFormatLite::WriteFloatToArray(4, tgt_y(), target);
+  if ((_has_bits_[0] & 0xFu) == 0xFu) {
+    target = wire::WriteRunToArray<13u>(target, img_x_, img_y_, tgt_x_, tgt_y_);
+  } else {
+    if (has_img_x()) target = WireFormatLite::WriteFloatToArray(1, img_x(), target);
+    if (has_img_y()) target = WireFormatLite::WriteFloatToArray(2, img_y(), target);
+    if (has_tgt_x()) target = WireFormatLite::WriteFloatToArray(3, tgt_x(), target);
+    if (has_tgt_y()) target = WireFormatLite::WriteFloatToArray(4, tgt_y(), target);
+  }
   if (_internal_metadata_.have_unknown_fields()) {
     target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -1359,6 +1376,10 @@ const uint8* CameraIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
   while (p != end) {
     switch (wire::PeekTag(p, end)) {
       case 9:  // fx
+        if (wire::TakeRun<9u>(&p, end, &fx_, &fy_, &skew_, &cx_, &cy_)) {
+          _has_bits_[0] |= 0x1Fu;
+          continue;
+        }
         if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &fx_))) return p;
         set_has_fx();
         if (!wire::NextIs<17u>(p, end)) continue;
@@ -1411,6 +1432,10 @@ const uint8* CameraIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::NextIs<101u>(p, end)) continue;
         // Fall through.
       case 101:  // offset_x
+        if (wire::TakeRun<101u>(&p, end, &offset_x_, &offset_y_, &bin_center_, &bin_size_)) {
+          _has_bits_[0] |= 0x7800u;
+          continue;
+        }
         if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &offset_x_))) return p;
         set_has_offset_x();
         if (!wire::NextIs<109u>(p, end)) continue;
@@ -1508,23 +1533,33 @@ void CameraIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const
 }
 
 uint8* CameraIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_fx()) target = WireFormatLite::WriteDoubleToArray(1, fx(), target);
-  if (has_fy()) target = WireFormatLite::WriteDoubleToArray(2, fy(), target);
-  if (has_skew()) target = WireFormatLite::WriteDoubleToArray(3, skew(), target);
-  if (has_cx()) target = WireFormatLite::WriteDoubleToArray(4, cx(), target);
-  if (has_cy()) target = WireFormatLite::WriteDoubleToArray(5, cy(), target);
+  if ((_has_bits_[0] & 0x1Fu) == 0x1Fu) {
+    target = wire::WriteRunToArray<9u>(target, fx_, fy_, skew_, cx_, cy_);
+  } else {
+    if (has_fx()) target = WireFormatLite::WriteDoubleToArray(1, fx(), target);
+    if (has_fy()) target = WireFormatLite::WriteDoubleToArray(2, fy(), target);
+    if (has_skew()) target = WireFormatLite::WriteDoubleToArray(3, skew(), target);
+    if (has_cx()) target = WireFormatLite::WriteDoubleToArray(4, cx(), target);
+    if (has_cy()) target = WireFormatLite::WriteDoubleToArray(5, cy(), target);
+  }
   target = wire::WriteElementsToArray(49u, k_, target);
   target = wire::WriteElementsToArray(57u, p_, target);
-  if (has_width()) target = wire::WriteInt32ToArray(8, width(), target);
-  if (has_height()) target = wire::WriteInt32ToArray(9, height(), target);
-  if (has_error_per_point()) {
-    target = WireFormatLite::WriteDoubleToArray(10, error_per_point(), target);
+  if (_has_bits_[0] & 0x7F80u) {
+    if (has_width()) target = wire::WriteInt32ToArray(8, width(), target);
+    if (has_height()) target = wire::WriteInt32ToArray(9, height(), target);
+    if (has_error_per_point()) {
+      target = WireFormatLite::WriteDoubleToArray(10, error_per_point(), target);
+    }
+    if (has_x_bin()) target = WireFormatLite::WriteStringToArray(11, x_bin(), target);
+    if ((_has_bits_[0] & 0x7800u) == 0x7800u) {
+      target = wire::WriteRunToArray<101u>(target, offset_x_, offset_y_, bin_center_, bin_size_);
+    } else {
+      if (has_offset_x()) target = WireFormatLite::WriteFloatToArray(12, offset_x(), target);
+      if (has_offset_y()) target = WireFormatLite::WriteFloatToArray(13, offset_y(), target);
+      if (has_bin_center()) target = WireFormatLite::WriteFloatToArray(14, bin_center(), target);
+      if (has_bin_size()) target = WireFormatLite::WriteFloatToArray(15, bin_size(), target);
+    }
   }
-  if (has_x_bin()) target = WireFormatLite::WriteStringToArray(11, x_bin(), target);
-  if (has_offset_x()) target = WireFormatLite::WriteFloatToArray(12, offset_x(), target);
-  if (has_offset_y()) target = WireFormatLite::WriteFloatToArray(13, offset_y(), target);
-  if (has_bin_center()) target = WireFormatLite::WriteFloatToArray(14, bin_center(), target);
-  if (has_bin_size()) target = WireFormatLite::WriteFloatToArray(15, bin_size(), target);
   for (const CameraIntrinsicsSamplePoints& element : sample_points_) {
     target = wire::WriteMessageToArray(16, element, target);
   }
@@ -1976,6 +2011,11 @@ const uint8* FocusInfoItem::MergeBuffered(const uint8* p, const uint8* end, wire
         if (!wire::NextIs<21u>(p, end)) continue;
         // Fall through.
       case 21:  // cutoff_threshold
+        if (wire::TakeRun<21u>(&p, end, &cutoff_threshold_, &cutoff_cycles_per_pix_,
+            &cutoff_cycles_per_mm_, &pix_per_mm_)) {
+          _has_bits_[0] |= 0x3Cu;
+          continue;
+        }
         if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cutoff_threshold_))) return p;
         set_has_cutoff_threshold();
         if (!wire::NextIs<29u>(p, end)) continue;
@@ -2053,16 +2093,22 @@ void FocusInfoItem::SerializeWithCachedSizes(CodedOutputStream* output) const {
 
 uint8* FocusInfoItem::SerializeWithCachedSizesToArray(uint8* target) const {
   if (has_target_id()) target = wire::WriteInt32ToArray(1, target_id(), target);
-  if (has_cutoff_threshold()) {
-    target = WireFormatLite::WriteFloatToArray(2, cutoff_threshold(), target);
+  if ((_has_bits_[0] & 0x3Cu) == 0x3Cu) {
+    target =
+        wire::WriteRunToArray<21u>(target, cutoff_threshold_, cutoff_cycles_per_pix_,
+            cutoff_cycles_per_mm_, pix_per_mm_);
+  } else {
+    if (has_cutoff_threshold()) {
+      target = WireFormatLite::WriteFloatToArray(2, cutoff_threshold(), target);
+    }
+    if (has_cutoff_cycles_per_pix()) {
+      target = WireFormatLite::WriteFloatToArray(3, cutoff_cycles_per_pix(), target);
+    }
+    if (has_cutoff_cycles_per_mm()) {
+      target = WireFormatLite::WriteFloatToArray(4, cutoff_cycles_per_mm(), target);
+    }
+    if (has_pix_per_mm()) target = WireFormatLite::WriteFloatToArray(5, pix_per_mm(), target);
   }
-  if (has_cutoff_cycles_per_pix()) {
-    target = WireFormatLite::WriteFloatToArray(3, cutoff_cycles_per_pix(), target);
-  }
-  if (has_cutoff_cycles_per_mm()) {
-    target = WireFormatLite::WriteFloatToArray(4, cutoff_cycles_per_mm(), target);
-  }
-  if (has_pix_per_mm()) target = WireFormatLite::WriteFloatToArray(5, pix_per_mm(), target);
   target = wire::WriteElementsToArray(53u, transfer_function_, target);
   if (has_valid_min()) target = wire::WriteInt32ToArray(7, valid_min(), target);
   if (has_valid_max()) target = wire::WriteInt32ToArray(8, valid_max(), target);
@@ -4153,6 +4199,11 @@ const uint8* PTZIntrinsicsItem::MergeBuffered(const uint8* p, const uint8* end,
   while (p != end) {
     switch (*p) {
       case 9:  // zoom
+        if (wire::TakeRun<9u>(&p, end, &zoom_, &fxy_, &cx_, &cy_, &k1_, &k4_, &p1_, &p2_,
+            &error_per_point_)) {
+          _has_bits_[0] |= 0x1FFu;
+          continue;
+        }
         if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &zoom_))) return p;
         set_has_zoom();
         if (!wire::NextIs<17u>(p, end)) continue;
@@ -4228,16 +4279,22 @@ void PTZIntrinsicsItem::SerializeWithCachedSizes(CodedOutputStream* output) cons
 }
 
 uint8* PTZIntrinsicsItem::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_zoom()) target = WireFormatLite::WriteDoubleToArray(1, zoom(), target);
-  if (has_fxy()) target = WireFormatLite::WriteDoubleToArray(2, fxy(), target);
-  if (has_cx()) target = WireFormatLite::WriteDoubleToArray(3, cx(), target);
-  if (has_cy()) target = WireFormatLite::WriteDoubleToArray(4, cy(), target);
-  if (has_k1()) target = WireFormatLite::WriteDoubleToArray(5, k1(), target);
-  if (has_k4()) target = WireFormatLite::WriteDoubleToArray(6, k4(), target);
-  if (has_p1()) target = WireFormatLite::WriteDoubleToArray(7, p1(), target);
-  if (has_p2()) target = WireFormatLite::WriteDoubleToArray(8, p2(), target);
-  if (has_error_per_point()) {
-    target = WireFormatLite::WriteDoubleToArray(9, error_per_point(), target);
+  if ((_has_bits_[0] & 0x1FFu) == 0x1FFu) {
+    target =
+        wire::WriteRunToArray<9u>(target, zoom_, fxy_, cx_, cy_, k1_, k4_, p1_, p2_,
+            error_per_point_);
+  } else {
+    if (has_zoom()) target = WireFormatLite::WriteDoubleToArray(1, zoom(), target);
+    if (has_fxy()) target = WireFormatLite::WriteDoubleToArray(2, fxy(), target);
+    if (has_cx()) target = WireFormatLite::WriteDoubleToArray(3, cx(), target);
+    if (has_cy()) target = WireFormatLite::WriteDoubleToArray(4, cy(), target);
+    if (has_k1()) target = WireFormatLite::WriteDoubleToArray(5, k1(), target);
+    if (has_k4()) target = WireFormatLite::WriteDoubleToArray(6, k4(), target);
+    if (has_p1()) target = WireFormatLite::WriteDoubleToArray(7, p1(), target);
+    if (has_p2()) target = WireFormatLite::WriteDoubleToArray(8, p2(), target);
+    if (has_error_per_point()) {
+      target = WireFormatLite::WriteDoubleToArray(9, error_per_point(), target);
+    }
   }
   if (_internal_metadata_.have_unknown_fields()) {
     target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
@@ -4756,6 +4813,11 @@ const uint8* PanTiltSystemParameters::MergeBuffered(const uint8* p, const uint8*
         if (!wire::NextIs<37u>(p, end)) continue;
         // Fall through.
       case 37:  // rads_per_pan_unit
+        if (wire::TakeRun<37u>(&p, end, &rads_per_pan_unit_, &rads_per_tilt_unit_, &pan_offset_,
+            &tilt_offset_)) {
+          _has_bits_[0] |= 0x78u;
+          continue;
+        }
         if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &rads_per_pan_unit_))) return p;
         set_has_rads_per_pan_unit();
         if (!wire::NextIs<45u>(p, end)) continue;
@@ -4863,14 +4925,20 @@ uint8* PanTiltSystemParameters::SerializeWithCachedSizesToArray(uint8* target) c
   if (has_pan_ext()) target = wire::WriteMessageToArray(1, pan_ext(), target);
   if (has_tilt_ext()) target = wire::WriteMessageToArray(2, tilt_ext(), target);
   if (has_device_ext()) target = wire::WriteMessageToArray(3, device_ext(), target);
-  if (has_rads_per_pan_unit()) {
-    target = WireFormatLite::WriteFloatToArray(4, rads_per_pan_unit(), target);
+  if ((_has_bits_[0] & 0x78u) == 0x78u) {
+    target =
+        wire::WriteRunToArray<37u>(target, rads_per_pan_unit_, rads_per_tilt_unit_, pan_offset_,
+            tilt_offset_);
+  } else {
+    if (has_rads_per_pan_unit()) {
+      target = WireFormatLite::WriteFloatToArray(4, rads_per_pan_unit(), target);
+    }
+    if (has_rads_per_tilt_unit()) {
+      target = WireFormatLite::WriteFloatToArray(5, rads_per_tilt_unit(), target);
+    }
+    if (has_pan_offset()) target = WireFormatLite::WriteFloatToArray(6, pan_offset(), target);
+    if (has_tilt_offset()) target = WireFormatLite::WriteFloatToArray(7, tilt_offset(), target);
   }
-  if (has_rads_per_tilt_unit()) {
-    target = WireFormatLite::WriteFloatToArray(5, rads_per_tilt_unit(), target);
-  }
-  if (has_pan_offset()) target = WireFormatLite::WriteFloatToArray(6, pan_offset(), target);
-  if (has_tilt_offset()) target = WireFormatLite::WriteFloatToArray(7, tilt_offset(), target);
   if (has_pan_min()) target = wire::WriteInt32ToArray(8, pan_min(), target);
   if (has_pan_max()) target = wire::WriteInt32ToArray(9, pan_max(), target);
   if (has_tilt_min()) target = wire::WriteInt32ToArray(10, tilt_min(), target);

@@ -31,6 +31,7 @@ const char kSourceTop[] = R"(
 #include "calibration_common/registration.h"
 #include "calibration_common/wire_buffer.h"
 #include "calibration_common/wire_reading.h"
+#include "calibration_common/wire_runs.h"
 #include "calibration_common/wire_writing.h"
 
 $open$

@@ -169,6 +169,29 @@ std::vector<Group> GroupsOfEight(const std::vector<Field>& fields, Predicate bel
   return groups;
 }
 
+std::vector<Group> Runs(const std::vector<const Field*>& wire_order) {
+  std::vector<Group> runs;
+  const Field* before = nullptr;
+  for (const Field* field : wire_order) {
+    if (field->repeated || field->number >= 16 ||
+        (field->kind != Kind::kDouble && field->kind != Kind::kFloat)) {
+      before = nullptr;
+      continue;
+    }
+    if (before == nullptr || before->kind != field->kind || before->required != field->required ||
+        before->number + 1 != field->number) {
+      runs.emplace_back();
+    }
+    runs.back().mask |= field->bit();
+    runs.back().fields.push_back(field);
+    before = field;
+  }
+  runs.erase(std::remove_if(runs.begin(), runs.end(),
+                            [](const Group& run) { return run.fields.size() < 3; }),
+             runs.end());
+  return runs;
+}
+
 // `earlier` holds the messages declared before, which are all that a field can refer to. The
 // message is built in place, since it keeps pointers to its own fields.
 void BuildMessage(const Descriptor& descriptor, const std::vector<Message>& earlier,
@@ -195,6 +218,7 @@ void BuildMessage(const Descriptor& descriptor, const std::vector<Message>& earl
   }
   std::sort(message->wire_order.begin(), message->wire_order.end(),
             [](const Field* a, const Field* b) { return a->number < b->number; });
+  message->runs = Runs(message->wire_order);
   message->member_order = MemberOrder(message->fields);
   message->singular_groups =
       GroupsOfEight(message->fields, [](const Field& field) { return !field.repeated; });

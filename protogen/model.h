@@ -39,7 +39,7 @@ struct Field {
   int member_size() const;
 };
 
-// Up to eight fields that are neighbours in the declaration, whose has-bits are tested at once.
+// Fields whose has-bits are tested at once.
 struct Group {
   uint32_t mask = 0;  // the has-bits of `fields`
   std::vector<const Field*> fields;
@@ -55,8 +55,10 @@ struct Message {
   std::vector<const Field*> repeated;      // in declaration order
   std::vector<const Field*> sub_messages;  // singular ones, in declaration order
   std::vector<const Field*> required;
+  // Up to eight fields each that are neighbours in the declaration.
   std::vector<Group> singular_groups;  // all singular fields
   std::vector<Group> optional_groups;  // singular fields that are not required
+  std::vector<Group> runs;             // see calibration_common/wire_runs.h; each of at least three
   bool has_texts;                      // string or bytes fields
   bool reaches_required;               // can be uninitialized
   std::vector<const Field*> reaching;  // the fields through which it can be uninitialized

@@ -33,6 +33,24 @@ std::string Case(uint32_t tag, const std::string& comment, const std::string& bo
   return "case " + std::to_string(tag) + ":  // " + comment + "\n" + Indent(body, 2);
 }
 
+// Takes the run that begins with `field`, if any does, whole.
+std::string TakeRun(const Message& message, const Field* field) {
+  for (const Group& run : message.runs) {
+    if (run.fields.front() != field) continue;
+    std::string members;
+    for (const Field* member : run.fields) members += ", &" + member->name + "_";
+    return Fill(
+        R"(
+if (wire::TakeRun<$tag$u>(&p, end$members$)) {
+  _has_bits_[0] |= $mask$;
+  continue;
+}
+)",
+        {{"tag", std::to_string(field->tag())}, {"members", members}, {"mask", Hex(run.mask)}});
+  }
+  return "";
+}
+
 // The cases of MergeBuffered().
 std::string Takes(const RenderedMessage& rendered) {
   const std::vector<const Field*>& fields = rendered.message->wire_order;
@@ -44,7 +62,8 @@ std::string Takes(const RenderedMessage& rendered) {
       next = "if (!wire::NextIs<" + std::to_string(fields[i + 1]->tag()) +
              "u>(p, end)) continue;\n// Fall through.\n";
     }
-    takes += Case(fields[i]->tag(), fields[i]->name, fragments.take + next);
+    takes += Case(fields[i]->tag(), fields[i]->name,
+                  TakeRun(*rendered.message, fields[i]) + fragments.take + next);
     if (!fragments.take_packed.empty()) {
       packed_takes += Case(fields[i]->packed_tag(), fields[i]->name + " (packed)",
                            fragments.take_packed + "continue;\n");

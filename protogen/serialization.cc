@@ -36,6 +36,75 @@ $sizes$  return total_size;
 }
 )";
 
+std::string WriteRun(const Group& run, const RenderedMessage& rendered) {
+  std::string values, writes;
+  for (const Field* field : run.fields) {
+    values += ", " + field->name + "_";
+    writes += rendered.of(field).write_to_array;
+  }
+  return Fill(R"(
+if ((_has_bits_[0] & $mask$) == $mask$) {
+  target = wire::WriteRunToArray<$tag$u>(target$values$);
+} else {
+$writes$}
+)",
+              {{"mask", Hex(run.mask)},
+               {"tag", std::to_string(run.fields.front()->tag())},
+               {"values", values},
+               {"writes", Indent(writes, 2)}});
+}
+
+// What is written at once.
+struct Piece {
+  Group fields;
+  std::string writes;
+};
+
+std::vector<Piece> PiecesToArray(const RenderedMessage& rendered) {
+  const std::vector<const Field*>& fields = rendered.message->wire_order;
+  std::vector<Piece> pieces;
+  auto run = rendered.message->runs.begin();
+  for (size_t i = 0; i < fields.size();) {
+    if (run != rendered.message->runs.end() && run->fields.front() == fields[i]) {
+      i += run->fields.size();
+      pieces.push_back({*run, WriteRun(*run, rendered)});
+      ++run;
+    } else {
+      pieces.push_back({{fields[i]->bit(), {fields[i]}}, rendered.of(fields[i]).write_to_array});
+      ++i;
+    }
+  }
+  return pieces;
+}
+
+// Many optional fields behind others are usually all absent, or nearly all present: one test comes
+// first. Where a message begins with them, some are present, or why would it be there?
+std::string WritesToArray(const RenderedMessage& rendered) {
+  const size_t kMany = 8;
+  const auto is_optional = [](const Piece& piece) {
+    const Field& field = *piece.fields.fields.front();
+    return !field.repeated && !field.required;
+  };
+  const std::vector<Piece> pieces = PiecesToArray(rendered);
+  std::string all;
+  for (auto piece = pieces.begin(); piece != pieces.end();) {
+    std::string writes;
+    size_t count = 0;
+    uint32_t mask = 0;
+    const bool optional = is_optional(*piece);
+    for (; piece != pieces.end() && is_optional(*piece) == optional; ++piece) {
+      writes += piece->writes;
+      count += piece->fields.fields.size();
+      mask |= piece->fields.mask;
+    }
+    if (optional && !all.empty() && count >= kMany) {
+      writes = "if (_has_bits_[0] & " + Hex(mask) + ") {\n" + Indent(writes, 2) + "}\n";
+    }
+    all += writes;
+  }
+  return all;
+}
+
 // What all of the fields take together, tags included, or 0 if the size of one varies.
 int FixedSize(const std::vector<const Field*>& fields) {
   int size = 0;
@@ -80,17 +149,14 @@ if ((_has_bits_[0] & $mask$) == $mask$) {
 
 std::string RenderSerialization(const RenderedMessage& rendered) {
   const Message& message = *rendered.message;
-  std::string to_stream, to_array, sizes, required_sizes;
-  for (const Field* field : message.wire_order) {
-    to_stream += rendered.of(field).write_to_stream;
-    to_array += rendered.of(field).write_to_array;
-  }
+  std::string to_stream, sizes, required_sizes;
+  for (const Field* field : message.wire_order) to_stream += rendered.of(field).write_to_stream;
   if (!message.required.empty()) sizes += SizeOfRequired(message);
   for (const Group& group : message.optional_groups) sizes += SizeOfGroup(group, rendered);
   for (const Field* field : message.repeated) sizes += rendered.of(field).size;
   std::string out = Fill(kMethods, {{"class", message.name},
                                     {"to_stream", Indent(to_stream, 2)},
-                                    {"to_array", Indent(to_array, 2)},
+                                    {"to_array", Indent(WritesToArray(rendered), 2)},
                                     {"sizes", Indent(sizes, 2)}});
   if (message.required.empty()) return out;
   for (const Field* field : message.required) required_sizes += rendered.of(field).size;

@@ -191,6 +191,48 @@ message A {
   EXPECT_EQ(Describe(model["B"].optional_groups), "");
 }
 
+// Runs are of neighbours on the wire, whatever the order of the declaration.
+TEST(ModelTest, Runs) {
+  const Model model(R"(
+message A {
+  required double a = 1;
+  required double b = 2;
+  required double c = 3;
+  optional double other_label = 4;
+  optional float two5 = 5;
+  optional float two6 = 6;
+  repeated float between = 7;
+  optional float i10 = 10;
+  optional float h9 = 9;
+  optional float g8 = 8;
+  optional float gap = 12;
+  optional double other_type = 13;
+  optional double n14 = 14;
+  optional double o15 = 15;
+  optional double two_byte_tag = 16;
+}
+message B {
+  optional float a = 16;
+  optional float b = 17;
+  optional float c = 18;
+}
+message C {
+  optional int32 a = 1;
+  optional int32 b = 2;
+  optional int32 c = 3;
+  optional float d = 5;
+  optional float e = 7;
+  optional float f = 9;
+  repeated float g = 11;
+  repeated float h = 12;
+  repeated float k = 13;
+}
+)");
+  EXPECT_EQ(Describe(model["A"].runs), "7: a b c; 380: g8 h9 i10; 3800: other_type n14 o15");
+  EXPECT_EQ(Describe(model["B"].runs), "");
+  EXPECT_EQ(Describe(model["C"].runs), "");
+}
+
 TEST(ModelTest, LastHasBit) {
   std::string schema = "message A {\n";
   for (int i = 0; i < 32; ++i) {

@@ -118,9 +118,11 @@ const std::vector<Shape>& Shapes() {
       ::testing::Types<shapes::OneFloat, shapes::OneBool, shapes::OneText, shapes::OneRepeated,
                        shapes::OneSubMessage, shapes::OneElementList, shapes::Defaults,
                        shapes::AllRequired, shapes::SomeRequired, shapes::Bools, shapes::Wide,
-                       shapes::TwoByteTags, shapes::NumbersFirst, shapes::PartsFirst,
-                       shapes::OnlyRepeated, shapes::OnlyTexts, shapes::Reaching, shapes::Far,
-                       shapes::Names, LongName, shapes::LongNames, shapes::Comments>());
+                       shapes::Runs, shapes::GapsBetweenNumbers, shapes::OneRun,
+                       shapes::ManyNeighbours, shapes::TwoByteTags, shapes::NumbersFirst,
+                       shapes::PartsFirst, shapes::OnlyRepeated, shapes::OnlyTexts,
+                       shapes::Reaching, shapes::Far, shapes::Names, LongName, shapes::LongNames,
+                       shapes::Comments>());
   return all;
 }
 
@@ -317,6 +319,16 @@ TEST_P(ShapesTest, AllFields) {
   FillFully(record.get());
   EXPECT_TRUE(record->IsInitialized());
   CheckRoundTrip(shape(), *record);
+}
+
+TEST_P(ShapesTest, AllFieldsButOne) {
+  ForEachField(*New(), [&](const FieldDescriptor* f) {
+    const MessagePtr record = New();
+    FillFully(record.get());
+    record->GetReflection()->ClearField(record.get(), f);
+    CheckRoundTrip(shape(), *record);
+    EXPECT_EQ(record->IsInitialized(), !f->is_required());
+  });
 }
 
 // Merging, copying and exchanging random records does what it does to dynamic messages.
