@@ -915,11 +915,11 @@ const uint8* MarkerPositionSet::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::NextIs<17u>(p, end)) continue;
         // Fall through.
       case 17:  // head_center
-        if (!wire::Advance(&p, wire::TakeElements(17u, p, end, &head_center_))) return p;
+        if (!wire::Advance(&p, wire::TakeElements<17u>(p, end, &head_center_))) return p;
         if (!wire::NextIs<25u>(p, end)) continue;
         // Fall through.
       case 25:  // nav_center
-        if (!wire::Advance(&p, wire::TakeElements(25u, p, end, &nav_center_))) return p;
+        if (!wire::Advance(&p, wire::TakeElements<25u>(p, end, &nav_center_))) return p;
         continue;
       case 18:  // head_center (packed)
         if (!wire::Advance(&p, wire::TakePacked(1, p, end, &head_center_))) return p;
@@ -953,8 +953,8 @@ bool MarkerPositionSet::MergePartialFromCodedStream(CodedInputStream* input) {
 
 void MarkerPositionSet::SerializeWithCachedSizes(CodedOutputStream* output) const {
   for (const MarkerPositionInfo& element : pos_) wire::WriteMessage(1, element, output);
-  wire::WriteElements(17u, head_center_, output);
-  wire::WriteElements(25u, nav_center_, output);
+  wire::WriteElements<17u>(head_center_, output);
+  wire::WriteElements<25u>(nav_center_, output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
@@ -964,8 +964,8 @@ uint8* MarkerPositionSet::SerializeWithCachedSizesToArray(uint8* target) const {
   for (const MarkerPositionInfo& element : pos_) {
     target = wire::WriteMessageToArray(1, element, target);
   }
-  target = wire::WriteElementsToArray(17u, head_center_, target);
-  target = wire::WriteElementsToArray(25u, nav_center_, target);
+  target = wire::WriteElementsToArray<17u>(head_center_, target);
+  target = wire::WriteElementsToArray<25u>(nav_center_, target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -1405,11 +1405,11 @@ const uint8* CameraIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::NextIs<49u>(p, end)) continue;
         // Fall through.
       case 49:  // k
-        if (!wire::Advance(&p, wire::TakeElements(49u, p, end, &k_))) return p;
+        if (!wire::Advance(&p, wire::TakeElements<49u>(p, end, &k_))) return p;
         if (!wire::NextIs<57u>(p, end)) continue;
         // Fall through.
       case 57:  // p
-        if (!wire::Advance(&p, wire::TakeElements(57u, p, end, &p_))) return p;
+        if (!wire::Advance(&p, wire::TakeElements<57u>(p, end, &p_))) return p;
         if (!wire::NextIs<64u>(p, end)) continue;
         // Fall through.
       case 64:  // width
@@ -1511,8 +1511,8 @@ void CameraIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const
   if (has_skew()) WireFormatLite::WriteDouble(3, skew(), output);
   if (has_cx()) WireFormatLite::WriteDouble(4, cx(), output);
   if (has_cy()) WireFormatLite::WriteDouble(5, cy(), output);
-  wire::WriteElements(49u, k_, output);
-  wire::WriteElements(57u, p_, output);
+  wire::WriteElements<49u>(k_, output);
+  wire::WriteElements<57u>(p_, output);
   if (has_width()) WireFormatLite::WriteInt32(8, width(), output);
   if (has_height()) WireFormatLite::WriteInt32(9, height(), output);
   if (has_error_per_point()) WireFormatLite::WriteDouble(10, error_per_point(), output);
@@ -1542,8 +1542,8 @@ uint8* CameraIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
     if (has_cx()) target = WireFormatLite::WriteDoubleToArray(4, cx(), target);
     if (has_cy()) target = WireFormatLite::WriteDoubleToArray(5, cy(), target);
   }
-  target = wire::WriteElementsToArray(49u, k_, target);
-  target = wire::WriteElementsToArray(57u, p_, target);
+  target = wire::WriteElementsToArray<49u>(k_, target);
+  target = wire::WriteElementsToArray<57u>(p_, target);
   if (_has_bits_[0] & 0x7F80u) {
     if (has_width()) target = wire::WriteInt32ToArray(8, width(), target);
     if (has_height()) target = wire::WriteInt32ToArray(9, height(), target);
@@ -2036,7 +2036,7 @@ const uint8* FocusInfoItem::MergeBuffered(const uint8* p, const uint8* end, wire
         if (!wire::NextIs<53u>(p, end)) continue;
         // Fall through.
       case 53:  // transfer_function
-        if (!wire::Advance(&p, wire::TakeElements(53u, p, end, &transfer_function_))) return p;
+        if (!wire::Advance(&p, wire::TakeElements<53u>(p, end, &transfer_function_))) return p;
         if (!wire::NextIs<56u>(p, end)) continue;
         // Fall through.
       case 56:  // valid_min
@@ -2082,7 +2082,7 @@ void FocusInfoItem::SerializeWithCachedSizes(CodedOutputStream* output) const {
   if (has_cutoff_cycles_per_pix()) WireFormatLite::WriteFloat(3, cutoff_cycles_per_pix(), output);
   if (has_cutoff_cycles_per_mm()) WireFormatLite::WriteFloat(4, cutoff_cycles_per_mm(), output);
   if (has_pix_per_mm()) WireFormatLite::WriteFloat(5, pix_per_mm(), output);
-  wire::WriteElements(53u, transfer_function_, output);
+  wire::WriteElements<53u>(transfer_function_, output);
   if (has_valid_min()) WireFormatLite::WriteInt32(7, valid_min(), output);
   if (has_valid_max()) WireFormatLite::WriteInt32(8, valid_max(), output);
   if (has_target_code()) WireFormatLite::WriteInt32(9, target_code(), output);
@@ -2109,7 +2109,7 @@ uint8* FocusInfoItem::SerializeWithCachedSizesToArray(uint8* target) const {
     }
     if (has_pix_per_mm()) target = WireFormatLite::WriteFloatToArray(5, pix_per_mm(), target);
   }
-  target = wire::WriteElementsToArray(53u, transfer_function_, target);
+  target = wire::WriteElementsToArray<53u>(transfer_function_, target);
   if (has_valid_min()) target = wire::WriteInt32ToArray(7, valid_min(), target);
   if (has_valid_max()) target = wire::WriteInt32ToArray(8, valid_max(), target);
   if (has_target_code()) target = wire::WriteInt32ToArray(9, target_code(), target);
@@ -2413,7 +2413,7 @@ const uint8* CameraExtrinsics::MergeBuffered(const uint8* p, const uint8* end,
   while (p != end) {
     switch (*p) {
       case 9:  // a
-        if (!wire::Advance(&p, wire::TakeElements(9u, p, end, &a_))) return p;
+        if (!wire::Advance(&p, wire::TakeElements<9u>(p, end, &a_))) return p;
         continue;
       case 10:  // a (packed)
         if (!wire::Advance(&p, wire::TakePacked(1, p, end, &a_))) return p;
@@ -2439,14 +2439,14 @@ bool CameraExtrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
 }
 
 void CameraExtrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  wire::WriteElements(9u, a_, output);
+  wire::WriteElements<9u>(a_, output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
 uint8* CameraExtrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
-  target = wire::WriteElementsToArray(9u, a_, target);
+  target = wire::WriteElementsToArray<9u>(a_, target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -3826,7 +3826,7 @@ const uint8* FocusCheckProto::MergeBuffered(const uint8* p, const uint8* end,
         if (!wire::NextIs<29u>(p, end)) continue;
         // Fall through.
       case 29:  // bins
-        if (!wire::Advance(&p, wire::TakeElements(29u, p, end, &bins_))) return p;
+        if (!wire::Advance(&p, wire::TakeElements<29u>(p, end, &bins_))) return p;
         if (!wire::NextIs<34u>(p, end)) continue;
         // Fall through.
       case 34:  // name
@@ -3865,7 +3865,7 @@ bool FocusCheckProto::MergePartialFromCodedStream(CodedInputStream* input) {
 void FocusCheckProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
   if (has_value_at_cutoff()) WireFormatLite::WriteFloat(1, value_at_cutoff(), output);
   if (has_cutoff()) WireFormatLite::WriteFloat(2, cutoff(), output);
-  wire::WriteElements(29u, bins_, output);
+  wire::WriteElements<29u>(bins_, output);
   if (has_name()) WireFormatLite::WriteStringMaybeAliased(4, name(), output);
   if (has_ok()) WireFormatLite::WriteBool(5, ok(), output);
   if (_internal_metadata_.have_unknown_fields()) {
@@ -3878,7 +3878,7 @@ uint8* FocusCheckProto::SerializeWithCachedSizesToArray(uint8* target) const {
     target = WireFormatLite::WriteFloatToArray(1, value_at_cutoff(), target);
   }
   if (has_cutoff()) target = WireFormatLite::WriteFloatToArray(2, cutoff(), target);
-  target = wire::WriteElementsToArray(29u, bins_, target);
+  target = wire::WriteElementsToArray<29u>(bins_, target);
   if (has_name()) target = WireFormatLite::WriteStringToArray(4, name(), target);
   if (has_ok()) target = WireFormatLite::WriteBoolToArray(5, ok(), target);
   if (_internal_metadata_.have_unknown_fields()) {

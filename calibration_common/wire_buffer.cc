@@ -23,57 +23,35 @@ const uint8* TakePackedValues(int tag_size, const uint8* p, const uint8* end,
   return body + length;
 }
 
-// The tag as it stands on the wire.
-template <int kTagSize>
-struct EncodedTag {
-  explicit EncodedTag(uint32 tag) { CodedOutputStream::WriteTagToArray(tag, bytes); }
-
-  // Zero if it stands at p.
-  int Difference(const uint8* p) const {
-    return kTagSize == 1 ? p[0] ^ bytes[0] : (p[0] ^ bytes[0]) | (p[1] ^ bytes[1]);
-  }
-
-  uint8 bytes[kMaxTagSize];
-};
-
-template <int kTagSize, typename T>
-const uint8* TakeElementsBehind(const EncodedTag<kTagSize>& tag, const uint8* p, const uint8* end,
-                                RepeatedField<T>* values) {
-  const ::std::ptrdiff_t kStride = kTagSize + static_cast<::std::ptrdiff_t>(sizeof(T));
+template <typename T>
+const uint8* TakeElementsOf(uint8 tag, const uint8* p, const uint8* end, RepeatedField<T>* values) {
+  const ::std::ptrdiff_t kStride = 1 + static_cast<::std::ptrdiff_t>(sizeof(T));
   const uint8* stop = p;
-  while (end - stop >= 4 * kStride &&
-         (tag.Difference(stop) | tag.Difference(stop + kStride) |
-          tag.Difference(stop + 2 * kStride) | tag.Difference(stop + 3 * kStride)) == 0) {
+  while (end - stop >= 4 * kStride && stop[0] == tag && stop[kStride] == tag &&
+         stop[2 * kStride] == tag && stop[3 * kStride] == tag) {
     stop += 4 * kStride;
   }
-  while (end - stop >= kStride && tag.Difference(stop) == 0) stop += kStride;
+  while (end - stop >= kStride && *stop == tag) stop += kStride;
   if (stop == p) return p;
 
   T* element = runtime::AddElements(values, static_cast<int>((stop - p) / kStride));
   for (; stop - p >= 4 * kStride; p += 4 * kStride, element += 4) {
-    ::std::memcpy(element, p + kTagSize, sizeof(T));
-    ::std::memcpy(element + 1, p + kTagSize + kStride, sizeof(T));
-    ::std::memcpy(element + 2, p + kTagSize + 2 * kStride, sizeof(T));
-    ::std::memcpy(element + 3, p + kTagSize + 3 * kStride, sizeof(T));
+    ::std::memcpy(element, p + 1, sizeof(T));
+    ::std::memcpy(element + 1, p + 1 + kStride, sizeof(T));
+    ::std::memcpy(element + 2, p + 1 + 2 * kStride, sizeof(T));
+    ::std::memcpy(element + 3, p + 1 + 3 * kStride, sizeof(T));
   }
-  for (; p != stop; p += kStride) ::std::memcpy(element++, p + kTagSize, sizeof(T));
+  for (; p != stop; p += kStride) ::std::memcpy(element++, p + 1, sizeof(T));
   return stop;
-}
-
-template <typename T>
-const uint8* TakeElementsOf(uint32 tag, const uint8* p, const uint8* end,
-                            RepeatedField<T>* values) {
-  return tag < 0x80 ? TakeElementsBehind(EncodedTag<1>(tag), p, end, values)
-                    : TakeElementsBehind(EncodedTag<2>(tag), p, end, values);
 }
 
 }  // namespace
 
-const uint8* TakeElements(uint32 tag, const uint8* p, const uint8* end,
+const uint8* TakeElements(uint8 tag, const uint8* p, const uint8* end,
                           RepeatedField<double>* values) {
   return TakeElementsOf(tag, p, end, values);
 }
-const uint8* TakeElements(uint32 tag, const uint8* p, const uint8* end,
+const uint8* TakeElements(uint8 tag, const uint8* p, const uint8* end,
                           RepeatedField<float>* values) {
   return TakeElementsOf(tag, p, end, values);
 }

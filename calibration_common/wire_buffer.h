@@ -130,12 +130,24 @@ inline bool NextIs(const uint8* p, const uint8* end) {
   return end - p >= 2 && p[0] == ((kTag & 0x7F) | 0x80) && p[1] == (kTag >> 7);
 }
 
-// Elements of a repeated number, one behind each tag (of one or two bytes), as many as follow each
-// other.
-const uint8* TakeElements(uint32 tag, const uint8* p, const uint8* end,
+// Elements of a repeated number, one behind each tag, as many as follow each other. A tag of one
+// byte is the case that is made fast.
+const uint8* TakeElements(uint8 tag, const uint8* p, const uint8* end,
                           RepeatedField<double>* values);
-const uint8* TakeElements(uint32 tag, const uint8* p, const uint8* end,
+const uint8* TakeElements(uint8 tag, const uint8* p, const uint8* end,
                           RepeatedField<float>* values);
+template <uint32 kTag, typename T>
+inline const uint8* TakeElements(const uint8* p, const uint8* end, RepeatedField<T>* values) {
+  if (kTag < 0x80) return TakeElements(static_cast<uint8>(kTag), p, end, values);
+  do {
+    T value;
+    const uint8* behind = TakeValue<2>(p, end, &value);
+    if (behind == p) break;
+    values->Add(value);
+    p = behind;
+  } while (NextIs<kTag>(p, end));
+  return p;
+}
 
 // How many elements of a repeated sub-message follow each other in the buffer, all of them whole; at
 // most ElementBlock::kMaxElements. REQUIRES that one stands at p.

@@ -19,33 +19,22 @@ inline void WriteBehind(uint8 tag, T value, uint8* target) {
 }
 
 template <typename T>
-uint8* WriteRange(uint32 tag, const T* begin, const T* end, uint8* target) {
-  uint8 encoded_tag[kMaxTagSize];
-  const size_t tag_size =
-      static_cast<size_t>(CodedOutputStream::WriteTagToArray(tag, encoded_tag) - encoded_tag);
-  if (tag_size == 1) {
-    const size_t kStride = 1 + sizeof(T);
-    for (; end - begin >= 4; begin += 4, target += 4 * kStride) {
-      WriteBehind(encoded_tag[0], begin[0], target);
-      WriteBehind(encoded_tag[0], begin[1], target + kStride);
-      WriteBehind(encoded_tag[0], begin[2], target + 2 * kStride);
-      WriteBehind(encoded_tag[0], begin[3], target + 3 * kStride);
-    }
-    for (; begin != end; ++begin, target += kStride) WriteBehind(encoded_tag[0], *begin, target);
-    return target;
+uint8* WriteRange(uint8 tag, const T* begin, const T* end, uint8* target) {
+  const size_t kStride = 1 + sizeof(T);
+  for (; end - begin >= 4; begin += 4, target += 4 * kStride) {
+    WriteBehind(tag, begin[0], target);
+    WriteBehind(tag, begin[1], target + kStride);
+    WriteBehind(tag, begin[2], target + 2 * kStride);
+    WriteBehind(tag, begin[3], target + 3 * kStride);
   }
-  for (; begin != end; ++begin) {
-    ::std::memcpy(target, encoded_tag, tag_size);
-    ::std::memcpy(target + tag_size, begin, sizeof(T));
-    target += tag_size + sizeof(T);
-  }
+  for (; begin != end; ++begin, target += kStride) WriteBehind(tag, *begin, target);
   return target;
 }
 
 template <typename T>
-void WriteBlocks(uint32 tag, const RepeatedField<T>& values, CodedOutputStream* output) {
+void WriteBlocks(uint8 tag, const RepeatedField<T>& values, CodedOutputStream* output) {
   const ::std::ptrdiff_t kPerBlock = 64;
-  uint8 block[kPerBlock * (kMaxTagSize + sizeof(T))];
+  uint8 block[kPerBlock * (1 + sizeof(T))];
   const T* const end = values.data() + values.size();
   for (const T* begin = values.data(); begin != end;) {
     const T* const block_end = begin + ::std::min(end - begin, kPerBlock);
@@ -82,16 +71,16 @@ uint8* BeginMessage(int number, int size, CodedOutputStream* output) {
   return output->GetDirectBufferForNBytesAndAdvance(size);
 }
 
-void WriteSomeElements(uint32 tag, const RepeatedField<double>& values, CodedOutputStream* output) {
+void WriteSomeElements(uint8 tag, const RepeatedField<double>& values, CodedOutputStream* output) {
   WriteBlocks(tag, values, output);
 }
-void WriteSomeElements(uint32 tag, const RepeatedField<float>& values, CodedOutputStream* output) {
+void WriteSomeElements(uint8 tag, const RepeatedField<float>& values, CodedOutputStream* output) {
   WriteBlocks(tag, values, output);
 }
-uint8* WriteSomeElementsToArray(uint32 tag, const RepeatedField<double>& values, uint8* target) {
+uint8* WriteSomeElementsToArray(uint8 tag, const RepeatedField<double>& values, uint8* target) {
   return WriteRange(tag, values.data(), values.data() + values.size(), target);
 }
-uint8* WriteSomeElementsToArray(uint32 tag, const RepeatedField<float>& values, uint8* target) {
+uint8* WriteSomeElementsToArray(uint8 tag, const RepeatedField<float>& values, uint8* target) {
   return WriteRange(tag, values.data(), values.data() + values.size(), target);
 }
 

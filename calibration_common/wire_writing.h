@@ -11,6 +11,7 @@
 #include <google/protobuf/unknown_field_set.h>
 #include <google/protobuf/wire_format_lite.h>
 
+#include <cstring>
 #include <string>
 
 #include "calibration_common/runtime.h"
@@ -94,19 +95,36 @@ inline void WriteMessage(int number, const T& message, CodedOutputStream* output
   }
 }
 
-void WriteSomeElements(uint32 tag, const RepeatedField<double>& values, CodedOutputStream* output);
-void WriteSomeElements(uint32 tag, const RepeatedField<float>& values, CodedOutputStream* output);
-uint8* WriteSomeElementsToArray(uint32 tag, const RepeatedField<double>& values, uint8* target);
-uint8* WriteSomeElementsToArray(uint32 tag, const RepeatedField<float>& values, uint8* target);
+void WriteSomeElements(uint8 tag, const RepeatedField<double>& values, CodedOutputStream* output);
+void WriteSomeElements(uint8 tag, const RepeatedField<float>& values, CodedOutputStream* output);
+uint8* WriteSomeElementsToArray(uint8 tag, const RepeatedField<double>& values, uint8* target);
+uint8* WriteSomeElementsToArray(uint8 tag, const RepeatedField<float>& values, uint8* target);
 
-// Write the elements of a repeated number, each behind a tag of its own.
-template <typename T>
-inline void WriteElements(uint32 tag, const RepeatedField<T>& values, CodedOutputStream* output) {
-  if (!values.empty()) WriteSomeElements(tag, values, output);
+template <uint32 kTag, typename T>
+inline uint8* WriteElementToArray(T value, uint8* target) {
+  target = CodedOutputStream::WriteTagToArray(kTag, target);
+  ::std::memcpy(target, &value, sizeof(T));
+  return target + sizeof(T);
 }
-template <typename T>
-inline uint8* WriteElementsToArray(uint32 tag, const RepeatedField<T>& values, uint8* target) {
-  return values.empty() ? target : WriteSomeElementsToArray(tag, values, target);
+
+// Write the elements of a repeated number, each behind a tag of its own. A tag of one byte is the
+// case that is made fast.
+template <uint32 kTag, typename T>
+inline void WriteElements(const RepeatedField<T>& values, CodedOutputStream* output) {
+  if (values.empty()) return;
+  if (kTag < 0x80) return WriteSomeElements(static_cast<uint8>(kTag), values, output);
+  for (T value : values) {
+    uint8 element[kMaxTagSize + sizeof(T)];
+    const uint8* end = WriteElementToArray<kTag>(value, element);
+    output->WriteRaw(element, static_cast<int>(end - element));
+  }
+}
+template <uint32 kTag, typename T>
+inline uint8* WriteElementsToArray(const RepeatedField<T>& values, uint8* target) {
+  if (values.empty()) return target;
+  if (kTag < 0x80) return WriteSomeElementsToArray(static_cast<uint8>(kTag), values, target);
+  for (T value : values) target = WriteElementToArray<kTag>(value, target);
+  return target;
 }
 
 // Writes what a message does not know.

@@ -35,7 +35,7 @@ inline void $class$::clear_$name$() { $name$_.Clear(); }
                          variables);
 
   out.take = Fill(R"(
-if (!wire::Advance(&p, wire::TakeElements($tag$, p, end, &$name$_))) return p;
+if (!wire::Advance(&p, wire::TakeElements<$tag$>(p, end, &$name$_))) return p;
 )",
                   variables);
   out.take_packed = Fill(R"(
@@ -44,11 +44,11 @@ if (!wire::Advance(&p, wire::TakePacked($tag_size$, p, end, &$name$_))) return p
                          variables);
   out.read = Fill("return wire::ReadPacked(input, &$name$_);\n", variables);
   out.write_to_stream = Fill(R"(
-wire::WriteElements($tag$, $name$_, output);
+wire::WriteElements<$tag$>($name$_, output);
 )",
                              variables);
   out.write_to_array = Fill(R"(
-target = wire::WriteElementsToArray($tag$, $name$_, target);
+target = wire::WriteElementsToArray<$tag$>($name$_, target);
 )",
                             variables);
   out.size =

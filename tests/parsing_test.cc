@@ -312,19 +312,22 @@ TEST_P(ParsingTest, BothEncodingsOfRepeatedNumbersMix) {
   }
 }
 
-// Elements are taken several at a time: any number of them, with another field's anywhere among them.
+// Elements are taken several at a time: any number of them, with another field's anywhere among
+// them, whose value looks like nothing but tags of such elements.
 TEST_P(ParsingTest, RunsOfElementsEndWhereAnotherFieldBegins) {
   for (const FieldRow& field : message()) {
     if (!IsRepeatedNumber(field)) continue;
     for (const FieldRow& other : message()) {
       if (!IsRepeatedNumber(other)) continue;
       SCOPED_TRACE(std::string(field.name) + ", " + other.name);
+      const uint64_t tag = static_cast<uint8_t>(NumberOccurrence(field, 0).tag[0]);
+      const uint64_t tags = tag * (other.kind == Kind::kDouble ? 0x0101010101010101u : 0x01010101u);
       for (size_t count = 0; count < 10; ++count) {
         for (size_t place = 0; place <= count; ++place) {
           Occurrences sequence;
           for (size_t i = 0; i < count; ++i) sequence.push_back(NumberOccurrence(field, 20 + i));
           sequence.insert(sequence.begin() + static_cast<std::ptrdiff_t>(place),
-                          NumberOccurrence(other, 11));
+                          NumberOccurrence(other, tags));
           ExpectReads(message(), sequence);
         }
       }
