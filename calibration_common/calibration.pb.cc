@@ -695,8 +695,8 @@ __attribute__((noinline)) void MarkerPositionInfo::InternalSwap(MarkerPositionIn
   std::swap(z_, other->z_);
   std::swap(marker_id_, other->marker_id_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void MarkerPositionInfo::Clear() {
@@ -894,8 +894,8 @@ __attribute__((noinline)) void MarkerPositionSet::InternalSwap(MarkerPositionSet
   head_center_.UnsafeArenaSwap(&other->head_center_);
   nav_center_.UnsafeArenaSwap(&other->nav_center_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void MarkerPositionSet::Clear() {
@@ -1087,8 +1087,8 @@ __attribute__((noinline)) void CameraIntrinsicsSamplePoints::InternalSwap(
   std::swap(tgt_x_, other->tgt_x_);
   std::swap(tgt_y_, other->tgt_y_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void CameraIntrinsicsSamplePoints::Clear() {
@@ -1339,8 +1339,8 @@ __attribute__((noinline)) void CameraIntrinsics::InternalSwap(CameraIntrinsics* 
   std::swap(tgt_width_, other->tgt_width_);
   std::swap(tgt_height_, other->tgt_height_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void CameraIntrinsics::Clear() {
@@ -1550,7 +1550,7 @@ uint8* CameraIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
     if (has_error_per_point()) {
       target = WireFormatLite::WriteDoubleToArray(10, error_per_point(), target);
     }
-    if (has_x_bin()) target = WireFormatLite::WriteStringToArray(11, x_bin(), target);
+    if (has_x_bin()) target = wire::WriteTextToArray(11, x_bin(), target);
     if ((_has_bits_[0] & 0x7800u) == 0x7800u) {
       target = wire::WriteRunToArray<101u>(target, offset_x_, offset_y_, bin_center_, bin_size_);
     } else {
@@ -1634,11 +1634,19 @@ void CameraIntrinsics::MergeFrom(const CameraIntrinsics& from) {
   runtime::MergeElements(from.sample_points_, &sample_points_);
   const uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
-    if (bits & 0x1u) fx_ = from.fx_;
-    if (bits & 0x2u) fy_ = from.fy_;
-    if (bits & 0x4u) skew_ = from.skew_;
-    if (bits & 0x8u) cx_ = from.cx_;
-    if (bits & 0x10u) cy_ = from.cy_;
+    if ((bits & 0x1Fu) == 0x1Fu) {
+      fx_ = from.fx_;
+      fy_ = from.fy_;
+      skew_ = from.skew_;
+      cx_ = from.cx_;
+      cy_ = from.cy_;
+    } else {
+      if (bits & 0x1u) fx_ = from.fx_;
+      if (bits & 0x2u) fy_ = from.fy_;
+      if (bits & 0x4u) skew_ = from.skew_;
+      if (bits & 0x8u) cx_ = from.cx_;
+      if (bits & 0x10u) cy_ = from.cy_;
+    }
     if (bits & 0x80u) width_ = from.width_;
     _has_bits_[0] |= bits & 0x9Fu;
   }
@@ -1756,8 +1764,8 @@ __attribute__((noinline)) void CalibrationImage::InternalSwap(CalibrationImage* 
   format_.Swap(&other->format_);
   imgdata_.Swap(&other->imgdata_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void CalibrationImage::Clear() {
@@ -1835,8 +1843,8 @@ uint8* CalibrationImage::SerializeWithCachedSizesToArray(uint8* target) const {
   if (has_width()) target = wire::WriteInt32ToArray(1, width(), target);
   if (has_height()) target = wire::WriteInt32ToArray(2, height(), target);
   if (has_stride()) target = wire::WriteInt32ToArray(3, stride(), target);
-  if (has_format()) target = WireFormatLite::WriteStringToArray(4, format(), target);
-  if (has_imgdata()) target = WireFormatLite::WriteBytesToArray(5, imgdata(), target);
+  if (has_format()) target = wire::WriteTextToArray(4, format(), target);
+  if (has_imgdata()) target = wire::WriteTextToArray(5, imgdata(), target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -1982,8 +1990,8 @@ __attribute__((noinline)) void FocusInfoItem::InternalSwap(FocusInfoItem* other)
   std::swap(valid_min_, other->valid_min_);
   std::swap(valid_max_, other->valid_max_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void FocusInfoItem::Clear() {
@@ -2249,8 +2257,8 @@ void FocusInfo::Swap(FocusInfo* other) {
 __attribute__((noinline)) void FocusInfo::InternalSwap(FocusInfo* other) {
   focus_.UnsafeArenaSwap(&other->focus_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void FocusInfo::Clear() {
@@ -2398,8 +2406,8 @@ void CameraExtrinsics::Swap(CameraExtrinsics* other) {
 __attribute__((noinline)) void CameraExtrinsics::InternalSwap(CameraExtrinsics* other) {
   a_.UnsafeArenaSwap(&other->a_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void CameraExtrinsics::Clear() {
@@ -2587,8 +2595,8 @@ __attribute__((noinline)) void CameraCalibration::InternalSwap(CameraCalibration
   model_.Swap(&other->model_);
   serial_.Swap(&other->serial_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void CameraCalibration::Clear() {
@@ -2694,9 +2702,9 @@ uint8* CameraCalibration::SerializeWithCachedSizesToArray(uint8* target) const {
   if (has_intrinsics_image()) target = wire::WriteMessageToArray(2, intrinsics_image(), target);
   if (has_extrinsics()) target = wire::WriteMessageToArray(3, extrinsics(), target);
   if (has_extrinsics_image()) target = wire::WriteMessageToArray(4, extrinsics_image(), target);
-  if (has_name()) target = WireFormatLite::WriteStringToArray(5, name(), target);
-  if (has_model()) target = WireFormatLite::WriteStringToArray(6, model(), target);
-  if (has_serial()) target = WireFormatLite::WriteStringToArray(7, serial(), target);
+  if (has_name()) target = wire::WriteTextToArray(5, name(), target);
+  if (has_model()) target = wire::WriteTextToArray(6, model(), target);
+  if (has_serial()) target = wire::WriteTextToArray(7, serial(), target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -2825,8 +2833,8 @@ void RobotCalibration::Swap(RobotCalibration* other) {
 __attribute__((noinline)) void RobotCalibration::InternalSwap(RobotCalibration* other) {
   camera_.UnsafeArenaSwap(&other->camera_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void RobotCalibration::Clear() {
@@ -2996,8 +3004,8 @@ __attribute__((noinline)) void CalibrationMetadataProto::InternalSwap(
   audio_serial_.Swap(&other->audio_serial_);
   std::swap(temperature_, other->temperature_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void CalibrationMetadataProto::Clear() {
@@ -3066,8 +3074,8 @@ void CalibrationMetadataProto::SerializeWithCachedSizes(CodedOutputStream* outpu
 
 uint8* CalibrationMetadataProto::SerializeWithCachedSizesToArray(uint8* target) const {
   if (has_time()) target = wire::WriteInt64ToArray(1, time(), target);
-  if (has_base_serial()) target = WireFormatLite::WriteStringToArray(2, base_serial(), target);
-  if (has_audio_serial()) target = WireFormatLite::WriteStringToArray(3, audio_serial(), target);
+  if (has_base_serial()) target = wire::WriteTextToArray(2, base_serial(), target);
+  if (has_audio_serial()) target = wire::WriteTextToArray(3, audio_serial(), target);
   if (has_temperature()) target = WireFormatLite::WriteFloatToArray(4, temperature(), target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
@@ -3203,8 +3211,8 @@ __attribute__((noinline)) void GyroscopeCalibrationProto::InternalSwap(
   std::swap(gyroscope_gain_, other->gyroscope_gain_);
   std::swap(metadata_, other->metadata_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void GyroscopeCalibrationProto::Clear() {
@@ -3388,8 +3396,8 @@ __attribute__((noinline)) void CameraCalibrationAdjustmentProto::InternalSwap(
   std::swap(params_, other->params_);
   std::swap(metadata_, other->metadata_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void CameraCalibrationAdjustmentProto::Clear() {
@@ -3578,8 +3586,8 @@ __attribute__((noinline)) void BaseCalibrationProto::InternalSwap(BaseCalibratio
   std::swap(global_transform_, other->global_transform_);
   std::swap(gyroscope_cal_, other->gyroscope_cal_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void BaseCalibrationProto::Clear() {
@@ -3795,8 +3803,8 @@ __attribute__((noinline)) void FocusCheckProto::InternalSwap(FocusCheckProto* ot
   name_.Swap(&other->name_);
   std::swap(ok_, other->ok_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void FocusCheckProto::Clear() {
@@ -3879,7 +3887,7 @@ uint8* FocusCheckProto::SerializeWithCachedSizesToArray(uint8* target) const {
   }
   if (has_cutoff()) target = WireFormatLite::WriteFloatToArray(2, cutoff(), target);
   target = wire::WriteElementsToArray<29u>(bins_, target);
-  if (has_name()) target = WireFormatLite::WriteStringToArray(4, name(), target);
+  if (has_name()) target = wire::WriteTextToArray(4, name(), target);
   if (has_ok()) target = WireFormatLite::WriteBoolToArray(5, ok(), target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
@@ -3999,8 +4007,8 @@ void FocusCheckSetProto::Swap(FocusCheckSetProto* other) {
 __attribute__((noinline)) void FocusCheckSetProto::InternalSwap(FocusCheckSetProto* other) {
   spots_.UnsafeArenaSwap(&other->spots_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void FocusCheckSetProto::Clear() {
@@ -4174,8 +4182,8 @@ __attribute__((noinline)) void PTZIntrinsicsItem::InternalSwap(PTZIntrinsicsItem
   std::swap(p2_, other->p2_);
   std::swap(error_per_point_, other->error_per_point_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void PTZIntrinsicsItem::Clear() {
@@ -4459,8 +4467,8 @@ __attribute__((noinline)) void PTZIntrinsics::InternalSwap(PTZIntrinsics* other)
   std::swap(zoom_min_, other->zoom_min_);
   std::swap(zoom_max_, other->zoom_max_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void PTZIntrinsics::Clear() {
@@ -4768,8 +4776,8 @@ __attribute__((noinline)) void PanTiltSystemParameters::InternalSwap(
   std::swap(avg_model_error_, other->avg_model_error_);
   std::swap(max_model_error_, other->max_model_error_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void PanTiltSystemParameters::Clear() {
@@ -5114,8 +5122,8 @@ __attribute__((noinline)) void PTZCameraParameters::InternalSwap(PTZCameraParame
   std::swap(intrinsics_, other->intrinsics_);
   std::swap(pan_tilt_, other->pan_tilt_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void PTZCameraParameters::Clear() {
@@ -5300,8 +5308,8 @@ __attribute__((noinline)) void PTZSystemCalibration::InternalSwap(PTZSystemCalib
   std::swap(laser_, other->laser_);
   std::swap(other_cameras_, other->other_cameras_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
   std::swap(_cached_size_, other->_cached_size_);
+  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void PTZSystemCalibration::Clear() {

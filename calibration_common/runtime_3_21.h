@@ -302,7 +302,9 @@ inline void InitSharedEmptyString() { ::google::protobuf::internal::InitProtobuf
 class StringField {
  public:
   void Init() { ptr_.InitDefault(); }
-  void Destroy() { ptr_.Destroy(); }
+  void Destroy() {
+    if (!ptr_.IsDefault()) ptr_.Destroy();
+  }
   const ::std::string& Get() const { return ptr_.Get(); }
   ::std::string* Mutable() { return ptr_.Mutable(nullptr); }
   void Set(const ::std::string& value) { ptr_.Set(value, nullptr); }
@@ -318,7 +320,9 @@ class StringField {
       ptr_.InitDefault();
     }
   }
-  void Clear() { ptr_.ClearToEmpty(); }
+  void Clear() {
+    if (!ptr_.IsDefault()) ptr_.ClearNonDefaultToEmpty();
+  }
   void Swap(StringField* other) {
     ::google::protobuf::internal::ArenaStringPtr::InternalSwap(&ptr_, nullptr, &other->ptr_,
                                                                nullptr);

@@ -65,6 +65,12 @@ uint8* WriteLongLengthToArray(uint32 length, uint8* target) {
   return CodedOutputStream::WriteVarint32ToArray(length, target);
 }
 
+uint8* WriteTextBehindTagToArray(const ::std::string& value, uint8* target) {
+  target = WriteLengthToArray(static_cast<uint32>(value.size()), target);
+  ::std::memcpy(target, value.data(), value.size());
+  return target + value.size();
+}
+
 uint8* BeginMessage(int number, int size, CodedOutputStream* output) {
   WireFormatLite::WriteTag(number, WireFormatLite::WIRETYPE_LENGTH_DELIMITED, output);
   output->WriteVarint32(static_cast<uint32>(size));

@@ -66,6 +66,13 @@ inline uint8* WriteLengthToArray(uint32 length, uint8* target) {
   return target + 1;
 }
 
+uint8* WriteTextBehindTagToArray(const ::std::string& value, uint8* target);
+inline uint8* WriteTextToArray(int number, const ::std::string& value, uint8* target) {
+  return WriteTextBehindTagToArray(
+      value,
+      WireFormatLite::WriteTagToArray(number, WireFormatLite::WIRETYPE_LENGTH_DELIMITED, target));
+}
+
 // `known_size` and the size of what a message does not know, which *cached_size is set to, too.
 __attribute__((noinline)) int SizeWithUnknownFields(uint32 known_size,
                                                     const runtime::Metadata& metadata,

@@ -1,4 +1,6 @@
 // Merging, copying and the check for required fields.
+#include <algorithm>
+
 #include "protogen/families.h"
 
 namespace protogen {
@@ -38,27 +40,41 @@ bool $class$::IsInitialized() const {
 $checks$}
 )";
 
-// Optional scalars are usually all there or all absent, and copied without a test of each if they
-// are.
-std::string MergeGroup(const Group& group, const RenderedMessage& rendered) {
-  std::string merges, copies;
-  uint32_t scalars = 0;
-  bool has_required = false;
-  for (const Field* field : group.fields) {
-    merges += rendered.of(field).merge;
+// Scalars that are usually all there or all absent are copied without a test of each if they are.
+std::string MergeTogether(const std::vector<const Field*>& fields, const std::string& merges) {
+  std::string copies;
+  uint32_t mask = 0;
+  for (const Field* field : fields) {
     copies += Fill("$name$_ = from.$name$_;\n", {{"name", field->name}});
-    scalars |= field->is_scalar() ? field->bit() : 0;
-    has_required = has_required || field->required;
+    mask |= field->bit();
   }
-  if (scalars == group.mask && group.fields.size() > 1 && !has_required) {
-    merges = Fill(
-        R"(
+  return Fill(
+      R"(
 if ((bits & $mask$) == $mask$) {
 $copies$} else {
 $merges$}
 )",
-        {{"mask", Hex(group.mask)}, {"copies", Indent(copies, 2)}, {"merges", Indent(merges, 2)}});
+      {{"mask", Hex(mask)}, {"copies", Indent(copies, 2)}, {"merges", Indent(merges, 2)}});
+}
+
+// Merged together are the required fields of a group, which always are scalars, and the fields of a
+// group that has nothing but scalars.
+std::string MergeGroup(const Group& group, const RenderedMessage& rendered) {
+  std::vector<const Field*> together;
+  for (const Field* field : group.fields) {
+    if (field->required) together.push_back(field);
   }
+  uint32_t scalars = 0;
+  for (const Field* field : group.fields) scalars |= field->is_scalar() ? field->bit() : 0;
+  if (together.empty() && scalars == group.mask) together = group.fields;
+  if (together.size() < 2) together.clear();
+
+  std::string merges, merges_together;
+  for (const Field* field : group.fields) {
+    const bool is_together = std::find(together.begin(), together.end(), field) != together.end();
+    (is_together ? merges_together : merges) += rendered.of(field).merge;
+  }
+  if (!together.empty()) merges = MergeTogether(together, merges_together) + merges;
   if (scalars != 0) merges += "_has_bits_[0] |= bits & " + Hex(scalars) + ";\n";
   const uint32_t all_eight = 0xFFu << (group.fields.front()->index / 8 * 8);
   return "if (bits & " + Hex(all_eight) + ") {\n" + Indent(merges, 2) + "}\n";

@@ -71,10 +71,9 @@ if (!wire::Advance(&p, wire::TakeString($tag_size$, p, end, mutable_$name$()))) 
   out.write_to_stream = Fill(
       "if (has_$name$()) WireFormatLite::Write$Wire$MaybeAliased($number$, $name$(), output);\n",
       variables);
-  out.write_to_array = Fill(
-      "if (has_$name$()) target = WireFormatLite::Write$Wire$ToArray($number$, $name$(), "
-      "target);\n",
-      variables);
+  out.write_to_array =
+      Fill("if (has_$name$()) target = wire::WriteTextToArray($number$, $name$(), target);\n",
+           variables);
   out.size =
       Fill("if (has_$name$()) total_size += $tag_size$ + wire::StringSize($name$());\n", variables);
   out.merge = Fill(R"(

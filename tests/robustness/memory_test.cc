@@ -107,6 +107,21 @@ std::vector<std::string> UnknownPieces(const MessageRow& message) {
   return pieces;
 }
 
+// Large unknown groups, with tags of one byte and of three, that end as they should, not at all, or
+// with a tag that is longer than need be.
+std::vector<std::string> UnknownGroups() {
+  const std::string inside = Repeat(Tag(1, kVarint) + std::string(1, '\0'), kCopies);
+  std::vector<std::string> groups;
+  for (const int number : {15, 2048}) {
+    const std::string open = Tag(number, kStartGroup) + inside;
+    groups.push_back(open + Tag(number, kEndGroup));
+    groups.push_back(open);
+    const uint64_t end_tag = static_cast<uint64_t>(number) << 3 | kEndGroup;
+    groups.push_back(open + WireWriter().OverlongVarint(end_tag, 5).bytes());
+  }
+  return groups;
+}
+
 // The shortest sub-messages that hold nothing, one object, or two.
 std::vector<std::string> Elements(const FieldRow& field, int levels) {
   const MessageRow& message = FindMessage(field.message_type);
@@ -134,6 +149,7 @@ std::vector<std::string> Elements(const FieldRow& field, int levels) {
 std::vector<std::string> Inputs(const MessageRow& message) {
   std::vector<std::string> inputs;
   for (const std::string& piece : UnknownPieces(message)) inputs.push_back(Repeat(piece, kCopies));
+  for (const std::string& group : UnknownGroups()) inputs.push_back(group);
   for (const FieldRow& field : message) {
     if (field.kind == Kind::kMessage && !field.repeated()) {
       for (const std::string& inside : Inputs(FindMessage(field.message_type))) {
@@ -142,6 +158,9 @@ std::vector<std::string> Inputs(const MessageRow& message) {
     } else if (field.kind == Kind::kMessage) {
       for (const std::string& element : Elements(field, 1)) {
         inputs.push_back(Repeat(element, kCopies));
+      }
+      for (const std::string& group : UnknownGroups()) {
+        inputs.push_back(Nested(field.number, group));
       }
     } else if (field.repeated()) {
       const std::string value(WireTypeOf(field.kind) == kFixed64 ? 8 : 4, '\x3F');
