@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 
 #include "protogen/schema.h"
 #include "protogen/text.h"
@@ -136,7 +137,7 @@ Field BuildField(const FieldDescriptor& descriptor) {
 std::vector<const Field*> MemberOrder(const std::vector<Field>& fields) {
   std::vector<const Field*> order, alone;
   const Field* waiting = nullptr;
-  size_t waiting_place = 0;
+  ptrdiff_t waiting_place = 0;
   for (const Field& field : fields) {
     if (field.member_size() == 8) {
       order.push_back(&field);
@@ -144,7 +145,7 @@ std::vector<const Field*> MemberOrder(const std::vector<Field>& fields) {
       alone.push_back(&field);
     } else if (waiting == nullptr) {
       waiting = &field;
-      waiting_place = order.size();
+      waiting_place = static_cast<ptrdiff_t>(order.size());
     } else {
       order.insert(order.begin() + waiting_place, {waiting, &field});
       waiting = nullptr;

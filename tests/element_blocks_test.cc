@@ -10,6 +10,7 @@
 #include <functional>
 #include <memory>
 #include <new>
+#include <numeric>
 #include <random>
 #include <string>
 #include <thread>
@@ -149,8 +150,8 @@ TYPED_TEST(ElementBlocksTest, OutliveTheRecordAndEachOther) {
       auto elements = this->Release(record);
       ASSERT_EQ(static_cast<int>(elements.size()), count);
       *record = typename TypeParam::Record();
-      std::vector<int> indices;
-      for (int i = 0; i < count; ++i) indices.push_back(i);
+      std::vector<int> indices(count);
+      std::iota(indices.begin(), indices.end(), 0);
       if (order[0] == 'l') std::reverse(indices.begin(), indices.end());
       if (order[0] == 'a') std::shuffle(indices.begin(), indices.end(), random);
       while (!indices.empty()) {
@@ -311,6 +312,7 @@ TYPED_TEST(ElementBlocksTest, AreDeletedByAnyThread) {
     ASSERT_TRUE(record.ParsePartialFromString(this->Bytes(kMost)));
     auto elements = this->Release(&record);
     std::vector<std::thread> threads;
+    threads.reserve(kThreads);
     for (int thread = 0; thread < kThreads; ++thread) {
       threads.emplace_back([&, thread] {
         for (size_t i = thread; i < elements.size(); i += kThreads) elements[i].reset();

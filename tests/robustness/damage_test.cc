@@ -135,14 +135,16 @@ TEST_P(DamageTest, EveryFieldTwiceAndOutOfOrder) {
     const Occurrences ones = BoundaryOccurrences(first);
     for (const FieldRow& second : message_) {
       const Occurrences others = BoundaryOccurrences(second);
-      const std::string a = ones[0].bytes();
-      const std::string b = others.back().bytes();
-      const std::string c = ones.back().bytes();
-      for (const std::string& bytes : {a + b + c, b + a + c, c + a + b, c + b + a + b}) {
-        if (!AllAgree(bytes, kInTurn)) return;
+      const Occurrence& a = ones[0];
+      const Occurrence& b = others.back();
+      const Occurrence& c = ones.back();
+      for (const Occurrences& sequence :
+           std::vector<Occurrences>{{a, b, c}, {b, a, c}, {c, a, b}, {c, b, a, b}}) {
+        if (!AllAgree(BytesOf(sequence), kInTurn)) return;
       }
       // The same cut short: what is left of the last field is no field.
-      if (!AllAgree((c + b + a).substr(0, c.size() + b.size() + a.size() - 1), kInTurn)) return;
+      const std::string all = BytesOf({c, b, a});
+      if (!AllAgree(all.substr(0, all.size() - 1), kInTurn)) return;
     }
   }
   // All of them, forwards, backwards and shuffled.
