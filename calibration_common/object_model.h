@@ -19,7 +19,7 @@ __attribute__((noinline)) inline void Own(::google::protobuf::Arena* arena,
                                           ::google::protobuf::Message* message) {
   ::std::unique_ptr<::google::protobuf::Message> owner(message);
   arena->Own(message);
-  owner.release();
+  static_cast<void>(owner.release());
 }
 
 // Both REQUIRE that there are unknown fields (in `from`, for the merge).

@@ -67,8 +67,7 @@ uint8* WriteLongLengthToArray(uint32 length, uint8* target) {
 
 uint8* WriteTextBehindTagToArray(const ::std::string& value, uint8* target) {
   target = WriteLengthToArray(static_cast<uint32>(value.size()), target);
-  ::std::memcpy(target, value.data(), value.size());
-  return target + value.size();
+  return CodedOutputStream::WriteRawToArray(value.data(), static_cast<int>(value.size()), target);
 }
 
 uint8* BeginMessage(int number, int size, CodedOutputStream* output) {
