@@ -178,6 +178,8 @@ class CALIBRATION_EXPORT MarkerPositionInfo : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
+  static const ::google::protobuf::uint32 kTagsEnd = 40;  // tags are below
+
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(MarkerPositionInfo* other);
@@ -292,6 +294,8 @@ class CALIBRATION_EXPORT MarkerPositionSet : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
+  static const ::google::protobuf::uint32 kTagsEnd = 32;  // tags are below
+
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(MarkerPositionSet* other);
@@ -395,6 +399,8 @@ class CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public runtime::Record {
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
+
+  static const ::google::protobuf::uint32 kTagsEnd = 40;  // tags are below
 
   void SharedCtor();
   void SharedDtor();
@@ -647,6 +653,8 @@ class CALIBRATION_EXPORT CameraIntrinsics : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
+  static const ::google::protobuf::uint32 kTagsEnd = 160;  // tags are below
+
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(CameraIntrinsics* other);
@@ -820,6 +828,8 @@ class CALIBRATION_EXPORT CalibrationImage : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
+  static const ::google::protobuf::uint32 kTagsEnd = 48;  // tags are below
+
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(CalibrationImage* other);
@@ -978,6 +988,8 @@ class CALIBRATION_EXPORT FocusInfoItem : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
+  static const ::google::protobuf::uint32 kTagsEnd = 80;  // tags are below
+
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(FocusInfoItem* other);
@@ -1081,6 +1093,8 @@ class CALIBRATION_EXPORT FocusInfo : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
+  static const ::google::protobuf::uint32 kTagsEnd = 16;  // tags are below
+
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(FocusInfo* other);
@@ -1161,6 +1175,8 @@ class CALIBRATION_EXPORT CameraExtrinsics : public runtime::Record {
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
+
+  static const ::google::protobuf::uint32 kTagsEnd = 16;  // tags are below
 
   void SharedCtor();
   void SharedDtor();
@@ -1312,6 +1328,8 @@ class CALIBRATION_EXPORT CameraCalibration : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
+  static const ::google::protobuf::uint32 kTagsEnd = 64;  // tags are below
+
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(CameraCalibration* other);
@@ -1411,6 +1429,8 @@ class CALIBRATION_EXPORT RobotCalibration : public runtime::Record {
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
+
+  static const ::google::protobuf::uint32 kTagsEnd = 16;  // tags are below
 
   void SharedCtor();
   void SharedDtor();
@@ -1524,6 +1544,8 @@ class CALIBRATION_EXPORT CalibrationMetadataProto : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
+  static const ::google::protobuf::uint32 kTagsEnd = 40;  // tags are below
+
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(CalibrationMetadataProto* other);
@@ -1621,6 +1643,8 @@ class CALIBRATION_EXPORT GyroscopeCalibrationProto : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
+  static const ::google::protobuf::uint32 kTagsEnd = 24;  // tags are below
+
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(GyroscopeCalibrationProto* other);
@@ -1713,6 +1737,8 @@ class CALIBRATION_EXPORT CameraCalibrationAdjustmentProto : public runtime::Reco
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
+
+  static const ::google::protobuf::uint32 kTagsEnd = 24;  // tags are below
 
   void SharedCtor();
   void SharedDtor();
@@ -1832,6 +1858,8 @@ class CALIBRATION_EXPORT BaseCalibrationProto : public runtime::Record {
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
+
+  static const ::google::protobuf::uint32 kTagsEnd = 48;  // tags are below
 
   void SharedCtor();
   void SharedDtor();
@@ -1964,6 +1992,8 @@ class CALIBRATION_EXPORT FocusCheckProto : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
+  static const ::google::protobuf::uint32 kTagsEnd = 48;  // tags are below
+
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(FocusCheckProto* other);
@@ -2054,6 +2084,8 @@ class CALIBRATION_EXPORT FocusCheckSetProto : public runtime::Record {
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
+
+  static const ::google::protobuf::uint32 kTagsEnd = 16;  // tags are below
 
   void SharedCtor();
   void SharedDtor();
@@ -2195,6 +2227,8 @@ class CALIBRATION_EXPORT PTZIntrinsicsItem : public runtime::Record {
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
+
+  static const ::google::protobuf::uint32 kTagsEnd = 80;  // tags are below
 
   void SharedCtor();
   void SharedDtor();
@@ -2366,6 +2400,8 @@ class CALIBRATION_EXPORT PTZIntrinsics : public runtime::Record {
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
+
+  static const ::google::protobuf::uint32 kTagsEnd = 80;  // tags are below
 
   void SharedCtor();
   void SharedDtor();
@@ -2588,6 +2624,8 @@ class CALIBRATION_EXPORT PanTiltSystemParameters : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
+  static const ::google::protobuf::uint32 kTagsEnd = 128;  // tags are below
+
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(PanTiltSystemParameters* other);
@@ -2720,6 +2758,8 @@ class CALIBRATION_EXPORT PTZCameraParameters : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
+  static const ::google::protobuf::uint32 kTagsEnd = 24;  // tags are below
+
   void SharedCtor();
   void SharedDtor();
   void InternalSwap(PTZCameraParameters* other);
@@ -2824,6 +2864,8 @@ class CALIBRATION_EXPORT PTZSystemCalibration : public runtime::Record {
   friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
+
+  static const ::google::protobuf::uint32 kTagsEnd = 32;  // tags are below
 
   void SharedCtor();
   void SharedDtor();

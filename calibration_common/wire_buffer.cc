@@ -100,51 +100,88 @@ const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
   return TakePackedValues(tag_size, p, end, values);
 }
 
-const uint8* TakeUnknown(const uint8* p, const uint8* end, runtime::Metadata* metadata) {
-  uint64 tag = PeekTag(p, end);
-  const uint8* q = p + (tag < 0x80 ? 1 : 2);
-  if (tag == 0) {
-    q = ReadVarint(p, end, &tag);
-    // Longer than need be, it may be a tag that is known.
-    if (q == nullptr || q - p > kMaxTagSize || q[-1] == 0 || tag > 0xFFFFFFFFu) return p;
-  }
-  if (tag < 8) return p;
-  const int number = WireFormatLite::GetTagFieldNumber(static_cast<uint32>(tag));
-  switch (WireFormatLite::GetTagWireType(static_cast<uint32>(tag))) {
-    case WireFormatLite::WIRETYPE_VARINT: {
-      uint64 value;
-      q = ReadVarint(q, end, &value);
+void UnknownFieldStore::Make() { fields_ = runtime::MutableUnknownFields(metadata_); }
+
+const uint8* TakeUnknown(const uint8* p, const uint8* end, uint32 tags_end,
+                         UnknownFieldStore* unknown, MessageReader* group_reader) {
+  uint32 tag = PeekTag(p, end);
+  do {
+    const uint8* q = p + (tag < 0x80 ? 1 : 2);
+    if (tag == 0) {
+      uint64 long_tag;
+      q = ReadVarint(p, end, &long_tag);
       if (q == nullptr) return p;
-      runtime::MutableUnknownFields(metadata)->AddVarint(number, value);
-      break;
+      // Longer than need be, it may be a tag that is known.
+      if (tags_end > 0 && (q - p > kMaxTagSize || q[-1] == 0 || long_tag > 0xFFFFFFFFu)) return p;
+      tag = static_cast<uint32>(long_tag);
     }
-    case WireFormatLite::WIRETYPE_FIXED64: {
-      uint64 value;
-      if (end - q < 8) return p;
-      q = CodedInputStream::ReadLittleEndian64FromArray(q, &value);
-      runtime::MutableUnknownFields(metadata)->AddFixed64(number, value);
-      break;
+    const int number = WireFormatLite::GetTagFieldNumber(tag);
+    if (number == 0) return p;
+    switch (WireFormatLite::GetTagWireType(tag)) {
+      case WireFormatLite::WIRETYPE_VARINT: {
+        uint64 value;
+        q = ReadVarint(q, end, &value);
+        if (q == nullptr) return p;
+        unknown->Get()->AddVarint(number, value);
+        break;
+      }
+      case WireFormatLite::WIRETYPE_FIXED64: {
+        uint64 value;
+        if (end - q < 8) return p;
+        q = CodedInputStream::ReadLittleEndian64FromArray(q, &value);
+        unknown->Get()->AddFixed64(number, value);
+        break;
+      }
+      case WireFormatLite::WIRETYPE_FIXED32: {
+        uint32 value;
+        if (end - q < 4) return p;
+        q = CodedInputStream::ReadLittleEndian32FromArray(q, &value);
+        unknown->Get()->AddFixed32(number, value);
+        break;
+      }
+      case WireFormatLite::WIRETYPE_LENGTH_DELIMITED: {
+        size_t length;
+        q = FindBody(q, end, &length);
+        if (q == nullptr) return p;
+        unknown->Get()->AddLengthDelimited(number)->assign(reinterpret_cast<const char*>(q),
+                                                           length);
+        q += length;
+        break;
+      }
+      case WireFormatLite::WIRETYPE_START_GROUP:
+        if (group_reader == nullptr) return p;
+        q = group_reader->TakeGroup(number, q, end, unknown->Get()->AddGroup(number));
+        if (q == nullptr) return nullptr;
+        break;
+      default:
+        return p;
     }
-    case WireFormatLite::WIRETYPE_FIXED32: {
-      uint32 value;
-      if (end - q < 4) return p;
-      q = CodedInputStream::ReadLittleEndian32FromArray(q, &value);
-      runtime::MutableUnknownFields(metadata)->AddFixed32(number, value);
-      break;
-    }
-    case WireFormatLite::WIRETYPE_LENGTH_DELIMITED: {
-      size_t length;
-      q = FindBody(q, end, &length);
-      if (q == nullptr) return p;
-      runtime::MutableUnknownFields(metadata)->AddLengthDelimited(number)->assign(
-          reinterpret_cast<const char*>(q), length);
-      q += length;
-      break;
-    }
-    default:
-      return p;
+    p = q;
+    if (p == end) return p;
+    tag = PeekTag(p, end);
+  } while (tag >= tags_end);
+  return p;
+}
+
+const uint8* MessageReader::TakeGroup(int number, const uint8* p, const uint8* end,
+                                      UnknownFieldSet* group) {
+  if (!input_->IncrementRecursionDepth()) return nullptr;
+  UnknownFieldStore unknown(group);
+  if (p != end) p = TakeUnknown(p, end, 0, &unknown, this);
+  if (p == nullptr) return nullptr;
+  uint64 tag;
+  const uint8* behind = ReadVarint(p, end, &tag);
+  if (behind == nullptr ||
+      static_cast<uint32>(tag) !=
+          WireFormatLite::MakeTag(number, WireFormatLite::WIRETYPE_END_GROUP)) {
+    // As everywhere, the stream's calls refuse it, and keep what there is of it.
+    MoveTo(p);
+    input_->PushLimit(static_cast<int>(end - p));
+    KeepUnknownField(input_, input_->ReadTag(), group);
+    return nullptr;
   }
-  return q;
+  input_->UnsafeDecrementRecursionDepth();
+  return behind;
 }
 
 bool MessageReader::MergeFromStream(void* message, CodedInputStream* input, const Parts& parts) {
@@ -157,7 +194,7 @@ bool MessageReader::MergeFromStream(void* message, CodedInputStream* input, cons
       MessageReader reader(input, begin);
       const uint8* stop = parts.merge_buffered(message, begin, begin + size, &reader);
       if (stop != begin + size && stop != nullptr) {
-        stop = reader.TakeMore(stop, begin + size, message, parts);
+        stop = reader.TakeMore(stop, begin + size, message, parts, nullptr);
       }
       if (stop == nullptr) return false;
       reader.MoveTo(stop);
@@ -178,7 +215,8 @@ bool MessageReader::MergeFromStream(void* message, CodedInputStream* input, cons
         // No sub-message, so it needs no reader.
         if (parts.merge_buffered(message, field.bytes, field.bytes + field.size, nullptr) ==
             field.bytes) {
-          TakeUnknown(field.bytes, field.bytes + field.size, parts.metadata(message));
+          UnknownFieldStore unknown(parts.metadata(message));
+          TakeUnknown(field.bytes, field.bytes + field.size, 0, &unknown, nullptr);
         }
         break;
     }
@@ -201,11 +239,11 @@ const uint8* MessageReader::TakeMessage(int tag_size, const uint8* p, const uint
 }
 
 const uint8* MessageReader::TakeMore(const uint8* p, const uint8* end, void* message,
-                                     const Parts& parts) {
-  runtime::Metadata* metadata = parts.metadata(message);
+                                     const Parts& parts, MessageReader* group_reader) {
+  UnknownFieldStore unknown(parts.metadata(message));
   do {
-    const uint8* behind = TakeUnknown(p, end, metadata);
-    if (behind == p) return p;
+    const uint8* behind = TakeUnknown(p, end, parts.tags_end, &unknown, group_reader);
+    if (behind == p || behind == end || behind == nullptr) return behind;
     p = parts.merge_buffered(message, behind, end, this);
   } while (p != end && p != nullptr);
   return p;
@@ -213,7 +251,7 @@ const uint8* MessageReader::TakeMore(const uint8* p, const uint8* end, void* mes
 
 const uint8* MessageReader::Finish(const uint8* p, const uint8* end, void* message,
                                    const Parts& parts) {
-  p = TakeMore(p, end, message, parts);
+  p = TakeMore(p, end, message, parts, this);
   if (p == end || p == nullptr) return p;
   NestedMessage nested;
   MoveTo(p);

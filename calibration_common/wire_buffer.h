@@ -2,11 +2,11 @@
 // from there.
 //
 // A class's MergeBuffered() reads the fields that it knows from [p, end) and stops in front of any
-// other and of what it cannot read: a value that the buffer holds only in part, a group, a tag that
-// ends the message, anything malformed. If it is an unknown field, TakeUnknown() goes on.
-// Otherwise, MessageReader::MergeFromStream() reads that one field through the stream's own calls,
-// which refuse what is malformed, and goes on behind it. So there is one place for each field's
-// rules and, with one exception, one place that refuses.
+// other and of what it cannot read: a value that the buffer holds only in part, a tag that ends the
+// message, anything malformed. If it is an unknown field, TakeUnknown() goes on. Otherwise,
+// MessageReader::MergeFromStream() reads that one field through the stream's own calls, which refuse
+// what is malformed, and goes on behind it. So there is one place for each field's rules and, with
+// one exception, one place that refuses.
 #ifndef CALIBRATION_COMMON_WIRE_BUFFER_H_
 #define CALIBRATION_COMMON_WIRE_BUFFER_H_
 
@@ -31,8 +31,8 @@ using ::google::protobuf::RepeatedPtrField;
 // The Take... calls: p stands at a field's tag, which is known and has kTagSize bytes. They read
 // the field and return the position behind it; if they cannot, p, and leave the value as it was; if
 // the field is malformed, null. What such a call of a known field declines by returning p,
-// TakeUnknown() must decline, too: it would keep it as unknown. Hence the exception: a packed run
-// that holds no whole number of values is refused at once.
+// TakeUnknown() must decline, too: it would keep it as unknown. Hence the exception: a packed
+// run that holds no whole number of values is refused at once.
 
 // Moves *p to `next`, what such a call has returned. False if MergeBuffered() is to stop there.
 inline bool Advance(const uint8** p, const uint8* next) {
@@ -112,8 +112,23 @@ const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
 const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
                         RepeatedField<float>* values);
 
-// Any field but a group, known or not, to be kept as it is.
-const uint8* TakeUnknown(const uint8* p, const uint8* end, runtime::Metadata* metadata);
+// Where a message or a group keeps its unknown fields. That of a message is made when there is one.
+class UnknownFieldStore {
+ public:
+  explicit UnknownFieldStore(runtime::Metadata* metadata) : metadata_(metadata), fields_(nullptr) {}
+  explicit UnknownFieldStore(UnknownFieldSet* group) : metadata_(nullptr), fields_(group) {}
+
+  UnknownFieldSet* Get() {
+    if (fields_ == nullptr) Make();
+    return fields_;
+  }
+
+ private:
+  void Make();
+
+  runtime::Metadata* metadata_;
+  UnknownFieldSet* fields_;
+};
 
 // The tag at p if it has one or two bytes and is written no longer than need be, otherwise 0.
 // REQUIRES p < end.
@@ -122,6 +137,16 @@ inline uint32 PeekTag(const uint8* p, const uint8* end) {
   if (end - p < 2 || p[1] == 0 || p[1] >= 0x80) return 0;
   return static_cast<uint32>(p[1]) << 7 | (p[0] & 0x7Fu);
 }
+
+class MessageReader;
+
+// Any field, known or not, to be kept as it is, and those behind it as long as their tags are
+// `tags_end` or above, so that they are not known, either. REQUIRES p < end.
+//
+// Takes groups only with a `group_reader`, which says that [p, end) ends where the message does, so
+// that a group of which it holds a part is malformed. Otherwise, the stream may have the rest.
+const uint8* TakeUnknown(const uint8* p, const uint8* end, uint32 tags_end,
+                         UnknownFieldStore* unknown, MessageReader* group_reader);
 
 // Whether kTag, a tag of one or two bytes, stands at p.
 template <uint32 kTag>
@@ -149,8 +174,8 @@ inline const uint8* TakeElements(const uint8* p, const uint8* end, RepeatedField
   return p;
 }
 
-// How many elements of a repeated sub-message follow each other in the buffer, all of them whole; at
-// most ElementBlock::kMaxElements. REQUIRES that one stands at p.
+// How many elements of a repeated sub-message follow each other in the buffer, all of them whole;
+// at most ElementBlock::kMaxElements. REQUIRES that one stands at p.
 int CountElements(uint32 tag, const uint8* p, const uint8* end);
 
 // Reads a message from a stream, and its tree of sub-messages from one buffer after the other.
@@ -169,6 +194,11 @@ class MessageReader {
   const uint8* TakeMessage(const uint8* p, const uint8* end, T* message) {
     return TakeMessage(kTagSize, p, end, message, PartsOf<T>());
   }
+
+  // Keeps what the group `number` holds. p stands behind the tag that starts it. Returns the
+  // position behind the tag that ends it, or null if [p, end) does not hold all of it or it is
+  // malformed.
+  const uint8* TakeGroup(int number, const uint8* p, const uint8* end, UnknownFieldSet* group);
 
   // Appends elements, as many as follow each other; they take one unit of the stream's depth budget
   // together.
@@ -196,10 +226,12 @@ class MessageReader {
     runtime::Metadata* (*metadata)(void*);
     const uint8* (*merge_buffered)(void*, const uint8* p, const uint8* end, MessageReader*);
     bool (*merge_length_delimited)(void*, uint32 tag, CodedInputStream*);
+    uint32 tags_end;  // above the tags of all fields
   };
   template <typename T>
   static const Parts& PartsOf() {
-    static const Parts parts = {&MetadataOf<T>, &MergeBuffered<T>, &MergeLengthDelimited<T>};
+    static const Parts parts = {&MetadataOf<T>, &MergeBuffered<T>, &MergeLengthDelimited<T>,
+                                T::kTagsEnd};
     return parts;
   }
   template <typename T>
@@ -234,9 +266,10 @@ class MessageReader {
     return Finish(stop, end, message, PartsOf<T>());
   }
 
-  // Goes on at p, where MergeBuffered() has stopped. Returns where neither it nor TakeUnknown() can
-  // go on, or null.
-  const uint8* TakeMore(const uint8* p, const uint8* end, void* message, const Parts& parts);
+  // Goes on at p, where MergeBuffered() has stopped. Returns where neither it nor TakeUnknown(),
+  // which gets the `group_reader`, can go on, or null.
+  const uint8* TakeMore(const uint8* p, const uint8* end, void* message, const Parts& parts,
+                        MessageReader* group_reader);
 
   // Merges the rest of a sub-message, [p, end), where MergeBuffered() has stopped, by the stream's
   // own calls if need be. As MergeBody().

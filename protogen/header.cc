@@ -151,7 +151,9 @@ std::string FieldDeclarations(const Field& field, const Fragments& fragments) {
 
 std::string ClassDefinition(const File& file, const RenderedMessage& rendered) {
   const Message& message = *rendered.message;
-  Variables variables = {{"class", message.name}, {"id", file.identifier}};
+  Variables variables = {{"class", message.name},
+                         {"id", file.identifier},
+                         {"tags_end", std::to_string(message.tags_end)}};
 
   std::string out = Comment(message.comment) + Fill(kClassTop, variables);
   for (const Field& field : message.fields)
@@ -162,6 +164,7 @@ std::string ClassDefinition(const File& file, const RenderedMessage& rendered) {
       "  friend CALIBRATION_EXPORT void protobuf_AddDesc_$id$();\n"
       "  friend struct protobuf_Layouts_$id$;\n"
       "  friend class wire::MessageReader;\n\n"
+      "  static const ::google::protobuf::uint32 kTagsEnd = $tags_end$;  // tags are below\n\n"
       "  void SharedCtor();\n"
       "  void SharedDtor();\n"
       "  void InternalSwap($class$* other);\n"

@@ -203,7 +203,7 @@ void BuildMessage(const Descriptor& descriptor, const std::vector<Message>& earl
   for (int i = 0; i < descriptor.field_count(); ++i)
     message->fields.push_back(BuildField(*descriptor.field(i)));
 
-  uint32_t highest_tag = 0;
+  int highest_number = 0;
   message->has_texts = false;
   for (const Field& field : message->fields) {
     message->wire_order.push_back(&field);
@@ -215,7 +215,7 @@ void BuildMessage(const Descriptor& descriptor, const std::vector<Message>& earl
         earlier[descriptor.field(field.index)->message_type()->index()].reaches_required) {
       message->reaching.push_back(&field);
     }
-    highest_tag = std::max(highest_tag, field.tag());
+    highest_number = std::max(highest_number, field.number);
   }
   std::sort(message->wire_order.begin(), message->wire_order.end(),
             [](const Field* a, const Field* b) { return a->number < b->number; });
@@ -226,7 +226,7 @@ void BuildMessage(const Descriptor& descriptor, const std::vector<Message>& earl
   message->optional_groups = GroupsOfEight(
       message->fields, [](const Field& field) { return !field.repeated && !field.required; });
   message->reaches_required = !message->required.empty() || !message->reaching.empty();
-  message->tag_cutoff = highest_tag < 128 ? 127 : 16383;
+  message->tags_end = static_cast<uint32_t>(highest_number + 1) << 3;
 }
 
 }  // namespace

@@ -62,7 +62,7 @@ struct Message {
   bool has_texts;                      // string or bytes fields
   bool reaches_required;               // can be uninitialized
   std::vector<const Field*> reaching;  // the fields through which it can be uninitialized
-  uint32_t tag_cutoff;                 // the largest tag of as many bytes as the highest tag needs
+  uint32_t tags_end;                   // above the tags of all fields, whatever their wire type
 
   uint32_t required_mask() const;
 };

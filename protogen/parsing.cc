@@ -97,7 +97,7 @@ std::string RenderParsing(const RenderedMessage& rendered) {
   const Message& message = *rendered.message;
   return Fill(kMethods, {{"class", message.name},
                          {"reader", HasMessages(message) ? " reader" : ""},
-                         {"tag", message.tag_cutoff < 128 ? "*p" : "wire::PeekTag(p, end)"},
+                         {"tag", message.tags_end <= 0x80 ? "*p" : "wire::PeekTag(p, end)"},
                          {"takes", Indent(Takes(rendered), 6)},
                          {"reads", Indent(Reads(rendered), 2)}});
 }

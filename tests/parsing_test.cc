@@ -88,6 +88,10 @@ bool IsText(const FieldRow& field) {
   return field.kind == Kind::kString || field.kind == Kind::kBytes;
 }
 
+std::string Nested(int number, const std::string& contents) {
+  return WireWriter().Tag(number, kLengthDelimited).LengthDelimited(contents).bytes();
+}
+
 // Once for each message of the schema.
 class ParsingTest : public ::testing::TestWithParam<const char*> {
  protected:
@@ -421,6 +425,57 @@ TEST(ParsingUnknown, GroupsNest) {
   EXPECT_EQ(intrinsics.SerializePartialAsString(), group);
 }
 
+// A group in a sub-message, which one buffer holds whole: read alike, or refused alike, as where
+// the stream has only a byte at a time.
+TEST_P(ParsingTest, GroupsInSubMessages) {
+  const auto start = [] { return WireWriter().Tag(100, kStartGroup); };
+  const std::string end = WireWriter().Tag(100, kEndGroup).bytes();
+  const std::string inner = WireWriter().Tag(7, kVarint).Varint(1ull << 60).bytes();
+  const uint64_t tag = 9 << 3 | kVarint;
+  const struct {
+    const char* name;
+    std::string bytes;
+    bool accepted;
+  } rows[] = {
+      {"empty", start().Raw(end).bytes(), true},
+      {"a group in a group", start().Group(1, inner).Raw(inner).Group(100, "").Raw(end).bytes(),
+       true},
+      {"tag longer than need be", start().OverlongVarint(tag, 2).Varint(5).Raw(end).bytes(), true},
+      {"tag of ten bytes", start().OverlongVarint(tag, 10).Varint(5).Raw(end).bytes(), true},
+      {"tag above 32 bits", start().Varint(tag | 1ull << 40).Varint(5).Raw(end).bytes(), true},
+      {"start longer than need be",
+       WireWriter().OverlongVarint(100 << 3 | kStartGroup, 4).Raw(inner).Raw(end).bytes(), true},
+      {"end longer than need be", start().OverlongVarint(100 << 3 | kEndGroup, 5).bytes(), true},
+      {"no end", start().Raw(inner).bytes(), false},
+      {"no end of the inner one", start().Tag(1, kStartGroup).Raw(end).bytes(), false},
+      {"end of another", start().Tag(101, kEndGroup).bytes(), false},
+      {"half a tag", start().Raw("\xA4").bytes(), false},
+      {"half a value", start().Tag(1, kFixed64).Fixed32(0).bytes(), false},
+      {"text that is too long", start().Tag(1, kLengthDelimited).Varint(9).Raw(end).bytes(), false},
+      {"zero tag", start().Varint(0).Raw(end).bytes(), false},
+      {"number 0", start().Tag(0, kVarint).Varint(1).Raw(end).bytes(), false},
+      {"group of number 0", start().Group(0, "").Raw(end).bytes(), false},
+      {"wire type 6", start().Varint(9 << 3 | 6).Varint(1).Raw(end).bytes(), false},
+      {"wire type 7", start().Varint(9 << 3 | 7).Varint(1).Raw(end).bytes(), false},
+      {"tag of eleven bytes", start().OverlongVarint(tag, 11).Varint(1).Raw(end).bytes(), false},
+  };
+  for (const auto& row : rows) {
+    for (const FieldRow& field : message()) {
+      if (field.kind != Kind::kMessage) continue;
+      SCOPED_TRACE(std::string(field.name) + ": " + row.name);
+      const std::string body = inner + row.bytes;
+      for (const std::string& contents : {body, row.accepted ? body + inner + row.bytes : body}) {
+        const std::string bytes = Nested(field.number, contents);
+        const std::unique_ptr<Message> whole = NewRecord(message().name);
+        const std::unique_ptr<Message> pieces = NewRecord(message().name);
+        EXPECT_EQ(MergeOnClass(whole.get(), bytes), row.accepted);
+        EXPECT_EQ(MergeOnClass(pieces.get(), bytes, 1), row.accepted);
+        EXPECT_TRUE(EqualByReflection(*pieces, *whole));
+      }
+    }
+  }
+}
+
 TEST(ParsingUnknown, AMistypedRequiredFieldIsMissing) {
   CameraIntrinsics intrinsics;
   std::string bytes = WireWriter().Tag(1, kVarint).Varint(4).bytes();
@@ -652,10 +707,6 @@ bool MergeGenericallyWithin(int recursion_limit, const std::string& bytes, Messa
   CodedInputStream input = FlatStream(bytes);
   input.SetRecursionLimit(recursion_limit);
   return record->MergePartialFromCodedStream(&input) && input.ConsumedEntireMessage();
-}
-
-std::string Nested(int number, const std::string& contents) {
-  return WireWriter().Tag(number, kLengthDelimited).LengthDelimited(contents).bytes();
 }
 
 // Encoded PTZSystemCalibrations: other_cameras, camera, intrinsics, sample_points.

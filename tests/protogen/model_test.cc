@@ -244,22 +244,20 @@ TEST(ModelTest, LastHasBit) {
   EXPECT_EQ(model["A"].singular_groups[3].mask, 0xFF000000u);
 }
 
-// The cut-off is the largest tag of as many bytes as the highest tag takes: field number 15 is the
-// last of one byte.
-TEST(ModelTest, TagCutoff) {
+TEST(ModelTest, TagsEnd) {
   const struct {
     const char* field;
-    uint32_t cutoff;
-  } cases[] = {{"optional float x = 1;", 127},      {"optional string x = 15;", 127},
-               {"optional float x = 15;", 127},     {"repeated double x = 15;", 127},
-               {"optional bool x = 16;", 16383},    {"repeated float x = 16;", 16383},
-               {"optional float x = 2047;", 16383}, {"repeated double x = 2047;", 16383},
-               {"optional string x = 1024;", 16383}};
+    uint32_t end;
+  } cases[] = {{"optional float x = 1;", 24},
+               {"optional string x = 15;", 128},
+               {"repeated double x = 15;", 128},
+               {"optional bool x = 16;", 136},
+               {"optional float x = 2047;", 16384}};
   for (const auto& c : cases) {
-    const Model first(std::string("message A { optional float y = 2; ") + c.field + " }");
-    EXPECT_EQ(first["A"].tag_cutoff, c.cutoff) << c.field;
-    const Model last(std::string("message A { ") + c.field + " optional float y = 2; }");
-    EXPECT_EQ(last["A"].tag_cutoff, c.cutoff) << c.field << " declared first";
+    const Model last(std::string("message A { optional float y = 2; ") + c.field + " }");
+    EXPECT_EQ(last["A"].tags_end, c.end) << c.field;
+    const Model first(std::string("message A { ") + c.field + " optional float y = 2; }");
+    EXPECT_EQ(first["A"].tags_end, c.end) << c.field << " declared first";
   }
 }
 
