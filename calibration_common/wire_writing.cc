@@ -19,28 +19,34 @@ inline void WriteBehind(uint8 tag, T value, uint8* target) {
 }
 
 template <typename T>
-uint8* WriteRange(uint8 tag, const T* begin, const T* end, uint8* target) {
+uint8* WriteRange(uint8 tag, const T* values, int count, uint8* target) {
   const size_t kStride = 1 + sizeof(T);
-  for (; end - begin >= 4; begin += 4, target += 4 * kStride) {
-    WriteBehind(tag, begin[0], target);
-    WriteBehind(tag, begin[1], target + kStride);
-    WriteBehind(tag, begin[2], target + 2 * kStride);
-    WriteBehind(tag, begin[3], target + 3 * kStride);
+  const T* const whole_fours = values + (count & ~3);
+  for (; values != whole_fours; values += 4, target += 4 * kStride) {
+    WriteBehind(tag, values[0], target);
+    WriteBehind(tag, values[1], target + kStride);
+    WriteBehind(tag, values[2], target + 2 * kStride);
+    WriteBehind(tag, values[3], target + 3 * kStride);
   }
-  for (; begin != end; ++begin, target += kStride) WriteBehind(tag, *begin, target);
-  return target;
+  if ((count & 2) != 0) {
+    WriteBehind(tag, values[0], target);
+    WriteBehind(tag, values[1], target + kStride);
+    values += 2;
+    target += 2 * kStride;
+  }
+  if ((count & 1) == 0) return target;
+  WriteBehind(tag, values[0], target);
+  return target + kStride;
 }
 
 template <typename T>
 void WriteBlocks(uint8 tag, const RepeatedField<T>& values, CodedOutputStream* output) {
-  const ::std::ptrdiff_t kPerBlock = 64;
+  const int kPerBlock = 64;
   uint8 block[kPerBlock * (1 + sizeof(T))];
-  const T* const end = values.data() + values.size();
-  for (const T* begin = values.data(); begin != end;) {
-    const T* const block_end = begin + ::std::min(end - begin, kPerBlock);
-    const uint8* written = WriteRange(tag, begin, block_end, block);
-    output->WriteRaw(block, static_cast<int>(written - block));
-    begin = block_end;
+  for (int i = 0; i < values.size(); i += kPerBlock) {
+    const int count = ::std::min(values.size() - i, kPerBlock);
+    const uint8* end = WriteRange(tag, values.data() + i, count, block);
+    output->WriteRaw(block, static_cast<int>(end - block));
   }
 }
 
@@ -54,11 +60,19 @@ int SizeWithUnknownFields(uint32 known_size, const runtime::Metadata& metadata, 
   return *cached_size;
 }
 
-uint8* WriteInt32ToArray(int number, int32 value, uint8* target) {
-  return WireFormatLite::WriteInt32ToArray(number, value, target);
-}
-uint8* WriteInt64ToArray(int number, int64 value, uint8* target) {
-  return WireFormatLite::WriteInt64ToArray(number, value, target);
+uint8* WriteVarintToArray(uint64 value, uint8* target) {
+  if (value >> 49 == 0) return CodedOutputStream::WriteVarint64ToArray(value, target);
+  // Eight bytes or more, as most times and all negative numbers have: the lower 56 bits at once. In
+  // three steps, upper halves move up by 4, 2 and 1 bits, until each byte holds seven bits.
+  uint64 bytes = value & 0x00FFFFFFFFFFFFFF;
+  bytes += (bytes & 0x00FFFFFFF0000000) * 15;
+  bytes += (bytes & 0x0FFFC0000FFFC000) * 3;
+  bytes += (bytes & 0x3F803F803F803F80);
+  const uint64 upper = value >> 56;
+  bytes |= upper == 0 ? 0x0080808080808080 : 0x8080808080808080;
+  target = CodedOutputStream::WriteLittleEndian64ToArray(bytes, target);
+  if (upper == 0) return target;
+  return CodedOutputStream::WriteVarint32ToArray(static_cast<uint32>(upper), target);
 }
 
 uint8* WriteLongLengthToArray(uint32 length, uint8* target) {
@@ -66,8 +80,9 @@ uint8* WriteLongLengthToArray(uint32 length, uint8* target) {
 }
 
 uint8* WriteTextBehindTagToArray(const ::std::string& value, uint8* target) {
-  target = WriteLengthToArray(static_cast<uint32>(value.size()), target);
-  return CodedOutputStream::WriteRawToArray(value.data(), static_cast<int>(value.size()), target);
+  const size_t size = value.size();
+  target = WriteLengthToArray(static_cast<uint32>(size), target);
+  return static_cast<uint8*>(mempcpy(target, value.data(), size));
 }
 
 uint8* BeginMessage(int number, int size, CodedOutputStream* output) {
@@ -83,10 +98,10 @@ void WriteSomeElements(uint8 tag, const RepeatedField<float>& values, CodedOutpu
   WriteBlocks(tag, values, output);
 }
 uint8* WriteSomeElementsToArray(uint8 tag, const RepeatedField<double>& values, uint8* target) {
-  return WriteRange(tag, values.data(), values.data() + values.size(), target);
+  return WriteRange(tag, values.data(), values.size(), target);
 }
 uint8* WriteSomeElementsToArray(uint8 tag, const RepeatedField<float>& values, uint8* target) {
-  return WriteRange(tag, values.data(), values.data() + values.size(), target);
+  return WriteRange(tag, values.data(), values.size(), target);
 }
 
 // What WireFormat::SerializeUnknownFieldsToArray() writes, without the stream that it sets up for

@@ -55,9 +55,16 @@ inline uint32 MessageSize(const T& message) {
   return LengthDelimitedSize(static_cast<uint32>(message.T::ByteSize()));
 }
 
-// Write an integer behind its tag; return the position behind it.
-uint8* WriteInt32ToArray(int number, int32 value, uint8* target);
-uint8* WriteInt64ToArray(int number, int64 value, uint8* target);
+// These return the position behind what they write.
+uint8* WriteVarintToArray(uint64 value, uint8* target);
+inline uint8* WriteInt64ToArray(int number, int64 value, uint8* target) {
+  return WriteVarintToArray(
+      static_cast<uint64>(value),
+      WireFormatLite::WriteTagToArray(number, WireFormatLite::WIRETYPE_VARINT, target));
+}
+inline uint8* WriteInt32ToArray(int number, int32 value, uint8* target) {
+  return WriteInt64ToArray(number, value, target);  // negative values have ten bytes, too
+}
 
 uint8* WriteLongLengthToArray(uint32 length, uint8* target);
 inline uint8* WriteLengthToArray(uint32 length, uint8* target) {

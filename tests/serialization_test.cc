@@ -334,6 +334,38 @@ TEST(SerializationTest, EveryFieldAtEveryBoundary) {
   EXPECT_EQ(fields, kFieldCount);
 }
 
+// Each bit at its place, in varints of every length.
+TEST(SerializationTest, EveryBitOfAVarint) {
+  for (int bit = 0; bit < 64; ++bit) {
+    for (const uint64_t value :
+         {1ull << bit, ~(1ull << bit), (1ull << bit) - 1, 0xA5C3966A3C5A9B71ull >> bit}) {
+      SCOPED_TRACE(std::to_string(value));
+      CalibrationMetadataProto record;
+      record.set_time(static_cast<int64_t>(value));
+      ExpectWrites(record, WireWriter().Tag(1, kVarint).Varint(value).bytes());
+    }
+  }
+}
+
+TEST(SerializationTest, RepeatedNumbersOfEveryCount) {
+  for (int count = 0; count < 140; ++count) {
+    SCOPED_TRACE(count);
+    CameraIntrinsics doubles;
+    FocusInfoItem floats;
+    WireWriter double_bytes;
+    WireWriter float_bytes;
+    for (int i = 1; i <= count; ++i) {
+      doubles.add_k(i);
+      floats.add_transfer_function(static_cast<float>(i));
+      double_bytes.Tag(CameraIntrinsics::kKFieldNumber, kFixed64).Double(i);
+      float_bytes.Tag(FocusInfoItem::kTransferFunctionFieldNumber, kFixed32)
+          .Float(static_cast<float>(i));
+    }
+    ExpectWrites(doubles, double_bytes.bytes());
+    ExpectWrites(floats, float_bytes.bytes());
+  }
+}
+
 TEST(SerializationTest, DeclaredDefaultsAreWrittenWhenPresent) {
   int defaults = 0;
   for (const MessageRow& message : Schema()) {
