@@ -319,7 +319,7 @@ class RefusalFinder {
     std::map<std::string, std::string> names;
     for (const char* member :
          {"descriptor", "default_instance", "unknown_fields", "mutable_unknown_fields",
-          "_internal_metadata_", "_has_bits_", "_cached_size_", "default_instance_", "kTagsEnd"}) {
+          "_internal_metadata_", "_has_bits_", "_cached_size_", "default_instance_"}) {
       names[member] = "every class";
     }
     return names;
