@@ -10,6 +10,8 @@ namespace zarvo {
 namespace calibration {
 namespace wire {
 
+using ::google::protobuf::UnknownField;
+
 namespace {
 
 template <typename T>
@@ -48,6 +50,22 @@ void WriteBlocks(uint8 tag, const RepeatedField<T>& values, CodedOutputStream* o
     const uint8* end = WriteRange(tag, values.data() + i, count, block);
     output->WriteRaw(block, static_cast<int>(end - block));
   }
+}
+
+WireFormatLite::WireType WireTypeOf(UnknownField::Type type) {
+  switch (type) {
+    case UnknownField::TYPE_VARINT:
+      return WireFormatLite::WIRETYPE_VARINT;
+    case UnknownField::TYPE_FIXED32:
+      return WireFormatLite::WIRETYPE_FIXED32;
+    case UnknownField::TYPE_FIXED64:
+      return WireFormatLite::WIRETYPE_FIXED64;
+    case UnknownField::TYPE_LENGTH_DELIMITED:
+      return WireFormatLite::WIRETYPE_LENGTH_DELIMITED;
+    case UnknownField::TYPE_GROUP:
+      break;
+  }
+  return WireFormatLite::WIRETYPE_START_GROUP;
 }
 
 }  // namespace
@@ -107,29 +125,26 @@ uint8* WriteSomeElementsToArray(uint8 tag, const RepeatedField<float>& values, u
 // What WireFormat::SerializeUnknownFieldsToArray() writes, without the stream that it sets up for
 // each message.
 uint8* WriteUnknownFieldsToArray(const UnknownFieldSet& fields, uint8* target) {
-  typedef ::google::protobuf::UnknownField UnknownField;
   for (int i = 0; i < fields.field_count(); ++i) {
     const UnknownField& field = fields.field(i);
-    const int number = field.number();
+    target = WireFormatLite::WriteTagToArray(field.number(), WireTypeOf(field.type()), target);
     switch (field.type()) {
       case UnknownField::TYPE_VARINT:
-        target = WireFormatLite::WriteUInt64ToArray(number, field.varint(), target);
+        target = WriteVarintToArray(field.varint(), target);
         break;
       case UnknownField::TYPE_FIXED32:
-        target = WireFormatLite::WriteFixed32ToArray(number, field.fixed32(), target);
+        target = CodedOutputStream::WriteLittleEndian32ToArray(field.fixed32(), target);
         break;
       case UnknownField::TYPE_FIXED64:
-        target = WireFormatLite::WriteFixed64ToArray(number, field.fixed64(), target);
+        target = CodedOutputStream::WriteLittleEndian64ToArray(field.fixed64(), target);
         break;
       case UnknownField::TYPE_LENGTH_DELIMITED:
-        target = WireFormatLite::WriteBytesToArray(number, field.length_delimited(), target);
+        target = WriteTextBehindTagToArray(field.length_delimited(), target);
         break;
       case UnknownField::TYPE_GROUP:
-        target =
-            WireFormatLite::WriteTagToArray(number, WireFormatLite::WIRETYPE_START_GROUP, target);
         target = WriteUnknownFieldsToArray(field.group(), target);
-        target =
-            WireFormatLite::WriteTagToArray(number, WireFormatLite::WIRETYPE_END_GROUP, target);
+        target = WireFormatLite::WriteTagToArray(field.number(), WireFormatLite::WIRETYPE_END_GROUP,
+                                                 target);
         break;
     }
   }
