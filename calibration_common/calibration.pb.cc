@@ -938,7 +938,7 @@ __attribute__((cold)) bool MarkerPositionSet::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
   switch (tag) {
     case 10:  // pos
-      return wire::ReadMessage(input, add_pos());
+      return wire::ReadElement(input, &pos_);
     case 18:  // head_center
       return wire::ReadPacked(input, &head_center_);
     case 26:  // nav_center
@@ -1496,7 +1496,7 @@ __attribute__((cold)) bool CameraIntrinsics::MergeLengthDelimited(uint32 tag,
     case 90:  // x_bin
       return wire::ReadString(input, mutable_x_bin());
     case 130:  // sample_points
-      return wire::ReadMessage(input, add_sample_points());
+      return wire::ReadElement(input, &sample_points_);
   }
   return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
@@ -2284,7 +2284,7 @@ const uint8* FocusInfo::MergeBuffered(const uint8* p, const uint8* end,
 __attribute__((cold)) bool FocusInfo::MergeLengthDelimited(uint32 tag, CodedInputStream* input) {
   switch (tag) {
     case 10:  // focus
-      return wire::ReadMessage(input, add_focus());
+      return wire::ReadElement(input, &focus_);
   }
   return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
@@ -2861,7 +2861,7 @@ __attribute__((cold)) bool RobotCalibration::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
   switch (tag) {
     case 10:  // camera
-      return wire::ReadMessage(input, add_camera());
+      return wire::ReadElement(input, &camera_);
   }
   return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
@@ -4035,7 +4035,7 @@ __attribute__((cold)) bool FocusCheckSetProto::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
   switch (tag) {
     case 10:  // spots
-      return wire::ReadMessage(input, add_spots());
+      return wire::ReadElement(input, &spots_);
   }
   return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
@@ -4545,7 +4545,7 @@ __attribute__((cold)) bool PTZIntrinsics::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
   switch (tag) {
     case 42:  // samples
-      return wire::ReadMessage(input, add_samples());
+      return wire::ReadElement(input, &samples_);
   }
   return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
 }

@@ -178,7 +178,7 @@ class CALIBRATION_EXPORT MarkerPositionInfo : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 40;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 40;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -294,7 +294,7 @@ class CALIBRATION_EXPORT MarkerPositionSet : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 32;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 32;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -400,7 +400,7 @@ class CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 40;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 40;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -653,7 +653,7 @@ class CALIBRATION_EXPORT CameraIntrinsics : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 160;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 160;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -828,7 +828,7 @@ class CALIBRATION_EXPORT CalibrationImage : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 48;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 48;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -988,7 +988,7 @@ class CALIBRATION_EXPORT FocusInfoItem : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 80;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 80;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -1093,7 +1093,7 @@ class CALIBRATION_EXPORT FocusInfo : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 16;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -1176,7 +1176,7 @@ class CALIBRATION_EXPORT CameraExtrinsics : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 16;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -1328,7 +1328,7 @@ class CALIBRATION_EXPORT CameraCalibration : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 64;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 64;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -1430,7 +1430,7 @@ class CALIBRATION_EXPORT RobotCalibration : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 16;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -1544,7 +1544,7 @@ class CALIBRATION_EXPORT CalibrationMetadataProto : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 40;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 40;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -1643,7 +1643,7 @@ class CALIBRATION_EXPORT GyroscopeCalibrationProto : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 24;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 24;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -1738,7 +1738,7 @@ class CALIBRATION_EXPORT CameraCalibrationAdjustmentProto : public runtime::Reco
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 24;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 24;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -1859,7 +1859,7 @@ class CALIBRATION_EXPORT BaseCalibrationProto : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 48;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 48;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -1992,7 +1992,7 @@ class CALIBRATION_EXPORT FocusCheckProto : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 48;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 48;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -2085,7 +2085,7 @@ class CALIBRATION_EXPORT FocusCheckSetProto : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 16;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -2228,7 +2228,7 @@ class CALIBRATION_EXPORT PTZIntrinsicsItem : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 80;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 80;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -2401,7 +2401,7 @@ class CALIBRATION_EXPORT PTZIntrinsics : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 80;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 80;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -2624,7 +2624,7 @@ class CALIBRATION_EXPORT PanTiltSystemParameters : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 128;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 128;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -2758,7 +2758,7 @@ class CALIBRATION_EXPORT PTZCameraParameters : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 24;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 24;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();
@@ -2865,7 +2865,7 @@ class CALIBRATION_EXPORT PTZSystemCalibration : public runtime::Record {
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend class wire::MessageReader;
 
-  static const ::google::protobuf::uint32 kTagsEnd = 32;  // tags are below
+  static const ::google::protobuf::uint32 kTagsEnd = 32;  // above the tags of all fields
 
   void SharedCtor();
   void SharedDtor();

@@ -111,7 +111,7 @@ const uint8* TakeUnknown(const uint8* p, const uint8* end, uint32 tags_end,
       uint64 long_tag;
       q = ReadVarint(p, end, &long_tag);
       if (q == nullptr) return p;
-      // Longer than need be, it may be a tag that is known.
+      // Longer than need be, it may be a tag that is known; in a group, none is.
       if (tags_end > 0 && (q - p > kMaxTagSize || q[-1] == 0 || long_tag > 0xFFFFFFFFu)) return p;
       tag = static_cast<uint32>(long_tag);
     }
@@ -150,7 +150,7 @@ const uint8* TakeUnknown(const uint8* p, const uint8* end, uint32 tags_end,
       }
       case WireFormatLite::WIRETYPE_START_GROUP:
         if (group_reader == nullptr) return p;
-        q = group_reader->TakeGroup(number, q, end, unknown->Get()->AddGroup(number));
+        q = group_reader->TakeGroup(number, q, end, unknown);
         if (q == nullptr) return nullptr;
         break;
       default:
@@ -164,17 +164,19 @@ const uint8* TakeUnknown(const uint8* p, const uint8* end, uint32 tags_end,
 }
 
 const uint8* MessageReader::TakeGroup(int number, const uint8* p, const uint8* end,
-                                      UnknownFieldSet* group) {
+                                      UnknownFieldStore* unknown) {
   if (!input_->IncrementRecursionDepth()) return nullptr;
-  UnknownFieldStore unknown(group);
-  if (p != end) p = TakeUnknown(p, end, 0, &unknown, this);
+  UnknownFieldSet* group = unknown->Get()->AddGroup(number);
+  UnknownFieldStore fields(group);
+  if (p != end) p = TakeUnknown(p, end, 0, &fields, this);
   if (p == nullptr) return nullptr;
   uint64 tag;
   const uint8* behind = ReadVarint(p, end, &tag);
   if (behind == nullptr ||
       static_cast<uint32>(tag) !=
           WireFormatLite::MakeTag(number, WireFormatLite::WIRETYPE_END_GROUP)) {
-    // As everywhere, the stream's calls refuse it, and keep what there is of it.
+    // The stream's calls cannot read the field at p, either, if the stream ends where the message
+    // does; they keep what there is of it. The parse has failed, so the limit stays.
     MoveTo(p);
     input_->PushLimit(static_cast<int>(end - p));
     KeepUnknownField(input_, input_->ReadTag(), group);

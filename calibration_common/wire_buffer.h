@@ -3,10 +3,10 @@
 //
 // A class's MergeBuffered() reads the fields that it knows from [p, end) and stops in front of any
 // other and of what it cannot read: a value that the buffer holds only in part, a tag that ends the
-// message, anything malformed. If it is an unknown field, TakeUnknown() goes on. Otherwise,
-// MessageReader::MergeFromStream() reads that one field through the stream's own calls, which refuse
-// what is malformed, and goes on behind it. So there is one place for each field's rules and, with
-// one exception, one place that refuses.
+// message, anything malformed. If it is an unknown field, TakeUnknown() goes on, but for a group
+// that the buffer may hold only in part. Otherwise, MessageReader::MergeFromStream() reads that one
+// field through the stream's own calls, which refuse what is malformed, and goes on behind it. So
+// there is one place for each field's rules and, with two exceptions, one place that refuses.
 #ifndef CALIBRATION_COMMON_WIRE_BUFFER_H_
 #define CALIBRATION_COMMON_WIRE_BUFFER_H_
 
@@ -26,13 +26,13 @@ namespace calibration {
 namespace wire {
 
 using ::google::protobuf::int32;
-using ::google::protobuf::RepeatedPtrField;
 
 // The Take... calls: p stands at a field's tag, which is known and has kTagSize bytes. They read
 // the field and return the position behind it; if they cannot, p, and leave the value as it was; if
 // the field is malformed, null. What such a call of a known field declines by returning p,
-// TakeUnknown() must decline, too: it would keep it as unknown. Hence the exception: a packed
-// run that holds no whole number of values is refused at once.
+// TakeUnknown() must decline, too: it would keep it as unknown. Hence the first exception: a packed
+// run that holds no whole number of values is refused at once. The second is a group that
+// TakeUnknown() has begun.
 
 // Moves *p to `next`, what such a call has returned. False if MergeBuffered() is to stop there.
 inline bool Advance(const uint8** p, const uint8* next) {
@@ -112,7 +112,8 @@ const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
 const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
                         RepeatedField<float>* values);
 
-// Where a message or a group keeps its unknown fields. That of a message is made when there is one.
+// Where a message or a group keeps its unknown fields. A message's set is made when the first
+// comes.
 class UnknownFieldStore {
  public:
   explicit UnknownFieldStore(runtime::Metadata* metadata) : metadata_(metadata), fields_(nullptr) {}
@@ -140,11 +141,12 @@ inline uint32 PeekTag(const uint8* p, const uint8* end) {
 
 class MessageReader;
 
-// Any field, known or not, to be kept as it is, and those behind it as long as their tags are
-// `tags_end` or above, so that they are not known, either. REQUIRES p < end.
+// Keeps the field at p as it is, known or not, and those behind it as long as their tags are
+// `tags_end` or above, so that they are not known, either. With 0 for it, no tag is known: all
+// fields are kept, and a tag may be longer than need be. REQUIRES p < end.
 //
-// Takes groups only with a `group_reader`, which says that [p, end) ends where the message does, so
-// that a group of which it holds a part is malformed. Otherwise, the stream may have the rest.
+// Without a `group_reader` it stops in front of groups. Who passes one promises that [p, end) ends
+// where the message does, so that a group of which it holds a part is malformed.
 const uint8* TakeUnknown(const uint8* p, const uint8* end, uint32 tags_end,
                          UnknownFieldStore* unknown, MessageReader* group_reader);
 
@@ -195,10 +197,9 @@ class MessageReader {
     return TakeMessage(kTagSize, p, end, message, PartsOf<T>());
   }
 
-  // Keeps what the group `number` holds. p stands behind the tag that starts it. Returns the
-  // position behind the tag that ends it, or null if [p, end) does not hold all of it or it is
-  // malformed.
-  const uint8* TakeGroup(int number, const uint8* p, const uint8* end, UnknownFieldSet* group);
+  // For TakeUnknown(): keeps the group `number`; p stands behind the tag that starts it. Returns
+  // the position behind the tag that ends it, or null if it is malformed or nested too deep.
+  const uint8* TakeGroup(int number, const uint8* p, const uint8* end, UnknownFieldStore* unknown);
 
   // Appends elements, as many as follow each other; they take one unit of the stream's depth budget
   // together.

@@ -82,6 +82,14 @@ bool KeepGroup(CodedInputStream* input, int number, UnknownFieldSet* unknown) {
   return input->LastTagWas(WireFormatLite::MakeTag(number, WireFormatLite::WIRETYPE_END_GROUP));
 }
 
+bool ReadBody(CodedInputStream* input, int length, void* message, MergeStream merge) {
+  NestedMessage nested;
+  nested.Enter(input, length);
+  if (!merge(message, input)) return false;
+  input->UnsafeDecrementRecursionDepth();
+  return nested.Leave(input);
+}
+
 }  // namespace
 
 bool ReadString(CodedInputStream* input, ::std::string* value) {
@@ -97,13 +105,6 @@ bool ReadPacked(CodedInputStream* input, RepeatedField<float>* values) {
   return ReadPackedValues(input, values);
 }
 
-bool NestedMessage::Enter(CodedInputStream* input) {
-  int length;
-  if (!ReadLength(input, &length) || !input->IncrementRecursionDepth()) return false;
-  Enter(input, length);
-  return true;
-}
-
 void NestedMessage::Enter(CodedInputStream* input, int length) {
   end_ = static_cast<int64>(input->CurrentPosition()) + length;
   limit_ = input->PushLimit(length);
@@ -113,14 +114,15 @@ bool NestedMessage::Leave(CodedInputStream* input) {
   return input->CheckEntireMessageConsumedAndPopLimit(limit_) && input->CurrentPosition() == end_;
 }
 
-bool NestedMessage::LeaveAndAscend(CodedInputStream* input) {
-  input->UnsafeDecrementRecursionDepth();
-  return Leave(input);
+bool ReadMessage(CodedInputStream* input, void* message, MergeStream merge) {
+  int length;
+  return ReadLength(input, &length) && input->IncrementRecursionDepth() &&
+         ReadBody(input, length, message, merge);
 }
 
-bool ReadMessage(CodedInputStream* input, void* message, bool (*merge)(void*, CodedInputStream*)) {
-  NestedMessage nested;
-  return nested.Enter(input) && merge(message, input) && nested.LeaveAndAscend(input);
+bool ReadElement(CodedInputStream* input, void* element, MergeStream merge) {
+  int length;
+  return ReadLength(input, &length) && ReadBody(input, length, element, merge);
 }
 
 bool KeepUnknownField(CodedInputStream* input, uint32 tag, UnknownFieldSet* unknown) {

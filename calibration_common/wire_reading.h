@@ -17,6 +17,7 @@
 
 #include <string>
 
+#include "calibration_common/elements.h"
 #include "calibration_common/runtime.h"
 #include "calibration_common/wire_writing.h"
 
@@ -26,6 +27,7 @@ namespace wire {
 
 using ::google::protobuf::int64;
 using ::google::protobuf::RepeatedField;
+using ::google::protobuf::RepeatedPtrField;
 using ::google::protobuf::uint32;
 using ::google::protobuf::uint64;
 using ::google::protobuf::uint8;
@@ -47,32 +49,40 @@ bool ReadPacked(CodedInputStream* input, RepeatedField<double>* values);
 bool ReadPacked(CodedInputStream* input, RepeatedField<float>* values);
 
 // A nested message that is being read: between Enter() and Leave() the stream ends where the
-// message was announced to end. Takes one unit of the stream's depth budget.
+// message was announced to end.
 class NestedMessage {
  public:
-  // Reads the length.
-  bool Enter(CodedInputStream* input);
-  // Enters a message of `length` bytes whose unit of depth has been taken already.
+  // Enters a message of `length` bytes. Its unit of depth has been taken.
   void Enter(CodedInputStream* input, int length);
   // False unless the message ended just there.
   bool Leave(CodedInputStream* input);
-  // Leave(), and gives the unit of depth back.
-  bool LeaveAndAscend(CodedInputStream* input);
 
  private:
   int64 end_;
   CodedInputStream::Limit limit_;
 };
 
-// Reads a sub-message behind its tag; `merge` merges it into *message.
-bool ReadMessage(CodedInputStream* input, void* message, bool (*merge)(void*, CodedInputStream*));
+// A class's MergePartialFromCodedStream(). The first argument is the message.
+typedef bool (*MergeStream)(void*, CodedInputStream*);
+template <typename T>
+bool MergeStreamInto(void* message, CodedInputStream* input) {
+  return static_cast<T*>(message)->T::MergePartialFromCodedStream(input);
+}
 
-// Reads a sub-message behind its tag and merges it into *message.
+// Read a sub-message behind its tag and merge it into *message; it takes one unit of the stream's
+// depth budget. That of an element has been taken.
+bool ReadMessage(CodedInputStream* input, void* message, MergeStream merge);
+bool ReadElement(CodedInputStream* input, void* element, MergeStream merge);
+
 template <typename T>
 inline bool ReadMessage(CodedInputStream* input, T* message) {
-  return ReadMessage(input, message, [](void* sub_message, CodedInputStream* body) {
-    return static_cast<T*>(sub_message)->T::MergePartialFromCodedStream(body);
-  });
+  return ReadMessage(input, message, &MergeStreamInto<T>);
+}
+// Makes no element where none may be nested.
+template <typename T>
+inline bool ReadElement(CodedInputStream* input, RepeatedPtrField<T>* elements) {
+  return input->IncrementRecursionDepth() &&
+         ReadElement(input, runtime::AddElement(elements), &MergeStreamInto<T>);
 }
 
 // Keeps a field that the message does not know, or whose wire type it does not expect, in

@@ -1,6 +1,7 @@
 #include "calibration_common/wire_writing.h"
 
 #include <google/protobuf/wire_format.h>
+#include <string.h>
 
 #include <algorithm>
 #include <cstddef>
@@ -80,8 +81,9 @@ int SizeWithUnknownFields(uint32 known_size, const runtime::Metadata& metadata, 
 
 uint8* WriteVarintToArray(uint64 value, uint8* target) {
   if (value >> 49 == 0) return CodedOutputStream::WriteVarint64ToArray(value, target);
-  // Eight bytes or more, as most times and all negative numbers have: the lower 56 bits at once. In
-  // three steps, upper halves move up by 4, 2 and 1 bits, until each byte holds seven bits.
+  // Eight bytes or more, as all negative numbers have and times that are counted in microseconds or
+  // less: the lower 56 bits at once. In three steps, upper halves move up by 4, 2 and 1 bits, until
+  // each byte holds seven bits.
   uint64 bytes = value & 0x00FFFFFFFFFFFFFF;
   bytes += (bytes & 0x00FFFFFFF0000000) * 15;
   bytes += (bytes & 0x0FFFC0000FFFC000) * 3;
@@ -100,7 +102,8 @@ uint8* WriteLongLengthToArray(uint32 length, uint8* target) {
 uint8* WriteTextBehindTagToArray(const ::std::string& value, uint8* target) {
   const size_t size = value.size();
   target = WriteLengthToArray(static_cast<uint32>(size), target);
-  return static_cast<uint8*>(mempcpy(target, value.data(), size));
+  // The C library's call that returns the end: nothing is left to do behind it.
+  return static_cast<uint8*>(::mempcpy(target, value.data(), size));
 }
 
 uint8* BeginMessage(int number, int size, CodedOutputStream* output) {

@@ -63,7 +63,7 @@ inline uint8* WriteInt64ToArray(int number, int64 value, uint8* target) {
       WireFormatLite::WriteTagToArray(number, WireFormatLite::WIRETYPE_VARINT, target));
 }
 inline uint8* WriteInt32ToArray(int number, int32 value, uint8* target) {
-  return WriteInt64ToArray(number, value, target);  // negative values have ten bytes, too
+  return WriteInt64ToArray(number, value, target);  // so that negative values have ten bytes
 }
 
 uint8* WriteLongLengthToArray(uint32 length, uint8* target);

@@ -122,8 +122,7 @@ class RefusalFinder {
     google::protobuf::DescriptorProto proto;
     message.CopyTo(&proto);
     if (proto.has_options()) RefuseAt(message, message.name() + ": message options are not served");
-    static const std::set<std::string> reserved = {"BufferedReader",
-                                                   "ByteSize",
+    static const std::set<std::string> reserved = {"ByteSize",
                                                    "ByteSizeLong",
                                                    "ClassData",
                                                    "Clear",
@@ -145,6 +144,7 @@ class RefusalFinder {
                                                    "MergeBuffered",
                                                    "MergeFrom",
                                                    "MergeFromFail",
+                                                   "MergeLengthDelimited",
                                                    "MergePartialFromCodedStream",
                                                    "Message",
                                                    "MessageLite",

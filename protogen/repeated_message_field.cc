@@ -37,7 +37,7 @@ inline void $class$::clear_$name$() { $name$_.Clear(); }
 if (!wire::Advance(&p, reader->TakeElements<$tag$>(p, end, &$name$_))) return p;
 )",
                   variables);
-  out.read = Fill("return wire::ReadMessage(input, add_$name$());\n", variables);
+  out.read = Fill("return wire::ReadElement(input, &$name$_);\n", variables);
   out.write_to_stream = Fill(R"(
 for (const $type$& element : $name$_) wire::WriteMessage($number$, element, output);
 )",

@@ -4,6 +4,7 @@
 // one buffer and in small blocks, and compare with the sequence applied through reflection.
 #include <google/protobuf/descriptor.h>
 #include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/message.h>
 #include <google/protobuf/stubs/common.h>
 #include <google/protobuf/unknown_field_set.h>
@@ -37,6 +38,7 @@ using ::google::protobuf::FieldDescriptor;
 using ::google::protobuf::Message;
 using ::google::protobuf::Reflection;
 using ::google::protobuf::UnknownFieldSet;
+using ::google::protobuf::io::ArrayInputStream;
 using ::google::protobuf::io::CodedInputStream;
 
 constexpr WireType kWireTypes[] = {kVarint, kFixed64, kLengthDelimited, kStartGroup, kFixed32};
@@ -445,6 +447,8 @@ TEST_P(ParsingTest, GroupsInSubMessages) {
       {"tag above 32 bits", start().Varint(tag | 1ull << 40).Varint(5).Raw(end).bytes(), true},
       {"start longer than need be",
        WireWriter().OverlongVarint(100 << 3 | kStartGroup, 4).Raw(inner).Raw(end).bytes(), true},
+      {"tags of five bytes", WireWriter().Group(kMaxFieldNumber, inner).bytes(), true},
+      {"end above 32 bits", start().Varint(100 << 3 | kEndGroup | 1ull << 40).bytes(), true},
       {"end longer than need be", start().OverlongVarint(100 << 3 | kEndGroup, 5).bytes(), true},
       {"no end", start().Raw(inner).bytes(), false},
       {"no end of the inner one", start().Tag(1, kStartGroup).Raw(end).bytes(), false},
@@ -463,14 +467,19 @@ TEST_P(ParsingTest, GroupsInSubMessages) {
     for (const FieldRow& field : message()) {
       if (field.kind != Kind::kMessage) continue;
       SCOPED_TRACE(std::string(field.name) + ": " + row.name);
-      const std::string body = inner + row.bytes;
-      for (const std::string& contents : {body, row.accepted ? body + inner + row.bytes : body}) {
+      const std::string known = FullRecord(field.message_type)->SerializePartialAsString();
+      const std::string group = inner + row.bytes;
+      for (const std::string& contents : {group, group + known + group}) {
         const std::string bytes = Nested(field.number, contents);
+        ASSERT_EQ(Judge(message().name, bytes).accepted, row.accepted);
         const std::unique_ptr<Message> whole = NewRecord(message().name);
         const std::unique_ptr<Message> pieces = NewRecord(message().name);
         EXPECT_EQ(MergeOnClass(whole.get(), bytes), row.accepted);
         EXPECT_EQ(MergeOnClass(pieces.get(), bytes, 1), row.accepted);
         EXPECT_TRUE(EqualByReflection(*pieces, *whole));
+        if (row.accepted) {
+          EXPECT_EQ(whole->SerializePartialAsString(), Rewrite(message().name, bytes));
+        }
       }
     }
   }
@@ -696,8 +705,10 @@ TEST_P(ParsingTest, CachedSizesAreNotTouched) {
 
 // --- Nesting -------------------------------------------------------------------------------------
 
-bool MergeWithin(int recursion_limit, const std::string& bytes, Message* record) {
-  CodedInputStream input = FlatStream(bytes);
+// From one buffer, or from blocks of that size.
+bool MergeWithin(int recursion_limit, const std::string& bytes, Message* record, int block = -1) {
+  ArrayInputStream stream(bytes.data(), static_cast<int>(bytes.size()), block);
+  CodedInputStream input(&stream);
   input.SetRecursionLimit(recursion_limit);
   return MergeOnClass(record, &input) && input.ConsumedEntireMessage();
 }
@@ -775,7 +786,11 @@ TEST_P(ParsingTest, UnknownGroupsTakeDepthToo) {
         for (const FieldRow& field : message()) {
           if (field.kind != Kind::kMessage) continue;
           const std::string inside = Nested(field.number, bytes);
-          EXPECT_EQ(MergeWithin(limit, inside, NewRecord(message().name).get()), levels < limit);
+          const std::unique_ptr<Message> whole = NewRecord(message().name);
+          const std::unique_ptr<Message> pieces = NewRecord(message().name);
+          EXPECT_EQ(MergeWithin(limit, inside, whole.get()), levels < limit);
+          EXPECT_EQ(MergeWithin(limit, inside, pieces.get(), 1), levels < limit);
+          EXPECT_TRUE(EqualByReflection(*pieces, *whole));
         }
       }
     }

@@ -342,7 +342,9 @@ TEST(SerializationTest, EveryBitOfAVarint) {
       SCOPED_TRACE(std::to_string(value));
       CalibrationMetadataProto record;
       record.set_time(static_cast<int64_t>(value));
-      ExpectWrites(record, WireWriter().Tag(1, kVarint).Varint(value).bytes());
+      record.mutable_unknown_fields()->AddGroup(9)->AddVarint(1, value);
+      const std::string varint = WireWriter().Tag(1, kVarint).Varint(value).bytes();
+      ExpectWrites(record, varint + WireWriter().Group(9, varint).bytes());
     }
   }
 }
