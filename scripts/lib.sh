@@ -62,10 +62,12 @@ install_missing() {
 }
 
 # The build folder for a use (demo, test) and its extra CMake arguments: one folder for each
-# different list of arguments, so that builds for several run-times stand side by side.
+# different list of arguments, so that builds for several run-times stand side by side. CMake heeds
+# the environment's CMAKE_PREFIX_PATH, too.
 build_folder() {
   local use=$1
   shift
+  if [[ -n ${CMAKE_PREFIX_PATH:-} ]]; then set -- "$@" "CMAKE_PREFIX_PATH=$CMAKE_PREFIX_PATH"; fi
   if (($# == 0)); then
     echo "$repository/build/$use"
   else
