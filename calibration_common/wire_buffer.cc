@@ -263,10 +263,7 @@ const uint8* MessageReader::Finish(const uint8* p, const uint8* end, void* messa
   return whole ? end : nullptr;
 }
 
-void MessageReader::MoveTo(const uint8* p) {
-  input_->Skip(static_cast<int>(p - position_));
-  position_ = p;
-}
+void MessageReader::MoveTo(const uint8* p) { input_->Skip(static_cast<int>(p - position_)); }
 
 }  // namespace wire
 }  // namespace calibration

@@ -257,6 +257,7 @@ class MessageReader {
   const uint8* TakeMessage(int tag_size, const uint8* p, const uint8* end, void* message,
                            const Parts& parts);
 
+  // Lets the stream go on at p. The caller is done with the buffer, or sets `position_`.
   void MoveTo(const uint8* p);
 
   // Merges the bytes [body, end) into *message; returns `end`, or null if they are malformed.
