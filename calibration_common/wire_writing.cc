@@ -131,7 +131,7 @@ uint8* WriteUnknownFieldsToArray(const UnknownFieldSet& fields, uint8* target) {
   for (int i = 0; i < fields.field_count(); ++i) {
     const UnknownField& field = fields.field(i);
     target = WireFormatLite::WriteTagToArray(field.number(), WireTypeOf(field.type()), target);
-    switch (field.type()) {
+    switch (field.type()) {  // no more than four cases: see TakeUnknown()
       case UnknownField::TYPE_VARINT:
         target = WriteVarintToArray(field.varint(), target);
         break;
@@ -144,11 +144,10 @@ uint8* WriteUnknownFieldsToArray(const UnknownFieldSet& fields, uint8* target) {
       case UnknownField::TYPE_LENGTH_DELIMITED:
         target = WriteTextBehindTagToArray(field.length_delimited(), target);
         break;
-      case UnknownField::TYPE_GROUP:
+      default:  // a group
         target = WriteUnknownFieldsToArray(field.group(), target);
         target = WireFormatLite::WriteTagToArray(field.number(), WireFormatLite::WIRETYPE_END_GROUP,
                                                  target);
-        break;
     }
   }
   return target;
