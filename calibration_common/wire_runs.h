@@ -9,14 +9,11 @@
 #include <cstddef>
 #include <cstring>
 
-#include "calibration_common/runtime.h"
+#include "calibration_common/wire_writing.h"
 
 namespace zarvo {
 namespace calibration {
 namespace wire {
-
-using ::google::protobuf::uint32;
-using ::google::protobuf::uint8;
 
 // Whether the tags of a run stand at p, the first of which is kTag.
 template <uint32 kTag, typename T>
@@ -50,9 +47,7 @@ inline bool TakeRun(const uint8** p, const uint8* end, T* value, Rest*... rest) 
 // Writes a run; returns the position behind it.
 template <uint32 kTag, typename T>
 inline uint8* WriteRunToArray(uint8* target, T value) {
-  *target = kTag;
-  ::std::memcpy(target + 1, &value, sizeof(T));
-  return target + 1 + sizeof(T);
+  return WriteElementToArray<kTag>(value, target);
 }
 template <uint32 kTag, typename T, typename... Rest>
 inline uint8* WriteRunToArray(uint8* target, T value, Rest... rest) {
