@@ -202,9 +202,9 @@ std::string RenderHeader(const File& file, const std::vector<RenderedMessage>& m
   variables["guard"] = "CALIBRATION_GENERATED_" + file.identifier + "_H_";
 
   std::string open, close;
-  for (const std::string& piece : file.namespaces) {
-    open += "namespace " + piece + " {\n";
-    close = "}  // namespace " + piece + "\n" + close;
+  for (const std::string& piece : file.namespaces) open += "namespace " + piece + " {\n";
+  for (auto piece = file.namespaces.rbegin(); piece != file.namespaces.rend(); ++piece) {
+    close += "}  // namespace " + *piece + "\n";
   }
   std::string out = Fill(kTop, variables) + open + "\n";
   for (const RenderedMessage& rendered : messages) out += "class " + rendered.message->name + ";\n";

@@ -306,11 +306,13 @@ class RefusalFinder {
           "set_allocated_" + x, "add_" + x, x + "_size", x + "_", "set_has_" + x, "clear_has_" + x,
           "k" + CamelCase(x) + "FieldNumber"}) {
       const auto entry = taken->emplace(accessor, "the field " + x);
-      if (!entry.second) {
-        RefuseAt(field,
-                 name + ": its accessor name " + accessor + " is taken by " + entry.first->second);
-      }
+      if (!entry.second) RefuseAccessor(field, name, accessor, entry.first->second);
     }
+  }
+
+  void RefuseAccessor(const FieldDescriptor& field, const std::string& name,
+                      const std::string& accessor, const std::string& owner) {
+    RefuseAt(field, name + ": its accessor name " + accessor + " is taken by " + owner);
   }
 
   // Names that every class has of its own or from the run-time, as far as a field name could meet
