@@ -19,12 +19,14 @@
 #include <typeinfo>
 #include <utility>
 
-#include "calibration_common/object_model.h"
-#include "calibration_common/registration.h"
-#include "calibration_common/wire_buffer.h"
-#include "calibration_common/wire_reading.h"
-#include "calibration_common/wire_runs.h"
-#include "calibration_common/wire_writing.h"
+#include "calibration_common/internal/buffer_reader.h"
+#include "calibration_common/internal/element_blocks.h"
+#include "calibration_common/internal/message_reader.h"
+#include "calibration_common/internal/object_model.h"
+#include "calibration_common/internal/registration.h"
+#include "calibration_common/internal/runs.h"
+#include "calibration_common/internal/stream_reader.h"
+#include "calibration_common/internal/writers.h"
 
 namespace zarvo {
 namespace calibration {
@@ -37,6 +39,8 @@ using ::google::protobuf::io::CodedInputStream;
 using ::google::protobuf::io::CodedOutputStream;
 
 namespace {
+
+namespace internal = calibration_internal;
 
 const char kSchemaPath[] = "calibration_common/calibration.proto";
 const char kSourcePath[] = "calibration_common/calibration.pb.cc";
@@ -59,12 +63,12 @@ const T* Cast(const ::google::protobuf::Message& message) {
 }
 
 bool registration_done_ = false;
-runtime::Once protobuf_AssignDescriptors_once_;
-runtime::FileReflection<21, 111> file_reflection_;
+internal::Once protobuf_AssignDescriptors_once_;
+internal::FileReflection<21, 111> file_reflection_;
 
 // By message index.
 const ::google::protobuf::Descriptor* descriptors_[21];
-runtime::Reflection* reflections_[21];
+internal::Reflection* reflections_[21];
 const ::google::protobuf::Message* default_instances_[21];
 
 // The canonical encoding of the file's FileDescriptorProto.
@@ -188,7 +192,7 @@ struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto {
   static const int PanTiltSystemParameters_offsets_[15];
   static const int PTZCameraParameters_offsets_[2];
   static const int PTZSystemCalibration_offsets_[3];
-  static const runtime::MessageLayout kMessages[21];
+  static const internal::MessageLayout kMessages[21];
 };
 
 typedef protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto Layouts;
@@ -351,7 +355,7 @@ const int Layouts::PTZSystemCalibration_offsets_[3] = {
     __builtin_offsetof(PTZSystemCalibration, other_cameras_),
 };
 
-const runtime::MessageLayout Layouts::kMessages[21] = {
+const internal::MessageLayout Layouts::kMessages[21] = {
     {MarkerPositionInfo_offsets_, 4,
      __builtin_offsetof(MarkerPositionInfo, _has_bits_),
      __builtin_offsetof(MarkerPositionInfo, _internal_metadata_),
@@ -442,7 +446,7 @@ const runtime::MessageLayout Layouts::kMessages[21] = {
 __attribute__((cold)) void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto() {
   if (registration_done_) return;
   registration_done_ = true;
-  runtime::VerifyVersion(kSourcePath);
+  internal::VerifyVersion(kSourcePath);
   ::google::protobuf::DescriptorPool::InternalAddGeneratedFile(kSerializedSchema,
                                                                kSerializedSchemaSize);
   file_reflection_.Register(kSchemaPath, &protobuf_RegisterTypes, Layouts::kMessages);
@@ -523,7 +527,8 @@ void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto() {
 }
 
 // Loading the library registers the file.
-CALIBRATION_EXPORT struct StaticDescriptorInitializer_calibration_5fcommon_2fcalibration_2eproto {
+ZARVO_CALIBRATION_EXPORT struct
+    StaticDescriptorInitializer_calibration_5fcommon_2fcalibration_2eproto {
   StaticDescriptorInitializer_calibration_5fcommon_2fcalibration_2eproto() {
     protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
   }
@@ -677,7 +682,7 @@ MarkerPositionInfo* MarkerPositionInfo::New() const { return New(nullptr); }
 
 MarkerPositionInfo* MarkerPositionInfo::New(::google::protobuf::Arena* arena) const {
   MarkerPositionInfo* message = new MarkerPositionInfo;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -696,7 +701,7 @@ __attribute__((noinline)) void MarkerPositionInfo::InternalSwap(MarkerPositionIn
   std::swap(marker_id_, other->marker_id_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void MarkerPositionInfo::Clear() {
@@ -705,34 +710,34 @@ void MarkerPositionInfo::Clear() {
   z_ = 0;
   marker_id_ = 0;
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* MarkerPositionInfo::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader*) {
+    internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 13:  // x
-        if (wire::TakeRun<13u>(&p, end, &x_, &y_, &z_)) {
+        if (internal::TakeRun<13u>(&p, end, &x_, &y_, &z_)) {
           _has_bits_[0] |= 0x7u;
           continue;
         }
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &x_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &x_))) return p;
         set_has_x();
-        if (!wire::NextIs<21u>(p, end)) continue;
+        if (!internal::NextIs<21u>(p, end)) continue;
         // Fall through.
       case 21:  // y
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &y_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &y_))) return p;
         set_has_y();
-        if (!wire::NextIs<29u>(p, end)) continue;
+        if (!internal::NextIs<29u>(p, end)) continue;
         // Fall through.
       case 29:  // z
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &z_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &z_))) return p;
         set_has_z();
-        if (!wire::NextIs<32u>(p, end)) continue;
+        if (!internal::NextIs<32u>(p, end)) continue;
         // Fall through.
       case 32:  // marker_id
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &marker_id_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &marker_id_))) return p;
         set_has_marker_id();
         continue;
       default:
@@ -744,11 +749,11 @@ const uint8* MarkerPositionInfo::MergeBuffered(const uint8* p, const uint8* end,
 
 __attribute__((cold)) bool MarkerPositionInfo::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool MarkerPositionInfo::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void MarkerPositionInfo::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -763,15 +768,15 @@ void MarkerPositionInfo::SerializeWithCachedSizes(CodedOutputStream* output) con
 
 uint8* MarkerPositionInfo::SerializeWithCachedSizesToArray(uint8* target) const {
   if ((_has_bits_[0] & 0x7u) == 0x7u) {
-    target = wire::WriteRunToArray<13u>(target, x_, y_, z_);
+    target = internal::WriteRunToArray<13u>(target, x_, y_, z_);
   } else {
     if (has_x()) target = WireFormatLite::WriteFloatToArray(1, x(), target);
     if (has_y()) target = WireFormatLite::WriteFloatToArray(2, y(), target);
     if (has_z()) target = WireFormatLite::WriteFloatToArray(3, z(), target);
   }
-  if (has_marker_id()) target = wire::WriteInt32ToArray(4, marker_id(), target);
+  if (has_marker_id()) target = internal::WriteInt32ToArray(4, marker_id(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -782,10 +787,10 @@ int MarkerPositionInfo::ByteSize() const {
     if (has_x()) total_size += 1 + 4;
     if (has_y()) total_size += 1 + 4;
     if (has_z()) total_size += 1 + 4;
-    if (has_marker_id()) total_size += 1 + wire::Int32Size(marker_id());
+    if (has_marker_id()) total_size += 1 + internal::Int32Size(marker_id());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -819,7 +824,7 @@ void MarkerPositionInfo::MergeFrom(const MarkerPositionInfo& from) {
     _has_bits_[0] |= bits & 0xFu;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -877,7 +882,7 @@ MarkerPositionSet* MarkerPositionSet::New() const { return New(nullptr); }
 
 MarkerPositionSet* MarkerPositionSet::New(::google::protobuf::Arena* arena) const {
   MarkerPositionSet* message = new MarkerPositionSet;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -895,7 +900,7 @@ __attribute__((noinline)) void MarkerPositionSet::InternalSwap(MarkerPositionSet
   nav_center_.UnsafeArenaSwap(&other->nav_center_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void MarkerPositionSet::Clear() {
@@ -903,29 +908,29 @@ void MarkerPositionSet::Clear() {
   head_center_.Clear();
   nav_center_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* MarkerPositionSet::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader* reader) {
+    internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // pos
-        if (!wire::Advance(&p, reader->TakeElements<10u>(p, end, &pos_))) return p;
-        if (!wire::NextIs<17u>(p, end)) continue;
+        if (!internal::Advance(&p, reader->TakeElements<10u>(p, end, &pos_))) return p;
+        if (!internal::NextIs<17u>(p, end)) continue;
         // Fall through.
       case 17:  // head_center
-        if (!wire::Advance(&p, wire::TakeElements<17u>(p, end, &head_center_))) return p;
-        if (!wire::NextIs<25u>(p, end)) continue;
+        if (!internal::Advance(&p, internal::TakeElements<17u>(p, end, &head_center_))) return p;
+        if (!internal::NextIs<25u>(p, end)) continue;
         // Fall through.
       case 25:  // nav_center
-        if (!wire::Advance(&p, wire::TakeElements<25u>(p, end, &nav_center_))) return p;
+        if (!internal::Advance(&p, internal::TakeElements<25u>(p, end, &nav_center_))) return p;
         continue;
       case 18:  // head_center (packed)
-        if (!wire::Advance(&p, wire::TakePacked(1, p, end, &head_center_))) return p;
+        if (!internal::Advance(&p, internal::TakePacked(1, p, end, &head_center_))) return p;
         continue;
       case 26:  // nav_center (packed)
-        if (!wire::Advance(&p, wire::TakePacked(1, p, end, &nav_center_))) return p;
+        if (!internal::Advance(&p, internal::TakePacked(1, p, end, &nav_center_))) return p;
         continue;
       default:
         return p;
@@ -938,23 +943,23 @@ __attribute__((cold)) bool MarkerPositionSet::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
   switch (tag) {
     case 10:  // pos
-      return wire::ReadElement(input, &pos_);
+      return internal::MessageReader::ReadElement(input, &pos_);
     case 18:  // head_center
-      return wire::ReadPacked(input, &head_center_);
+      return internal::ReadPacked(input, &head_center_);
     case 26:  // nav_center
-      return wire::ReadPacked(input, &nav_center_);
+      return internal::ReadPacked(input, &nav_center_);
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool MarkerPositionSet::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void MarkerPositionSet::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  for (const MarkerPositionInfo& element : pos_) wire::WriteMessage(1, element, output);
-  wire::WriteElements<17u>(head_center_, output);
-  wire::WriteElements<25u>(nav_center_, output);
+  for (const MarkerPositionInfo& element : pos_) internal::WriteMessage(1, element, output);
+  internal::WriteElements<17u>(head_center_, output);
+  internal::WriteElements<25u>(nav_center_, output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
@@ -962,12 +967,12 @@ void MarkerPositionSet::SerializeWithCachedSizes(CodedOutputStream* output) cons
 
 uint8* MarkerPositionSet::SerializeWithCachedSizesToArray(uint8* target) const {
   for (const MarkerPositionInfo& element : pos_) {
-    target = wire::WriteMessageToArray(1, element, target);
+    target = internal::WriteMessageToArray(1, element, target);
   }
-  target = wire::WriteElementsToArray<17u>(head_center_, target);
-  target = wire::WriteElementsToArray<25u>(nav_center_, target);
+  target = internal::WriteElementsToArray<17u>(head_center_, target);
+  target = internal::WriteElementsToArray<25u>(nav_center_, target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -975,11 +980,11 @@ uint8* MarkerPositionSet::SerializeWithCachedSizesToArray(uint8* target) const {
 int MarkerPositionSet::ByteSize() const {
   uint32 total_size = 0;
   total_size += 1 * static_cast<uint32>(pos_size());
-  for (const MarkerPositionInfo& element : pos_) total_size += wire::MessageSize(element);
+  for (const MarkerPositionInfo& element : pos_) total_size += internal::MessageSize(element);
   total_size += 9 * static_cast<uint32>(head_center_size());
   total_size += 9 * static_cast<uint32>(nav_center_size());
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -997,11 +1002,11 @@ void MarkerPositionSet::MergeFrom(const ::google::protobuf::Message& from) {
 
 void MarkerPositionSet::MergeFrom(const MarkerPositionSet& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  runtime::MergeElements(from.pos_, &pos_);
+  internal::MergeElements(from.pos_, &pos_);
   head_center_.MergeFrom(from.head_center_);
   nav_center_.MergeFrom(from.nav_center_);
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -1068,7 +1073,7 @@ CameraIntrinsicsSamplePoints* CameraIntrinsicsSamplePoints::New() const { return
 CameraIntrinsicsSamplePoints* CameraIntrinsicsSamplePoints::New(
     ::google::protobuf::Arena* arena) const {
   CameraIntrinsicsSamplePoints* message = new CameraIntrinsicsSamplePoints;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -1088,7 +1093,7 @@ __attribute__((noinline)) void CameraIntrinsicsSamplePoints::InternalSwap(
   std::swap(tgt_y_, other->tgt_y_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void CameraIntrinsicsSamplePoints::Clear() {
@@ -1097,34 +1102,34 @@ void CameraIntrinsicsSamplePoints::Clear() {
   tgt_x_ = 0;
   tgt_y_ = 0;
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* CameraIntrinsicsSamplePoints::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader*) {
+    internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 13:  // img_x
-        if (wire::TakeRun<13u>(&p, end, &img_x_, &img_y_, &tgt_x_, &tgt_y_)) {
+        if (internal::TakeRun<13u>(&p, end, &img_x_, &img_y_, &tgt_x_, &tgt_y_)) {
           _has_bits_[0] |= 0xFu;
           continue;
         }
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &img_x_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &img_x_))) return p;
         set_has_img_x();
-        if (!wire::NextIs<21u>(p, end)) continue;
+        if (!internal::NextIs<21u>(p, end)) continue;
         // Fall through.
       case 21:  // img_y
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &img_y_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &img_y_))) return p;
         set_has_img_y();
-        if (!wire::NextIs<29u>(p, end)) continue;
+        if (!internal::NextIs<29u>(p, end)) continue;
         // Fall through.
       case 29:  // tgt_x
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &tgt_x_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &tgt_x_))) return p;
         set_has_tgt_x();
-        if (!wire::NextIs<37u>(p, end)) continue;
+        if (!internal::NextIs<37u>(p, end)) continue;
         // Fall through.
       case 37:  // tgt_y
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &tgt_y_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &tgt_y_))) return p;
         set_has_tgt_y();
         continue;
       default:
@@ -1136,11 +1141,11 @@ const uint8* CameraIntrinsicsSamplePoints::MergeBuffered(const uint8* p, const u
 
 __attribute__((cold)) bool CameraIntrinsicsSamplePoints::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool CameraIntrinsicsSamplePoints::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void CameraIntrinsicsSamplePoints::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -1155,7 +1160,7 @@ void CameraIntrinsicsSamplePoints::SerializeWithCachedSizes(CodedOutputStream* o
 
 uint8* CameraIntrinsicsSamplePoints::SerializeWithCachedSizesToArray(uint8* target) const {
   if ((_has_bits_[0] & 0xFu) == 0xFu) {
-    target = wire::WriteRunToArray<13u>(target, img_x_, img_y_, tgt_x_, tgt_y_);
+    target = internal::WriteRunToArray<13u>(target, img_x_, img_y_, tgt_x_, tgt_y_);
   } else {
     if (has_img_x()) target = WireFormatLite::WriteFloatToArray(1, img_x(), target);
     if (has_img_y()) target = WireFormatLite::WriteFloatToArray(2, img_y(), target);
@@ -1163,7 +1168,7 @@ uint8* CameraIntrinsicsSamplePoints::SerializeWithCachedSizesToArray(uint8* targ
     if (has_tgt_y()) target = WireFormatLite::WriteFloatToArray(4, tgt_y(), target);
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -1179,7 +1184,7 @@ int CameraIntrinsicsSamplePoints::ByteSize() const {
     if (has_tgt_y()) total_size += 1 + 4;
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -1213,7 +1218,7 @@ void CameraIntrinsicsSamplePoints::MergeFrom(const CameraIntrinsicsSamplePoints&
     _has_bits_[0] |= bits & 0xFu;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -1270,7 +1275,7 @@ CameraIntrinsics::~CameraIntrinsics() { SharedDtor(); }
 void CameraIntrinsics::InitAsDefaultInstance() {}
 
 void CameraIntrinsics::SharedCtor() {
-  runtime::InitSharedEmptyString();
+  internal::InitSharedEmptyString();
   _cached_size_ = 0;
   fx_ = 0;
   fy_ = 0;
@@ -1306,7 +1311,7 @@ CameraIntrinsics* CameraIntrinsics::New() const { return New(nullptr); }
 
 CameraIntrinsics* CameraIntrinsics::New(::google::protobuf::Arena* arena) const {
   CameraIntrinsics* message = new CameraIntrinsics;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -1340,7 +1345,7 @@ __attribute__((noinline)) void CameraIntrinsics::InternalSwap(CameraIntrinsics* 
   std::swap(tgt_height_, other->tgt_height_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void CameraIntrinsics::Clear() {
@@ -1368,116 +1373,116 @@ void CameraIntrinsics::Clear() {
   p_.Clear();
   sample_points_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* CameraIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader* reader) {
+    internal::MessageReader* reader) {
   while (p != end) {
-    switch (wire::PeekTag(p, end)) {
+    switch (internal::PeekTag(p, end)) {
       case 9:  // fx
-        if (wire::TakeRun<9u>(&p, end, &fx_, &fy_, &skew_, &cx_, &cy_)) {
+        if (internal::TakeRun<9u>(&p, end, &fx_, &fy_, &skew_, &cx_, &cy_)) {
           _has_bits_[0] |= 0x1Fu;
           continue;
         }
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &fx_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &fx_))) return p;
         set_has_fx();
-        if (!wire::NextIs<17u>(p, end)) continue;
+        if (!internal::NextIs<17u>(p, end)) continue;
         // Fall through.
       case 17:  // fy
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &fy_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &fy_))) return p;
         set_has_fy();
-        if (!wire::NextIs<25u>(p, end)) continue;
+        if (!internal::NextIs<25u>(p, end)) continue;
         // Fall through.
       case 25:  // skew
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &skew_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &skew_))) return p;
         set_has_skew();
-        if (!wire::NextIs<33u>(p, end)) continue;
+        if (!internal::NextIs<33u>(p, end)) continue;
         // Fall through.
       case 33:  // cx
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cx_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &cx_))) return p;
         set_has_cx();
-        if (!wire::NextIs<41u>(p, end)) continue;
+        if (!internal::NextIs<41u>(p, end)) continue;
         // Fall through.
       case 41:  // cy
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cy_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &cy_))) return p;
         set_has_cy();
-        if (!wire::NextIs<49u>(p, end)) continue;
+        if (!internal::NextIs<49u>(p, end)) continue;
         // Fall through.
       case 49:  // k
-        if (!wire::Advance(&p, wire::TakeElements<49u>(p, end, &k_))) return p;
-        if (!wire::NextIs<57u>(p, end)) continue;
+        if (!internal::Advance(&p, internal::TakeElements<49u>(p, end, &k_))) return p;
+        if (!internal::NextIs<57u>(p, end)) continue;
         // Fall through.
       case 57:  // p
-        if (!wire::Advance(&p, wire::TakeElements<57u>(p, end, &p_))) return p;
-        if (!wire::NextIs<64u>(p, end)) continue;
+        if (!internal::Advance(&p, internal::TakeElements<57u>(p, end, &p_))) return p;
+        if (!internal::NextIs<64u>(p, end)) continue;
         // Fall through.
       case 64:  // width
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &width_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &width_))) return p;
         set_has_width();
-        if (!wire::NextIs<72u>(p, end)) continue;
+        if (!internal::NextIs<72u>(p, end)) continue;
         // Fall through.
       case 72:  // height
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &height_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &height_))) return p;
         set_has_height();
-        if (!wire::NextIs<81u>(p, end)) continue;
+        if (!internal::NextIs<81u>(p, end)) continue;
         // Fall through.
       case 81:  // error_per_point
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &error_per_point_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &error_per_point_))) return p;
         set_has_error_per_point();
-        if (!wire::NextIs<90u>(p, end)) continue;
+        if (!internal::NextIs<90u>(p, end)) continue;
         // Fall through.
       case 90:  // x_bin
-        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_x_bin()))) return p;
-        if (!wire::NextIs<101u>(p, end)) continue;
+        if (!internal::Advance(&p, internal::TakeString(1, p, end, mutable_x_bin()))) return p;
+        if (!internal::NextIs<101u>(p, end)) continue;
         // Fall through.
       case 101:  // offset_x
-        if (wire::TakeRun<101u>(&p, end, &offset_x_, &offset_y_, &bin_center_, &bin_size_)) {
+        if (internal::TakeRun<101u>(&p, end, &offset_x_, &offset_y_, &bin_center_, &bin_size_)) {
           _has_bits_[0] |= 0x7800u;
           continue;
         }
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &offset_x_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &offset_x_))) return p;
         set_has_offset_x();
-        if (!wire::NextIs<109u>(p, end)) continue;
+        if (!internal::NextIs<109u>(p, end)) continue;
         // Fall through.
       case 109:  // offset_y
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &offset_y_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &offset_y_))) return p;
         set_has_offset_y();
-        if (!wire::NextIs<117u>(p, end)) continue;
+        if (!internal::NextIs<117u>(p, end)) continue;
         // Fall through.
       case 117:  // bin_center
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &bin_center_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &bin_center_))) return p;
         set_has_bin_center();
-        if (!wire::NextIs<125u>(p, end)) continue;
+        if (!internal::NextIs<125u>(p, end)) continue;
         // Fall through.
       case 125:  // bin_size
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &bin_size_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &bin_size_))) return p;
         set_has_bin_size();
-        if (!wire::NextIs<130u>(p, end)) continue;
+        if (!internal::NextIs<130u>(p, end)) continue;
         // Fall through.
       case 130:  // sample_points
-        if (!wire::Advance(&p, reader->TakeElements<130u>(p, end, &sample_points_))) return p;
-        if (!wire::NextIs<141u>(p, end)) continue;
+        if (!internal::Advance(&p, reader->TakeElements<130u>(p, end, &sample_points_))) return p;
+        if (!internal::NextIs<141u>(p, end)) continue;
         // Fall through.
       case 141:  // tgt_z
-        if (!wire::Advance(&p, wire::TakeValue<2>(p, end, &tgt_z_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<2>(p, end, &tgt_z_))) return p;
         set_has_tgt_z();
-        if (!wire::NextIs<144u>(p, end)) continue;
+        if (!internal::NextIs<144u>(p, end)) continue;
         // Fall through.
       case 144:  // tgt_width
-        if (!wire::Advance(&p, wire::TakeValue<2>(p, end, &tgt_width_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<2>(p, end, &tgt_width_))) return p;
         set_has_tgt_width();
-        if (!wire::NextIs<152u>(p, end)) continue;
+        if (!internal::NextIs<152u>(p, end)) continue;
         // Fall through.
       case 152:  // tgt_height
-        if (!wire::Advance(&p, wire::TakeValue<2>(p, end, &tgt_height_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<2>(p, end, &tgt_height_))) return p;
         set_has_tgt_height();
         continue;
       case 50:  // k (packed)
-        if (!wire::Advance(&p, wire::TakePacked(1, p, end, &k_))) return p;
+        if (!internal::Advance(&p, internal::TakePacked(1, p, end, &k_))) return p;
         continue;
       case 58:  // p (packed)
-        if (!wire::Advance(&p, wire::TakePacked(1, p, end, &p_))) return p;
+        if (!internal::Advance(&p, internal::TakePacked(1, p, end, &p_))) return p;
         continue;
       default:
         return p;
@@ -1490,19 +1495,19 @@ __attribute__((cold)) bool CameraIntrinsics::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
   switch (tag) {
     case 50:  // k
-      return wire::ReadPacked(input, &k_);
+      return internal::ReadPacked(input, &k_);
     case 58:  // p
-      return wire::ReadPacked(input, &p_);
+      return internal::ReadPacked(input, &p_);
     case 90:  // x_bin
-      return wire::ReadString(input, mutable_x_bin());
+      return internal::ReadString(input, mutable_x_bin());
     case 130:  // sample_points
-      return wire::ReadElement(input, &sample_points_);
+      return internal::MessageReader::ReadElement(input, &sample_points_);
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool CameraIntrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void CameraIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -1511,8 +1516,8 @@ void CameraIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const
   if (has_skew()) WireFormatLite::WriteDouble(3, skew(), output);
   if (has_cx()) WireFormatLite::WriteDouble(4, cx(), output);
   if (has_cy()) WireFormatLite::WriteDouble(5, cy(), output);
-  wire::WriteElements<49u>(k_, output);
-  wire::WriteElements<57u>(p_, output);
+  internal::WriteElements<49u>(k_, output);
+  internal::WriteElements<57u>(p_, output);
   if (has_width()) WireFormatLite::WriteInt32(8, width(), output);
   if (has_height()) WireFormatLite::WriteInt32(9, height(), output);
   if (has_error_per_point()) WireFormatLite::WriteDouble(10, error_per_point(), output);
@@ -1522,7 +1527,7 @@ void CameraIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const
   if (has_bin_center()) WireFormatLite::WriteFloat(14, bin_center(), output);
   if (has_bin_size()) WireFormatLite::WriteFloat(15, bin_size(), output);
   for (const CameraIntrinsicsSamplePoints& element : sample_points_) {
-    wire::WriteMessage(16, element, output);
+    internal::WriteMessage(16, element, output);
   }
   if (has_tgt_z()) WireFormatLite::WriteFloat(17, tgt_z(), output);
   if (has_tgt_width()) WireFormatLite::WriteInt32(18, tgt_width(), output);
@@ -1534,7 +1539,7 @@ void CameraIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const
 
 uint8* CameraIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
   if ((_has_bits_[0] & 0x1Fu) == 0x1Fu) {
-    target = wire::WriteRunToArray<9u>(target, fx_, fy_, skew_, cx_, cy_);
+    target = internal::WriteRunToArray<9u>(target, fx_, fy_, skew_, cx_, cy_);
   } else {
     if (has_fx()) target = WireFormatLite::WriteDoubleToArray(1, fx(), target);
     if (has_fy()) target = WireFormatLite::WriteDoubleToArray(2, fy(), target);
@@ -1542,17 +1547,18 @@ uint8* CameraIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
     if (has_cx()) target = WireFormatLite::WriteDoubleToArray(4, cx(), target);
     if (has_cy()) target = WireFormatLite::WriteDoubleToArray(5, cy(), target);
   }
-  target = wire::WriteElementsToArray<49u>(k_, target);
-  target = wire::WriteElementsToArray<57u>(p_, target);
+  target = internal::WriteElementsToArray<49u>(k_, target);
+  target = internal::WriteElementsToArray<57u>(p_, target);
   if (_has_bits_[0] & 0x7F80u) {
-    if (has_width()) target = wire::WriteInt32ToArray(8, width(), target);
-    if (has_height()) target = wire::WriteInt32ToArray(9, height(), target);
+    if (has_width()) target = internal::WriteInt32ToArray(8, width(), target);
+    if (has_height()) target = internal::WriteInt32ToArray(9, height(), target);
     if (has_error_per_point()) {
       target = WireFormatLite::WriteDoubleToArray(10, error_per_point(), target);
     }
-    if (has_x_bin()) target = wire::WriteTextToArray(11, x_bin(), target);
+    if (has_x_bin()) target = internal::WriteTextToArray(11, x_bin(), target);
     if ((_has_bits_[0] & 0x7800u) == 0x7800u) {
-      target = wire::WriteRunToArray<101u>(target, offset_x_, offset_y_, bin_center_, bin_size_);
+      target =
+          internal::WriteRunToArray<101u>(target, offset_x_, offset_y_, bin_center_, bin_size_);
     } else {
       if (has_offset_x()) target = WireFormatLite::WriteFloatToArray(12, offset_x(), target);
       if (has_offset_y()) target = WireFormatLite::WriteFloatToArray(13, offset_y(), target);
@@ -1561,13 +1567,13 @@ uint8* CameraIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
     }
   }
   for (const CameraIntrinsicsSamplePoints& element : sample_points_) {
-    target = wire::WriteMessageToArray(16, element, target);
+    target = internal::WriteMessageToArray(16, element, target);
   }
   if (has_tgt_z()) target = WireFormatLite::WriteFloatToArray(17, tgt_z(), target);
-  if (has_tgt_width()) target = wire::WriteInt32ToArray(18, tgt_width(), target);
-  if (has_tgt_height()) target = wire::WriteInt32ToArray(19, tgt_height(), target);
+  if (has_tgt_width()) target = internal::WriteInt32ToArray(18, tgt_width(), target);
+  if (has_tgt_height()) target = internal::WriteInt32ToArray(19, tgt_height(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -1579,11 +1585,11 @@ int CameraIntrinsics::ByteSize() const {
   } else {
     total_size += RequiredFieldsByteSizeFallback();
   }
-  if (has_width()) total_size += 1 + wire::Int32Size(width());
+  if (has_width()) total_size += 1 + internal::Int32Size(width());
   if (_has_bits_[0] & 0x7F00u) {
-    if (has_height()) total_size += 1 + wire::Int32Size(height());
+    if (has_height()) total_size += 1 + internal::Int32Size(height());
     if (has_error_per_point()) total_size += 1 + 8;
-    if (has_x_bin()) total_size += 1 + wire::StringSize(x_bin());
+    if (has_x_bin()) total_size += 1 + internal::StringSize(x_bin());
     if (has_offset_x()) total_size += 1 + 4;
     if (has_offset_y()) total_size += 1 + 4;
     if (has_bin_center()) total_size += 1 + 4;
@@ -1591,17 +1597,17 @@ int CameraIntrinsics::ByteSize() const {
   }
   if (_has_bits_[0] & 0x70000u) {
     if (has_tgt_z()) total_size += 2 + 4;
-    if (has_tgt_width()) total_size += 2 + wire::Int32Size(tgt_width());
-    if (has_tgt_height()) total_size += 2 + wire::Int32Size(tgt_height());
+    if (has_tgt_width()) total_size += 2 + internal::Int32Size(tgt_width());
+    if (has_tgt_height()) total_size += 2 + internal::Int32Size(tgt_height());
   }
   total_size += 9 * static_cast<uint32>(k_size());
   total_size += 9 * static_cast<uint32>(p_size());
   total_size += 2 * static_cast<uint32>(sample_points_size());
   for (const CameraIntrinsicsSamplePoints& element : sample_points_) {
-    total_size += wire::MessageSize(element);
+    total_size += internal::MessageSize(element);
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -1631,7 +1637,7 @@ void CameraIntrinsics::MergeFrom(const CameraIntrinsics& from) {
   if (&from == this) MergeFromFail(__LINE__);
   k_.MergeFrom(from.k_);
   p_.MergeFrom(from.p_);
-  runtime::MergeElements(from.sample_points_, &sample_points_);
+  internal::MergeElements(from.sample_points_, &sample_points_);
   const uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if ((bits & 0x1Fu) == 0x1Fu) {
@@ -1676,7 +1682,7 @@ void CameraIntrinsics::MergeFrom(const CameraIntrinsics& from) {
     _has_bits_[0] |= bits & 0x70000u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -1719,7 +1725,7 @@ CalibrationImage::~CalibrationImage() { SharedDtor(); }
 void CalibrationImage::InitAsDefaultInstance() {}
 
 void CalibrationImage::SharedCtor() {
-  runtime::InitSharedEmptyString();
+  internal::InitSharedEmptyString();
   _cached_size_ = 0;
   width_ = 0;
   height_ = 0;
@@ -1745,7 +1751,7 @@ CalibrationImage* CalibrationImage::New() const { return New(nullptr); }
 
 CalibrationImage* CalibrationImage::New(::google::protobuf::Arena* arena) const {
   CalibrationImage* message = new CalibrationImage;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -1765,7 +1771,7 @@ __attribute__((noinline)) void CalibrationImage::InternalSwap(CalibrationImage* 
   imgdata_.Swap(&other->imgdata_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void CalibrationImage::Clear() {
@@ -1777,34 +1783,34 @@ void CalibrationImage::Clear() {
     if (has_imgdata()) imgdata_.Clear();
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* CalibrationImage::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader*) {
+    internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 8:  // width
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &width_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &width_))) return p;
         set_has_width();
-        if (!wire::NextIs<16u>(p, end)) continue;
+        if (!internal::NextIs<16u>(p, end)) continue;
         // Fall through.
       case 16:  // height
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &height_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &height_))) return p;
         set_has_height();
-        if (!wire::NextIs<24u>(p, end)) continue;
+        if (!internal::NextIs<24u>(p, end)) continue;
         // Fall through.
       case 24:  // stride
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &stride_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &stride_))) return p;
         set_has_stride();
-        if (!wire::NextIs<34u>(p, end)) continue;
+        if (!internal::NextIs<34u>(p, end)) continue;
         // Fall through.
       case 34:  // format
-        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_format()))) return p;
-        if (!wire::NextIs<42u>(p, end)) continue;
+        if (!internal::Advance(&p, internal::TakeString(1, p, end, mutable_format()))) return p;
+        if (!internal::NextIs<42u>(p, end)) continue;
         // Fall through.
       case 42:  // imgdata
-        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_imgdata()))) return p;
+        if (!internal::Advance(&p, internal::TakeString(1, p, end, mutable_imgdata()))) return p;
         continue;
       default:
         return p;
@@ -1817,15 +1823,15 @@ __attribute__((cold)) bool CalibrationImage::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
   switch (tag) {
     case 34:  // format
-      return wire::ReadString(input, mutable_format());
+      return internal::ReadString(input, mutable_format());
     case 42:  // imgdata
-      return wire::ReadString(input, mutable_imgdata());
+      return internal::ReadString(input, mutable_imgdata());
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool CalibrationImage::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void CalibrationImage::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -1840,13 +1846,13 @@ void CalibrationImage::SerializeWithCachedSizes(CodedOutputStream* output) const
 }
 
 uint8* CalibrationImage::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_width()) target = wire::WriteInt32ToArray(1, width(), target);
-  if (has_height()) target = wire::WriteInt32ToArray(2, height(), target);
-  if (has_stride()) target = wire::WriteInt32ToArray(3, stride(), target);
-  if (has_format()) target = wire::WriteTextToArray(4, format(), target);
-  if (has_imgdata()) target = wire::WriteTextToArray(5, imgdata(), target);
+  if (has_width()) target = internal::WriteInt32ToArray(1, width(), target);
+  if (has_height()) target = internal::WriteInt32ToArray(2, height(), target);
+  if (has_stride()) target = internal::WriteInt32ToArray(3, stride(), target);
+  if (has_format()) target = internal::WriteTextToArray(4, format(), target);
+  if (has_imgdata()) target = internal::WriteTextToArray(5, imgdata(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -1854,14 +1860,14 @@ uint8* CalibrationImage::SerializeWithCachedSizesToArray(uint8* target) const {
 int CalibrationImage::ByteSize() const {
   uint32 total_size = 0;
   if (_has_bits_[0] & 0x1Fu) {
-    if (has_width()) total_size += 1 + wire::Int32Size(width());
-    if (has_height()) total_size += 1 + wire::Int32Size(height());
-    if (has_stride()) total_size += 1 + wire::Int32Size(stride());
-    if (has_format()) total_size += 1 + wire::StringSize(format());
-    if (has_imgdata()) total_size += 1 + wire::StringSize(imgdata());
+    if (has_width()) total_size += 1 + internal::Int32Size(width());
+    if (has_height()) total_size += 1 + internal::Int32Size(height());
+    if (has_stride()) total_size += 1 + internal::Int32Size(stride());
+    if (has_format()) total_size += 1 + internal::StringSize(format());
+    if (has_imgdata()) total_size += 1 + internal::StringSize(imgdata());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -1895,7 +1901,7 @@ void CalibrationImage::MergeFrom(const CalibrationImage& from) {
     _has_bits_[0] |= bits & 0x7u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -1967,7 +1973,7 @@ FocusInfoItem* FocusInfoItem::New() const { return New(nullptr); }
 
 FocusInfoItem* FocusInfoItem::New(::google::protobuf::Arena* arena) const {
   FocusInfoItem* message = new FocusInfoItem;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -1991,7 +1997,7 @@ __attribute__((noinline)) void FocusInfoItem::InternalSwap(FocusInfoItem* other)
   std::swap(valid_max_, other->valid_max_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void FocusInfoItem::Clear() {
@@ -2007,62 +2013,69 @@ void FocusInfoItem::Clear() {
   valid_max_ = 0;
   transfer_function_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* FocusInfoItem::MergeBuffered(const uint8* p, const uint8* end, wire::MessageReader*) {
+const uint8* FocusInfoItem::MergeBuffered(const uint8* p, const uint8* end,
+    internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 8:  // target_id
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &target_id_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &target_id_))) return p;
         set_has_target_id();
-        if (!wire::NextIs<21u>(p, end)) continue;
+        if (!internal::NextIs<21u>(p, end)) continue;
         // Fall through.
       case 21:  // cutoff_threshold
-        if (wire::TakeRun<21u>(&p, end, &cutoff_threshold_, &cutoff_cycles_per_pix_,
+        if (internal::TakeRun<21u>(&p, end, &cutoff_threshold_, &cutoff_cycles_per_pix_,
             &cutoff_cycles_per_mm_, &pix_per_mm_)) {
           _has_bits_[0] |= 0x3Cu;
           continue;
         }
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cutoff_threshold_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &cutoff_threshold_))) return p;
         set_has_cutoff_threshold();
-        if (!wire::NextIs<29u>(p, end)) continue;
+        if (!internal::NextIs<29u>(p, end)) continue;
         // Fall through.
       case 29:  // cutoff_cycles_per_pix
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cutoff_cycles_per_pix_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &cutoff_cycles_per_pix_))) {
+          return p;
+        }
         set_has_cutoff_cycles_per_pix();
-        if (!wire::NextIs<37u>(p, end)) continue;
+        if (!internal::NextIs<37u>(p, end)) continue;
         // Fall through.
       case 37:  // cutoff_cycles_per_mm
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cutoff_cycles_per_mm_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &cutoff_cycles_per_mm_))) {
+          return p;
+        }
         set_has_cutoff_cycles_per_mm();
-        if (!wire::NextIs<45u>(p, end)) continue;
+        if (!internal::NextIs<45u>(p, end)) continue;
         // Fall through.
       case 45:  // pix_per_mm
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &pix_per_mm_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &pix_per_mm_))) return p;
         set_has_pix_per_mm();
-        if (!wire::NextIs<53u>(p, end)) continue;
+        if (!internal::NextIs<53u>(p, end)) continue;
         // Fall through.
       case 53:  // transfer_function
-        if (!wire::Advance(&p, wire::TakeElements<53u>(p, end, &transfer_function_))) return p;
-        if (!wire::NextIs<56u>(p, end)) continue;
+        if (!internal::Advance(&p, internal::TakeElements<53u>(p, end, &transfer_function_))) {
+          return p;
+        }
+        if (!internal::NextIs<56u>(p, end)) continue;
         // Fall through.
       case 56:  // valid_min
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &valid_min_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &valid_min_))) return p;
         set_has_valid_min();
-        if (!wire::NextIs<64u>(p, end)) continue;
+        if (!internal::NextIs<64u>(p, end)) continue;
         // Fall through.
       case 64:  // valid_max
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &valid_max_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &valid_max_))) return p;
         set_has_valid_max();
-        if (!wire::NextIs<72u>(p, end)) continue;
+        if (!internal::NextIs<72u>(p, end)) continue;
         // Fall through.
       case 72:  // target_code
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &target_code_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &target_code_))) return p;
         set_has_target_code();
         continue;
       case 50:  // transfer_function (packed)
-        if (!wire::Advance(&p, wire::TakePacked(1, p, end, &transfer_function_))) return p;
+        if (!internal::Advance(&p, internal::TakePacked(1, p, end, &transfer_function_))) return p;
         continue;
       default:
         return p;
@@ -2075,13 +2088,13 @@ __attribute__((cold)) bool FocusInfoItem::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
   switch (tag) {
     case 50:  // transfer_function
-      return wire::ReadPacked(input, &transfer_function_);
+      return internal::ReadPacked(input, &transfer_function_);
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool FocusInfoItem::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void FocusInfoItem::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -2090,7 +2103,7 @@ void FocusInfoItem::SerializeWithCachedSizes(CodedOutputStream* output) const {
   if (has_cutoff_cycles_per_pix()) WireFormatLite::WriteFloat(3, cutoff_cycles_per_pix(), output);
   if (has_cutoff_cycles_per_mm()) WireFormatLite::WriteFloat(4, cutoff_cycles_per_mm(), output);
   if (has_pix_per_mm()) WireFormatLite::WriteFloat(5, pix_per_mm(), output);
-  wire::WriteElements<53u>(transfer_function_, output);
+  internal::WriteElements<53u>(transfer_function_, output);
   if (has_valid_min()) WireFormatLite::WriteInt32(7, valid_min(), output);
   if (has_valid_max()) WireFormatLite::WriteInt32(8, valid_max(), output);
   if (has_target_code()) WireFormatLite::WriteInt32(9, target_code(), output);
@@ -2100,10 +2113,10 @@ void FocusInfoItem::SerializeWithCachedSizes(CodedOutputStream* output) const {
 }
 
 uint8* FocusInfoItem::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_target_id()) target = wire::WriteInt32ToArray(1, target_id(), target);
+  if (has_target_id()) target = internal::WriteInt32ToArray(1, target_id(), target);
   if ((_has_bits_[0] & 0x3Cu) == 0x3Cu) {
     target =
-        wire::WriteRunToArray<21u>(target, cutoff_threshold_, cutoff_cycles_per_pix_,
+        internal::WriteRunToArray<21u>(target, cutoff_threshold_, cutoff_cycles_per_pix_,
             cutoff_cycles_per_mm_, pix_per_mm_);
   } else {
     if (has_cutoff_threshold()) {
@@ -2117,12 +2130,12 @@ uint8* FocusInfoItem::SerializeWithCachedSizesToArray(uint8* target) const {
     }
     if (has_pix_per_mm()) target = WireFormatLite::WriteFloatToArray(5, pix_per_mm(), target);
   }
-  target = wire::WriteElementsToArray<53u>(transfer_function_, target);
-  if (has_valid_min()) target = wire::WriteInt32ToArray(7, valid_min(), target);
-  if (has_valid_max()) target = wire::WriteInt32ToArray(8, valid_max(), target);
-  if (has_target_code()) target = wire::WriteInt32ToArray(9, target_code(), target);
+  target = internal::WriteElementsToArray<53u>(transfer_function_, target);
+  if (has_valid_min()) target = internal::WriteInt32ToArray(7, valid_min(), target);
+  if (has_valid_max()) target = internal::WriteInt32ToArray(8, valid_max(), target);
+  if (has_target_code()) target = internal::WriteInt32ToArray(9, target_code(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -2130,18 +2143,18 @@ uint8* FocusInfoItem::SerializeWithCachedSizesToArray(uint8* target) const {
 int FocusInfoItem::ByteSize() const {
   uint32 total_size = 0;
   if (_has_bits_[0] & 0xBFu) {
-    if (has_target_id()) total_size += 1 + wire::Int32Size(target_id());
-    if (has_target_code()) total_size += 1 + wire::Int32Size(target_code());
+    if (has_target_id()) total_size += 1 + internal::Int32Size(target_id());
+    if (has_target_code()) total_size += 1 + internal::Int32Size(target_code());
     if (has_cutoff_threshold()) total_size += 1 + 4;
     if (has_cutoff_cycles_per_pix()) total_size += 1 + 4;
     if (has_cutoff_cycles_per_mm()) total_size += 1 + 4;
     if (has_pix_per_mm()) total_size += 1 + 4;
-    if (has_valid_min()) total_size += 1 + wire::Int32Size(valid_min());
+    if (has_valid_min()) total_size += 1 + internal::Int32Size(valid_min());
   }
-  if (has_valid_max()) total_size += 1 + wire::Int32Size(valid_max());
+  if (has_valid_max()) total_size += 1 + internal::Int32Size(valid_max());
   total_size += 5 * static_cast<uint32>(transfer_function_size());
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -2186,7 +2199,7 @@ void FocusInfoItem::MergeFrom(const FocusInfoItem& from) {
     _has_bits_[0] |= bits & 0x100u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -2242,7 +2255,7 @@ FocusInfo* FocusInfo::New() const { return New(nullptr); }
 
 FocusInfo* FocusInfo::New(::google::protobuf::Arena* arena) const {
   FocusInfo* message = new FocusInfo;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -2258,21 +2271,21 @@ __attribute__((noinline)) void FocusInfo::InternalSwap(FocusInfo* other) {
   focus_.UnsafeArenaSwap(&other->focus_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void FocusInfo::Clear() {
   focus_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* FocusInfo::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader* reader) {
+    internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // focus
-        if (!wire::Advance(&p, reader->TakeElements<10u>(p, end, &focus_))) return p;
+        if (!internal::Advance(&p, reader->TakeElements<10u>(p, end, &focus_))) return p;
         continue;
       default:
         return p;
@@ -2284,17 +2297,17 @@ const uint8* FocusInfo::MergeBuffered(const uint8* p, const uint8* end,
 __attribute__((cold)) bool FocusInfo::MergeLengthDelimited(uint32 tag, CodedInputStream* input) {
   switch (tag) {
     case 10:  // focus
-      return wire::ReadElement(input, &focus_);
+      return internal::MessageReader::ReadElement(input, &focus_);
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool FocusInfo::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void FocusInfo::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  for (const FocusInfoItem& element : focus_) wire::WriteMessage(1, element, output);
+  for (const FocusInfoItem& element : focus_) internal::WriteMessage(1, element, output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
@@ -2302,10 +2315,10 @@ void FocusInfo::SerializeWithCachedSizes(CodedOutputStream* output) const {
 
 uint8* FocusInfo::SerializeWithCachedSizesToArray(uint8* target) const {
   for (const FocusInfoItem& element : focus_) {
-    target = wire::WriteMessageToArray(1, element, target);
+    target = internal::WriteMessageToArray(1, element, target);
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -2313,9 +2326,9 @@ uint8* FocusInfo::SerializeWithCachedSizesToArray(uint8* target) const {
 int FocusInfo::ByteSize() const {
   uint32 total_size = 0;
   total_size += 1 * static_cast<uint32>(focus_size());
-  for (const FocusInfoItem& element : focus_) total_size += wire::MessageSize(element);
+  for (const FocusInfoItem& element : focus_) total_size += internal::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -2333,9 +2346,9 @@ void FocusInfo::MergeFrom(const ::google::protobuf::Message& from) {
 
 void FocusInfo::MergeFrom(const FocusInfo& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  runtime::MergeElements(from.focus_, &focus_);
+  internal::MergeElements(from.focus_, &focus_);
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -2391,7 +2404,7 @@ CameraExtrinsics* CameraExtrinsics::New() const { return New(nullptr); }
 
 CameraExtrinsics* CameraExtrinsics::New(::google::protobuf::Arena* arena) const {
   CameraExtrinsics* message = new CameraExtrinsics;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -2407,24 +2420,24 @@ __attribute__((noinline)) void CameraExtrinsics::InternalSwap(CameraExtrinsics* 
   a_.UnsafeArenaSwap(&other->a_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void CameraExtrinsics::Clear() {
   a_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* CameraExtrinsics::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader*) {
+    internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 9:  // a
-        if (!wire::Advance(&p, wire::TakeElements<9u>(p, end, &a_))) return p;
+        if (!internal::Advance(&p, internal::TakeElements<9u>(p, end, &a_))) return p;
         continue;
       case 10:  // a (packed)
-        if (!wire::Advance(&p, wire::TakePacked(1, p, end, &a_))) return p;
+        if (!internal::Advance(&p, internal::TakePacked(1, p, end, &a_))) return p;
         continue;
       default:
         return p;
@@ -2437,26 +2450,26 @@ __attribute__((cold)) bool CameraExtrinsics::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
   switch (tag) {
     case 10:  // a
-      return wire::ReadPacked(input, &a_);
+      return internal::ReadPacked(input, &a_);
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool CameraExtrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void CameraExtrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  wire::WriteElements<9u>(a_, output);
+  internal::WriteElements<9u>(a_, output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
 uint8* CameraExtrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
-  target = wire::WriteElementsToArray<9u>(a_, target);
+  target = internal::WriteElementsToArray<9u>(a_, target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -2465,7 +2478,7 @@ int CameraExtrinsics::ByteSize() const {
   uint32 total_size = 0;
   total_size += 9 * static_cast<uint32>(a_size());
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -2485,7 +2498,7 @@ void CameraExtrinsics::MergeFrom(const CameraExtrinsics& from) {
   if (&from == this) MergeFromFail(__LINE__);
   a_.MergeFrom(from.a_);
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -2539,7 +2552,7 @@ void CameraCalibration::InitAsDefaultInstance() {
 }
 
 void CameraCalibration::SharedCtor() {
-  runtime::InitSharedEmptyString();
+  internal::InitSharedEmptyString();
   _cached_size_ = 0;
   intrinsics_ = nullptr;
   intrinsics_image_ = nullptr;
@@ -2574,7 +2587,7 @@ CameraCalibration* CameraCalibration::New() const { return New(nullptr); }
 
 CameraCalibration* CameraCalibration::New(::google::protobuf::Arena* arena) const {
   CameraCalibration* message = new CameraCalibration;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -2596,7 +2609,7 @@ __attribute__((noinline)) void CameraCalibration::InternalSwap(CameraCalibration
   serial_.Swap(&other->serial_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void CameraCalibration::Clear() {
@@ -2614,43 +2627,43 @@ void CameraCalibration::Clear() {
     if (has_serial()) serial_.Clear();
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* CameraCalibration::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader* reader) {
+    internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // intrinsics
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_intrinsics()))) return p;
-        if (!wire::NextIs<18u>(p, end)) continue;
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_intrinsics()))) return p;
+        if (!internal::NextIs<18u>(p, end)) continue;
         // Fall through.
       case 18:  // intrinsics_image
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_intrinsics_image()))) {
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_intrinsics_image()))) {
           return p;
         }
-        if (!wire::NextIs<26u>(p, end)) continue;
+        if (!internal::NextIs<26u>(p, end)) continue;
         // Fall through.
       case 26:  // extrinsics
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_extrinsics()))) return p;
-        if (!wire::NextIs<34u>(p, end)) continue;
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_extrinsics()))) return p;
+        if (!internal::NextIs<34u>(p, end)) continue;
         // Fall through.
       case 34:  // extrinsics_image
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_extrinsics_image()))) {
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_extrinsics_image()))) {
           return p;
         }
-        if (!wire::NextIs<42u>(p, end)) continue;
+        if (!internal::NextIs<42u>(p, end)) continue;
         // Fall through.
       case 42:  // name
-        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_name()))) return p;
-        if (!wire::NextIs<50u>(p, end)) continue;
+        if (!internal::Advance(&p, internal::TakeString(1, p, end, mutable_name()))) return p;
+        if (!internal::NextIs<50u>(p, end)) continue;
         // Fall through.
       case 50:  // model
-        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_model()))) return p;
-        if (!wire::NextIs<58u>(p, end)) continue;
+        if (!internal::Advance(&p, internal::TakeString(1, p, end, mutable_model()))) return p;
+        if (!internal::NextIs<58u>(p, end)) continue;
         // Fall through.
       case 58:  // serial
-        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_serial()))) return p;
+        if (!internal::Advance(&p, internal::TakeString(1, p, end, mutable_serial()))) return p;
         continue;
       default:
         return p;
@@ -2663,32 +2676,32 @@ __attribute__((cold)) bool CameraCalibration::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
   switch (tag) {
     case 10:  // intrinsics
-      return wire::ReadMessage(input, mutable_intrinsics());
+      return internal::MessageReader::ReadMessage(input, mutable_intrinsics());
     case 18:  // intrinsics_image
-      return wire::ReadMessage(input, mutable_intrinsics_image());
+      return internal::MessageReader::ReadMessage(input, mutable_intrinsics_image());
     case 26:  // extrinsics
-      return wire::ReadMessage(input, mutable_extrinsics());
+      return internal::MessageReader::ReadMessage(input, mutable_extrinsics());
     case 34:  // extrinsics_image
-      return wire::ReadMessage(input, mutable_extrinsics_image());
+      return internal::MessageReader::ReadMessage(input, mutable_extrinsics_image());
     case 42:  // name
-      return wire::ReadString(input, mutable_name());
+      return internal::ReadString(input, mutable_name());
     case 50:  // model
-      return wire::ReadString(input, mutable_model());
+      return internal::ReadString(input, mutable_model());
     case 58:  // serial
-      return wire::ReadString(input, mutable_serial());
+      return internal::ReadString(input, mutable_serial());
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool CameraCalibration::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void CameraCalibration::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_intrinsics()) wire::WriteMessage(1, intrinsics(), output);
-  if (has_intrinsics_image()) wire::WriteMessage(2, intrinsics_image(), output);
-  if (has_extrinsics()) wire::WriteMessage(3, extrinsics(), output);
-  if (has_extrinsics_image()) wire::WriteMessage(4, extrinsics_image(), output);
+  if (has_intrinsics()) internal::WriteMessage(1, intrinsics(), output);
+  if (has_intrinsics_image()) internal::WriteMessage(2, intrinsics_image(), output);
+  if (has_extrinsics()) internal::WriteMessage(3, extrinsics(), output);
+  if (has_extrinsics_image()) internal::WriteMessage(4, extrinsics_image(), output);
   if (has_name()) WireFormatLite::WriteStringMaybeAliased(5, name(), output);
   if (has_model()) WireFormatLite::WriteStringMaybeAliased(6, model(), output);
   if (has_serial()) WireFormatLite::WriteStringMaybeAliased(7, serial(), output);
@@ -2698,15 +2711,15 @@ void CameraCalibration::SerializeWithCachedSizes(CodedOutputStream* output) cons
 }
 
 uint8* CameraCalibration::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_intrinsics()) target = wire::WriteMessageToArray(1, intrinsics(), target);
-  if (has_intrinsics_image()) target = wire::WriteMessageToArray(2, intrinsics_image(), target);
-  if (has_extrinsics()) target = wire::WriteMessageToArray(3, extrinsics(), target);
-  if (has_extrinsics_image()) target = wire::WriteMessageToArray(4, extrinsics_image(), target);
-  if (has_name()) target = wire::WriteTextToArray(5, name(), target);
-  if (has_model()) target = wire::WriteTextToArray(6, model(), target);
-  if (has_serial()) target = wire::WriteTextToArray(7, serial(), target);
+  if (has_intrinsics()) target = internal::WriteMessageToArray(1, intrinsics(), target);
+  if (has_intrinsics_image()) target = internal::WriteMessageToArray(2, intrinsics_image(), target);
+  if (has_extrinsics()) target = internal::WriteMessageToArray(3, extrinsics(), target);
+  if (has_extrinsics_image()) target = internal::WriteMessageToArray(4, extrinsics_image(), target);
+  if (has_name()) target = internal::WriteTextToArray(5, name(), target);
+  if (has_model()) target = internal::WriteTextToArray(6, model(), target);
+  if (has_serial()) target = internal::WriteTextToArray(7, serial(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -2714,16 +2727,16 @@ uint8* CameraCalibration::SerializeWithCachedSizesToArray(uint8* target) const {
 int CameraCalibration::ByteSize() const {
   uint32 total_size = 0;
   if (_has_bits_[0] & 0x7Fu) {
-    if (has_intrinsics()) total_size += 1 + wire::MessageSize(intrinsics());
-    if (has_intrinsics_image()) total_size += 1 + wire::MessageSize(intrinsics_image());
-    if (has_extrinsics()) total_size += 1 + wire::MessageSize(extrinsics());
-    if (has_extrinsics_image()) total_size += 1 + wire::MessageSize(extrinsics_image());
-    if (has_name()) total_size += 1 + wire::StringSize(name());
-    if (has_model()) total_size += 1 + wire::StringSize(model());
-    if (has_serial()) total_size += 1 + wire::StringSize(serial());
+    if (has_intrinsics()) total_size += 1 + internal::MessageSize(intrinsics());
+    if (has_intrinsics_image()) total_size += 1 + internal::MessageSize(intrinsics_image());
+    if (has_extrinsics()) total_size += 1 + internal::MessageSize(extrinsics());
+    if (has_extrinsics_image()) total_size += 1 + internal::MessageSize(extrinsics_image());
+    if (has_name()) total_size += 1 + internal::StringSize(name());
+    if (has_model()) total_size += 1 + internal::StringSize(model());
+    if (has_serial()) total_size += 1 + internal::StringSize(serial());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -2761,7 +2774,7 @@ void CameraCalibration::MergeFrom(const CameraCalibration& from) {
     }
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -2818,7 +2831,7 @@ RobotCalibration* RobotCalibration::New() const { return New(nullptr); }
 
 RobotCalibration* RobotCalibration::New(::google::protobuf::Arena* arena) const {
   RobotCalibration* message = new RobotCalibration;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -2834,21 +2847,21 @@ __attribute__((noinline)) void RobotCalibration::InternalSwap(RobotCalibration* 
   camera_.UnsafeArenaSwap(&other->camera_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void RobotCalibration::Clear() {
   camera_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* RobotCalibration::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader* reader) {
+    internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // camera
-        if (!wire::Advance(&p, reader->TakeElements<10u>(p, end, &camera_))) return p;
+        if (!internal::Advance(&p, reader->TakeElements<10u>(p, end, &camera_))) return p;
         continue;
       default:
         return p;
@@ -2861,17 +2874,17 @@ __attribute__((cold)) bool RobotCalibration::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
   switch (tag) {
     case 10:  // camera
-      return wire::ReadElement(input, &camera_);
+      return internal::MessageReader::ReadElement(input, &camera_);
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool RobotCalibration::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void RobotCalibration::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  for (const CameraCalibration& element : camera_) wire::WriteMessage(1, element, output);
+  for (const CameraCalibration& element : camera_) internal::WriteMessage(1, element, output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
@@ -2879,10 +2892,10 @@ void RobotCalibration::SerializeWithCachedSizes(CodedOutputStream* output) const
 
 uint8* RobotCalibration::SerializeWithCachedSizesToArray(uint8* target) const {
   for (const CameraCalibration& element : camera_) {
-    target = wire::WriteMessageToArray(1, element, target);
+    target = internal::WriteMessageToArray(1, element, target);
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -2890,9 +2903,9 @@ uint8* RobotCalibration::SerializeWithCachedSizesToArray(uint8* target) const {
 int RobotCalibration::ByteSize() const {
   uint32 total_size = 0;
   total_size += 1 * static_cast<uint32>(camera_size());
-  for (const CameraCalibration& element : camera_) total_size += wire::MessageSize(element);
+  for (const CameraCalibration& element : camera_) total_size += internal::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -2910,9 +2923,9 @@ void RobotCalibration::MergeFrom(const ::google::protobuf::Message& from) {
 
 void RobotCalibration::MergeFrom(const RobotCalibration& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  runtime::MergeElements(from.camera_, &camera_);
+  internal::MergeElements(from.camera_, &camera_);
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -2958,7 +2971,7 @@ CalibrationMetadataProto::~CalibrationMetadataProto() { SharedDtor(); }
 void CalibrationMetadataProto::InitAsDefaultInstance() {}
 
 void CalibrationMetadataProto::SharedCtor() {
-  runtime::InitSharedEmptyString();
+  internal::InitSharedEmptyString();
   _cached_size_ = 0;
   time_ = 0;
   base_serial_.Init();
@@ -2985,7 +2998,7 @@ CalibrationMetadataProto* CalibrationMetadataProto::New() const { return New(nul
 
 CalibrationMetadataProto* CalibrationMetadataProto::New(::google::protobuf::Arena* arena) const {
   CalibrationMetadataProto* message = new CalibrationMetadataProto;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -3005,7 +3018,7 @@ __attribute__((noinline)) void CalibrationMetadataProto::InternalSwap(
   std::swap(temperature_, other->temperature_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void CalibrationMetadataProto::Clear() {
@@ -3016,28 +3029,32 @@ void CalibrationMetadataProto::Clear() {
     temperature_ = 0;
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* CalibrationMetadataProto::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader*) {
+    internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 8:  // time
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &time_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &time_))) return p;
         set_has_time();
-        if (!wire::NextIs<18u>(p, end)) continue;
+        if (!internal::NextIs<18u>(p, end)) continue;
         // Fall through.
       case 18:  // base_serial
-        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_base_serial()))) return p;
-        if (!wire::NextIs<26u>(p, end)) continue;
+        if (!internal::Advance(&p, internal::TakeString(1, p, end, mutable_base_serial()))) {
+          return p;
+        }
+        if (!internal::NextIs<26u>(p, end)) continue;
         // Fall through.
       case 26:  // audio_serial
-        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_audio_serial()))) return p;
-        if (!wire::NextIs<37u>(p, end)) continue;
+        if (!internal::Advance(&p, internal::TakeString(1, p, end, mutable_audio_serial()))) {
+          return p;
+        }
+        if (!internal::NextIs<37u>(p, end)) continue;
         // Fall through.
       case 37:  // temperature
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &temperature_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &temperature_))) return p;
         set_has_temperature();
         continue;
       default:
@@ -3051,15 +3068,15 @@ __attribute__((cold)) bool CalibrationMetadataProto::MergeLengthDelimited(uint32
     CodedInputStream* input) {
   switch (tag) {
     case 18:  // base_serial
-      return wire::ReadString(input, mutable_base_serial());
+      return internal::ReadString(input, mutable_base_serial());
     case 26:  // audio_serial
-      return wire::ReadString(input, mutable_audio_serial());
+      return internal::ReadString(input, mutable_audio_serial());
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool CalibrationMetadataProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void CalibrationMetadataProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -3073,12 +3090,12 @@ void CalibrationMetadataProto::SerializeWithCachedSizes(CodedOutputStream* outpu
 }
 
 uint8* CalibrationMetadataProto::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_time()) target = wire::WriteInt64ToArray(1, time(), target);
-  if (has_base_serial()) target = wire::WriteTextToArray(2, base_serial(), target);
-  if (has_audio_serial()) target = wire::WriteTextToArray(3, audio_serial(), target);
+  if (has_time()) target = internal::WriteInt64ToArray(1, time(), target);
+  if (has_base_serial()) target = internal::WriteTextToArray(2, base_serial(), target);
+  if (has_audio_serial()) target = internal::WriteTextToArray(3, audio_serial(), target);
   if (has_temperature()) target = WireFormatLite::WriteFloatToArray(4, temperature(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -3086,13 +3103,13 @@ uint8* CalibrationMetadataProto::SerializeWithCachedSizesToArray(uint8* target) 
 int CalibrationMetadataProto::ByteSize() const {
   uint32 total_size = 0;
   if (_has_bits_[0] & 0xFu) {
-    if (has_time()) total_size += 1 + wire::Int64Size(time());
-    if (has_base_serial()) total_size += 1 + wire::StringSize(base_serial());
-    if (has_audio_serial()) total_size += 1 + wire::StringSize(audio_serial());
+    if (has_time()) total_size += 1 + internal::Int64Size(time());
+    if (has_base_serial()) total_size += 1 + internal::StringSize(base_serial());
+    if (has_audio_serial()) total_size += 1 + internal::StringSize(audio_serial());
     if (has_temperature()) total_size += 1 + 4;
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -3125,7 +3142,7 @@ void CalibrationMetadataProto::MergeFrom(const CalibrationMetadataProto& from) {
     _has_bits_[0] |= bits & 0x9u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -3194,7 +3211,7 @@ GyroscopeCalibrationProto* GyroscopeCalibrationProto::New() const { return New(n
 
 GyroscopeCalibrationProto* GyroscopeCalibrationProto::New(::google::protobuf::Arena* arena) const {
   GyroscopeCalibrationProto* message = new GyroscopeCalibrationProto;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -3212,7 +3229,7 @@ __attribute__((noinline)) void GyroscopeCalibrationProto::InternalSwap(
   std::swap(metadata_, other->metadata_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void GyroscopeCalibrationProto::Clear() {
@@ -3221,20 +3238,20 @@ void GyroscopeCalibrationProto::Clear() {
     if (has_metadata() && metadata_ != nullptr) metadata_->CalibrationMetadataProto::Clear();
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* GyroscopeCalibrationProto::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader* reader) {
+    internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 13:  // gyroscope_gain
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &gyroscope_gain_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &gyroscope_gain_))) return p;
         set_has_gyroscope_gain();
-        if (!wire::NextIs<18u>(p, end)) continue;
+        if (!internal::NextIs<18u>(p, end)) continue;
         // Fall through.
       case 18:  // metadata
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_metadata()))) return p;
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_metadata()))) return p;
         continue;
       default:
         return p;
@@ -3247,18 +3264,18 @@ __attribute__((cold)) bool GyroscopeCalibrationProto::MergeLengthDelimited(uint3
     CodedInputStream* input) {
   switch (tag) {
     case 18:  // metadata
-      return wire::ReadMessage(input, mutable_metadata());
+      return internal::MessageReader::ReadMessage(input, mutable_metadata());
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool GyroscopeCalibrationProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void GyroscopeCalibrationProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
   if (has_gyroscope_gain()) WireFormatLite::WriteFloat(1, gyroscope_gain(), output);
-  if (has_metadata()) wire::WriteMessage(2, metadata(), output);
+  if (has_metadata()) internal::WriteMessage(2, metadata(), output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
@@ -3266,9 +3283,9 @@ void GyroscopeCalibrationProto::SerializeWithCachedSizes(CodedOutputStream* outp
 
 uint8* GyroscopeCalibrationProto::SerializeWithCachedSizesToArray(uint8* target) const {
   if (has_gyroscope_gain()) target = WireFormatLite::WriteFloatToArray(1, gyroscope_gain(), target);
-  if (has_metadata()) target = wire::WriteMessageToArray(2, metadata(), target);
+  if (has_metadata()) target = internal::WriteMessageToArray(2, metadata(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -3277,10 +3294,10 @@ int GyroscopeCalibrationProto::ByteSize() const {
   uint32 total_size = 0;
   if (_has_bits_[0] & 0x3u) {
     if (has_gyroscope_gain()) total_size += 1 + 4;
-    if (has_metadata()) total_size += 1 + wire::MessageSize(metadata());
+    if (has_metadata()) total_size += 1 + internal::MessageSize(metadata());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -3305,7 +3322,7 @@ void GyroscopeCalibrationProto::MergeFrom(const GyroscopeCalibrationProto& from)
     _has_bits_[0] |= bits & 0x1u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -3379,7 +3396,7 @@ CameraCalibrationAdjustmentProto* CameraCalibrationAdjustmentProto::New() const 
 CameraCalibrationAdjustmentProto* CameraCalibrationAdjustmentProto::New(
     ::google::protobuf::Arena* arena) const {
   CameraCalibrationAdjustmentProto* message = new CameraCalibrationAdjustmentProto;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -3397,7 +3414,7 @@ __attribute__((noinline)) void CameraCalibrationAdjustmentProto::InternalSwap(
   std::swap(metadata_, other->metadata_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void CameraCalibrationAdjustmentProto::Clear() {
@@ -3406,19 +3423,19 @@ void CameraCalibrationAdjustmentProto::Clear() {
     if (has_metadata() && metadata_ != nullptr) metadata_->CalibrationMetadataProto::Clear();
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* CameraCalibrationAdjustmentProto::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader* reader) {
+    internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // params
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_params()))) return p;
-        if (!wire::NextIs<18u>(p, end)) continue;
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_params()))) return p;
+        if (!internal::NextIs<18u>(p, end)) continue;
         // Fall through.
       case 18:  // metadata
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_metadata()))) return p;
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_metadata()))) return p;
         continue;
       default:
         return p;
@@ -3431,30 +3448,30 @@ __attribute__((cold)) bool CameraCalibrationAdjustmentProto::MergeLengthDelimite
     CodedInputStream* input) {
   switch (tag) {
     case 10:  // params
-      return wire::ReadMessage(input, mutable_params());
+      return internal::MessageReader::ReadMessage(input, mutable_params());
     case 18:  // metadata
-      return wire::ReadMessage(input, mutable_metadata());
+      return internal::MessageReader::ReadMessage(input, mutable_metadata());
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool CameraCalibrationAdjustmentProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void CameraCalibrationAdjustmentProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_params()) wire::WriteMessage(1, params(), output);
-  if (has_metadata()) wire::WriteMessage(2, metadata(), output);
+  if (has_params()) internal::WriteMessage(1, params(), output);
+  if (has_metadata()) internal::WriteMessage(2, metadata(), output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
 uint8* CameraCalibrationAdjustmentProto::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_params()) target = wire::WriteMessageToArray(1, params(), target);
-  if (has_metadata()) target = wire::WriteMessageToArray(2, metadata(), target);
+  if (has_params()) target = internal::WriteMessageToArray(1, params(), target);
+  if (has_metadata()) target = internal::WriteMessageToArray(2, metadata(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -3462,11 +3479,11 @@ uint8* CameraCalibrationAdjustmentProto::SerializeWithCachedSizesToArray(uint8* 
 int CameraCalibrationAdjustmentProto::ByteSize() const {
   uint32 total_size = 0;
   if (_has_bits_[0] & 0x3u) {
-    if (has_params()) total_size += 1 + wire::MessageSize(params());
-    if (has_metadata()) total_size += 1 + wire::MessageSize(metadata());
+    if (has_params()) total_size += 1 + internal::MessageSize(params());
+    if (has_metadata()) total_size += 1 + internal::MessageSize(metadata());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -3490,7 +3507,7 @@ void CameraCalibrationAdjustmentProto::MergeFrom(const CameraCalibrationAdjustme
     if (bits & 0x2u) mutable_metadata()->MergeFrom(from.metadata());
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -3567,7 +3584,7 @@ BaseCalibrationProto* BaseCalibrationProto::New() const { return New(nullptr); }
 
 BaseCalibrationProto* BaseCalibrationProto::New(::google::protobuf::Arena* arena) const {
   BaseCalibrationProto* message = new BaseCalibrationProto;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -3587,7 +3604,7 @@ __attribute__((noinline)) void BaseCalibrationProto::InternalSwap(BaseCalibratio
   std::swap(gyroscope_cal_, other->gyroscope_cal_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void BaseCalibrationProto::Clear() {
@@ -3603,35 +3620,37 @@ void BaseCalibrationProto::Clear() {
     }
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* BaseCalibrationProto::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader* reader) {
+    internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 13:  // wheel_base
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &wheel_base_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &wheel_base_))) return p;
         set_has_wheel_base();
-        if (!wire::NextIs<21u>(p, end)) continue;
+        if (!internal::NextIs<21u>(p, end)) continue;
         // Fall through.
       case 21:  // base_width
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &base_width_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &base_width_))) return p;
         set_has_base_width();
-        if (!wire::NextIs<26u>(p, end)) continue;
+        if (!internal::NextIs<26u>(p, end)) continue;
         // Fall through.
       case 26:  // global_transform
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_global_transform()))) {
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_global_transform()))) {
           return p;
         }
-        if (!wire::NextIs<34u>(p, end)) continue;
+        if (!internal::NextIs<34u>(p, end)) continue;
         // Fall through.
       case 34:  // gyroscope_cal
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_gyroscope_cal()))) return p;
-        if (!wire::NextIs<45u>(p, end)) continue;
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_gyroscope_cal()))) {
+          return p;
+        }
+        if (!internal::NextIs<45u>(p, end)) continue;
         // Fall through.
       case 45:  // base_length
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &base_length_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &base_length_))) return p;
         set_has_base_length();
         continue;
       default:
@@ -3645,22 +3664,22 @@ __attribute__((cold)) bool BaseCalibrationProto::MergeLengthDelimited(uint32 tag
     CodedInputStream* input) {
   switch (tag) {
     case 26:  // global_transform
-      return wire::ReadMessage(input, mutable_global_transform());
+      return internal::MessageReader::ReadMessage(input, mutable_global_transform());
     case 34:  // gyroscope_cal
-      return wire::ReadMessage(input, mutable_gyroscope_cal());
+      return internal::MessageReader::ReadMessage(input, mutable_gyroscope_cal());
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool BaseCalibrationProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void BaseCalibrationProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
   if (has_wheel_base()) WireFormatLite::WriteFloat(1, wheel_base(), output);
   if (has_base_width()) WireFormatLite::WriteFloat(2, base_width(), output);
-  if (has_global_transform()) wire::WriteMessage(3, global_transform(), output);
-  if (has_gyroscope_cal()) wire::WriteMessage(4, gyroscope_cal(), output);
+  if (has_global_transform()) internal::WriteMessage(3, global_transform(), output);
+  if (has_gyroscope_cal()) internal::WriteMessage(4, gyroscope_cal(), output);
   if (has_base_length()) WireFormatLite::WriteFloat(5, base_length(), output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
@@ -3670,11 +3689,11 @@ void BaseCalibrationProto::SerializeWithCachedSizes(CodedOutputStream* output) c
 uint8* BaseCalibrationProto::SerializeWithCachedSizesToArray(uint8* target) const {
   if (has_wheel_base()) target = WireFormatLite::WriteFloatToArray(1, wheel_base(), target);
   if (has_base_width()) target = WireFormatLite::WriteFloatToArray(2, base_width(), target);
-  if (has_global_transform()) target = wire::WriteMessageToArray(3, global_transform(), target);
-  if (has_gyroscope_cal()) target = wire::WriteMessageToArray(4, gyroscope_cal(), target);
+  if (has_global_transform()) target = internal::WriteMessageToArray(3, global_transform(), target);
+  if (has_gyroscope_cal()) target = internal::WriteMessageToArray(4, gyroscope_cal(), target);
   if (has_base_length()) target = WireFormatLite::WriteFloatToArray(5, base_length(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -3685,11 +3704,11 @@ int BaseCalibrationProto::ByteSize() const {
     if (has_wheel_base()) total_size += 1 + 4;
     if (has_base_width()) total_size += 1 + 4;
     if (has_base_length()) total_size += 1 + 4;
-    if (has_global_transform()) total_size += 1 + wire::MessageSize(global_transform());
-    if (has_gyroscope_cal()) total_size += 1 + wire::MessageSize(gyroscope_cal());
+    if (has_global_transform()) total_size += 1 + internal::MessageSize(global_transform());
+    if (has_gyroscope_cal()) total_size += 1 + internal::MessageSize(gyroscope_cal());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -3717,7 +3736,7 @@ void BaseCalibrationProto::MergeFrom(const BaseCalibrationProto& from) {
     _has_bits_[0] |= bits & 0x7u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -3760,7 +3779,7 @@ FocusCheckProto::~FocusCheckProto() { SharedDtor(); }
 void FocusCheckProto::InitAsDefaultInstance() {}
 
 void FocusCheckProto::SharedCtor() {
-  runtime::InitSharedEmptyString();
+  internal::InitSharedEmptyString();
   _cached_size_ = 0;
   value_at_cutoff_ = 0;
   cutoff_ = 0;
@@ -3784,7 +3803,7 @@ FocusCheckProto* FocusCheckProto::New() const { return New(nullptr); }
 
 FocusCheckProto* FocusCheckProto::New(::google::protobuf::Arena* arena) const {
   FocusCheckProto* message = new FocusCheckProto;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -3804,7 +3823,7 @@ __attribute__((noinline)) void FocusCheckProto::InternalSwap(FocusCheckProto* ot
   std::swap(ok_, other->ok_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void FocusCheckProto::Clear() {
@@ -3816,37 +3835,37 @@ void FocusCheckProto::Clear() {
   }
   bins_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* FocusCheckProto::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader*) {
+    internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 13:  // value_at_cutoff
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &value_at_cutoff_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &value_at_cutoff_))) return p;
         set_has_value_at_cutoff();
-        if (!wire::NextIs<21u>(p, end)) continue;
+        if (!internal::NextIs<21u>(p, end)) continue;
         // Fall through.
       case 21:  // cutoff
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cutoff_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &cutoff_))) return p;
         set_has_cutoff();
-        if (!wire::NextIs<29u>(p, end)) continue;
+        if (!internal::NextIs<29u>(p, end)) continue;
         // Fall through.
       case 29:  // bins
-        if (!wire::Advance(&p, wire::TakeElements<29u>(p, end, &bins_))) return p;
-        if (!wire::NextIs<34u>(p, end)) continue;
+        if (!internal::Advance(&p, internal::TakeElements<29u>(p, end, &bins_))) return p;
+        if (!internal::NextIs<34u>(p, end)) continue;
         // Fall through.
       case 34:  // name
-        if (!wire::Advance(&p, wire::TakeString(1, p, end, mutable_name()))) return p;
-        if (!wire::NextIs<40u>(p, end)) continue;
+        if (!internal::Advance(&p, internal::TakeString(1, p, end, mutable_name()))) return p;
+        if (!internal::NextIs<40u>(p, end)) continue;
         // Fall through.
       case 40:  // ok
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &ok_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &ok_))) return p;
         set_has_ok();
         continue;
       case 26:  // bins (packed)
-        if (!wire::Advance(&p, wire::TakePacked(1, p, end, &bins_))) return p;
+        if (!internal::Advance(&p, internal::TakePacked(1, p, end, &bins_))) return p;
         continue;
       default:
         return p;
@@ -3859,21 +3878,21 @@ __attribute__((cold)) bool FocusCheckProto::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
   switch (tag) {
     case 26:  // bins
-      return wire::ReadPacked(input, &bins_);
+      return internal::ReadPacked(input, &bins_);
     case 34:  // name
-      return wire::ReadString(input, mutable_name());
+      return internal::ReadString(input, mutable_name());
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool FocusCheckProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void FocusCheckProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
   if (has_value_at_cutoff()) WireFormatLite::WriteFloat(1, value_at_cutoff(), output);
   if (has_cutoff()) WireFormatLite::WriteFloat(2, cutoff(), output);
-  wire::WriteElements<29u>(bins_, output);
+  internal::WriteElements<29u>(bins_, output);
   if (has_name()) WireFormatLite::WriteStringMaybeAliased(4, name(), output);
   if (has_ok()) WireFormatLite::WriteBool(5, ok(), output);
   if (_internal_metadata_.have_unknown_fields()) {
@@ -3886,11 +3905,11 @@ uint8* FocusCheckProto::SerializeWithCachedSizesToArray(uint8* target) const {
     target = WireFormatLite::WriteFloatToArray(1, value_at_cutoff(), target);
   }
   if (has_cutoff()) target = WireFormatLite::WriteFloatToArray(2, cutoff(), target);
-  target = wire::WriteElementsToArray<29u>(bins_, target);
-  if (has_name()) target = wire::WriteTextToArray(4, name(), target);
+  target = internal::WriteElementsToArray<29u>(bins_, target);
+  if (has_name()) target = internal::WriteTextToArray(4, name(), target);
   if (has_ok()) target = WireFormatLite::WriteBoolToArray(5, ok(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -3900,12 +3919,12 @@ int FocusCheckProto::ByteSize() const {
   if (_has_bits_[0] & 0x1Bu) {
     if (has_value_at_cutoff()) total_size += 1 + 4;
     if (has_cutoff()) total_size += 1 + 4;
-    if (has_name()) total_size += 1 + wire::StringSize(name());
+    if (has_name()) total_size += 1 + internal::StringSize(name());
     if (has_ok()) total_size += 1 + 1;
   }
   total_size += 5 * static_cast<uint32>(bins_size());
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -3936,7 +3955,7 @@ void FocusCheckProto::MergeFrom(const FocusCheckProto& from) {
     _has_bits_[0] |= bits & 0x13u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -3992,7 +4011,7 @@ FocusCheckSetProto* FocusCheckSetProto::New() const { return New(nullptr); }
 
 FocusCheckSetProto* FocusCheckSetProto::New(::google::protobuf::Arena* arena) const {
   FocusCheckSetProto* message = new FocusCheckSetProto;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -4008,21 +4027,21 @@ __attribute__((noinline)) void FocusCheckSetProto::InternalSwap(FocusCheckSetPro
   spots_.UnsafeArenaSwap(&other->spots_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void FocusCheckSetProto::Clear() {
   spots_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* FocusCheckSetProto::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader* reader) {
+    internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // spots
-        if (!wire::Advance(&p, reader->TakeElements<10u>(p, end, &spots_))) return p;
+        if (!internal::Advance(&p, reader->TakeElements<10u>(p, end, &spots_))) return p;
         continue;
       default:
         return p;
@@ -4035,17 +4054,17 @@ __attribute__((cold)) bool FocusCheckSetProto::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
   switch (tag) {
     case 10:  // spots
-      return wire::ReadElement(input, &spots_);
+      return internal::MessageReader::ReadElement(input, &spots_);
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool FocusCheckSetProto::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void FocusCheckSetProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  for (const FocusCheckProto& element : spots_) wire::WriteMessage(1, element, output);
+  for (const FocusCheckProto& element : spots_) internal::WriteMessage(1, element, output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
@@ -4053,10 +4072,10 @@ void FocusCheckSetProto::SerializeWithCachedSizes(CodedOutputStream* output) con
 
 uint8* FocusCheckSetProto::SerializeWithCachedSizesToArray(uint8* target) const {
   for (const FocusCheckProto& element : spots_) {
-    target = wire::WriteMessageToArray(1, element, target);
+    target = internal::WriteMessageToArray(1, element, target);
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -4064,9 +4083,9 @@ uint8* FocusCheckSetProto::SerializeWithCachedSizesToArray(uint8* target) const 
 int FocusCheckSetProto::ByteSize() const {
   uint32 total_size = 0;
   total_size += 1 * static_cast<uint32>(spots_size());
-  for (const FocusCheckProto& element : spots_) total_size += wire::MessageSize(element);
+  for (const FocusCheckProto& element : spots_) total_size += internal::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -4084,9 +4103,9 @@ void FocusCheckSetProto::MergeFrom(const ::google::protobuf::Message& from) {
 
 void FocusCheckSetProto::MergeFrom(const FocusCheckSetProto& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  runtime::MergeElements(from.spots_, &spots_);
+  internal::MergeElements(from.spots_, &spots_);
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -4159,7 +4178,7 @@ PTZIntrinsicsItem* PTZIntrinsicsItem::New() const { return New(nullptr); }
 
 PTZIntrinsicsItem* PTZIntrinsicsItem::New(::google::protobuf::Arena* arena) const {
   PTZIntrinsicsItem* message = new PTZIntrinsicsItem;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -4183,7 +4202,7 @@ __attribute__((noinline)) void PTZIntrinsicsItem::InternalSwap(PTZIntrinsicsItem
   std::swap(error_per_point_, other->error_per_point_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void PTZIntrinsicsItem::Clear() {
@@ -4199,60 +4218,60 @@ void PTZIntrinsicsItem::Clear() {
   }
   error_per_point_ = 0;
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* PTZIntrinsicsItem::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader*) {
+    internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 9:  // zoom
-        if (wire::TakeRun<9u>(&p, end, &zoom_, &fxy_, &cx_, &cy_, &k1_, &k4_, &p1_, &p2_,
+        if (internal::TakeRun<9u>(&p, end, &zoom_, &fxy_, &cx_, &cy_, &k1_, &k4_, &p1_, &p2_,
             &error_per_point_)) {
           _has_bits_[0] |= 0x1FFu;
           continue;
         }
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &zoom_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &zoom_))) return p;
         set_has_zoom();
-        if (!wire::NextIs<17u>(p, end)) continue;
+        if (!internal::NextIs<17u>(p, end)) continue;
         // Fall through.
       case 17:  // fxy
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &fxy_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &fxy_))) return p;
         set_has_fxy();
-        if (!wire::NextIs<25u>(p, end)) continue;
+        if (!internal::NextIs<25u>(p, end)) continue;
         // Fall through.
       case 25:  // cx
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cx_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &cx_))) return p;
         set_has_cx();
-        if (!wire::NextIs<33u>(p, end)) continue;
+        if (!internal::NextIs<33u>(p, end)) continue;
         // Fall through.
       case 33:  // cy
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &cy_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &cy_))) return p;
         set_has_cy();
-        if (!wire::NextIs<41u>(p, end)) continue;
+        if (!internal::NextIs<41u>(p, end)) continue;
         // Fall through.
       case 41:  // k1
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &k1_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &k1_))) return p;
         set_has_k1();
-        if (!wire::NextIs<49u>(p, end)) continue;
+        if (!internal::NextIs<49u>(p, end)) continue;
         // Fall through.
       case 49:  // k4
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &k4_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &k4_))) return p;
         set_has_k4();
-        if (!wire::NextIs<57u>(p, end)) continue;
+        if (!internal::NextIs<57u>(p, end)) continue;
         // Fall through.
       case 57:  // p1
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &p1_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &p1_))) return p;
         set_has_p1();
-        if (!wire::NextIs<65u>(p, end)) continue;
+        if (!internal::NextIs<65u>(p, end)) continue;
         // Fall through.
       case 65:  // p2
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &p2_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &p2_))) return p;
         set_has_p2();
-        if (!wire::NextIs<73u>(p, end)) continue;
+        if (!internal::NextIs<73u>(p, end)) continue;
         // Fall through.
       case 73:  // error_per_point
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &error_per_point_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &error_per_point_))) return p;
         set_has_error_per_point();
         continue;
       default:
@@ -4264,11 +4283,11 @@ const uint8* PTZIntrinsicsItem::MergeBuffered(const uint8* p, const uint8* end,
 
 __attribute__((cold)) bool PTZIntrinsicsItem::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool PTZIntrinsicsItem::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void PTZIntrinsicsItem::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -4289,7 +4308,7 @@ void PTZIntrinsicsItem::SerializeWithCachedSizes(CodedOutputStream* output) cons
 uint8* PTZIntrinsicsItem::SerializeWithCachedSizesToArray(uint8* target) const {
   if ((_has_bits_[0] & 0x1FFu) == 0x1FFu) {
     target =
-        wire::WriteRunToArray<9u>(target, zoom_, fxy_, cx_, cy_, k1_, k4_, p1_, p2_,
+        internal::WriteRunToArray<9u>(target, zoom_, fxy_, cx_, cy_, k1_, k4_, p1_, p2_,
             error_per_point_);
   } else {
     if (has_zoom()) target = WireFormatLite::WriteDoubleToArray(1, zoom(), target);
@@ -4305,7 +4324,7 @@ uint8* PTZIntrinsicsItem::SerializeWithCachedSizesToArray(uint8* target) const {
     }
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -4326,7 +4345,7 @@ int PTZIntrinsicsItem::ByteSize() const {
   }
   if (has_error_per_point()) total_size += 1 + 8;
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -4372,7 +4391,7 @@ void PTZIntrinsicsItem::MergeFrom(const PTZIntrinsicsItem& from) {
     _has_bits_[0] |= bits & 0x100u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -4444,7 +4463,7 @@ PTZIntrinsics* PTZIntrinsics::New() const { return New(nullptr); }
 
 PTZIntrinsics* PTZIntrinsics::New(::google::protobuf::Arena* arena) const {
   PTZIntrinsics* message = new PTZIntrinsics;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -4468,7 +4487,7 @@ __attribute__((noinline)) void PTZIntrinsics::InternalSwap(PTZIntrinsics* other)
   std::swap(zoom_max_, other->zoom_max_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void PTZIntrinsics::Clear() {
@@ -4484,54 +4503,54 @@ void PTZIntrinsics::Clear() {
   zoom_max_ = 0;
   samples_.Clear();
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* PTZIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader* reader) {
+    internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 9:  // zx
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &zx_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &zx_))) return p;
         set_has_zx();
-        if (!wire::NextIs<17u>(p, end)) continue;
+        if (!internal::NextIs<17u>(p, end)) continue;
         // Fall through.
       case 17:  // zy
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &zy_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &zy_))) return p;
         set_has_zy();
-        if (!wire::NextIs<24u>(p, end)) continue;
+        if (!internal::NextIs<24u>(p, end)) continue;
         // Fall through.
       case 24:  // width
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &width_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &width_))) return p;
         set_has_width();
-        if (!wire::NextIs<32u>(p, end)) continue;
+        if (!internal::NextIs<32u>(p, end)) continue;
         // Fall through.
       case 32:  // height
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &height_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &height_))) return p;
         set_has_height();
-        if (!wire::NextIs<42u>(p, end)) continue;
+        if (!internal::NextIs<42u>(p, end)) continue;
         // Fall through.
       case 42:  // samples
-        if (!wire::Advance(&p, reader->TakeElements<42u>(p, end, &samples_))) return p;
-        if (!wire::NextIs<48u>(p, end)) continue;
+        if (!internal::Advance(&p, reader->TakeElements<42u>(p, end, &samples_))) return p;
+        if (!internal::NextIs<48u>(p, end)) continue;
         // Fall through.
       case 48:  // samples_zoom0
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &samples_zoom0_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &samples_zoom0_))) return p;
         set_has_samples_zoom0();
-        if (!wire::NextIs<56u>(p, end)) continue;
+        if (!internal::NextIs<56u>(p, end)) continue;
         // Fall through.
       case 56:  // samples_zoom_step
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &samples_zoom_step_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &samples_zoom_step_))) return p;
         set_has_samples_zoom_step();
-        if (!wire::NextIs<64u>(p, end)) continue;
+        if (!internal::NextIs<64u>(p, end)) continue;
         // Fall through.
       case 64:  // zoom_min
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &zoom_min_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &zoom_min_))) return p;
         set_has_zoom_min();
-        if (!wire::NextIs<72u>(p, end)) continue;
+        if (!internal::NextIs<72u>(p, end)) continue;
         // Fall through.
       case 72:  // zoom_max
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &zoom_max_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &zoom_max_))) return p;
         set_has_zoom_max();
         continue;
       default:
@@ -4545,13 +4564,13 @@ __attribute__((cold)) bool PTZIntrinsics::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
   switch (tag) {
     case 42:  // samples
-      return wire::ReadElement(input, &samples_);
+      return internal::MessageReader::ReadElement(input, &samples_);
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool PTZIntrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void PTZIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
@@ -4559,7 +4578,7 @@ void PTZIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
   if (has_zy()) WireFormatLite::WriteDouble(2, zy(), output);
   if (has_width()) WireFormatLite::WriteInt32(3, width(), output);
   if (has_height()) WireFormatLite::WriteInt32(4, height(), output);
-  for (const PTZIntrinsicsItem& element : samples_) wire::WriteMessage(5, element, output);
+  for (const PTZIntrinsicsItem& element : samples_) internal::WriteMessage(5, element, output);
   if (has_samples_zoom0()) WireFormatLite::WriteInt32(6, samples_zoom0(), output);
   if (has_samples_zoom_step()) WireFormatLite::WriteInt32(7, samples_zoom_step(), output);
   if (has_zoom_min()) WireFormatLite::WriteInt32(8, zoom_min(), output);
@@ -4572,17 +4591,17 @@ void PTZIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
 uint8* PTZIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
   if (has_zx()) target = WireFormatLite::WriteDoubleToArray(1, zx(), target);
   if (has_zy()) target = WireFormatLite::WriteDoubleToArray(2, zy(), target);
-  if (has_width()) target = wire::WriteInt32ToArray(3, width(), target);
-  if (has_height()) target = wire::WriteInt32ToArray(4, height(), target);
+  if (has_width()) target = internal::WriteInt32ToArray(3, width(), target);
+  if (has_height()) target = internal::WriteInt32ToArray(4, height(), target);
   for (const PTZIntrinsicsItem& element : samples_) {
-    target = wire::WriteMessageToArray(5, element, target);
+    target = internal::WriteMessageToArray(5, element, target);
   }
-  if (has_samples_zoom0()) target = wire::WriteInt32ToArray(6, samples_zoom0(), target);
-  if (has_samples_zoom_step()) target = wire::WriteInt32ToArray(7, samples_zoom_step(), target);
-  if (has_zoom_min()) target = wire::WriteInt32ToArray(8, zoom_min(), target);
-  if (has_zoom_max()) target = wire::WriteInt32ToArray(9, zoom_max(), target);
+  if (has_samples_zoom0()) target = internal::WriteInt32ToArray(6, samples_zoom0(), target);
+  if (has_samples_zoom_step()) target = internal::WriteInt32ToArray(7, samples_zoom_step(), target);
+  if (has_zoom_min()) target = internal::WriteInt32ToArray(8, zoom_min(), target);
+  if (has_zoom_max()) target = internal::WriteInt32ToArray(9, zoom_max(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -4592,17 +4611,17 @@ int PTZIntrinsics::ByteSize() const {
   if (_has_bits_[0] & 0xEFu) {
     if (has_zx()) total_size += 1 + 8;
     if (has_zy()) total_size += 1 + 8;
-    if (has_width()) total_size += 1 + wire::Int32Size(width());
-    if (has_height()) total_size += 1 + wire::Int32Size(height());
-    if (has_samples_zoom0()) total_size += 1 + wire::Int32Size(samples_zoom0());
-    if (has_samples_zoom_step()) total_size += 1 + wire::Int32Size(samples_zoom_step());
-    if (has_zoom_min()) total_size += 1 + wire::Int32Size(zoom_min());
+    if (has_width()) total_size += 1 + internal::Int32Size(width());
+    if (has_height()) total_size += 1 + internal::Int32Size(height());
+    if (has_samples_zoom0()) total_size += 1 + internal::Int32Size(samples_zoom0());
+    if (has_samples_zoom_step()) total_size += 1 + internal::Int32Size(samples_zoom_step());
+    if (has_zoom_min()) total_size += 1 + internal::Int32Size(zoom_min());
   }
-  if (has_zoom_max()) total_size += 1 + wire::Int32Size(zoom_max());
+  if (has_zoom_max()) total_size += 1 + internal::Int32Size(zoom_max());
   total_size += 1 * static_cast<uint32>(samples_size());
-  for (const PTZIntrinsicsItem& element : samples_) total_size += wire::MessageSize(element);
+  for (const PTZIntrinsicsItem& element : samples_) total_size += internal::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -4620,7 +4639,7 @@ void PTZIntrinsics::MergeFrom(const ::google::protobuf::Message& from) {
 
 void PTZIntrinsics::MergeFrom(const PTZIntrinsics& from) {
   if (&from == this) MergeFromFail(__LINE__);
-  runtime::MergeElements(from.samples_, &samples_);
+  internal::MergeElements(from.samples_, &samples_);
   const uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if ((bits & 0xEFu) == 0xEFu) {
@@ -4647,7 +4666,7 @@ void PTZIntrinsics::MergeFrom(const PTZIntrinsics& from) {
     _has_bits_[0] |= bits & 0x100u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -4746,7 +4765,7 @@ PanTiltSystemParameters* PanTiltSystemParameters::New() const { return New(nullp
 
 PanTiltSystemParameters* PanTiltSystemParameters::New(::google::protobuf::Arena* arena) const {
   PanTiltSystemParameters* message = new PanTiltSystemParameters;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -4777,7 +4796,7 @@ __attribute__((noinline)) void PanTiltSystemParameters::InternalSwap(
   std::swap(max_model_error_, other->max_model_error_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void PanTiltSystemParameters::Clear() {
@@ -4801,87 +4820,87 @@ void PanTiltSystemParameters::Clear() {
     max_model_error_ = 0;
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* PanTiltSystemParameters::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader* reader) {
+    internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // pan_ext
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_pan_ext()))) return p;
-        if (!wire::NextIs<18u>(p, end)) continue;
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_pan_ext()))) return p;
+        if (!internal::NextIs<18u>(p, end)) continue;
         // Fall through.
       case 18:  // tilt_ext
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_tilt_ext()))) return p;
-        if (!wire::NextIs<26u>(p, end)) continue;
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_tilt_ext()))) return p;
+        if (!internal::NextIs<26u>(p, end)) continue;
         // Fall through.
       case 26:  // device_ext
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_device_ext()))) return p;
-        if (!wire::NextIs<37u>(p, end)) continue;
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_device_ext()))) return p;
+        if (!internal::NextIs<37u>(p, end)) continue;
         // Fall through.
       case 37:  // rads_per_pan_unit
-        if (wire::TakeRun<37u>(&p, end, &rads_per_pan_unit_, &rads_per_tilt_unit_, &pan_offset_,
+        if (internal::TakeRun<37u>(&p, end, &rads_per_pan_unit_, &rads_per_tilt_unit_, &pan_offset_,
             &tilt_offset_)) {
           _has_bits_[0] |= 0x78u;
           continue;
         }
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &rads_per_pan_unit_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &rads_per_pan_unit_))) return p;
         set_has_rads_per_pan_unit();
-        if (!wire::NextIs<45u>(p, end)) continue;
+        if (!internal::NextIs<45u>(p, end)) continue;
         // Fall through.
       case 45:  // rads_per_tilt_unit
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &rads_per_tilt_unit_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &rads_per_tilt_unit_))) return p;
         set_has_rads_per_tilt_unit();
-        if (!wire::NextIs<53u>(p, end)) continue;
+        if (!internal::NextIs<53u>(p, end)) continue;
         // Fall through.
       case 53:  // pan_offset
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &pan_offset_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &pan_offset_))) return p;
         set_has_pan_offset();
-        if (!wire::NextIs<61u>(p, end)) continue;
+        if (!internal::NextIs<61u>(p, end)) continue;
         // Fall through.
       case 61:  // tilt_offset
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &tilt_offset_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &tilt_offset_))) return p;
         set_has_tilt_offset();
-        if (!wire::NextIs<64u>(p, end)) continue;
+        if (!internal::NextIs<64u>(p, end)) continue;
         // Fall through.
       case 64:  // pan_min
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &pan_min_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &pan_min_))) return p;
         set_has_pan_min();
-        if (!wire::NextIs<72u>(p, end)) continue;
+        if (!internal::NextIs<72u>(p, end)) continue;
         // Fall through.
       case 72:  // pan_max
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &pan_max_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &pan_max_))) return p;
         set_has_pan_max();
-        if (!wire::NextIs<80u>(p, end)) continue;
+        if (!internal::NextIs<80u>(p, end)) continue;
         // Fall through.
       case 80:  // tilt_min
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &tilt_min_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &tilt_min_))) return p;
         set_has_tilt_min();
-        if (!wire::NextIs<88u>(p, end)) continue;
+        if (!internal::NextIs<88u>(p, end)) continue;
         // Fall through.
       case 88:  // tilt_max
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &tilt_max_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &tilt_max_))) return p;
         set_has_tilt_max();
-        if (!wire::NextIs<96u>(p, end)) continue;
+        if (!internal::NextIs<96u>(p, end)) continue;
         // Fall through.
       case 96:  // max_pan_speed
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &max_pan_speed_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &max_pan_speed_))) return p;
         set_has_max_pan_speed();
-        if (!wire::NextIs<104u>(p, end)) continue;
+        if (!internal::NextIs<104u>(p, end)) continue;
         // Fall through.
       case 104:  // max_tilt_speed
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &max_tilt_speed_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &max_tilt_speed_))) return p;
         set_has_max_tilt_speed();
-        if (!wire::NextIs<117u>(p, end)) continue;
+        if (!internal::NextIs<117u>(p, end)) continue;
         // Fall through.
       case 117:  // avg_model_error
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &avg_model_error_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &avg_model_error_))) return p;
         set_has_avg_model_error();
-        if (!wire::NextIs<125u>(p, end)) continue;
+        if (!internal::NextIs<125u>(p, end)) continue;
         // Fall through.
       case 125:  // max_model_error
-        if (!wire::Advance(&p, wire::TakeValue<1>(p, end, &max_model_error_))) return p;
+        if (!internal::Advance(&p, internal::TakeValue<1>(p, end, &max_model_error_))) return p;
         set_has_max_model_error();
         continue;
       default:
@@ -4895,23 +4914,23 @@ __attribute__((cold)) bool PanTiltSystemParameters::MergeLengthDelimited(uint32 
     CodedInputStream* input) {
   switch (tag) {
     case 10:  // pan_ext
-      return wire::ReadMessage(input, mutable_pan_ext());
+      return internal::MessageReader::ReadMessage(input, mutable_pan_ext());
     case 18:  // tilt_ext
-      return wire::ReadMessage(input, mutable_tilt_ext());
+      return internal::MessageReader::ReadMessage(input, mutable_tilt_ext());
     case 26:  // device_ext
-      return wire::ReadMessage(input, mutable_device_ext());
+      return internal::MessageReader::ReadMessage(input, mutable_device_ext());
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool PanTiltSystemParameters::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void PanTiltSystemParameters::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_pan_ext()) wire::WriteMessage(1, pan_ext(), output);
-  if (has_tilt_ext()) wire::WriteMessage(2, tilt_ext(), output);
-  if (has_device_ext()) wire::WriteMessage(3, device_ext(), output);
+  if (has_pan_ext()) internal::WriteMessage(1, pan_ext(), output);
+  if (has_tilt_ext()) internal::WriteMessage(2, tilt_ext(), output);
+  if (has_device_ext()) internal::WriteMessage(3, device_ext(), output);
   if (has_rads_per_pan_unit()) WireFormatLite::WriteFloat(4, rads_per_pan_unit(), output);
   if (has_rads_per_tilt_unit()) WireFormatLite::WriteFloat(5, rads_per_tilt_unit(), output);
   if (has_pan_offset()) WireFormatLite::WriteFloat(6, pan_offset(), output);
@@ -4930,12 +4949,12 @@ void PanTiltSystemParameters::SerializeWithCachedSizes(CodedOutputStream* output
 }
 
 uint8* PanTiltSystemParameters::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_pan_ext()) target = wire::WriteMessageToArray(1, pan_ext(), target);
-  if (has_tilt_ext()) target = wire::WriteMessageToArray(2, tilt_ext(), target);
-  if (has_device_ext()) target = wire::WriteMessageToArray(3, device_ext(), target);
+  if (has_pan_ext()) target = internal::WriteMessageToArray(1, pan_ext(), target);
+  if (has_tilt_ext()) target = internal::WriteMessageToArray(2, tilt_ext(), target);
+  if (has_device_ext()) target = internal::WriteMessageToArray(3, device_ext(), target);
   if ((_has_bits_[0] & 0x78u) == 0x78u) {
     target =
-        wire::WriteRunToArray<37u>(target, rads_per_pan_unit_, rads_per_tilt_unit_, pan_offset_,
+        internal::WriteRunToArray<37u>(target, rads_per_pan_unit_, rads_per_tilt_unit_, pan_offset_,
             tilt_offset_);
   } else {
     if (has_rads_per_pan_unit()) {
@@ -4947,12 +4966,12 @@ uint8* PanTiltSystemParameters::SerializeWithCachedSizesToArray(uint8* target) c
     if (has_pan_offset()) target = WireFormatLite::WriteFloatToArray(6, pan_offset(), target);
     if (has_tilt_offset()) target = WireFormatLite::WriteFloatToArray(7, tilt_offset(), target);
   }
-  if (has_pan_min()) target = wire::WriteInt32ToArray(8, pan_min(), target);
-  if (has_pan_max()) target = wire::WriteInt32ToArray(9, pan_max(), target);
-  if (has_tilt_min()) target = wire::WriteInt32ToArray(10, tilt_min(), target);
-  if (has_tilt_max()) target = wire::WriteInt32ToArray(11, tilt_max(), target);
-  if (has_max_pan_speed()) target = wire::WriteInt32ToArray(12, max_pan_speed(), target);
-  if (has_max_tilt_speed()) target = wire::WriteInt32ToArray(13, max_tilt_speed(), target);
+  if (has_pan_min()) target = internal::WriteInt32ToArray(8, pan_min(), target);
+  if (has_pan_max()) target = internal::WriteInt32ToArray(9, pan_max(), target);
+  if (has_tilt_min()) target = internal::WriteInt32ToArray(10, tilt_min(), target);
+  if (has_tilt_max()) target = internal::WriteInt32ToArray(11, tilt_max(), target);
+  if (has_max_pan_speed()) target = internal::WriteInt32ToArray(12, max_pan_speed(), target);
+  if (has_max_tilt_speed()) target = internal::WriteInt32ToArray(13, max_tilt_speed(), target);
   if (has_avg_model_error()) {
     target = WireFormatLite::WriteFloatToArray(14, avg_model_error(), target);
   }
@@ -4960,7 +4979,7 @@ uint8* PanTiltSystemParameters::SerializeWithCachedSizesToArray(uint8* target) c
     target = WireFormatLite::WriteFloatToArray(15, max_model_error(), target);
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -4968,26 +4987,26 @@ uint8* PanTiltSystemParameters::SerializeWithCachedSizesToArray(uint8* target) c
 int PanTiltSystemParameters::ByteSize() const {
   uint32 total_size = 0;
   if (_has_bits_[0] & 0xFFu) {
-    if (has_pan_ext()) total_size += 1 + wire::MessageSize(pan_ext());
-    if (has_tilt_ext()) total_size += 1 + wire::MessageSize(tilt_ext());
-    if (has_device_ext()) total_size += 1 + wire::MessageSize(device_ext());
+    if (has_pan_ext()) total_size += 1 + internal::MessageSize(pan_ext());
+    if (has_tilt_ext()) total_size += 1 + internal::MessageSize(tilt_ext());
+    if (has_device_ext()) total_size += 1 + internal::MessageSize(device_ext());
     if (has_rads_per_pan_unit()) total_size += 1 + 4;
     if (has_rads_per_tilt_unit()) total_size += 1 + 4;
     if (has_pan_offset()) total_size += 1 + 4;
     if (has_tilt_offset()) total_size += 1 + 4;
-    if (has_pan_min()) total_size += 1 + wire::Int32Size(pan_min());
+    if (has_pan_min()) total_size += 1 + internal::Int32Size(pan_min());
   }
   if (_has_bits_[0] & 0x7F00u) {
-    if (has_pan_max()) total_size += 1 + wire::Int32Size(pan_max());
-    if (has_tilt_min()) total_size += 1 + wire::Int32Size(tilt_min());
-    if (has_tilt_max()) total_size += 1 + wire::Int32Size(tilt_max());
-    if (has_max_pan_speed()) total_size += 1 + wire::Int32Size(max_pan_speed());
-    if (has_max_tilt_speed()) total_size += 1 + wire::Int32Size(max_tilt_speed());
+    if (has_pan_max()) total_size += 1 + internal::Int32Size(pan_max());
+    if (has_tilt_min()) total_size += 1 + internal::Int32Size(tilt_min());
+    if (has_tilt_max()) total_size += 1 + internal::Int32Size(tilt_max());
+    if (has_max_pan_speed()) total_size += 1 + internal::Int32Size(max_pan_speed());
+    if (has_max_tilt_speed()) total_size += 1 + internal::Int32Size(max_tilt_speed());
     if (has_avg_model_error()) total_size += 1 + 4;
     if (has_max_model_error()) total_size += 1 + 4;
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -5038,7 +5057,7 @@ void PanTiltSystemParameters::MergeFrom(const PanTiltSystemParameters& from) {
     _has_bits_[0] |= bits & 0x7F00u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -5106,7 +5125,7 @@ PTZCameraParameters* PTZCameraParameters::New() const { return New(nullptr); }
 
 PTZCameraParameters* PTZCameraParameters::New(::google::protobuf::Arena* arena) const {
   PTZCameraParameters* message = new PTZCameraParameters;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -5123,7 +5142,7 @@ __attribute__((noinline)) void PTZCameraParameters::InternalSwap(PTZCameraParame
   std::swap(pan_tilt_, other->pan_tilt_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void PTZCameraParameters::Clear() {
@@ -5132,19 +5151,19 @@ void PTZCameraParameters::Clear() {
     if (has_pan_tilt() && pan_tilt_ != nullptr) pan_tilt_->PanTiltSystemParameters::Clear();
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* PTZCameraParameters::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader* reader) {
+    internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // intrinsics
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_intrinsics()))) return p;
-        if (!wire::NextIs<18u>(p, end)) continue;
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_intrinsics()))) return p;
+        if (!internal::NextIs<18u>(p, end)) continue;
         // Fall through.
       case 18:  // pan_tilt
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_pan_tilt()))) return p;
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_pan_tilt()))) return p;
         continue;
       default:
         return p;
@@ -5157,30 +5176,30 @@ __attribute__((cold)) bool PTZCameraParameters::MergeLengthDelimited(uint32 tag,
     CodedInputStream* input) {
   switch (tag) {
     case 10:  // intrinsics
-      return wire::ReadMessage(input, mutable_intrinsics());
+      return internal::MessageReader::ReadMessage(input, mutable_intrinsics());
     case 18:  // pan_tilt
-      return wire::ReadMessage(input, mutable_pan_tilt());
+      return internal::MessageReader::ReadMessage(input, mutable_pan_tilt());
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool PTZCameraParameters::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void PTZCameraParameters::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_intrinsics()) wire::WriteMessage(1, intrinsics(), output);
-  if (has_pan_tilt()) wire::WriteMessage(2, pan_tilt(), output);
+  if (has_intrinsics()) internal::WriteMessage(1, intrinsics(), output);
+  if (has_pan_tilt()) internal::WriteMessage(2, pan_tilt(), output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
 uint8* PTZCameraParameters::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_intrinsics()) target = wire::WriteMessageToArray(1, intrinsics(), target);
-  if (has_pan_tilt()) target = wire::WriteMessageToArray(2, pan_tilt(), target);
+  if (has_intrinsics()) target = internal::WriteMessageToArray(1, intrinsics(), target);
+  if (has_pan_tilt()) target = internal::WriteMessageToArray(2, pan_tilt(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -5188,11 +5207,11 @@ uint8* PTZCameraParameters::SerializeWithCachedSizesToArray(uint8* target) const
 int PTZCameraParameters::ByteSize() const {
   uint32 total_size = 0;
   if (_has_bits_[0] & 0x3u) {
-    if (has_intrinsics()) total_size += 1 + wire::MessageSize(intrinsics());
-    if (has_pan_tilt()) total_size += 1 + wire::MessageSize(pan_tilt());
+    if (has_intrinsics()) total_size += 1 + internal::MessageSize(intrinsics());
+    if (has_pan_tilt()) total_size += 1 + internal::MessageSize(pan_tilt());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -5216,7 +5235,7 @@ void PTZCameraParameters::MergeFrom(const PTZCameraParameters& from) {
     if (bits & 0x2u) mutable_pan_tilt()->MergeFrom(from.pan_tilt());
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 
@@ -5291,7 +5310,7 @@ PTZSystemCalibration* PTZSystemCalibration::New() const { return New(nullptr); }
 
 PTZSystemCalibration* PTZSystemCalibration::New(::google::protobuf::Arena* arena) const {
   PTZSystemCalibration* message = new PTZSystemCalibration;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -5309,7 +5328,7 @@ __attribute__((noinline)) void PTZSystemCalibration::InternalSwap(PTZSystemCalib
   std::swap(other_cameras_, other->other_cameras_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void PTZSystemCalibration::Clear() {
@@ -5319,23 +5338,25 @@ void PTZSystemCalibration::Clear() {
     if (has_other_cameras() && other_cameras_ != nullptr) other_cameras_->RobotCalibration::Clear();
   }
   _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
 const uint8* PTZSystemCalibration::MergeBuffered(const uint8* p, const uint8* end,
-    wire::MessageReader* reader) {
+    internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // ptz_camera
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_ptz_camera()))) return p;
-        if (!wire::NextIs<18u>(p, end)) continue;
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_ptz_camera()))) return p;
+        if (!internal::NextIs<18u>(p, end)) continue;
         // Fall through.
       case 18:  // laser
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_laser()))) return p;
-        if (!wire::NextIs<26u>(p, end)) continue;
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_laser()))) return p;
+        if (!internal::NextIs<26u>(p, end)) continue;
         // Fall through.
       case 26:  // other_cameras
-        if (!wire::Advance(&p, reader->TakeMessage<1>(p, end, mutable_other_cameras()))) return p;
+        if (!internal::Advance(&p, reader->TakeMessage<1>(p, end, mutable_other_cameras()))) {
+          return p;
+        }
         continue;
       default:
         return p;
@@ -5348,34 +5369,34 @@ __attribute__((cold)) bool PTZSystemCalibration::MergeLengthDelimited(uint32 tag
     CodedInputStream* input) {
   switch (tag) {
     case 10:  // ptz_camera
-      return wire::ReadMessage(input, mutable_ptz_camera());
+      return internal::MessageReader::ReadMessage(input, mutable_ptz_camera());
     case 18:  // laser
-      return wire::ReadMessage(input, mutable_laser());
+      return internal::MessageReader::ReadMessage(input, mutable_laser());
     case 26:  // other_cameras
-      return wire::ReadMessage(input, mutable_other_cameras());
+      return internal::MessageReader::ReadMessage(input, mutable_other_cameras());
   }
-  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool PTZSystemCalibration::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 
 void PTZSystemCalibration::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_ptz_camera()) wire::WriteMessage(1, ptz_camera(), output);
-  if (has_laser()) wire::WriteMessage(2, laser(), output);
-  if (has_other_cameras()) wire::WriteMessage(3, other_cameras(), output);
+  if (has_ptz_camera()) internal::WriteMessage(1, ptz_camera(), output);
+  if (has_laser()) internal::WriteMessage(2, laser(), output);
+  if (has_other_cameras()) internal::WriteMessage(3, other_cameras(), output);
   if (_internal_metadata_.have_unknown_fields()) {
     WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
 uint8* PTZSystemCalibration::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_ptz_camera()) target = wire::WriteMessageToArray(1, ptz_camera(), target);
-  if (has_laser()) target = wire::WriteMessageToArray(2, laser(), target);
-  if (has_other_cameras()) target = wire::WriteMessageToArray(3, other_cameras(), target);
+  if (has_ptz_camera()) target = internal::WriteMessageToArray(1, ptz_camera(), target);
+  if (has_laser()) target = internal::WriteMessageToArray(2, laser(), target);
+  if (has_other_cameras()) target = internal::WriteMessageToArray(3, other_cameras(), target);
   if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -5383,12 +5404,12 @@ uint8* PTZSystemCalibration::SerializeWithCachedSizesToArray(uint8* target) cons
 int PTZSystemCalibration::ByteSize() const {
   uint32 total_size = 0;
   if (_has_bits_[0] & 0x7u) {
-    if (has_ptz_camera()) total_size += 1 + wire::MessageSize(ptz_camera());
-    if (has_laser()) total_size += 1 + wire::MessageSize(laser());
-    if (has_other_cameras()) total_size += 1 + wire::MessageSize(other_cameras());
+    if (has_ptz_camera()) total_size += 1 + internal::MessageSize(ptz_camera());
+    if (has_laser()) total_size += 1 + internal::MessageSize(laser());
+    if (has_other_cameras()) total_size += 1 + internal::MessageSize(other_cameras());
   }
   if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -5413,7 +5434,7 @@ void PTZSystemCalibration::MergeFrom(const PTZSystemCalibration& from) {
     if (bits & 0x4u) mutable_other_cameras()->MergeFrom(from.other_cameras());
   }
   if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 

@@ -46,11 +46,12 @@
 // does not know are kept in unknown_fields() and written behind the known ones.
 //
 // Generic code reaches the same objects through descriptor() and the run-time's reflection.
-#ifndef CALIBRATION_GENERATED_calibration_5fcommon_2fcalibration_2eproto_H_
-#define CALIBRATION_GENERATED_calibration_5fcommon_2fcalibration_2eproto_H_
+#ifndef ZARVO_CALIBRATION_GENERATED_calibration_5fcommon_2fcalibration_2eproto_H_
+#define ZARVO_CALIBRATION_GENERATED_calibration_5fcommon_2fcalibration_2eproto_H_
 
 #include "calibration_common/elements.h"
 #include "calibration_common/runtime.h"
+#include "calibration_common/visibility.h"
 
 #include <google/protobuf/message.h>
 #include <google/protobuf/repeated_field.h>
@@ -87,17 +88,17 @@ class PTZSystemCalibration;
 
 // Registers the schema file and creates the default instances. Runs when the library is loaded;
 // later calls do nothing.
-CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
 // Builds descriptors and reflection. Internal: runs once, on the first use of either.
-CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
+ZARVO_CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto();
 // Frees what the two above made. Internal: the run-time's ShutdownProtobufLibrary() calls it.
-CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
+ZARVO_CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
 
 struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
 
 // The position of one marker. x, y and z belong together; the format records neither their unit
 // nor the frame they are given in.
-class CALIBRATION_EXPORT MarkerPositionInfo : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT MarkerPositionInfo : public calibration_internal::Record {
  public:
   MarkerPositionInfo();
   // A deep copy: holds strings and sub-messages of its own.
@@ -113,10 +114,10 @@ class CALIBRATION_EXPORT MarkerPositionInfo : public runtime::Record {
   static const MarkerPositionInfo& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(MarkerPositionInfo* other);
@@ -174,9 +175,10 @@ class CALIBRATION_EXPORT MarkerPositionInfo : public runtime::Record {
   static const int kMarkerIdFieldNumber = 4;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 40;  // above the tags of all fields
 
@@ -184,10 +186,10 @@ class CALIBRATION_EXPORT MarkerPositionInfo : public runtime::Record {
   void SharedDtor();
   void InternalSwap(MarkerPositionInfo* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_x();
   void clear_has_x();
@@ -198,7 +200,7 @@ class CALIBRATION_EXPORT MarkerPositionInfo : public runtime::Record {
   void set_has_marker_id();
   void clear_has_marker_id();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   float x_;
@@ -210,7 +212,7 @@ class CALIBRATION_EXPORT MarkerPositionInfo : public runtime::Record {
 };
 
 // Marker positions, together with the two centers that they were determined with.
-class CALIBRATION_EXPORT MarkerPositionSet : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT MarkerPositionSet : public calibration_internal::Record {
  public:
   MarkerPositionSet();
   // A deep copy: holds strings and sub-messages of its own.
@@ -226,10 +228,10 @@ class CALIBRATION_EXPORT MarkerPositionSet : public runtime::Record {
   static const MarkerPositionSet& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(MarkerPositionSet* other);
@@ -290,9 +292,10 @@ class CALIBRATION_EXPORT MarkerPositionSet : public runtime::Record {
   static const int kNavCenterFieldNumber = 3;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 32;  // above the tags of all fields
 
@@ -300,13 +303,13 @@ class CALIBRATION_EXPORT MarkerPositionSet : public runtime::Record {
   void SharedDtor();
   void InternalSwap(MarkerPositionSet* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   ::google::protobuf::RepeatedPtrField<MarkerPositionInfo> pos_;
@@ -318,7 +321,7 @@ class CALIBRATION_EXPORT MarkerPositionSet : public runtime::Record {
 
 // One sample of a camera calibration: a point in the image and the point of the calibration
 // target it shows. The format records no unit for either point.
-class CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public calibration_internal::Record {
  public:
   CameraIntrinsicsSamplePoints();
   // A deep copy: holds strings and sub-messages of its own.
@@ -334,10 +337,10 @@ class CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public runtime::Record {
   static const CameraIntrinsicsSamplePoints& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(CameraIntrinsicsSamplePoints* other);
@@ -396,9 +399,10 @@ class CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public runtime::Record {
   static const int kTgtYFieldNumber = 4;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 40;  // above the tags of all fields
 
@@ -406,10 +410,10 @@ class CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public runtime::Record {
   void SharedDtor();
   void InternalSwap(CameraIntrinsicsSamplePoints* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_img_x();
   void clear_has_img_x();
@@ -420,7 +424,7 @@ class CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public runtime::Record {
   void set_has_tgt_y();
   void clear_has_tgt_y();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   float img_x_;
@@ -434,7 +438,7 @@ class CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public runtime::Record {
 // The intrinsics of one camera: projection, lens distortion, and the measurements they were
 // computed from. fx, fy, skew, cx and cy are required: without all five the record is not
 // initialized, and parsing it fails.
-class CALIBRATION_EXPORT CameraIntrinsics : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT CameraIntrinsics : public calibration_internal::Record {
  public:
   CameraIntrinsics();
   // A deep copy: holds strings and sub-messages of its own.
@@ -450,10 +454,10 @@ class CALIBRATION_EXPORT CameraIntrinsics : public runtime::Record {
   static const CameraIntrinsics& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(CameraIntrinsics* other);
@@ -649,9 +653,10 @@ class CALIBRATION_EXPORT CameraIntrinsics : public runtime::Record {
   static const int kTgtHeightFieldNumber = 19;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 160;  // above the tags of all fields
 
@@ -659,12 +664,12 @@ class CALIBRATION_EXPORT CameraIntrinsics : public runtime::Record {
   void SharedDtor();
   void InternalSwap(CameraIntrinsics* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
-  CALIBRATION_HIDDEN ::google::protobuf::uint32 RequiredFieldsByteSizeFallback() const;
+  ZARVO_CALIBRATION_HIDDEN ::google::protobuf::uint32 RequiredFieldsByteSizeFallback() const;
   void set_has_fx();
   void clear_has_fx();
   void set_has_fy();
@@ -698,7 +703,7 @@ class CALIBRATION_EXPORT CameraIntrinsics : public runtime::Record {
   void set_has_tgt_height();
   void clear_has_tgt_height();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   double fx_;
@@ -711,7 +716,7 @@ class CALIBRATION_EXPORT CameraIntrinsics : public runtime::Record {
   ::google::protobuf::int32 width_;
   ::google::protobuf::int32 height_;
   double error_per_point_;
-  runtime::StringField x_bin_;
+  calibration_internal::StringField x_bin_;
   float offset_x_;
   float offset_y_;
   float bin_center_;
@@ -726,7 +731,7 @@ class CALIBRATION_EXPORT CameraIntrinsics : public runtime::Record {
 
 // An image that a calibration was computed from.
 // All five fields belong together: the first four say how the octets of imgdata are to be read.
-class CALIBRATION_EXPORT CalibrationImage : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT CalibrationImage : public calibration_internal::Record {
  public:
   CalibrationImage();
   // A deep copy: holds strings and sub-messages of its own.
@@ -742,10 +747,10 @@ class CALIBRATION_EXPORT CalibrationImage : public runtime::Record {
   static const CalibrationImage& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(CalibrationImage* other);
@@ -824,9 +829,10 @@ class CALIBRATION_EXPORT CalibrationImage : public runtime::Record {
   static const int kImgdataFieldNumber = 5;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 48;  // above the tags of all fields
 
@@ -834,10 +840,10 @@ class CALIBRATION_EXPORT CalibrationImage : public runtime::Record {
   void SharedDtor();
   void InternalSwap(CalibrationImage* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_width();
   void clear_has_width();
@@ -850,20 +856,20 @@ class CALIBRATION_EXPORT CalibrationImage : public runtime::Record {
   void set_has_imgdata();
   void clear_has_imgdata();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   ::google::protobuf::int32 width_;
   ::google::protobuf::int32 height_;
-  runtime::StringField format_;
-  runtime::StringField imgdata_;
+  calibration_internal::StringField format_;
+  calibration_internal::StringField imgdata_;
   ::google::protobuf::int32 stride_;
 
   static CalibrationImage* default_instance_;
 };
 
 // How sharply one focus target was imaged.
-class CALIBRATION_EXPORT FocusInfoItem : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT FocusInfoItem : public calibration_internal::Record {
  public:
   FocusInfoItem();
   // A deep copy: holds strings and sub-messages of its own.
@@ -879,10 +885,10 @@ class CALIBRATION_EXPORT FocusInfoItem : public runtime::Record {
   static const FocusInfoItem& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(FocusInfoItem* other);
@@ -984,9 +990,10 @@ class CALIBRATION_EXPORT FocusInfoItem : public runtime::Record {
   static const int kValidMaxFieldNumber = 8;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 80;  // above the tags of all fields
 
@@ -994,10 +1001,10 @@ class CALIBRATION_EXPORT FocusInfoItem : public runtime::Record {
   void SharedDtor();
   void InternalSwap(FocusInfoItem* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_target_id();
   void clear_has_target_id();
@@ -1016,7 +1023,7 @@ class CALIBRATION_EXPORT FocusInfoItem : public runtime::Record {
   void set_has_valid_max();
   void clear_has_valid_max();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   ::google::protobuf::int32 target_id_;
@@ -1033,7 +1040,7 @@ class CALIBRATION_EXPORT FocusInfoItem : public runtime::Record {
 };
 
 // A set of focus measurements.
-class CALIBRATION_EXPORT FocusInfo : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT FocusInfo : public calibration_internal::Record {
  public:
   FocusInfo();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1049,10 +1056,10 @@ class CALIBRATION_EXPORT FocusInfo : public runtime::Record {
   static const FocusInfo& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(FocusInfo* other);
@@ -1089,9 +1096,10 @@ class CALIBRATION_EXPORT FocusInfo : public runtime::Record {
   static const int kFocusFieldNumber = 1;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
@@ -1099,13 +1107,13 @@ class CALIBRATION_EXPORT FocusInfo : public runtime::Record {
   void SharedDtor();
   void InternalSwap(FocusInfo* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   ::google::protobuf::RepeatedPtrField<FocusInfoItem> focus_;
@@ -1115,7 +1123,7 @@ class CALIBRATION_EXPORT FocusInfo : public runtime::Record {
 
 // Where a camera or a part of the robot sits: a transform between two frames.
 // Which two frames, and in which direction it maps, is not recorded.
-class CALIBRATION_EXPORT CameraExtrinsics : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT CameraExtrinsics : public calibration_internal::Record {
  public:
   CameraExtrinsics();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1131,10 +1139,10 @@ class CALIBRATION_EXPORT CameraExtrinsics : public runtime::Record {
   static const CameraExtrinsics& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(CameraExtrinsics* other);
@@ -1172,9 +1180,10 @@ class CALIBRATION_EXPORT CameraExtrinsics : public runtime::Record {
   static const int kAFieldNumber = 1;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
@@ -1182,13 +1191,13 @@ class CALIBRATION_EXPORT CameraExtrinsics : public runtime::Record {
   void SharedDtor();
   void InternalSwap(CameraExtrinsics* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   ::google::protobuf::RepeatedField<double> a_;
@@ -1197,7 +1206,7 @@ class CALIBRATION_EXPORT CameraExtrinsics : public runtime::Record {
 };
 
 // The calibration of one camera.
-class CALIBRATION_EXPORT CameraCalibration : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT CameraCalibration : public calibration_internal::Record {
  public:
   CameraCalibration();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1213,10 +1222,10 @@ class CALIBRATION_EXPORT CameraCalibration : public runtime::Record {
   static const CameraCalibration& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(CameraCalibration* other);
@@ -1324,9 +1333,10 @@ class CALIBRATION_EXPORT CameraCalibration : public runtime::Record {
   static const int kSerialFieldNumber = 7;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 64;  // above the tags of all fields
 
@@ -1334,10 +1344,10 @@ class CALIBRATION_EXPORT CameraCalibration : public runtime::Record {
   void SharedDtor();
   void InternalSwap(CameraCalibration* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_intrinsics();
   void clear_has_intrinsics();
@@ -1354,22 +1364,22 @@ class CALIBRATION_EXPORT CameraCalibration : public runtime::Record {
   void set_has_serial();
   void clear_has_serial();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   CameraIntrinsics* intrinsics_;
   CalibrationImage* intrinsics_image_;
   CameraExtrinsics* extrinsics_;
   CalibrationImage* extrinsics_image_;
-  runtime::StringField name_;
-  runtime::StringField model_;
-  runtime::StringField serial_;
+  calibration_internal::StringField name_;
+  calibration_internal::StringField model_;
+  calibration_internal::StringField serial_;
 
   static CameraCalibration* default_instance_;
 };
 
 // All cameras of one robot.
-class CALIBRATION_EXPORT RobotCalibration : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT RobotCalibration : public calibration_internal::Record {
  public:
   RobotCalibration();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1385,10 +1395,10 @@ class CALIBRATION_EXPORT RobotCalibration : public runtime::Record {
   static const RobotCalibration& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(RobotCalibration* other);
@@ -1426,9 +1436,10 @@ class CALIBRATION_EXPORT RobotCalibration : public runtime::Record {
   static const int kCameraFieldNumber = 1;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
@@ -1436,13 +1447,13 @@ class CALIBRATION_EXPORT RobotCalibration : public runtime::Record {
   void SharedDtor();
   void InternalSwap(RobotCalibration* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   ::google::protobuf::RepeatedPtrField<CameraCalibration> camera_;
@@ -1451,7 +1462,7 @@ class CALIBRATION_EXPORT RobotCalibration : public runtime::Record {
 };
 
 // When, on which devices and under which conditions a calibration was made.
-class CALIBRATION_EXPORT CalibrationMetadataProto : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT CalibrationMetadataProto : public calibration_internal::Record {
  public:
   CalibrationMetadataProto();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1467,10 +1478,10 @@ class CALIBRATION_EXPORT CalibrationMetadataProto : public runtime::Record {
   static const CalibrationMetadataProto& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(CalibrationMetadataProto* other);
@@ -1540,9 +1551,10 @@ class CALIBRATION_EXPORT CalibrationMetadataProto : public runtime::Record {
   static const int kTemperatureFieldNumber = 4;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 40;  // above the tags of all fields
 
@@ -1550,10 +1562,10 @@ class CALIBRATION_EXPORT CalibrationMetadataProto : public runtime::Record {
   void SharedDtor();
   void InternalSwap(CalibrationMetadataProto* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_time();
   void clear_has_time();
@@ -1564,19 +1576,19 @@ class CALIBRATION_EXPORT CalibrationMetadataProto : public runtime::Record {
   void set_has_temperature();
   void clear_has_temperature();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   ::google::protobuf::int64 time_;
-  runtime::StringField base_serial_;
-  runtime::StringField audio_serial_;
+  calibration_internal::StringField base_serial_;
+  calibration_internal::StringField audio_serial_;
   float temperature_;
 
   static CalibrationMetadataProto* default_instance_;
 };
 
 // The calibration of a gyroscope.
-class CALIBRATION_EXPORT GyroscopeCalibrationProto : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT GyroscopeCalibrationProto : public calibration_internal::Record {
  public:
   GyroscopeCalibrationProto();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1592,10 +1604,10 @@ class CALIBRATION_EXPORT GyroscopeCalibrationProto : public runtime::Record {
   static const GyroscopeCalibrationProto& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(GyroscopeCalibrationProto* other);
@@ -1639,9 +1651,10 @@ class CALIBRATION_EXPORT GyroscopeCalibrationProto : public runtime::Record {
   static const int kMetadataFieldNumber = 2;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 24;  // above the tags of all fields
 
@@ -1649,17 +1662,17 @@ class CALIBRATION_EXPORT GyroscopeCalibrationProto : public runtime::Record {
   void SharedDtor();
   void InternalSwap(GyroscopeCalibrationProto* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_gyroscope_gain();
   void clear_has_gyroscope_gain();
   void set_has_metadata();
   void clear_has_metadata();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   CalibrationMetadataProto* metadata_;
@@ -1669,7 +1682,8 @@ class CALIBRATION_EXPORT GyroscopeCalibrationProto : public runtime::Record {
 };
 
 // An adjustment of where a camera sits.
-class CALIBRATION_EXPORT CameraCalibrationAdjustmentProto : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT CameraCalibrationAdjustmentProto : public
+    calibration_internal::Record {
  public:
   CameraCalibrationAdjustmentProto();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1685,10 +1699,10 @@ class CALIBRATION_EXPORT CameraCalibrationAdjustmentProto : public runtime::Reco
   static const CameraCalibrationAdjustmentProto& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(CameraCalibrationAdjustmentProto* other);
@@ -1734,9 +1748,10 @@ class CALIBRATION_EXPORT CameraCalibrationAdjustmentProto : public runtime::Reco
   static const int kMetadataFieldNumber = 2;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 24;  // above the tags of all fields
 
@@ -1744,17 +1759,17 @@ class CALIBRATION_EXPORT CameraCalibrationAdjustmentProto : public runtime::Reco
   void SharedDtor();
   void InternalSwap(CameraCalibrationAdjustmentProto* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_params();
   void clear_has_params();
   void set_has_metadata();
   void clear_has_metadata();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   CameraExtrinsics* params_;
@@ -1766,7 +1781,7 @@ class CALIBRATION_EXPORT CameraCalibrationAdjustmentProto : public runtime::Reco
 // The calibration of a robot's drive base. wheel_base, base_width and base_length belong
 // together; the format records no unit, so use one for all three. They declare defaults, which a
 // reader gets for a field that the record does not hold.
-class CALIBRATION_EXPORT BaseCalibrationProto : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT BaseCalibrationProto : public calibration_internal::Record {
  public:
   BaseCalibrationProto();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1782,10 +1797,10 @@ class CALIBRATION_EXPORT BaseCalibrationProto : public runtime::Record {
   static const BaseCalibrationProto& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(BaseCalibrationProto* other);
@@ -1855,9 +1870,10 @@ class CALIBRATION_EXPORT BaseCalibrationProto : public runtime::Record {
   static const int kGyroscopeCalFieldNumber = 4;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 48;  // above the tags of all fields
 
@@ -1865,10 +1881,10 @@ class CALIBRATION_EXPORT BaseCalibrationProto : public runtime::Record {
   void SharedDtor();
   void InternalSwap(BaseCalibrationProto* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_wheel_base();
   void clear_has_wheel_base();
@@ -1881,7 +1897,7 @@ class CALIBRATION_EXPORT BaseCalibrationProto : public runtime::Record {
   void set_has_gyroscope_cal();
   void clear_has_gyroscope_cal();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   float wheel_base_;
@@ -1894,7 +1910,7 @@ class CALIBRATION_EXPORT BaseCalibrationProto : public runtime::Record {
 };
 
 // Result of one focus check.
-class CALIBRATION_EXPORT FocusCheckProto : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT FocusCheckProto : public calibration_internal::Record {
  public:
   FocusCheckProto();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1910,10 +1926,10 @@ class CALIBRATION_EXPORT FocusCheckProto : public runtime::Record {
   static const FocusCheckProto& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(FocusCheckProto* other);
@@ -1988,9 +2004,10 @@ class CALIBRATION_EXPORT FocusCheckProto : public runtime::Record {
   static const int kOkFieldNumber = 5;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 48;  // above the tags of all fields
 
@@ -1998,10 +2015,10 @@ class CALIBRATION_EXPORT FocusCheckProto : public runtime::Record {
   void SharedDtor();
   void InternalSwap(FocusCheckProto* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_value_at_cutoff();
   void clear_has_value_at_cutoff();
@@ -2012,20 +2029,20 @@ class CALIBRATION_EXPORT FocusCheckProto : public runtime::Record {
   void set_has_ok();
   void clear_has_ok();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   float value_at_cutoff_;
   float cutoff_;
   ::google::protobuf::RepeatedField<float> bins_;
-  runtime::StringField name_;
+  calibration_internal::StringField name_;
   bool ok_;
 
   static FocusCheckProto* default_instance_;
 };
 
 // Results of a focus check at several spots.
-class CALIBRATION_EXPORT FocusCheckSetProto : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT FocusCheckSetProto : public calibration_internal::Record {
  public:
   FocusCheckSetProto();
   // A deep copy: holds strings and sub-messages of its own.
@@ -2041,10 +2058,10 @@ class CALIBRATION_EXPORT FocusCheckSetProto : public runtime::Record {
   static const FocusCheckSetProto& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(FocusCheckSetProto* other);
@@ -2081,9 +2098,10 @@ class CALIBRATION_EXPORT FocusCheckSetProto : public runtime::Record {
   static const int kSpotsFieldNumber = 1;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
@@ -2091,13 +2109,13 @@ class CALIBRATION_EXPORT FocusCheckSetProto : public runtime::Record {
   void SharedDtor();
   void InternalSwap(FocusCheckSetProto* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   ::google::protobuf::RepeatedPtrField<FocusCheckProto> spots_;
@@ -2107,7 +2125,7 @@ class CALIBRATION_EXPORT FocusCheckSetProto : public runtime::Record {
 
 // The intrinsics of a pan-tilt-zoom camera at one zoom. The format records neither the unit of
 // the lengths nor the distortion model behind k1, k4, p1 and p2.
-class CALIBRATION_EXPORT PTZIntrinsicsItem : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT PTZIntrinsicsItem : public calibration_internal::Record {
  public:
   PTZIntrinsicsItem();
   // A deep copy: holds strings and sub-messages of its own.
@@ -2123,10 +2141,10 @@ class CALIBRATION_EXPORT PTZIntrinsicsItem : public runtime::Record {
   static const PTZIntrinsicsItem& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(PTZIntrinsicsItem* other);
@@ -2224,9 +2242,10 @@ class CALIBRATION_EXPORT PTZIntrinsicsItem : public runtime::Record {
   static const int kErrorPerPointFieldNumber = 9;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 80;  // above the tags of all fields
 
@@ -2234,10 +2253,10 @@ class CALIBRATION_EXPORT PTZIntrinsicsItem : public runtime::Record {
   void SharedDtor();
   void InternalSwap(PTZIntrinsicsItem* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_zoom();
   void clear_has_zoom();
@@ -2258,7 +2277,7 @@ class CALIBRATION_EXPORT PTZIntrinsicsItem : public runtime::Record {
   void set_has_error_per_point();
   void clear_has_error_per_point();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   double zoom_;
@@ -2275,7 +2294,7 @@ class CALIBRATION_EXPORT PTZIntrinsicsItem : public runtime::Record {
 };
 
 // The intrinsics of a pan-tilt-zoom camera over its zoom range.
-class CALIBRATION_EXPORT PTZIntrinsics : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT PTZIntrinsics : public calibration_internal::Record {
  public:
   PTZIntrinsics();
   // A deep copy: holds strings and sub-messages of its own.
@@ -2291,10 +2310,10 @@ class CALIBRATION_EXPORT PTZIntrinsics : public runtime::Record {
   static const PTZIntrinsics& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(PTZIntrinsics* other);
@@ -2397,9 +2416,10 @@ class CALIBRATION_EXPORT PTZIntrinsics : public runtime::Record {
   static const int kZoomMaxFieldNumber = 9;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 80;  // above the tags of all fields
 
@@ -2407,10 +2427,10 @@ class CALIBRATION_EXPORT PTZIntrinsics : public runtime::Record {
   void SharedDtor();
   void InternalSwap(PTZIntrinsics* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_zx();
   void clear_has_zx();
@@ -2429,7 +2449,7 @@ class CALIBRATION_EXPORT PTZIntrinsics : public runtime::Record {
   void set_has_zoom_max();
   void clear_has_zoom_max();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   double zx_;
@@ -2448,7 +2468,7 @@ class CALIBRATION_EXPORT PTZIntrinsics : public runtime::Record {
 // The mechanics of a pan-tilt mount and of the device that it carries. Limits and speeds are
 // whole numbers whose unit the format does not record; the names of rads_per_pan_unit and
 // rads_per_tilt_unit tell of "pan units" and "tilt units".
-class CALIBRATION_EXPORT PanTiltSystemParameters : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT PanTiltSystemParameters : public calibration_internal::Record {
  public:
   PanTiltSystemParameters();
   // A deep copy: holds strings and sub-messages of its own.
@@ -2464,10 +2484,10 @@ class CALIBRATION_EXPORT PanTiltSystemParameters : public runtime::Record {
   static const PanTiltSystemParameters& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(PanTiltSystemParameters* other);
@@ -2620,9 +2640,10 @@ class CALIBRATION_EXPORT PanTiltSystemParameters : public runtime::Record {
   static const int kMaxModelErrorFieldNumber = 15;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 128;  // above the tags of all fields
 
@@ -2630,10 +2651,10 @@ class CALIBRATION_EXPORT PanTiltSystemParameters : public runtime::Record {
   void SharedDtor();
   void InternalSwap(PanTiltSystemParameters* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_pan_ext();
   void clear_has_pan_ext();
@@ -2666,7 +2687,7 @@ class CALIBRATION_EXPORT PanTiltSystemParameters : public runtime::Record {
   void set_has_max_model_error();
   void clear_has_max_model_error();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   CameraExtrinsics* pan_ext_;
@@ -2689,7 +2710,7 @@ class CALIBRATION_EXPORT PanTiltSystemParameters : public runtime::Record {
 };
 
 // A pan-tilt-zoom camera: its optics and the mount that moves it.
-class CALIBRATION_EXPORT PTZCameraParameters : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT PTZCameraParameters : public calibration_internal::Record {
  public:
   PTZCameraParameters();
   // A deep copy: holds strings and sub-messages of its own.
@@ -2705,10 +2726,10 @@ class CALIBRATION_EXPORT PTZCameraParameters : public runtime::Record {
   static const PTZCameraParameters& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(PTZCameraParameters* other);
@@ -2754,9 +2775,10 @@ class CALIBRATION_EXPORT PTZCameraParameters : public runtime::Record {
   static const int kPanTiltFieldNumber = 2;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 24;  // above the tags of all fields
 
@@ -2764,17 +2786,17 @@ class CALIBRATION_EXPORT PTZCameraParameters : public runtime::Record {
   void SharedDtor();
   void InternalSwap(PTZCameraParameters* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_intrinsics();
   void clear_has_intrinsics();
   void set_has_pan_tilt();
   void clear_has_pan_tilt();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   PTZIntrinsics* intrinsics_;
@@ -2785,7 +2807,7 @@ class CALIBRATION_EXPORT PTZCameraParameters : public runtime::Record {
 
 // A pan-tilt-zoom camera head as a whole: the camera, a laser on a pan-tilt mount, and the
 // cameras beside them.
-class CALIBRATION_EXPORT PTZSystemCalibration : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT PTZSystemCalibration : public calibration_internal::Record {
  public:
   PTZSystemCalibration();
   // A deep copy: holds strings and sub-messages of its own.
@@ -2801,10 +2823,10 @@ class CALIBRATION_EXPORT PTZSystemCalibration : public runtime::Record {
   static const PTZSystemCalibration& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(PTZSystemCalibration* other);
@@ -2861,9 +2883,10 @@ class CALIBRATION_EXPORT PTZSystemCalibration : public runtime::Record {
   static const int kOtherCamerasFieldNumber = 3;
 
  private:
-  friend CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
+      ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class wire::MessageReader;
+  friend class calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 32;  // above the tags of all fields
 
@@ -2871,10 +2894,10 @@ class CALIBRATION_EXPORT PTZSystemCalibration : public runtime::Record {
   void SharedDtor();
   void InternalSwap(PTZSystemCalibration* other);
   void SetCachedSize(int size) const override;
-  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      wire::MessageReader* reader);
-  CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_ptz_camera();
   void clear_has_ptz_camera();
@@ -2883,7 +2906,7 @@ class CALIBRATION_EXPORT PTZSystemCalibration : public runtime::Record {
   void set_has_other_cameras();
   void clear_has_other_cameras();
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   PTZCameraParameters* ptz_camera_;
@@ -2957,7 +2980,9 @@ inline void MarkerPositionInfo::clear_marker_id() {
 inline int MarkerPositionSet::pos_size() const { return pos_.size(); }
 inline const MarkerPositionInfo& MarkerPositionSet::pos(int index) const { return pos_.Get(index); }
 inline MarkerPositionInfo* MarkerPositionSet::mutable_pos(int index) { return pos_.Mutable(index); }
-inline MarkerPositionInfo* MarkerPositionSet::add_pos() { return runtime::AddElement(&pos_); }
+inline MarkerPositionInfo* MarkerPositionSet::add_pos() {
+  return calibration_internal::AppendElement(&pos_);
+}
 inline const ::google::protobuf::RepeatedPtrField<MarkerPositionInfo>& MarkerPositionSet::pos()
     const {
   return pos_;
@@ -3289,7 +3314,7 @@ inline CameraIntrinsicsSamplePoints* CameraIntrinsics::mutable_sample_points(int
   return sample_points_.Mutable(index);
 }
 inline CameraIntrinsicsSamplePoints* CameraIntrinsics::add_sample_points() {
-  return runtime::AddElement(&sample_points_);
+  return calibration_internal::AppendElement(&sample_points_);
 }
 inline const ::google::protobuf::RepeatedPtrField<CameraIntrinsicsSamplePoints>&
     CameraIntrinsics::sample_points() const {
@@ -3598,7 +3623,9 @@ inline void FocusInfoItem::clear_valid_max() {
 inline int FocusInfo::focus_size() const { return focus_.size(); }
 inline const FocusInfoItem& FocusInfo::focus(int index) const { return focus_.Get(index); }
 inline FocusInfoItem* FocusInfo::mutable_focus(int index) { return focus_.Mutable(index); }
-inline FocusInfoItem* FocusInfo::add_focus() { return runtime::AddElement(&focus_); }
+inline FocusInfoItem* FocusInfo::add_focus() {
+  return calibration_internal::AppendElement(&focus_);
+}
 inline const ::google::protobuf::RepeatedPtrField<FocusInfoItem>& FocusInfo::focus() const {
   return focus_;
 }
@@ -3869,7 +3896,9 @@ inline const CameraCalibration& RobotCalibration::camera(int index) const {
 inline CameraCalibration* RobotCalibration::mutable_camera(int index) {
   return camera_.Mutable(index);
 }
-inline CameraCalibration* RobotCalibration::add_camera() { return runtime::AddElement(&camera_); }
+inline CameraCalibration* RobotCalibration::add_camera() {
+  return calibration_internal::AppendElement(&camera_);
+}
 inline const ::google::protobuf::RepeatedPtrField<CameraCalibration>& RobotCalibration::camera()
     const {
   return camera_;
@@ -4329,7 +4358,9 @@ inline const FocusCheckProto& FocusCheckSetProto::spots(int index) const {
 inline FocusCheckProto* FocusCheckSetProto::mutable_spots(int index) {
   return spots_.Mutable(index);
 }
-inline FocusCheckProto* FocusCheckSetProto::add_spots() { return runtime::AddElement(&spots_); }
+inline FocusCheckProto* FocusCheckSetProto::add_spots() {
+  return calibration_internal::AppendElement(&spots_);
+}
 inline const ::google::protobuf::RepeatedPtrField<FocusCheckProto>& FocusCheckSetProto::spots()
     const {
   return spots_;
@@ -4533,7 +4564,9 @@ inline const PTZIntrinsicsItem& PTZIntrinsics::samples(int index) const {
 inline PTZIntrinsicsItem* PTZIntrinsics::mutable_samples(int index) {
   return samples_.Mutable(index);
 }
-inline PTZIntrinsicsItem* PTZIntrinsics::add_samples() { return runtime::AddElement(&samples_); }
+inline PTZIntrinsicsItem* PTZIntrinsics::add_samples() {
+  return calibration_internal::AppendElement(&samples_);
+}
 inline const ::google::protobuf::RepeatedPtrField<PTZIntrinsicsItem>& PTZIntrinsics::samples()
     const {
   return samples_;
@@ -5051,4 +5084,4 @@ inline void PTZSystemCalibration::set_allocated_other_cameras(RobotCalibration* 
 
 }  // namespace calibration
 }  // namespace zarvo
-#endif  // CALIBRATION_GENERATED_calibration_5fcommon_2fcalibration_2eproto_H_
+#endif  // ZARVO_CALIBRATION_GENERATED_calibration_5fcommon_2fcalibration_2eproto_H_

@@ -1,31 +1,29 @@
 // The run-time binding: the one place that knows which protobuf run-time the records are built on.
 //
 // The record classes are written once, for the object model of the run-time's 3.0 series. What
-// differs between the series that are served stands in one header for each, under the same names:
+// differs between the series that are served stands in headers for each, under the same names:
 //
 //   Record
 //       the base class of every record; on the 3.0 series the run-time's Message itself
-//   CALIBRATION_RECORD_METADATA
+//   ZARVO_CALIBRATION_RECORD_METADATA
 //       declares the metadata word where the base class does not bring one
 //   UnknownFields, MutableUnknownFields, SwapUnknownFields
 //       the unknown-field store behind a metadata word
 //   StringField, InitSharedEmptyString
 //       a string or bytes member: the run-time's ArenaStringPtr and its shared empty string
-//   AddElements
+//   AppendNumbers
 //       makes room in a repeated number
 //
-// and, in registration_3_0.h and registration_3_21.h, what only the library's own source needs:
-// registration and reflection.
+// and, in internal/registration_3_0.h and internal/registration_3_21.h, what only the library's own
+// source needs: registration and reflection.
 //
-// Nothing here relies on a private member or on the object layout of a run-time class.
-#ifndef CALIBRATION_COMMON_RUNTIME_H_
-#define CALIBRATION_COMMON_RUNTIME_H_
+// Nothing here relies on a private member or on the object layout of a run-time class. All that is
+// not for users stands in zarvo::calibration_internal, beside the namespace that they may use
+// whole.
+#ifndef ZARVO_CALIBRATION_RUNTIME_H_
+#define ZARVO_CALIBRATION_RUNTIME_H_
 
 #include <google/protobuf/stubs/common.h>
-
-// Marks what the library exports, and what of an exported class it does not.
-#define CALIBRATION_EXPORT __attribute__((visibility("default")))
-#define CALIBRATION_HIDDEN __attribute__((visibility("hidden")))
 
 #if !defined(__BYTE_ORDER__) || __BYTE_ORDER__ != __ORDER_LITTLE_ENDIAN__
 #error "calibration_protolib reads and writes numbers as little-endian machines hold them."
@@ -40,11 +38,9 @@
 #endif
 
 namespace zarvo {
-namespace calibration {
-namespace wire {
+namespace calibration_internal {
 class MessageReader;  // reads records, whose friend it is
 }
-}  // namespace calibration
 }  // namespace zarvo
 
-#endif  // CALIBRATION_COMMON_RUNTIME_H_
+#endif  // ZARVO_CALIBRATION_RUNTIME_H_

@@ -1,7 +1,7 @@
 // The run-time binding for the 3.0 series (see runtime.h). The records' object model is this
 // run-time's own, so that there is next to nothing to bind.
-#ifndef CALIBRATION_COMMON_RUNTIME_3_0_H_
-#define CALIBRATION_COMMON_RUNTIME_3_0_H_
+#ifndef ZARVO_CALIBRATION_RUNTIME_3_0_H_
+#define ZARVO_CALIBRATION_RUNTIME_3_0_H_
 
 #include <google/protobuf/arenastring.h>
 #include <google/protobuf/generated_message_util.h>
@@ -13,12 +13,11 @@
 
 #include <string>
 
-#define CALIBRATION_RECORD_METADATA \
+#define ZARVO_CALIBRATION_RECORD_METADATA \
   ::google::protobuf::internal::InternalMetadataWithArena _internal_metadata_;
 
 namespace zarvo {
-namespace calibration {
-namespace runtime {
+namespace calibration_internal {
 
 typedef ::google::protobuf::Message Record;
 typedef ::google::protobuf::internal::InternalMetadataWithArena Metadata;
@@ -33,7 +32,7 @@ __attribute__((noinline)) inline void SwapUnknownFields(Metadata* a, Metadata* b
 
 // Appends `count` elements, whose values the caller sets; returns the first.
 template <typename T>
-inline T* AddElements(::google::protobuf::RepeatedField<T>* values, int count) {
+inline T* AppendNumbers(::google::protobuf::RepeatedField<T>* values, int count) {
   const int old_size = values->size();
   values->Resize(old_size + count, T());
   return values->mutable_data() + old_size;
@@ -65,8 +64,7 @@ class StringField {
   ::google::protobuf::internal::ArenaStringPtr ptr_;
 };
 
-}  // namespace runtime
-}  // namespace calibration
+}  // namespace calibration_internal
 }  // namespace zarvo
 
-#endif  // CALIBRATION_COMMON_RUNTIME_3_0_H_
+#endif  // ZARVO_CALIBRATION_RUNTIME_3_0_H_

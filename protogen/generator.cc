@@ -27,12 +27,14 @@ const char kSourceTop[] = R"(
 #include <typeinfo>
 #include <utility>
 
-#include "calibration_common/object_model.h"
-#include "calibration_common/registration.h"
-#include "calibration_common/wire_buffer.h"
-#include "calibration_common/wire_reading.h"
-#include "calibration_common/wire_runs.h"
-#include "calibration_common/wire_writing.h"
+#include "calibration_common/internal/buffer_reader.h"
+#include "calibration_common/internal/element_blocks.h"
+#include "calibration_common/internal/message_reader.h"
+#include "calibration_common/internal/object_model.h"
+#include "calibration_common/internal/registration.h"
+#include "calibration_common/internal/runs.h"
+#include "calibration_common/internal/stream_reader.h"
+#include "calibration_common/internal/writers.h"
 
 $open$
 using ::google::protobuf::uint32;
@@ -43,6 +45,8 @@ using ::google::protobuf::io::CodedInputStream;
 using ::google::protobuf::io::CodedOutputStream;
 
 namespace {
+
+namespace internal = calibration_internal;
 
 const char kSchemaPath[] = "$file$";
 const char kSourcePath[] = "$base$.pb.cc";

@@ -61,6 +61,7 @@ const char kTop[] = R"(
 
 #include "calibration_common/elements.h"
 #include "calibration_common/runtime.h"
+#include "calibration_common/visibility.h"
 
 #include <google/protobuf/message.h>
 #include <google/protobuf/repeated_field.h>
@@ -76,18 +77,18 @@ const char kFileFunctions[] = R"(
 
 // Registers the schema file and creates the default instances. Runs when the library is loaded;
 // later calls do nothing.
-CALIBRATION_EXPORT void protobuf_AddDesc_$id$();
+ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_$id$();
 // Builds descriptors and reflection. Internal: runs once, on the first use of either.
-CALIBRATION_EXPORT void protobuf_AssignDesc_$id$();
+ZARVO_CALIBRATION_EXPORT void protobuf_AssignDesc_$id$();
 // Frees what the two above made. Internal: the run-time's ShutdownProtobufLibrary() calls it.
-CALIBRATION_EXPORT void protobuf_ShutdownFile_$id$();
+ZARVO_CALIBRATION_EXPORT void protobuf_ShutdownFile_$id$();
 
 struct protobuf_Layouts_$id$;
 
 )";
 
 const char kClassTop[] = R"(
-class CALIBRATION_EXPORT $class$ : public runtime::Record {
+class ZARVO_CALIBRATION_EXPORT $class$ : public calibration_internal::Record {
  public:
   $class$();
   // A deep copy: holds strings and sub-messages of its own.
@@ -103,10 +104,10 @@ class CALIBRATION_EXPORT $class$ : public runtime::Record {
   static const $class$& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return runtime::UnknownFields(_internal_metadata_);
+    return calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return runtime::MutableUnknownFields(&_internal_metadata_);
+    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap($class$* other);
@@ -135,7 +136,7 @@ class CALIBRATION_EXPORT $class$ : public runtime::Record {
 
 const char kClassBottom[] = R"(
 
-  CALIBRATION_RECORD_METADATA
+  ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
 $members$
@@ -161,23 +162,23 @@ std::string ClassDefinition(const File& file, const RenderedMessage& rendered) {
 
   std::string privates =
       " private:\n"
-      "  friend CALIBRATION_EXPORT void protobuf_AddDesc_$id$();\n"
+      "  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_$id$();\n"
       "  friend struct protobuf_Layouts_$id$;\n"
-      "  friend class wire::MessageReader;\n\n"
+      "  friend class calibration_internal::MessageReader;\n\n"
       "  static const ::google::protobuf::uint32 kTagsEnd = $tags_end$;"
       "  // above the tags of all fields\n\n"
       "  void SharedCtor();\n"
       "  void SharedDtor();\n"
       "  void InternalSwap($class$* other);\n"
       "  void SetCachedSize(int size) const override;\n"
-      "  CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(\n"
+      "  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(\n"
       "      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,\n"
-      "      wire::MessageReader* reader);\n"
-      "  CALIBRATION_HIDDEN bool MergeLengthDelimited(\n"
+      "      calibration_internal::MessageReader* reader);\n"
+      "  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(\n"
       "      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);\n";
   if (!message.required.empty()) {
     privates +=
-        "  CALIBRATION_HIDDEN "
+        "  ZARVO_CALIBRATION_HIDDEN "
         "::google::protobuf::uint32 RequiredFieldsByteSizeFallback() const;\n";
   }
   out += Fill(privates, variables);
@@ -199,7 +200,7 @@ std::string Rule(const std::string& title) {
 
 std::string RenderHeader(const File& file, const std::vector<RenderedMessage>& messages) {
   Variables variables = {{"file", file.name}, {"id", file.identifier}};
-  variables["guard"] = "CALIBRATION_GENERATED_" + file.identifier + "_H_";
+  variables["guard"] = "ZARVO_CALIBRATION_GENERATED_" + file.identifier + "_H_";
 
   std::string open, close;
   for (const std::string& piece : file.namespaces) open += "namespace " + piece + " {\n";

@@ -20,7 +20,7 @@ void $class$::MergeFrom(const ::google::protobuf::Message& from) {
 void $class$::MergeFrom(const $class$& from) {
   if (&from == this) MergeFromFail(__LINE__);
 $merges$  if (from._internal_metadata_.have_unknown_fields()) {
-    runtime::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
+    internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
 }
 

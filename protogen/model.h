@@ -58,7 +58,7 @@ struct Message {
   // Up to eight fields each that are neighbours in the declaration.
   std::vector<Group> singular_groups;  // all singular fields
   std::vector<Group> optional_groups;  // singular fields that are not required
-  std::vector<Group> runs;             // see calibration_common/wire_runs.h; each of at least three
+  std::vector<Group> runs;             // see internal/runs.h; each of at least three
   bool has_texts;                      // string or bytes fields
   bool reaches_required;               // can be uninitialized
   std::vector<const Field*> reaching;  // the fields through which it can be uninitialized

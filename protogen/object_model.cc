@@ -50,7 +50,7 @@ std::string RenderObjectModel(const RenderedMessage& rendered) {
   for (const Field* field : message.repeated) clears += rendered.of(field).clear;
 
   if (message.has_texts)
-    initializes = "runtime::InitSharedEmptyString();\n_cached_size_ = 0;\n" + initializes;
+    initializes = "internal::InitSharedEmptyString();\n_cached_size_ = 0;\n" + initializes;
   if (!message.has_texts) initializes = "_cached_size_ = 0;\n" + initializes;
   std::string destroys = text_destroys;
   if (!sub_message_destroys.empty()) {
@@ -96,7 +96,7 @@ $class$* $class$::New() const { return New(nullptr); }
 
 $class$* $class$::New(::google::protobuf::Arena* arena) const {
   $class$* message = new $class$;
-  if (arena != nullptr) runtime::Own(arena, message);
+  if (arena != nullptr) internal::Own(arena, message);
   return message;
 }
 
@@ -111,12 +111,12 @@ void $class$::Swap($class$* other) {
 __attribute__((noinline)) void $class$::InternalSwap($class$* other) {
 $swaps$  std::swap(_has_bits_[0], other->_has_bits_[0]);
   std::swap(_cached_size_, other->_cached_size_);
-  runtime::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
 }
 
 void $class$::Clear() {
 $clears$  _has_bits_[0] = 0;
-  if (_internal_metadata_.have_unknown_fields()) runtime::ClearUnknownFields(&_internal_metadata_);
+  if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 )",
               variables);

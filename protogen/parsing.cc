@@ -1,5 +1,5 @@
 // Reading from the wire: what lies whole in the stream's buffer, and what has a length and does not
-// (see calibration_common/wire_buffer.h).
+// (see calibration_common/internal/buffer_reader.h).
 //
 // From the buffer, fields are expected in field-number order: behind each, the code tests for the
 // next one's tag and falls through to its case (the next-tag chain), and goes back to the switch
@@ -10,7 +10,7 @@ namespace protogen {
 namespace {
 
 const char kMethods[] = R"(
-const uint8* $class$::MergeBuffered(const uint8* p, const uint8* end, wire::MessageReader*$reader$) {
+const uint8* $class$::MergeBuffered(const uint8* p, const uint8* end, internal::MessageReader*$reader$) {
   while (p != end) {
     switch ($tag$) {
 $takes$      default:
@@ -21,11 +21,11 @@ $takes$      default:
 }
 
 __attribute__((cold)) bool $class$::MergeLengthDelimited(uint32 tag, CodedInputStream* input) {
-$reads$  return wire::KeepUnknownField(input, tag, mutable_unknown_fields());
+$reads$  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
 bool $class$::MergePartialFromCodedStream(CodedInputStream* input) {
-  return wire::MessageReader::MergeFromStream(this, input);
+  return internal::MessageReader::MergeFromStream(this, input);
 }
 )";
 
@@ -41,7 +41,7 @@ std::string TakeRun(const Message& message, const Field* field) {
     for (const Field* member : run.fields) members += ", &" + member->name + "_";
     return Fill(
         R"(
-if (wire::TakeRun<$tag$u>(&p, end$members$)) {
+if (internal::TakeRun<$tag$u>(&p, end$members$)) {
   _has_bits_[0] |= $mask$;
   continue;
 }
@@ -59,7 +59,7 @@ std::string Takes(const RenderedMessage& rendered) {
     const Fragments& fragments = rendered.of(fields[i]);
     std::string next = "continue;\n";
     if (i + 1 < fields.size()) {
-      next = "if (!wire::NextIs<" + std::to_string(fields[i + 1]->tag()) +
+      next = "if (!internal::NextIs<" + std::to_string(fields[i + 1]->tag()) +
              "u>(p, end)) continue;\n// Fall through.\n";
     }
     takes += Case(fields[i]->tag(), fields[i]->name,
@@ -97,7 +97,7 @@ std::string RenderParsing(const RenderedMessage& rendered) {
   const Message& message = *rendered.message;
   return Fill(kMethods, {{"class", message.name},
                          {"reader", HasMessages(message) ? " reader" : ""},
-                         {"tag", message.tags_end <= 0x80 ? "*p" : "wire::PeekTag(p, end)"},
+                         {"tag", message.tags_end <= 0x80 ? "*p" : "internal::PeekTag(p, end)"},
                          {"takes", Indent(Takes(rendered), 6)},
                          {"reads", Indent(Reads(rendered), 2)}});
 }

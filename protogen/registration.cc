@@ -7,12 +7,12 @@ namespace {
 
 const char kState[] = R"(
 bool registration_done_ = false;
-runtime::Once protobuf_AssignDescriptors_once_;
-runtime::FileReflection<$message_count$, $field_count$> file_reflection_;
+internal::Once protobuf_AssignDescriptors_once_;
+internal::FileReflection<$message_count$, $field_count$> file_reflection_;
 
 // By message index.
 const ::google::protobuf::Descriptor* descriptors_[$message_count$];
-runtime::Reflection* reflections_[$message_count$];
+internal::Reflection* reflections_[$message_count$];
 const ::google::protobuf::Message* default_instances_[$message_count$];
 
 // The canonical encoding of the file's FileDescriptorProto.
@@ -48,7 +48,7 @@ const char kFunctions[] = R"(
 
 // Where reflection finds what in an object: the classes' friend, since their members are private.
 struct protobuf_Layouts_$id$ {
-$offset_declarations$  static const runtime::MessageLayout kMessages[$message_count$];
+$offset_declarations$  static const internal::MessageLayout kMessages[$message_count$];
 };
 
 typedef protobuf_Layouts_$id$ Layouts;
@@ -58,14 +58,14 @@ typedef protobuf_Layouts_$id$ Layouts;
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 $offset_definitions$
-const runtime::MessageLayout Layouts::kMessages[$message_count$] = {
+const internal::MessageLayout Layouts::kMessages[$message_count$] = {
 $layouts$};
 #pragma GCC diagnostic pop
 
 __attribute__((cold)) void protobuf_AddDesc_$id$() {
   if (registration_done_) return;
   registration_done_ = true;
-  runtime::VerifyVersion(kSourcePath);
+  internal::VerifyVersion(kSourcePath);
   ::google::protobuf::DescriptorPool::InternalAddGeneratedFile(kSerializedSchema,
                                                                kSerializedSchemaSize);
   file_reflection_.Register(kSchemaPath, &protobuf_RegisterTypes, Layouts::kMessages);
@@ -99,7 +99,7 @@ void protobuf_ShutdownFile_$id$() {
 }
 
 // Loading the library registers the file.
-CALIBRATION_EXPORT struct StaticDescriptorInitializer_$id$ {
+ZARVO_CALIBRATION_EXPORT struct StaticDescriptorInitializer_$id$ {
   StaticDescriptorInitializer_$id$() {
     protobuf_AddDesc_$id$();
   }

@@ -35,20 +35,20 @@ inline void $class$::clear_$name$() { $name$_.Clear(); }
                          variables);
 
   out.take = Fill(R"(
-if (!wire::Advance(&p, wire::TakeElements<$tag$>(p, end, &$name$_))) return p;
+if (!internal::Advance(&p, internal::TakeElements<$tag$>(p, end, &$name$_))) return p;
 )",
                   variables);
   out.take_packed = Fill(R"(
-if (!wire::Advance(&p, wire::TakePacked($tag_size$, p, end, &$name$_))) return p;
+if (!internal::Advance(&p, internal::TakePacked($tag_size$, p, end, &$name$_))) return p;
 )",
                          variables);
-  out.read = Fill("return wire::ReadPacked(input, &$name$_);\n", variables);
+  out.read = Fill("return internal::ReadPacked(input, &$name$_);\n", variables);
   out.write_to_stream = Fill(R"(
-wire::WriteElements<$tag$>($name$_, output);
+internal::WriteElements<$tag$>($name$_, output);
 )",
                              variables);
   out.write_to_array = Fill(R"(
-target = wire::WriteElementsToArray<$tag$>($name$_, target);
+target = internal::WriteElementsToArray<$tag$>($name$_, target);
 )",
                             variables);
   out.size =

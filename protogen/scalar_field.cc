@@ -32,14 +32,14 @@ inline void $class$::clear_$name$() {
                                                         variables);
 
   out.take = Fill(R"(
-if (!wire::Advance(&p, wire::TakeValue<$tag_size$>(p, end, &$name$_))) return p;
+if (!internal::Advance(&p, internal::TakeValue<$tag_size$>(p, end, &$name$_))) return p;
 set_has_$name$();
 )",
                   variables);
   out.write_to_stream = Fill(
       "if (has_$name$()) WireFormatLite::Write$Wire$($number$, $name$(), output);\n", variables);
   // An integer's varint takes much code inline.
-  const std::string writer = field.fixed_size() != 0 ? "WireFormatLite::" : "wire::";
+  const std::string writer = field.fixed_size() != 0 ? "WireFormatLite::" : "internal::";
   out.write_to_array = Fill(
       "if (has_$name$()) target = " + writer + "Write$Wire$ToArray($number$, $name$(), target);\n",
       variables);
@@ -48,8 +48,9 @@ set_has_$name$();
                         std::to_string(field.fixed_size()) + ";\n",
                     variables);
   } else {
-    out.size = Fill("if (has_$name$()) total_size += $tag_size$ + wire::$Wire$Size($name$());\n",
-                    variables);
+    out.size =
+        Fill("if (has_$name$()) total_size += $tag_size$ + internal::$Wire$Size($name$());\n",
+             variables);
   }
   out.merge = Fill("if (bits & $mask$) $name$_ = from.$name$_;\n", variables);
   return out;

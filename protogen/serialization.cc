@@ -13,7 +13,7 @@ $to_stream$  if (_internal_metadata_.have_unknown_fields()) {
 
 uint8* $class$::SerializeWithCachedSizesToArray(uint8* target) const {
 $to_array$  if (_internal_metadata_.have_unknown_fields()) {
-    target = wire::WriteUnknownFieldsToArray(unknown_fields(), target);
+    target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
   return target;
 }
@@ -21,7 +21,7 @@ $to_array$  if (_internal_metadata_.have_unknown_fields()) {
 int $class$::ByteSize() const {
   uint32 total_size = 0;
 $sizes$  if (_internal_metadata_.have_unknown_fields()) {
-    return wire::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
+    return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
   _cached_size_ = static_cast<int>(total_size);
   return _cached_size_;
@@ -44,7 +44,7 @@ std::string WriteRun(const Group& run, const RenderedMessage& rendered) {
   }
   return Fill(R"(
 if ((_has_bits_[0] & $mask$) == $mask$) {
-  target = wire::WriteRunToArray<$tag$u>(target$values$);
+  target = internal::WriteRunToArray<$tag$u>(target$values$);
 } else {
 $writes$}
 )",

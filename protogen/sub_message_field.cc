@@ -56,16 +56,17 @@ inline void $class$::set_allocated_$name$($type$* value) {
                                                         variables);
 
   out.take = Fill(R"(
-if (!wire::Advance(&p, reader->TakeMessage<$tag_size$>(p, end, mutable_$name$()))) return p;
+if (!internal::Advance(&p, reader->TakeMessage<$tag_size$>(p, end, mutable_$name$()))) return p;
 )",
                   variables);
-  out.read = Fill("return wire::ReadMessage(input, mutable_$name$());\n", variables);
+  out.read =
+      Fill("return internal::MessageReader::ReadMessage(input, mutable_$name$());\n", variables);
   out.write_to_stream =
-      Fill("if (has_$name$()) wire::WriteMessage($number$, $name$(), output);\n", variables);
-  out.write_to_array =
-      Fill("if (has_$name$()) target = wire::WriteMessageToArray($number$, $name$(), target);\n",
-           variables);
-  out.size = Fill("if (has_$name$()) total_size += $tag_size$ + wire::MessageSize($name$());\n",
+      Fill("if (has_$name$()) internal::WriteMessage($number$, $name$(), output);\n", variables);
+  out.write_to_array = Fill(
+      "if (has_$name$()) target = internal::WriteMessageToArray($number$, $name$(), target);\n",
+      variables);
+  out.size = Fill("if (has_$name$()) total_size += $tag_size$ + internal::MessageSize($name$());\n",
                   variables);
   out.merge = Fill("if (bits & $mask$) mutable_$name$()->MergeFrom(from.$name$());\n", variables);
   return out;

@@ -10,7 +10,7 @@ Fragments RenderText(const Field& field, const Variables& field_variables) {
   variables["data"] = field.kind == Kind::kBytes ? "static_cast<const char*>(value)" : "value";
 
   Fragments out;
-  out.member = Fill("runtime::StringField $name$_;\n", variables);
+  out.member = Fill("calibration_internal::StringField $name$_;\n", variables);
   out.initialize = Fill("$name$_.Init();\n", variables);
   out.destroy = Fill("$name$_.Destroy();\n", variables);
   out.clear = Fill("if (has_$name$()) $name$_.Clear();\n", variables);
@@ -64,18 +64,18 @@ inline void $class$::set_allocated_$name$(::std::string* value) {
                                                         variables);
 
   out.take = Fill(R"(
-if (!wire::Advance(&p, wire::TakeString($tag_size$, p, end, mutable_$name$()))) return p;
+if (!internal::Advance(&p, internal::TakeString($tag_size$, p, end, mutable_$name$()))) return p;
 )",
                   variables);
-  out.read = Fill("return wire::ReadString(input, mutable_$name$());\n", variables);
+  out.read = Fill("return internal::ReadString(input, mutable_$name$());\n", variables);
   out.write_to_stream = Fill(
       "if (has_$name$()) WireFormatLite::Write$Wire$MaybeAliased($number$, $name$(), output);\n",
       variables);
   out.write_to_array =
-      Fill("if (has_$name$()) target = wire::WriteTextToArray($number$, $name$(), target);\n",
+      Fill("if (has_$name$()) target = internal::WriteTextToArray($number$, $name$(), target);\n",
            variables);
-  out.size =
-      Fill("if (has_$name$()) total_size += $tag_size$ + wire::StringSize($name$());\n", variables);
+  out.size = Fill("if (has_$name$()) total_size += $tag_size$ + internal::StringSize($name$());\n",
+                  variables);
   out.merge = Fill(R"(
 if (bits & $mask$) {
   set_has_$name$();

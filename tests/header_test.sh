@@ -1,6 +1,8 @@
 #!/usr/bin/env bash
 # The public header compiles without a warning in every standard that users may have, alone and as a
-# file's first include, and may be included twice and by several files of one program.
+# file's first include, and may be included twice and by several files of one program. It takes no
+# names from them: all its macros begin with ZARVO_CALIBRATION_, and who says
+# `using namespace zarvo::calibration` may call namespaces of his own as he likes.
 #
 #   header_test.sh COMPILER SOURCE-FOLDER [RUN-TIME-INCLUDE-FOLDER]
 #
@@ -38,6 +40,16 @@ compile() {
     ${runtime_folder:+-isystem "$runtime_folder"} "$@"
 }
 
+# Names that a program is likely to have.
+{
+  cat "$folder/one.cc"
+  echo "using namespace zarvo::calibration;"
+  for name in detail impl internal reflection registration runtime wire; do
+    echo "namespace $name { int here(); }"
+    echo "int from_$name() { return $name::here(); }"
+  done
+} >"$folder/names.cc"
+
 for standard in c++14 c++17 c++20; do
   compile "-std=$standard" -fsyntax-only "$folder/one.cc"
 done
@@ -46,3 +58,16 @@ for unit in one two; do
 done
 # A partial link finds what both define without asking for the libraries.
 "$compiler" -r -nostdlib "$folder/one.o" "$folder/two.o" -o "$folder/both.o"
+
+compile -std=c++17 -fsyntax-only "$folder/names.cc"
+macros=$(compile -std=c++17 -E -dD "$folder/one.cc" | awk '
+  /^# [0-9]+ "/ { ours = $3 ~ /\/calibration_common\// }
+  ours && $1 == "#define" { sub(/\(.*/, "", $2); print $2 }')
+[[ $macros == *ZARVO_CALIBRATION_EXPORT* ]] || {
+  echo "header_test: found no macros of the header: $macros" >&2
+  exit 1
+}
+if grep --invert-match '^ZARVO_CALIBRATION_' <<<"$macros"; then
+  echo "header_test: the header defines macros whose names do not begin with ZARVO_CALIBRATION_" >&2
+  exit 1
+fi

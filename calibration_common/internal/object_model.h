@@ -1,6 +1,6 @@
 // Steps of the classes' object model that are the same in each and not worth code in each.
-#ifndef CALIBRATION_COMMON_OBJECT_MODEL_H_
-#define CALIBRATION_COMMON_OBJECT_MODEL_H_
+#ifndef ZARVO_CALIBRATION_INTERNAL_OBJECT_MODEL_H_
+#define ZARVO_CALIBRATION_INTERNAL_OBJECT_MODEL_H_
 
 #include <google/protobuf/arena.h>
 #include <google/protobuf/message.h>
@@ -11,8 +11,7 @@
 #include "calibration_common/runtime.h"
 
 namespace zarvo {
-namespace calibration {
-namespace runtime {
+namespace calibration_internal {
 
 // Hands `message` to the arena, which deletes it in the end; if that fails, deletes it at once.
 __attribute__((noinline)) inline void Own(::google::protobuf::Arena* arena,
@@ -30,8 +29,7 @@ __attribute__((noinline)) inline void MergeUnknownFields(const Metadata& from, M
   MutableUnknownFields(to)->MergeFrom(UnknownFields(from));
 }
 
-}  // namespace runtime
-}  // namespace calibration
+}  // namespace calibration_internal
 }  // namespace zarvo
 
-#endif  // CALIBRATION_COMMON_OBJECT_MODEL_H_
+#endif  // ZARVO_CALIBRATION_INTERNAL_OBJECT_MODEL_H_

@@ -3,17 +3,16 @@
 // present; then the run is read from a buffer, or written to an array, at once.
 //
 // On the wire: tag, value, tag, value, ...; each tag is one byte, 8 more than the one before.
-#ifndef CALIBRATION_COMMON_WIRE_RUNS_H_
-#define CALIBRATION_COMMON_WIRE_RUNS_H_
+#ifndef ZARVO_CALIBRATION_INTERNAL_RUNS_H_
+#define ZARVO_CALIBRATION_INTERNAL_RUNS_H_
 
 #include <cstddef>
 #include <cstring>
 
-#include "calibration_common/wire_writing.h"
+#include "calibration_common/internal/writers.h"
 
 namespace zarvo {
-namespace calibration {
-namespace wire {
+namespace calibration_internal {
 
 // Whether the tags of a run stand at p, the first of which is kTag.
 template <uint32 kTag, typename T>
@@ -54,8 +53,7 @@ inline uint8* WriteRunToArray(uint8* target, T value, Rest... rest) {
   return WriteRunToArray<kTag + 8>(WriteRunToArray<kTag>(target, value), rest...);
 }
 
-}  // namespace wire
-}  // namespace calibration
+}  // namespace calibration_internal
 }  // namespace zarvo
 
-#endif  // CALIBRATION_COMMON_WIRE_RUNS_H_
+#endif  // ZARVO_CALIBRATION_INTERNAL_RUNS_H_

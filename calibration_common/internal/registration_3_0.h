@@ -1,6 +1,6 @@
 // Registration and reflection on the 3.0 series (see registration.h).
-#ifndef CALIBRATION_COMMON_REGISTRATION_3_0_H_
-#define CALIBRATION_COMMON_REGISTRATION_3_0_H_
+#ifndef ZARVO_CALIBRATION_INTERNAL_REGISTRATION_3_0_H_
+#define ZARVO_CALIBRATION_INTERNAL_REGISTRATION_3_0_H_
 
 #include <google/protobuf/generated_message_reflection.h>
 #include <google/protobuf/message.h>
@@ -10,8 +10,7 @@
 #include <string>
 
 namespace zarvo {
-namespace calibration {
-namespace runtime {
+namespace calibration_internal {
 
 typedef ::google::protobuf::internal::GeneratedMessageReflection Reflection;
 
@@ -55,8 +54,7 @@ class FileReflection {
   static void Delete(Reflection* reflection) { delete reflection; }
 };
 
-}  // namespace runtime
-}  // namespace calibration
+}  // namespace calibration_internal
 }  // namespace zarvo
 
-#endif  // CALIBRATION_COMMON_REGISTRATION_3_0_H_
+#endif  // ZARVO_CALIBRATION_INTERNAL_REGISTRATION_3_0_H_

@@ -1,60 +1,7 @@
-#include "calibration_common/wire_buffer.h"
-
-#include <cstddef>
-#include <cstring>
+#include "calibration_common/internal/message_reader.h"
 
 namespace zarvo {
-namespace calibration {
-namespace wire {
-
-namespace {
-
-template <typename T>
-const uint8* TakePackedValues(int tag_size, const uint8* p, const uint8* end,
-                              RepeatedField<T>* values) {
-  size_t length;
-  const uint8* body = FindBody(p + tag_size, end, &length);
-  if (body == nullptr) return p;
-  if (length % sizeof(T) != 0) return nullptr;  // as ReadPacked()
-  if (length > 0) {
-    T* elements = runtime::AddElements(values, static_cast<int>(length / sizeof(T)));
-    ::std::memcpy(elements, body, length);
-  }
-  return body + length;
-}
-
-template <typename T>
-const uint8* TakeElementsOf(uint8 tag, const uint8* p, const uint8* end, RepeatedField<T>* values) {
-  const ::std::ptrdiff_t kStride = 1 + static_cast<::std::ptrdiff_t>(sizeof(T));
-  const uint8* stop = p;
-  while (end - stop >= 4 * kStride && stop[0] == tag && stop[kStride] == tag &&
-         stop[2 * kStride] == tag && stop[3 * kStride] == tag) {
-    stop += 4 * kStride;
-  }
-  while (end - stop >= kStride && *stop == tag) stop += kStride;
-  if (stop == p) return p;
-
-  T* element = runtime::AddElements(values, static_cast<int>((stop - p) / kStride));
-  for (; stop - p >= 4 * kStride; p += 4 * kStride, element += 4) {
-    ::std::memcpy(element, p + 1, sizeof(T));
-    ::std::memcpy(element + 1, p + 1 + kStride, sizeof(T));
-    ::std::memcpy(element + 2, p + 1 + 2 * kStride, sizeof(T));
-    ::std::memcpy(element + 3, p + 1 + 3 * kStride, sizeof(T));
-  }
-  for (; p != stop; p += kStride) ::std::memcpy(element++, p + 1, sizeof(T));
-  return stop;
-}
-
-}  // namespace
-
-const uint8* TakeElements(uint8 tag, const uint8* p, const uint8* end,
-                          RepeatedField<double>* values) {
-  return TakeElementsOf(tag, p, end, values);
-}
-const uint8* TakeElements(uint8 tag, const uint8* p, const uint8* end,
-                          RepeatedField<float>* values) {
-  return TakeElementsOf(tag, p, end, values);
-}
+namespace calibration_internal {
 
 int CountElements(uint32 tag, const uint8* p, const uint8* end) {
   const int tag_size = tag < 0x80 ? 1 : 2;
@@ -65,42 +12,11 @@ int CountElements(uint32 tag, const uint8* p, const uint8* end) {
     if (p == nullptr) break;
     p += length;
     ++count;
-  } while (count < runtime::ElementBlock::kMaxElements && p != end && PeekTag(p, end) == tag);
+  } while (count < ElementBlock::kMaxElements && p != end && PeekTag(p, end) == tag);
   return count;
 }
 
-const uint8* ReadLongVarint(const uint8* p, const uint8* end, uint64* value) {
-  const uint8* const stop = end - p > kMaxVarintSize ? p + kMaxVarintSize : end;
-  uint64 result = 0;
-  for (int shift = 0; p < stop; shift += 7) {
-    const uint64 byte = *p++;
-    result |= (byte & 0x7F) << shift;
-    if (byte < 0x80) {
-      *value = result;
-      return p;
-    }
-  }
-  return nullptr;
-}
-
-const uint8* TakeString(int tag_size, const uint8* p, const uint8* end, ::std::string* value) {
-  size_t length;
-  const uint8* body = FindBody(p + tag_size, end, &length);
-  if (body == nullptr) return p;
-  value->assign(reinterpret_cast<const char*>(body), length);
-  return body + length;
-}
-
-const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
-                        RepeatedField<double>* values) {
-  return TakePackedValues(tag_size, p, end, values);
-}
-const uint8* TakePacked(int tag_size, const uint8* p, const uint8* end,
-                        RepeatedField<float>* values) {
-  return TakePackedValues(tag_size, p, end, values);
-}
-
-void UnknownFieldStore::Make() { fields_ = runtime::MutableUnknownFields(metadata_); }
+void UnknownFieldStore::Make() { fields_ = MutableUnknownFields(metadata_); }
 
 const uint8* TakeUnknown(const uint8* p, const uint8* end, uint32 tags_end,
                          UnknownFieldStore* unknown, MessageReader* group_reader) {
@@ -224,6 +140,20 @@ bool MessageReader::MergeFromStream(void* message, CodedInputStream* input, cons
   }
 }
 
+bool MessageReader::ReadMessage(CodedInputStream* input, void* message, const Parts& parts) {
+  return input->IncrementRecursionDepth() && ReadNested(input, message, parts);
+}
+
+bool MessageReader::ReadNested(CodedInputStream* input, void* message, const Parts& parts) {
+  int length;
+  if (!ReadLength(input, &length)) return false;
+  NestedMessage nested;
+  nested.Enter(input, length);
+  if (!MergeFromStream(message, input, parts)) return false;
+  input->UnsafeDecrementRecursionDepth();
+  return nested.Leave(input);
+}
+
 const uint8* MessageReader::TakeMessage(int tag_size, const uint8* p, const uint8* end,
                                         void* message, const Parts& parts) {
   size_t length;
@@ -264,6 +194,5 @@ const uint8* MessageReader::Finish(const uint8* p, const uint8* end, void* messa
 
 void MessageReader::MoveTo(const uint8* p) { input_->Skip(static_cast<int>(p - position_)); }
 
-}  // namespace wire
-}  // namespace calibration
+}  // namespace calibration_internal
 }  // namespace zarvo

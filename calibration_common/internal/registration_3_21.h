@@ -1,6 +1,6 @@
 // Registration and reflection on 3.21 (see registration.h).
-#ifndef CALIBRATION_COMMON_REGISTRATION_3_21_H_
-#define CALIBRATION_COMMON_REGISTRATION_3_21_H_
+#ifndef ZARVO_CALIBRATION_INTERNAL_REGISTRATION_3_21_H_
+#define ZARVO_CALIBRATION_INTERNAL_REGISTRATION_3_21_H_
 
 #include <google/protobuf/generated_message_reflection.h>
 #include <google/protobuf/generated_message_util.h>
@@ -12,8 +12,7 @@
 #include <string>
 
 namespace zarvo {
-namespace calibration {
-namespace runtime {
+namespace calibration_internal {
 
 using ::google::protobuf::uint32;
 
@@ -115,8 +114,7 @@ class FileReflection {
 template <int kMessageCount, int kFieldCount>
 ::google::protobuf::internal::once_flag FileReflection<kMessageCount, kFieldCount>::once_;
 
-}  // namespace runtime
-}  // namespace calibration
+}  // namespace calibration_internal
 }  // namespace zarvo
 
-#endif  // CALIBRATION_COMMON_REGISTRATION_3_21_H_
+#endif  // ZARVO_CALIBRATION_INTERNAL_REGISTRATION_3_21_H_

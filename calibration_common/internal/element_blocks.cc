@@ -1,4 +1,4 @@
-#include "calibration_common/element_blocks.h"
+#include "calibration_common/internal/element_blocks.h"
 
 #include <atomic>
 #include <new>
@@ -14,8 +14,7 @@
 #endif
 
 namespace zarvo {
-namespace calibration {
-namespace runtime {
+namespace calibration_internal {
 
 struct ElementBlock::Owner {
   ::std::atomic<int> living;
@@ -39,6 +38,5 @@ void ElementBlock::Free(void* slot, ::std::size_t size) {
   if (owner->living.fetch_sub(1, ::std::memory_order_acq_rel) == 1) ::operator delete(owner->block);
 }
 
-}  // namespace runtime
-}  // namespace calibration
+}  // namespace calibration_internal
 }  // namespace zarvo

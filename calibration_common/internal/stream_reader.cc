@@ -1,4 +1,4 @@
-#include "calibration_common/wire_reading.h"
+#include "calibration_common/internal/stream_reader.h"
 
 #include <google/protobuf/wire_format.h>
 
@@ -7,17 +7,9 @@
 #include <cstring>
 
 namespace zarvo {
-namespace calibration {
-namespace wire {
+namespace calibration_internal {
 
 namespace {
-
-bool ReadLength(CodedInputStream* input, int* length) {
-  uint64 value;
-  if (!input->ReadVarint64(&value) || value > static_cast<uint64>(INT_MAX)) return false;
-  *length = static_cast<int>(value);
-  return true;
-}
 
 // How many times as much as has arrived of a text room is made for.
 const int kTrust = 16;
@@ -61,8 +53,7 @@ bool ReadPackedValues(CodedInputStream* input, RepeatedField<T>* values) {
       length -= width;
       continue;
     }
-    ::std::memcpy(runtime::AddElements(values, count), data,
-                  sizeof(T) * static_cast<size_t>(count));
+    ::std::memcpy(AppendNumbers(values, count), data, sizeof(T) * static_cast<size_t>(count));
     input->Skip(count * width);
     length -= count * width;
   }
@@ -82,15 +73,14 @@ bool KeepGroup(CodedInputStream* input, int number, UnknownFieldSet* unknown) {
   return input->LastTagWas(WireFormatLite::MakeTag(number, WireFormatLite::WIRETYPE_END_GROUP));
 }
 
-bool ReadBody(CodedInputStream* input, int length, void* message, MergeStream merge) {
-  NestedMessage nested;
-  nested.Enter(input, length);
-  if (!merge(message, input)) return false;
-  input->UnsafeDecrementRecursionDepth();
-  return nested.Leave(input);
-}
-
 }  // namespace
+
+bool ReadLength(CodedInputStream* input, int* length) {
+  uint64 value;
+  if (!input->ReadVarint64(&value) || value > static_cast<uint64>(INT_MAX)) return false;
+  *length = static_cast<int>(value);
+  return true;
+}
 
 bool ReadString(CodedInputStream* input, ::std::string* value) {
   value->clear();
@@ -114,17 +104,6 @@ bool NestedMessage::Leave(CodedInputStream* input) {
   return input->CheckEntireMessageConsumedAndPopLimit(limit_) && input->CurrentPosition() == end_;
 }
 
-bool ReadMessage(CodedInputStream* input, void* message, MergeStream merge) {
-  int length;
-  return ReadLength(input, &length) && input->IncrementRecursionDepth() &&
-         ReadBody(input, length, message, merge);
-}
-
-bool ReadElement(CodedInputStream* input, void* element, MergeStream merge) {
-  int length;
-  return ReadLength(input, &length) && ReadBody(input, length, element, merge);
-}
-
 bool KeepUnknownField(CodedInputStream* input, uint32 tag, UnknownFieldSet* unknown) {
   const int number = WireFormatLite::GetTagFieldNumber(tag);
   if (number == 0) return false;
@@ -141,7 +120,7 @@ bool KeepUnknownField(CodedInputStream* input, uint32 tag, UnknownFieldSet* unkn
   }
 }
 
-StreamField::Kind StreamField::Read(CodedInputStream* input, runtime::Metadata* metadata) {
+StreamField::Kind StreamField::Read(CodedInputStream* input, Metadata* metadata) {
   tag = input->ReadTag();
   if (EndsMessage(tag)) return kEnd;
   if (WireFormatLite::GetTagFieldNumber(tag) == 0) return kMalformed;
@@ -150,8 +129,7 @@ StreamField::Kind StreamField::Read(CodedInputStream* input, runtime::Metadata* 
     case WireFormatLite::WIRETYPE_LENGTH_DELIMITED:
       return kLengthDelimited;
     case WireFormatLite::WIRETYPE_START_GROUP:
-      return KeepUnknownField(input, tag, runtime::MutableUnknownFields(metadata)) ? kKept
-                                                                                   : kMalformed;
+      return KeepUnknownField(input, tag, MutableUnknownFields(metadata)) ? kKept : kMalformed;
     case WireFormatLite::WIRETYPE_VARINT: {
       uint64 value;
       if (!input->ReadVarint64(&value)) return kMalformed;
@@ -173,6 +151,5 @@ StreamField::Kind StreamField::Read(CodedInputStream* input, runtime::Metadata* 
   return kValue;
 }
 
-}  // namespace wire
-}  // namespace calibration
+}  // namespace calibration_internal
 }  // namespace zarvo

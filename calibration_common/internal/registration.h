@@ -4,14 +4,13 @@
 //       where reflection finds the parts of one message class
 //   VerifyVersion, Once, Reflection, FileReflection
 //       what loading, first reflective use and shutdown need
-#ifndef CALIBRATION_COMMON_REGISTRATION_H_
-#define CALIBRATION_COMMON_REGISTRATION_H_
+#ifndef ZARVO_CALIBRATION_INTERNAL_REGISTRATION_H_
+#define ZARVO_CALIBRATION_INTERNAL_REGISTRATION_H_
 
 #include "calibration_common/runtime.h"
 
 namespace zarvo {
-namespace calibration {
-namespace runtime {
+namespace calibration_internal {
 
 // Positions are in bytes from the start of an object.
 struct MessageLayout {
@@ -22,14 +21,13 @@ struct MessageLayout {
   int object_size;
 };
 
-}  // namespace runtime
-}  // namespace calibration
+}  // namespace calibration_internal
 }  // namespace zarvo
 
 #if GOOGLE_PROTOBUF_VERSION / 1000 == 3000
-#include "calibration_common/registration_3_0.h"
+#include "calibration_common/internal/registration_3_0.h"
 #else
-#include "calibration_common/registration_3_21.h"
+#include "calibration_common/internal/registration_3_21.h"
 #endif
 
-#endif  // CALIBRATION_COMMON_REGISTRATION_H_
+#endif  // ZARVO_CALIBRATION_INTERNAL_REGISTRATION_H_

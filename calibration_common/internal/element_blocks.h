@@ -5,8 +5,8 @@
 // Each is an object of its own in all that a program can do with it: it can be released, kept,
 // handed to another field, and deleted, in any order and by any thread. The block is freed with the
 // last of its elements.
-#ifndef CALIBRATION_COMMON_ELEMENT_BLOCKS_H_
-#define CALIBRATION_COMMON_ELEMENT_BLOCKS_H_
+#ifndef ZARVO_CALIBRATION_INTERNAL_ELEMENT_BLOCKS_H_
+#define ZARVO_CALIBRATION_INTERNAL_ELEMENT_BLOCKS_H_
 
 #include <google/protobuf/repeated_field.h>
 
@@ -15,8 +15,7 @@
 #include "calibration_common/elements.h"
 
 namespace zarvo {
-namespace calibration {
-namespace runtime {
+namespace calibration_internal {
 
 // A block that is being filled. Its layout: slots, each an element and the address of the block's
 // Owner; then the Owner. The first element stands at the beginning, so that valgrind sees who holds
@@ -70,12 +69,12 @@ class BlockElement final : public T {
 // Makes room for `count` elements and as many cleared ones as a block takes, `count` at most.
 // REQUIRES that the container has no cleared ones. Allocates before it touches the container.
 template <typename T>
-__attribute__((noinline)) void AddClearedElements(::google::protobuf::RepeatedPtrField<T>* elements,
-                                                  int count) {
+__attribute__((noinline)) void MakeClearedElements(
+    ::google::protobuf::RepeatedPtrField<T>* elements, int count) {
   static_assert(sizeof(BlockElement<T>) == sizeof(T), "an element of a block adds no members");
   static_assert(alignof(T) <= ElementBlock::kOwnerSlotSize, "slots are not aligned");
   if (count == 1) {
-    AddClearedElement(elements);
+    MakeClearedElement(elements);
     return;
   }
   elements->Reserve(elements->size() + count);
@@ -85,11 +84,11 @@ __attribute__((noinline)) void AddClearedElements(::google::protobuf::RepeatedPt
 }
 
 template <typename T>
-void MergeSomeElements(const ::google::protobuf::RepeatedPtrField<T>& from,
-                       ::google::protobuf::RepeatedPtrField<T>* to) {
+void AppendCopies(const ::google::protobuf::RepeatedPtrField<T>& from,
+                  ::google::protobuf::RepeatedPtrField<T>* to) {
   const int count = from.size();
   for (int i = 0; i < count; ++i) {
-    while (to->ClearedCount() <= 0) AddClearedElements(to, count - i);  // as in AddElement()
+    while (to->ClearedCount() <= 0) MakeClearedElements(to, count - i);  // as in AppendElement()
     to->Add()->T::MergeFrom(from.Get(i));
   }
 }
@@ -98,11 +97,10 @@ void MergeSomeElements(const ::google::protobuf::RepeatedPtrField<T>& from,
 template <typename T>
 inline void MergeElements(const ::google::protobuf::RepeatedPtrField<T>& from,
                           ::google::protobuf::RepeatedPtrField<T>* to) {
-  if (!from.empty()) MergeSomeElements(from, to);
+  if (!from.empty()) AppendCopies(from, to);
 }
 
-}  // namespace runtime
-}  // namespace calibration
+}  // namespace calibration_internal
 }  // namespace zarvo
 
-#endif  // CALIBRATION_COMMON_ELEMENT_BLOCKS_H_
+#endif  // ZARVO_CALIBRATION_INTERNAL_ELEMENT_BLOCKS_H_

@@ -1,23 +1,24 @@
-// Record's answers to a run-time that only knows it as a Message& (see runtime_3_21.h, which
-// includes this file). Inline, so that the library need not export them.
-#ifndef CALIBRATION_COMMON_RUNTIME_3_21_INL_H_
-#define CALIBRATION_COMMON_RUNTIME_3_21_INL_H_
+// How a record is read by code that only knows it as a Message&: 3.21 hands it a ParseContext.
+// Inline, so that the library need not export it.
+//
+// Where the rest of the message lies in the context's block, a coded stream reads it from there.
+// Elsewhere whole fields are collected and merged, 64 KiB at a time.
+#ifndef ZARVO_CALIBRATION_RECORD_PARSE_3_21_H_
+#define ZARVO_CALIBRATION_RECORD_PARSE_3_21_H_
 
 #include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/io/zero_copy_stream.h>
 #include <google/protobuf/parse_context.h>
 #include <google/protobuf/wire_format_lite.h>
 
 #include <cstddef>
 #include <cstdint>
-#include <memory>
 #include <string>
 
-namespace zarvo {
-namespace calibration {
-namespace runtime {
+#include "calibration_common/record_3_21.h"
 
-using ::google::protobuf::int64;
+namespace zarvo {
+namespace calibration_internal {
+
 using ::google::protobuf::uint32;
 using ::google::protobuf::uint64;
 using ::google::protobuf::internal::WireFormatLite;
@@ -117,47 +118,6 @@ class FieldCollector {
   Stop stop_;
 };
 
-// Lets a CodedOutputStream write into an EpsCopyOutputStream, a block at a time; strings that the
-// coded stream may alias are handed on without the detour.
-class EpsCopySink final : public ZeroCopyOutputStream {
- public:
-  EpsCopySink(uint8* target, EpsCopyOutputStream* stream)
-      : target_(target), stream_(stream), used_(0), flushed_(0), block_(new uint8[kBlockSize]) {}
-
-  bool Next(void** data, int* size) override {
-    Flush();
-    *data = block_.get();
-    *size = used_ = kBlockSize;
-    return !stream_->HadError();
-  }
-  void BackUp(int count) override { used_ -= count; }
-  int64 ByteCount() const override { return flushed_ + used_; }
-  bool AllowsAliasing() const override { return true; }
-  bool WriteAliasedRaw(const void* data, int size) override {
-    Flush();
-    target_ = stream_->WriteRawMaybeAliased(data, size, target_);
-    flushed_ += size;
-    return !stream_->HadError();
-  }
-
-  // Hands over what is still held; returns where the EpsCopyOutputStream now stands.
-  uint8* Flush() {
-    target_ = stream_->WriteRaw(block_.get(), used_, target_);
-    flushed_ += used_;
-    used_ = 0;
-    return target_;
-  }
-
-  static const int kBlockSize = 1 << 16;
-
- private:
-  uint8* target_;
-  EpsCopyOutputStream* stream_;
-  int used_;
-  int64 flushed_;
-  ::std::unique_ptr<uint8[]> block_;
-};
-
 // A tag that ends a message (zero, or the end of a group) counts as malformed here: no record is a
 // group, and the run-time's bounded streams cannot step back from one.
 inline const char* Record::_InternalParse(const char* ptr, ParseContext* context) {
@@ -201,33 +161,7 @@ inline const char* Record::MergeFieldByField(const char* ptr, ParseContext* cont
   return collector.stop() == FieldCollector::kEnd ? ptr : nullptr;
 }
 
-inline uint8* Record::_InternalSerialize(uint8* target, EpsCopyOutputStream* stream) const {
-  uint8 small[1024];
-  const int size = GetCachedSize();
-  if (static_cast<size_t>(size) <= sizeof(small)) {
-    SerializeWithCachedSizesToArray(small);
-    return stream->WriteRaw(small, size, target);
-  }
-  EpsCopySink sink(target, stream);
-  {
-    CodedOutputStream output(&sink);
-    output.EnableAliasing(true);
-    SerializeWithCachedSizes(&output);
-  }
-  return sink.Flush();
-}
-
-// The run-time takes two messages with one ClassData for comparable; all records share this one,
-// and CopyFrom() and MergeFrom() look at the classes themselves.
-inline const Message::ClassData* Record::GetClassData() const {
-  static const ClassData data = {
-      [](Message& to, const Message& from) { static_cast<Record&>(to).CopyFrom(from); },
-      [](Message& to, const Message& from) { to.MergeFrom(from); }};
-  return &data;
-}
-
-}  // namespace runtime
-}  // namespace calibration
+}  // namespace calibration_internal
 }  // namespace zarvo
 
-#endif  // CALIBRATION_COMMON_RUNTIME_3_21_INL_H_
+#endif  // ZARVO_CALIBRATION_RECORD_PARSE_3_21_H_

@@ -1,4 +1,4 @@
-#include "calibration_common/wire_writing.h"
+#include "calibration_common/internal/writers.h"
 
 #include <google/protobuf/wire_format.h>
 #include <string.h>
@@ -8,8 +8,7 @@
 #include <cstring>
 
 namespace zarvo {
-namespace calibration {
-namespace wire {
+namespace calibration_internal {
 
 using ::google::protobuf::UnknownField;
 
@@ -71,11 +70,11 @@ WireFormatLite::WireType WireTypeOf(UnknownField::Type type) {
 
 }  // namespace
 
-int SizeWithUnknownFields(uint32 known_size, const runtime::Metadata& metadata, int* cached_size) {
+int SizeWithUnknownFields(uint32 known_size, const Metadata& metadata, int* cached_size) {
   *cached_size = static_cast<int>(
       known_size +
       static_cast<uint32>(::google::protobuf::internal::WireFormat::ComputeUnknownFieldsSize(
-          runtime::UnknownFields(metadata))));
+          UnknownFields(metadata))));
   return *cached_size;
 }
 
@@ -112,16 +111,17 @@ uint8* BeginMessage(int number, int size, CodedOutputStream* output) {
   return output->GetDirectBufferForNBytesAndAdvance(size);
 }
 
-void WriteSomeElements(uint8 tag, const RepeatedField<double>& values, CodedOutputStream* output) {
+void WriteWithOneByteTag(uint8 tag, const RepeatedField<double>& values,
+                         CodedOutputStream* output) {
   WriteBlocks(tag, values, output);
 }
-void WriteSomeElements(uint8 tag, const RepeatedField<float>& values, CodedOutputStream* output) {
+void WriteWithOneByteTag(uint8 tag, const RepeatedField<float>& values, CodedOutputStream* output) {
   WriteBlocks(tag, values, output);
 }
-uint8* WriteSomeElementsToArray(uint8 tag, const RepeatedField<double>& values, uint8* target) {
+uint8* WriteWithOneByteTagToArray(uint8 tag, const RepeatedField<double>& values, uint8* target) {
   return WriteRange(tag, values.data(), values.size(), target);
 }
-uint8* WriteSomeElementsToArray(uint8 tag, const RepeatedField<float>& values, uint8* target) {
+uint8* WriteWithOneByteTagToArray(uint8 tag, const RepeatedField<float>& values, uint8* target) {
   return WriteRange(tag, values.data(), values.size(), target);
 }
 
@@ -153,6 +153,5 @@ uint8* WriteUnknownFieldsToArray(const UnknownFieldSet& fields, uint8* target) {
   return target;
 }
 
-}  // namespace wire
-}  // namespace calibration
+}  // namespace calibration_internal
 }  // namespace zarvo

@@ -3,36 +3,17 @@
 //
 // Sizes are counted in unsigned 32-bit arithmetic and without an overflow test; records of 2 GiB
 // and more are not supported.
-#ifndef CALIBRATION_COMMON_WIRE_WRITING_H_
-#define CALIBRATION_COMMON_WIRE_WRITING_H_
-
-#include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/repeated_field.h>
-#include <google/protobuf/unknown_field_set.h>
-#include <google/protobuf/wire_format_lite.h>
+#ifndef ZARVO_CALIBRATION_INTERNAL_WRITERS_H_
+#define ZARVO_CALIBRATION_INTERNAL_WRITERS_H_
 
 #include <cstring>
 #include <string>
 
+#include "calibration_common/internal/wire_constants.h"
 #include "calibration_common/runtime.h"
 
 namespace zarvo {
-namespace calibration {
-namespace wire {
-
-using ::google::protobuf::int32;
-using ::google::protobuf::int64;
-using ::google::protobuf::RepeatedField;
-using ::google::protobuf::uint32;
-using ::google::protobuf::uint64;
-using ::google::protobuf::uint8;
-using ::google::protobuf::UnknownFieldSet;
-using ::google::protobuf::internal::WireFormatLite;
-using ::google::protobuf::io::CodedOutputStream;
-
-// The most bytes that a tag and a varint can have.
-const int kMaxTagSize = 5;
-const int kMaxVarintSize = 10;
+namespace calibration_internal {
 
 inline uint32 Int32Size(int32 value) {
   return static_cast<uint32>(CodedOutputStream::VarintSize32SignExtended(value));
@@ -81,8 +62,7 @@ inline uint8* WriteTextToArray(int number, const ::std::string& value, uint8* ta
 }
 
 // `known_size` and the size of what a message does not know, which *cached_size is set to, too.
-__attribute__((noinline)) int SizeWithUnknownFields(uint32 known_size,
-                                                    const runtime::Metadata& metadata,
+__attribute__((noinline)) int SizeWithUnknownFields(uint32 known_size, const Metadata& metadata,
                                                     int* cached_size);
 
 // Writes a sub-message, whose length is its cached size; returns the position behind it.
@@ -109,10 +89,10 @@ inline void WriteMessage(int number, const T& message, CodedOutputStream* output
   }
 }
 
-void WriteSomeElements(uint8 tag, const RepeatedField<double>& values, CodedOutputStream* output);
-void WriteSomeElements(uint8 tag, const RepeatedField<float>& values, CodedOutputStream* output);
-uint8* WriteSomeElementsToArray(uint8 tag, const RepeatedField<double>& values, uint8* target);
-uint8* WriteSomeElementsToArray(uint8 tag, const RepeatedField<float>& values, uint8* target);
+void WriteWithOneByteTag(uint8 tag, const RepeatedField<double>& values, CodedOutputStream* output);
+void WriteWithOneByteTag(uint8 tag, const RepeatedField<float>& values, CodedOutputStream* output);
+uint8* WriteWithOneByteTagToArray(uint8 tag, const RepeatedField<double>& values, uint8* target);
+uint8* WriteWithOneByteTagToArray(uint8 tag, const RepeatedField<float>& values, uint8* target);
 
 template <uint32 kTag, typename T>
 inline uint8* WriteElementToArray(T value, uint8* target) {
@@ -126,7 +106,7 @@ inline uint8* WriteElementToArray(T value, uint8* target) {
 template <uint32 kTag, typename T>
 inline void WriteElements(const RepeatedField<T>& values, CodedOutputStream* output) {
   if (values.empty()) return;
-  if (kTag < 0x80) return WriteSomeElements(static_cast<uint8>(kTag), values, output);
+  if (kTag < 0x80) return WriteWithOneByteTag(static_cast<uint8>(kTag), values, output);
   for (T value : values) {
     uint8 element[kMaxTagSize + sizeof(T)];
     const uint8* end = WriteElementToArray<kTag>(value, element);
@@ -136,7 +116,7 @@ inline void WriteElements(const RepeatedField<T>& values, CodedOutputStream* out
 template <uint32 kTag, typename T>
 inline uint8* WriteElementsToArray(const RepeatedField<T>& values, uint8* target) {
   if (values.empty()) return target;
-  if (kTag < 0x80) return WriteSomeElementsToArray(static_cast<uint8>(kTag), values, target);
+  if (kTag < 0x80) return WriteWithOneByteTagToArray(static_cast<uint8>(kTag), values, target);
   for (T value : values) target = WriteElementToArray<kTag>(value, target);
   return target;
 }
@@ -144,8 +124,7 @@ inline uint8* WriteElementsToArray(const RepeatedField<T>& values, uint8* target
 // Writes what a message does not know.
 uint8* WriteUnknownFieldsToArray(const UnknownFieldSet& fields, uint8* target);
 
-}  // namespace wire
-}  // namespace calibration
+}  // namespace calibration_internal
 }  // namespace zarvo
 
-#endif  // CALIBRATION_COMMON_WIRE_WRITING_H_
+#endif  // ZARVO_CALIBRATION_INTERNAL_WRITERS_H_

@@ -7,39 +7,25 @@
 // everything else is malformed and makes the parse fail. All calls return false for malformed or
 // truncated input and then leave in place what they have read so far. None allocates more than the
 // input that has arrived warrants, whatever length it announces.
-#ifndef CALIBRATION_COMMON_WIRE_READING_H_
-#define CALIBRATION_COMMON_WIRE_READING_H_
-
-#include <google/protobuf/io/coded_stream.h>
-#include <google/protobuf/repeated_field.h>
-#include <google/protobuf/unknown_field_set.h>
-#include <google/protobuf/wire_format_lite.h>
+#ifndef ZARVO_CALIBRATION_INTERNAL_STREAM_READER_H_
+#define ZARVO_CALIBRATION_INTERNAL_STREAM_READER_H_
 
 #include <string>
 
-#include "calibration_common/elements.h"
+#include "calibration_common/internal/wire_constants.h"
 #include "calibration_common/runtime.h"
-#include "calibration_common/wire_writing.h"
 
 namespace zarvo {
-namespace calibration {
-namespace wire {
-
-using ::google::protobuf::int64;
-using ::google::protobuf::RepeatedField;
-using ::google::protobuf::RepeatedPtrField;
-using ::google::protobuf::uint32;
-using ::google::protobuf::uint64;
-using ::google::protobuf::uint8;
-using ::google::protobuf::UnknownFieldSet;
-using ::google::protobuf::internal::WireFormatLite;
-using ::google::protobuf::io::CodedInputStream;
+namespace calibration_internal {
 
 // End of the input or of a limit, a zero tag, or the end of a group: the parser's caller judges
 // which are welcome.
 inline bool EndsMessage(uint32 tag) {
   return tag == 0 || WireFormatLite::GetTagWireType(tag) == WireFormatLite::WIRETYPE_END_GROUP;
 }
+
+// Reads the length of what is length-delimited. False if there is none, or one above INT_MAX.
+bool ReadLength(CodedInputStream* input, int* length);
 
 // Reads a string or bytes value, replacing what `value` held.
 bool ReadString(CodedInputStream* input, ::std::string* value);
@@ -62,29 +48,6 @@ class NestedMessage {
   CodedInputStream::Limit limit_;
 };
 
-// A class's MergePartialFromCodedStream(). The first argument is the message.
-typedef bool (*MergeStream)(void*, CodedInputStream*);
-template <typename T>
-bool MergeStreamInto(void* message, CodedInputStream* input) {
-  return static_cast<T*>(message)->T::MergePartialFromCodedStream(input);
-}
-
-// Read a sub-message behind its tag and merge it into *message; it takes one unit of the stream's
-// depth budget. That of an element has been taken.
-bool ReadMessage(CodedInputStream* input, void* message, MergeStream merge);
-bool ReadElement(CodedInputStream* input, void* element, MergeStream merge);
-
-template <typename T>
-inline bool ReadMessage(CodedInputStream* input, T* message) {
-  return ReadMessage(input, message, &MergeStreamInto<T>);
-}
-// Makes no element where none may be nested.
-template <typename T>
-inline bool ReadElement(CodedInputStream* input, RepeatedPtrField<T>* elements) {
-  return input->IncrementRecursionDepth() &&
-         ReadElement(input, runtime::AddElement(elements), &MergeStreamInto<T>);
-}
-
 // Keeps a field that the message does not know, or whose wire type it does not expect, in
 // `unknown`. Field number 0 and wire types that do not exist are malformed.
 bool KeepUnknownField(CodedInputStream* input, uint32 tag, UnknownFieldSet* unknown);
@@ -101,15 +64,14 @@ struct StreamField {
   };
 
   // Reads it. `metadata` is that of the message.
-  Kind Read(CodedInputStream* input, runtime::Metadata* metadata);
+  Kind Read(CodedInputStream* input, Metadata* metadata);
 
   uint32 tag;
   int size;
   uint8 bytes[kMaxTagSize + kMaxVarintSize];
 };
 
-}  // namespace wire
-}  // namespace calibration
+}  // namespace calibration_internal
 }  // namespace zarvo
 
-#endif  // CALIBRATION_COMMON_WIRE_READING_H_
+#endif  // ZARVO_CALIBRATION_INTERNAL_STREAM_READER_H_
