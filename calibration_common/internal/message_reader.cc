@@ -92,9 +92,10 @@ const uint8* MessageReader::TakeGroup(int number, const uint8* p, const uint8* e
           WireFormatLite::MakeTag(number, WireFormatLite::WIRETYPE_END_GROUP)) {
     // The stream's calls cannot read the field at p, either, if the stream ends where the message
     // does; they keep what there is of it. The parse has failed, so the limit stays.
-    MoveTo(p);
-    input_->PushLimit(static_cast<int>(end - p));
-    KeepUnknownField(input_, input_->ReadTag(), group);
+    if (MoveTo(p)) {
+      input_->PushLimit(static_cast<int>(end - p));
+      KeepUnknownField(input_, input_->ReadTag(), group);
+    }
     return nullptr;
   }
   input_->UnsafeDecrementRecursionDepth();
@@ -113,14 +114,13 @@ bool MessageReader::MergeFromStream(void* message, CodedInputStream* input, cons
       if (stop != begin + size && stop != nullptr) {
         stop = reader.TakeMore(stop, begin + size, message, parts, nullptr);
       }
-      if (stop == nullptr) return false;
-      reader.MoveTo(stop);
+      if (stop == nullptr || !reader.MoveTo(stop)) return false;
     }
-    if (input->ExpectAtEnd()) return true;
+    if (input->ExpectAtEnd()) return !IsCutOff(*input);
     StreamField field;
     switch (field.Read(input, parts.metadata(message))) {
       case StreamField::kEnd:
-        return true;
+        return field.tag != 0 || !IsCutOff(*input);
       case StreamField::kMalformed:
         return false;
       case StreamField::kKept:
@@ -184,15 +184,17 @@ const uint8* MessageReader::Finish(const uint8* p, const uint8* end, void* messa
                                    const Parts& parts) {
   p = TakeMore(p, end, message, parts, this);
   if (p == end || p == nullptr) return p;
+  if (!MoveTo(p)) return nullptr;
   NestedMessage nested;
-  MoveTo(p);
   nested.Enter(input_, static_cast<int>(end - p));
   position_ = end;
   const bool whole = MergeFromStream(message, input_, parts) && nested.Leave(input_);
   return whole ? end : nullptr;
 }
 
-void MessageReader::MoveTo(const uint8* p) { input_->Skip(static_cast<int>(p - position_)); }
+bool MessageReader::MoveTo(const uint8* p) {
+  return input_->Skip(static_cast<int>(p - position_));
+}
 
 }  // namespace calibration_internal
 }  // namespace zarvo

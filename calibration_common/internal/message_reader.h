@@ -150,8 +150,9 @@ class MessageReader {
   const uint8* TakeMessage(int tag_size, const uint8* p, const uint8* end, void* message,
                            const Parts& parts);
 
-  // Lets the stream go on at p. The caller is done with the buffer, or sets `position_`.
-  void MoveTo(const uint8* p);
+  // Lets the stream go on at p. The caller is done with the buffer, or sets `position_`. False if p
+  // lies beyond a limit of the stream, which cuts its buffer off but not the bytes behind it.
+  bool MoveTo(const uint8* p);
 
   // Merges the bytes [body, end) into *message; returns `end`, or null if they are malformed.
   template <typename T>

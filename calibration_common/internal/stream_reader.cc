@@ -30,7 +30,7 @@ bool AppendBytes(CodedInputStream* input, int length, ::std::string* value) {
     const size_t needed = room == whole ? whole : value->size() + piece;
     if (!first && value->capacity() < needed) value->reserve(room);
     value->append(static_cast<const char*>(data), piece);
-    input->Skip(count);
+    if (!input->Skip(count)) return false;
     length -= count;
   }
   return true;
@@ -54,7 +54,7 @@ bool ReadPackedValues(CodedInputStream* input, RepeatedField<T>* values) {
       continue;
     }
     ::std::memcpy(AppendNumbers(values, count), data, sizeof(T) * static_cast<size_t>(count));
-    input->Skip(count * width);
+    if (!input->Skip(count * width)) return false;
     length -= count * width;
   }
   return true;

@@ -24,6 +24,12 @@ inline bool EndsMessage(uint32 tag) {
   return tag == 0 || WireFormatLite::GetTagWireType(tag) == WireFormatLite::WIRETYPE_END_GROUP;
 }
 
+// Whether the stream, which has ended, ends at its total-bytes limit. That is no end of a message
+// unless a pushed limit is there, too; the run-time's ExpectAtEnd() does not tell the two apart.
+inline bool IsCutOff(const CodedInputStream& input) {
+  return input.BytesUntilTotalBytesLimit() == 0 && input.BytesUntilLimit() != 0;
+}
+
 // Reads the length of what is length-delimited. False if there is none, or one above INT_MAX.
 bool ReadLength(CodedInputStream* input, int* length);
 
