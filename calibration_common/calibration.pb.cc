@@ -26,6 +26,7 @@
 #include "calibration_common/internal/registration.h"
 #include "calibration_common/internal/runs.h"
 #include "calibration_common/internal/stream_reader.h"
+#include "calibration_common/internal/unknown_fields.h"
 #include "calibration_common/internal/writers.h"
 
 namespace zarvo {
@@ -700,8 +701,8 @@ __attribute__((noinline)) void MarkerPositionInfo::InternalSwap(MarkerPositionIn
   std::swap(z_, other->z_);
   std::swap(marker_id_, other->marker_id_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void MarkerPositionInfo::Clear() {
@@ -899,8 +900,8 @@ __attribute__((noinline)) void MarkerPositionSet::InternalSwap(MarkerPositionSet
   head_center_.UnsafeArenaSwap(&other->head_center_);
   nav_center_.UnsafeArenaSwap(&other->nav_center_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void MarkerPositionSet::Clear() {
@@ -1092,8 +1093,8 @@ __attribute__((noinline)) void CameraIntrinsicsSamplePoints::InternalSwap(
   std::swap(tgt_x_, other->tgt_x_);
   std::swap(tgt_y_, other->tgt_y_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void CameraIntrinsicsSamplePoints::Clear() {
@@ -1344,8 +1345,8 @@ __attribute__((noinline)) void CameraIntrinsics::InternalSwap(CameraIntrinsics* 
   std::swap(tgt_width_, other->tgt_width_);
   std::swap(tgt_height_, other->tgt_height_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void CameraIntrinsics::Clear() {
@@ -1770,8 +1771,8 @@ __attribute__((noinline)) void CalibrationImage::InternalSwap(CalibrationImage* 
   format_.Swap(&other->format_);
   imgdata_.Swap(&other->imgdata_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void CalibrationImage::Clear() {
@@ -1996,8 +1997,8 @@ __attribute__((noinline)) void FocusInfoItem::InternalSwap(FocusInfoItem* other)
   std::swap(valid_min_, other->valid_min_);
   std::swap(valid_max_, other->valid_max_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void FocusInfoItem::Clear() {
@@ -2270,8 +2271,8 @@ void FocusInfo::Swap(FocusInfo* other) {
 __attribute__((noinline)) void FocusInfo::InternalSwap(FocusInfo* other) {
   focus_.UnsafeArenaSwap(&other->focus_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void FocusInfo::Clear() {
@@ -2419,8 +2420,8 @@ void CameraExtrinsics::Swap(CameraExtrinsics* other) {
 __attribute__((noinline)) void CameraExtrinsics::InternalSwap(CameraExtrinsics* other) {
   a_.UnsafeArenaSwap(&other->a_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void CameraExtrinsics::Clear() {
@@ -2608,8 +2609,8 @@ __attribute__((noinline)) void CameraCalibration::InternalSwap(CameraCalibration
   model_.Swap(&other->model_);
   serial_.Swap(&other->serial_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void CameraCalibration::Clear() {
@@ -2846,8 +2847,8 @@ void RobotCalibration::Swap(RobotCalibration* other) {
 __attribute__((noinline)) void RobotCalibration::InternalSwap(RobotCalibration* other) {
   camera_.UnsafeArenaSwap(&other->camera_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void RobotCalibration::Clear() {
@@ -3017,8 +3018,8 @@ __attribute__((noinline)) void CalibrationMetadataProto::InternalSwap(
   audio_serial_.Swap(&other->audio_serial_);
   std::swap(temperature_, other->temperature_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void CalibrationMetadataProto::Clear() {
@@ -3228,8 +3229,8 @@ __attribute__((noinline)) void GyroscopeCalibrationProto::InternalSwap(
   std::swap(gyroscope_gain_, other->gyroscope_gain_);
   std::swap(metadata_, other->metadata_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void GyroscopeCalibrationProto::Clear() {
@@ -3413,8 +3414,8 @@ __attribute__((noinline)) void CameraCalibrationAdjustmentProto::InternalSwap(
   std::swap(params_, other->params_);
   std::swap(metadata_, other->metadata_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void CameraCalibrationAdjustmentProto::Clear() {
@@ -3603,8 +3604,8 @@ __attribute__((noinline)) void BaseCalibrationProto::InternalSwap(BaseCalibratio
   std::swap(global_transform_, other->global_transform_);
   std::swap(gyroscope_cal_, other->gyroscope_cal_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void BaseCalibrationProto::Clear() {
@@ -3822,8 +3823,8 @@ __attribute__((noinline)) void FocusCheckProto::InternalSwap(FocusCheckProto* ot
   name_.Swap(&other->name_);
   std::swap(ok_, other->ok_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void FocusCheckProto::Clear() {
@@ -4026,8 +4027,8 @@ void FocusCheckSetProto::Swap(FocusCheckSetProto* other) {
 __attribute__((noinline)) void FocusCheckSetProto::InternalSwap(FocusCheckSetProto* other) {
   spots_.UnsafeArenaSwap(&other->spots_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void FocusCheckSetProto::Clear() {
@@ -4201,8 +4202,8 @@ __attribute__((noinline)) void PTZIntrinsicsItem::InternalSwap(PTZIntrinsicsItem
   std::swap(p2_, other->p2_);
   std::swap(error_per_point_, other->error_per_point_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void PTZIntrinsicsItem::Clear() {
@@ -4486,8 +4487,8 @@ __attribute__((noinline)) void PTZIntrinsics::InternalSwap(PTZIntrinsics* other)
   std::swap(zoom_min_, other->zoom_min_);
   std::swap(zoom_max_, other->zoom_max_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void PTZIntrinsics::Clear() {
@@ -4795,8 +4796,8 @@ __attribute__((noinline)) void PanTiltSystemParameters::InternalSwap(
   std::swap(avg_model_error_, other->avg_model_error_);
   std::swap(max_model_error_, other->max_model_error_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void PanTiltSystemParameters::Clear() {
@@ -5141,8 +5142,8 @@ __attribute__((noinline)) void PTZCameraParameters::InternalSwap(PTZCameraParame
   std::swap(intrinsics_, other->intrinsics_);
   std::swap(pan_tilt_, other->pan_tilt_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void PTZCameraParameters::Clear() {
@@ -5327,8 +5328,8 @@ __attribute__((noinline)) void PTZSystemCalibration::InternalSwap(PTZSystemCalib
   std::swap(laser_, other->laser_);
   std::swap(other_cameras_, other->other_cameras_);
   std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void PTZSystemCalibration::Clear() {

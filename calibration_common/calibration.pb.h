@@ -51,13 +51,14 @@
 
 #include "calibration_common/elements.h"
 #include "calibration_common/runtime.h"
-#include "calibration_common/visibility.h"
+#include "calibration_common/attributes.h"
 
 #include <google/protobuf/message.h>
 #include <google/protobuf/repeated_field.h>
 #include <google/protobuf/unknown_field_set.h>
 
 #include <cstddef>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -104,6 +105,19 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionInfo : public calibration_internal:
   // A deep copy: holds strings and sub-messages of its own.
   MarkerPositionInfo(const MarkerPositionInfo& from);
   ~MarkerPositionInfo() override;
+
+
+  // An object that a parse, a merge or a copy made as an element may share its allocation with
+  // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t size) {
+    calibration_internal::FreeElement(object, size);
+  }
+#ifdef __cpp_aligned_new
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t,
+                                                              ::std::align_val_t alignment) {
+    ::operator delete(object, alignment);
+  }
+#endif
 
   MarkerPositionInfo& operator=(const MarkerPositionInfo& from) {
     CopyFrom(from);
@@ -327,6 +341,19 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public calibration
   // A deep copy: holds strings and sub-messages of its own.
   CameraIntrinsicsSamplePoints(const CameraIntrinsicsSamplePoints& from);
   ~CameraIntrinsicsSamplePoints() override;
+
+
+  // An object that a parse, a merge or a copy made as an element may share its allocation with
+  // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t size) {
+    calibration_internal::FreeElement(object, size);
+  }
+#ifdef __cpp_aligned_new
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t,
+                                                              ::std::align_val_t alignment) {
+    ::operator delete(object, alignment);
+  }
+#endif
 
   CameraIntrinsicsSamplePoints& operator=(const CameraIntrinsicsSamplePoints& from) {
     CopyFrom(from);
@@ -876,6 +903,19 @@ class ZARVO_CALIBRATION_EXPORT FocusInfoItem : public calibration_internal::Reco
   FocusInfoItem(const FocusInfoItem& from);
   ~FocusInfoItem() override;
 
+
+  // An object that a parse, a merge or a copy made as an element may share its allocation with
+  // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t size) {
+    calibration_internal::FreeElement(object, size);
+  }
+#ifdef __cpp_aligned_new
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t,
+                                                              ::std::align_val_t alignment) {
+    ::operator delete(object, alignment);
+  }
+#endif
+
   FocusInfoItem& operator=(const FocusInfoItem& from) {
     CopyFrom(from);
     return *this;
@@ -1212,6 +1252,19 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibration : public calibration_internal::
   // A deep copy: holds strings and sub-messages of its own.
   CameraCalibration(const CameraCalibration& from);
   ~CameraCalibration() override;
+
+
+  // An object that a parse, a merge or a copy made as an element may share its allocation with
+  // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t size) {
+    calibration_internal::FreeElement(object, size);
+  }
+#ifdef __cpp_aligned_new
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t,
+                                                              ::std::align_val_t alignment) {
+    ::operator delete(object, alignment);
+  }
+#endif
 
   CameraCalibration& operator=(const CameraCalibration& from) {
     CopyFrom(from);
@@ -1917,6 +1970,19 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckProto : public calibration_internal::Re
   FocusCheckProto(const FocusCheckProto& from);
   ~FocusCheckProto() override;
 
+
+  // An object that a parse, a merge or a copy made as an element may share its allocation with
+  // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t size) {
+    calibration_internal::FreeElement(object, size);
+  }
+#ifdef __cpp_aligned_new
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t,
+                                                              ::std::align_val_t alignment) {
+    ::operator delete(object, alignment);
+  }
+#endif
+
   FocusCheckProto& operator=(const FocusCheckProto& from) {
     CopyFrom(from);
     return *this;
@@ -2131,6 +2197,19 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsicsItem : public calibration_internal::
   // A deep copy: holds strings and sub-messages of its own.
   PTZIntrinsicsItem(const PTZIntrinsicsItem& from);
   ~PTZIntrinsicsItem() override;
+
+
+  // An object that a parse, a merge or a copy made as an element may share its allocation with
+  // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t size) {
+    calibration_internal::FreeElement(object, size);
+  }
+#ifdef __cpp_aligned_new
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t,
+                                                              ::std::align_val_t alignment) {
+    ::operator delete(object, alignment);
+  }
+#endif
 
   PTZIntrinsicsItem& operator=(const PTZIntrinsicsItem& from) {
     CopyFrom(from);

@@ -1,11 +1,20 @@
-// How the classes add single sub-messages to a repeated field (see element_blocks.h for many).
+// How the classes add single sub-messages to a repeated field, and free any (see
+// internal/element_blocks.h for how they add many).
 #ifndef ZARVO_CALIBRATION_ELEMENTS_H_
 #define ZARVO_CALIBRATION_ELEMENTS_H_
 
 #include <google/protobuf/repeated_field.h>
 
+#include <cstddef>
+
+#include "calibration_common/attributes.h"
+
 namespace zarvo {
 namespace calibration_internal {
+
+// Frees an element of `size` bytes, which has been destroyed: its part of a block, or what
+// `operator new` returned for it.
+ZARVO_CALIBRATION_EXPORT void FreeElement(void* element, ::std::size_t size);
 
 // Makes a cleared element. Makes room, and the element, before it touches the container, so that a
 // failed allocation loses nothing.

@@ -23,7 +23,7 @@
 #include <ostream>
 #include <string>
 
-#include "calibration_common/visibility.h"
+#include "calibration_common/attributes.h"
 
 namespace zarvo {
 namespace calibration_internal {

@@ -34,6 +34,7 @@ const char kSourceTop[] = R"(
 #include "calibration_common/internal/registration.h"
 #include "calibration_common/internal/runs.h"
 #include "calibration_common/internal/stream_reader.h"
+#include "calibration_common/internal/unknown_fields.h"
 #include "calibration_common/internal/writers.h"
 
 $open$

@@ -61,13 +61,14 @@ const char kTop[] = R"(
 
 #include "calibration_common/elements.h"
 #include "calibration_common/runtime.h"
-#include "calibration_common/visibility.h"
+#include "calibration_common/attributes.h"
 
 #include <google/protobuf/message.h>
 #include <google/protobuf/repeated_field.h>
 #include <google/protobuf/unknown_field_set.h>
 
 #include <cstddef>
+#include <new>
 #include <string>
 #include <utility>
 
@@ -87,6 +88,22 @@ struct protobuf_Layouts_$id$;
 
 )";
 
+// In the class of an element: it may share its allocation with others.
+const char kElementDeletes[] = R"(
+
+  // An object that a parse, a merge or a copy made as an element may share its allocation with
+  // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t size) {
+    calibration_internal::FreeElement(object, size);
+  }
+#ifdef __cpp_aligned_new
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t,
+                                                              ::std::align_val_t alignment) {
+    ::operator delete(object, alignment);
+  }
+#endif
+)";
+
 const char kClassTop[] = R"(
 class ZARVO_CALIBRATION_EXPORT $class$ : public calibration_internal::Record {
  public:
@@ -94,7 +111,7 @@ class ZARVO_CALIBRATION_EXPORT $class$ : public calibration_internal::Record {
   // A deep copy: holds strings and sub-messages of its own.
   $class$(const $class$& from);
   ~$class$() override;
-
+$deletes$
   $class$& operator=(const $class$& from) {
     CopyFrom(from);
     return *this;
@@ -154,7 +171,8 @@ std::string ClassDefinition(const File& file, const RenderedMessage& rendered) {
   const Message& message = *rendered.message;
   Variables variables = {{"class", message.name},
                          {"id", file.identifier},
-                         {"tags_end", std::to_string(message.tags_end)}};
+                         {"tags_end", std::to_string(message.tags_end)},
+                         {"deletes", message.is_element ? kElementDeletes : ""}};
 
   std::string out = Comment(message.comment) + Fill(kClassTop, variables);
   for (const Field& field : message.fields)

@@ -205,6 +205,7 @@ void BuildMessage(const Descriptor& descriptor, const std::vector<Message>& earl
 
   int highest_number = 0;
   message->has_texts = false;
+  message->is_element = false;
   for (const Field& field : message->fields) {
     message->wire_order.push_back(&field);
     if (field.repeated) message->repeated.push_back(&field);
@@ -285,8 +286,14 @@ File BuildModel(const FileDescriptor& descriptor) {
   file.messages.resize(descriptor.message_type_count());
   file.field_count = 0;
   for (int i = 0; i < descriptor.message_type_count(); ++i) {
-    BuildMessage(*descriptor.message_type(i), file.messages, &file.messages[i]);
-    file.field_count += static_cast<int>(file.messages[i].fields.size());
+    Message& message = file.messages[i];
+    BuildMessage(*descriptor.message_type(i), file.messages, &message);
+    for (const Field* field : message.repeated) {
+      if (field->kind != Kind::kMessage) continue;
+      const Descriptor& type = *descriptor.message_type(i)->field(field->index)->message_type();
+      file.messages[type.index()].is_element = true;
+    }
+    file.field_count += static_cast<int>(message.fields.size());
   }
   return file;
 }

@@ -60,6 +60,7 @@ struct Message {
   std::vector<Group> optional_groups;  // singular fields that are not required
   std::vector<Group> runs;             // see internal/runs.h; each of at least three
   bool has_texts;                      // string or bytes fields
+  bool is_element;                     // the type of a repeated field
   bool reaches_required;               // can be uninitialized
   std::vector<const Field*> reaching;  // the fields through which it can be uninitialized
   uint32_t tags_end;                   // above the tags of all fields, whatever their wire type

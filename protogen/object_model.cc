@@ -110,8 +110,8 @@ void $class$::Swap($class$* other) {
 
 __attribute__((noinline)) void $class$::InternalSwap($class$* other) {
 $swaps$  std::swap(_has_bits_[0], other->_has_bits_[0]);
-  std::swap(_cached_size_, other->_cached_size_);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
+  std::swap(_cached_size_, other->_cached_size_);
 }
 
 void $class$::Clear() {

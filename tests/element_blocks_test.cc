@@ -14,6 +14,7 @@
 #include <random>
 #include <string>
 #include <thread>
+#include <typeinfo>
 #include <vector>
 
 #include "calibration_common/calibration.pb.h"
@@ -214,6 +215,7 @@ TYPED_TEST(ElementBlocksTest, AreOfTheirClass) {
     EXPECT_EQ(last.GetDescriptor(), Element::descriptor());
     EXPECT_EQ(last.GetReflection(), Element::default_instance().GetReflection());
     EXPECT_NE(dynamic_cast<Element*>(&last), nullptr);
+    EXPECT_EQ(typeid(last), typeid(Element));
 
     // By themselves, and with objects made alone.
     const std::unique_ptr<Message> fresh(last.New());
@@ -230,6 +232,29 @@ TYPED_TEST(ElementBlocksTest, AreOfTheirClass) {
     this->ExpectElement(last, count - 1);
     last.Clear();
     EXPECT_TRUE(EqualByReflection(last, Element::default_instance()));
+  });
+}
+
+// A program's own classes that derive from an element's, among elements of blocks.
+template <class Element>
+struct Derived : Element {
+  int more = 5;
+};
+template <class Element>
+struct alignas(64) Aligned : Element {};
+
+TYPED_TEST(ElementBlocksTest, StandBesideDerivedClasses) {
+  using Element = typename TypeParam::Element;
+  this->ForEachWay([&](typename TypeParam::Record* record, int count) {
+    auto& elements = TypeParam::In(*record);
+    for (int i = 0; i < 20; ++i) {
+      elements.AddAllocated(new Derived<Element>);
+      elements.AddAllocated(new Aligned<Element>);
+      elements.AddAllocated(new Element);
+    }
+    EXPECT_EQ(typeid(static_cast<Message&>(*elements.Mutable(count))), typeid(Derived<Element>));
+    for (int i = 0; i < 10; ++i) delete elements.ReleaseLast();
+    elements.DeleteSubrange(count / 2, 5);
   });
 }
 
@@ -251,6 +276,7 @@ TYPED_TEST(ElementBlocksTest, AMalformedElementIsTheLast) {
         EXPECT_FALSE(record.ParsePartialFromString(writer.bytes()));
         ASSERT_EQ(TypeParam::In(record).size(), bad + 1);
         for (int i = 0; i < bad; ++i) this->ExpectElement(TypeParam::In(record).Get(i), i);
+        EXPECT_EQ(TypeParam::In(record).ClearedCount(), 0);
         typename TypeParam::Record more;
         ASSERT_TRUE(more.ParsePartialFromString(this->Bytes(20)));
         record.MergeFrom(more);
@@ -294,6 +320,7 @@ TYPED_TEST(ElementBlocksTest, AnyAllocationMayFail) {
           EXPECT_LE(whole, kCount);
           for (int i = 0; i < whole; ++i) this->ExpectElement(TypeParam::In(record).Get(i), i);
           EXPECT_TRUE(failed || whole == kCount);
+          EXPECT_LE(TypeParam::In(record).ClearedCount(), cleared);
           record.CopyFrom(original);
           EXPECT_TRUE(EqualByReflection(record, original));
         }

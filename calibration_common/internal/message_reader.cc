@@ -1,5 +1,7 @@
 #include "calibration_common/internal/message_reader.h"
 
+#include "calibration_common/internal/unknown_fields.h"
+
 namespace zarvo {
 namespace calibration_internal {
 
@@ -40,29 +42,31 @@ const uint8* TakeUnknown(const uint8* p, const uint8* end, uint32 tags_end,
         uint64 value;
         q = ReadVarint(q, end, &value);
         if (q == nullptr) return p;
-        unknown->Get()->AddVarint(number, value);
+        AddOrUndo(unknown->Get(), [&] { unknown->Get()->AddVarint(number, value); });
         break;
       }
       case WireFormatLite::WIRETYPE_FIXED64: {
         uint64 value;
         if (end - q < 8) return p;
         q = CodedInputStream::ReadLittleEndian64FromArray(q, &value);
-        unknown->Get()->AddFixed64(number, value);
+        AddOrUndo(unknown->Get(), [&] { unknown->Get()->AddFixed64(number, value); });
         break;
       }
       case WireFormatLite::WIRETYPE_FIXED32: {
         uint32 value;
         if (end - q < 4) return p;
         q = CodedInputStream::ReadLittleEndian32FromArray(q, &value);
-        unknown->Get()->AddFixed32(number, value);
+        AddOrUndo(unknown->Get(), [&] { unknown->Get()->AddFixed32(number, value); });
         break;
       }
       case WireFormatLite::WIRETYPE_LENGTH_DELIMITED: {
         size_t length;
         q = FindBody(q, end, &length);
         if (q == nullptr) return p;
-        unknown->Get()->AddLengthDelimited(number)->assign(reinterpret_cast<const char*>(q),
-                                                           length);
+        AddOrUndo(unknown->Get(), [&] {
+          unknown->Get()->AddLengthDelimited(number)->assign(reinterpret_cast<const char*>(q),
+                                                             length);
+        });
         q += length;
         break;
       }
@@ -81,7 +85,8 @@ const uint8* TakeUnknown(const uint8* p, const uint8* end, uint32 tags_end,
 const uint8* MessageReader::TakeGroup(int number, const uint8* p, const uint8* end,
                                       UnknownFieldStore* unknown) {
   if (!input_->IncrementRecursionDepth()) return nullptr;
-  UnknownFieldSet* group = unknown->Get()->AddGroup(number);
+  UnknownFieldSet* group =
+      AddOrUndo(unknown->Get(), [&] { return unknown->Get()->AddGroup(number); });
   UnknownFieldStore fields(group);
   if (p != end) p = TakeUnknown(p, end, 0, &fields, this);
   if (p == nullptr) return nullptr;
@@ -192,9 +197,7 @@ const uint8* MessageReader::Finish(const uint8* p, const uint8* end, void* messa
   return whole ? end : nullptr;
 }
 
-bool MessageReader::MoveTo(const uint8* p) {
-  return input_->Skip(static_cast<int>(p - position_));
-}
+bool MessageReader::MoveTo(const uint8* p) { return input_->Skip(static_cast<int>(p - position_)); }
 
 }  // namespace calibration_internal
 }  // namespace zarvo

@@ -97,15 +97,23 @@ class MessageReader {
   const uint8* TakeElements(const uint8* p, const uint8* end, RepeatedPtrField<T>* elements) {
     const int tag_size = kTag < 0x80 ? 1 : 2;
     if (!input_->IncrementRecursionDepth()) return nullptr;
-    do {
-      size_t length;
-      const uint8* body = FindBody(p + tag_size, end, &length);
-      if (body == nullptr) break;
-      while (elements->ClearedCount() <= 0) {  // as in AppendElement()
-        MakeClearedElements(elements, CountElements(kTag, p, end));
-      }
-      p = MergeBody(body, body + length, elements->Add());
-    } while (p != nullptr && NextIs<kTag>(p, end));
+    bool made = false;
+    try {
+      do {
+        size_t length;
+        const uint8* body = FindBody(p + tag_size, end, &length);
+        if (body == nullptr) break;
+        while (elements->ClearedCount() <= 0) {  // as in AppendElement()
+          MakeClearedElements(elements, CountElements(kTag, p, end));
+          made = true;
+        }
+        p = MergeBody(body, body + length, elements->Add());
+      } while (p != nullptr && NextIs<kTag>(p, end));
+    } catch (...) {
+      if (made) DeleteClearedElements(elements);
+      throw;
+    }
+    if (p == nullptr && made) DeleteClearedElements(elements);
     input_->UnsafeDecrementRecursionDepth();
     return p;
   }

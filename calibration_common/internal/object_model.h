@@ -4,11 +4,8 @@
 
 #include <google/protobuf/arena.h>
 #include <google/protobuf/message.h>
-#include <google/protobuf/unknown_field_set.h>
 
 #include <memory>
-
-#include "calibration_common/runtime.h"
 
 namespace zarvo {
 namespace calibration_internal {
@@ -19,14 +16,6 @@ __attribute__((noinline)) inline void Own(::google::protobuf::Arena* arena,
   ::std::unique_ptr<::google::protobuf::Message> owner(message);
   arena->Own(message);
   static_cast<void>(owner.release());
-}
-
-// Both REQUIRE that there are unknown fields (in `from`, for the merge).
-__attribute__((noinline)) inline void ClearUnknownFields(Metadata* metadata) {
-  MutableUnknownFields(metadata)->Clear();
-}
-__attribute__((noinline)) inline void MergeUnknownFields(const Metadata& from, Metadata* to) {
-  MutableUnknownFields(to)->MergeFrom(UnknownFields(from));
 }
 
 }  // namespace calibration_internal

@@ -6,6 +6,8 @@
 #include <climits>
 #include <cstring>
 
+#include "calibration_common/internal/unknown_fields.h"
+
 namespace zarvo {
 namespace calibration_internal {
 
@@ -62,7 +64,7 @@ bool ReadPackedValues(CodedInputStream* input, RepeatedField<T>* values) {
 
 bool KeepGroup(CodedInputStream* input, int number, UnknownFieldSet* unknown) {
   if (!input->IncrementRecursionDepth()) return false;
-  UnknownFieldSet* group = unknown->AddGroup(number);
+  UnknownFieldSet* group = AddOrUndo(unknown, [&] { return unknown->AddGroup(number); });
   for (;;) {
     const uint32 tag = input->ReadTag();
     if (tag == 0) return false;
@@ -110,13 +112,16 @@ bool KeepUnknownField(CodedInputStream* input, uint32 tag, UnknownFieldSet* unkn
   switch (WireFormatLite::GetTagWireType(tag)) {
     case WireFormatLite::WIRETYPE_LENGTH_DELIMITED: {
       int length;
-      return ReadLength(input, &length) &&
-             AppendBytes(input, length, unknown->AddLengthDelimited(number));
+      return ReadLength(input, &length) && AppendBytes(input, length, AddOrUndo(unknown, [&] {
+                                                         return unknown->AddLengthDelimited(number);
+                                                       }));
     }
     case WireFormatLite::WIRETYPE_START_GROUP:
       return KeepGroup(input, number, unknown);
     default:
-      return ::google::protobuf::internal::WireFormat::SkipField(input, tag, unknown);
+      return AddOrUndo(unknown, [&] {
+        return ::google::protobuf::internal::WireFormat::SkipField(input, tag, unknown);
+      });
   }
 }
 

@@ -1,6 +1,5 @@
 #include "calibration_common/internal/writers.h"
 
-#include <google/protobuf/wire_format.h>
 #include <string.h>
 
 #include <algorithm>
@@ -9,8 +8,6 @@
 
 namespace zarvo {
 namespace calibration_internal {
-
-using ::google::protobuf::UnknownField;
 
 namespace {
 
@@ -52,31 +49,7 @@ void WriteBlocks(uint8 tag, const RepeatedField<T>& values, CodedOutputStream* o
   }
 }
 
-WireFormatLite::WireType WireTypeOf(UnknownField::Type type) {
-  switch (type) {
-    case UnknownField::TYPE_VARINT:
-      return WireFormatLite::WIRETYPE_VARINT;
-    case UnknownField::TYPE_FIXED32:
-      return WireFormatLite::WIRETYPE_FIXED32;
-    case UnknownField::TYPE_FIXED64:
-      return WireFormatLite::WIRETYPE_FIXED64;
-    case UnknownField::TYPE_LENGTH_DELIMITED:
-      return WireFormatLite::WIRETYPE_LENGTH_DELIMITED;
-    case UnknownField::TYPE_GROUP:
-      break;
-  }
-  return WireFormatLite::WIRETYPE_START_GROUP;
-}
-
 }  // namespace
-
-int SizeWithUnknownFields(uint32 known_size, const Metadata& metadata, int* cached_size) {
-  *cached_size = static_cast<int>(
-      known_size +
-      static_cast<uint32>(::google::protobuf::internal::WireFormat::ComputeUnknownFieldsSize(
-          UnknownFields(metadata))));
-  return *cached_size;
-}
 
 uint8* WriteVarintToArray(uint64 value, uint8* target) {
   if (value >> 49 == 0) return CodedOutputStream::WriteVarint64ToArray(value, target);
@@ -123,34 +96,6 @@ uint8* WriteWithOneByteTagToArray(uint8 tag, const RepeatedField<double>& values
 }
 uint8* WriteWithOneByteTagToArray(uint8 tag, const RepeatedField<float>& values, uint8* target) {
   return WriteRange(tag, values.data(), values.size(), target);
-}
-
-// What WireFormat::SerializeUnknownFieldsToArray() writes, without the stream that it sets up for
-// each message.
-uint8* WriteUnknownFieldsToArray(const UnknownFieldSet& fields, uint8* target) {
-  for (int i = 0; i < fields.field_count(); ++i) {
-    const UnknownField& field = fields.field(i);
-    target = WireFormatLite::WriteTagToArray(field.number(), WireTypeOf(field.type()), target);
-    switch (field.type()) {  // no more than four cases: see TakeUnknown()
-      case UnknownField::TYPE_VARINT:
-        target = WriteVarintToArray(field.varint(), target);
-        break;
-      case UnknownField::TYPE_FIXED32:
-        target = CodedOutputStream::WriteLittleEndian32ToArray(field.fixed32(), target);
-        break;
-      case UnknownField::TYPE_FIXED64:
-        target = CodedOutputStream::WriteLittleEndian64ToArray(field.fixed64(), target);
-        break;
-      case UnknownField::TYPE_LENGTH_DELIMITED:
-        target = WriteTextBehindTagToArray(field.length_delimited(), target);
-        break;
-      default:  // a group
-        target = WriteUnknownFieldsToArray(field.group(), target);
-        target = WireFormatLite::WriteTagToArray(field.number(), WireFormatLite::WIRETYPE_END_GROUP,
-                                                 target);
-    }
-  }
-  return target;
 }
 
 }  // namespace calibration_internal

@@ -61,10 +61,6 @@ inline uint8* WriteTextToArray(int number, const ::std::string& value, uint8* ta
       WireFormatLite::WriteTagToArray(number, WireFormatLite::WIRETYPE_LENGTH_DELIMITED, target));
 }
 
-// `known_size` and the size of what a message does not know, which *cached_size is set to, too.
-__attribute__((noinline)) int SizeWithUnknownFields(uint32 known_size, const Metadata& metadata,
-                                                    int* cached_size);
-
 // Writes a sub-message, whose length is its cached size; returns the position behind it.
 template <typename T>
 inline uint8* WriteMessageToArray(int number, const T& message, uint8* target) {
@@ -120,9 +116,6 @@ inline uint8* WriteElementsToArray(const RepeatedField<T>& values, uint8* target
   for (T value : values) target = WriteElementToArray<kTag>(value, target);
   return target;
 }
-
-// Writes what a message does not know.
-uint8* WriteUnknownFieldsToArray(const UnknownFieldSet& fields, uint8* target);
 
 }  // namespace calibration_internal
 }  // namespace zarvo

@@ -4,6 +4,7 @@
 #include <google/protobuf/arena.h>
 #include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+#include <google/protobuf/unknown_field_set.h>
 
 #include <functional>
 #include <memory>
@@ -196,6 +197,68 @@ TYPED_TEST(AllocationOfRecordTest, MergeAndCopy) {
       full, [&](T* record) { record->CopyFrom(full); }, true);
   TryFilling<T>(
       full, [&](T* record) { record->CopyFrom(message); }, true);
+}
+
+// Unknown fields of every kind, groups in groups among them.
+void AddUnknownFields(int depth, ::google::protobuf::UnknownFieldSet* fields) {
+  fields->AddVarint(1000, 5);
+  fields->AddLengthDelimited(1001)->assign("a text that is longer than what a string object holds");
+  fields->AddFixed32(1002, 3);
+  fields->AddFixed64(1003, 4);
+  if (depth > 0) AddUnknownFields(depth - 1, fields->AddGroup(1004));
+  fields->AddLengthDelimited(1005)->assign("x");
+  fields->AddGroup(1006);
+}
+
+// A set that has lost a value, or owns one together with another set, crashes as soon as it is
+// used.
+TYPED_TEST(AllocationOfRecordTest, UnknownFields) {
+  using T = TypeParam;
+  T full = Full<T>();
+  AddUnknownFields(2, full.mutable_unknown_fields());
+  const Message& message = full;
+  ASSERT_TRUE(EqualByReflection(T(), T()));  // makes the run-time's empty set
+  TryFilling<T>(
+      full, [&](T* record) { record->MergeFrom(full); }, false);
+  TryFilling<T>(
+      full, [&](T* record) { record->CopyFrom(message); }, true);
+  TryFilling<T>(
+      full, [&](T* record) { *record = T(full); }, true);
+
+  // The fields that a record already has are as they were.
+  T some;
+  AddUnknownFields(1, some.mutable_unknown_fields());
+  int failures = ForEachFailure([&](auto attempt) {
+    T record(some);
+    T source(some);
+    if (attempt([&] { record.MergeFrom(source); })) {
+      EXPECT_TRUE(EqualByReflection(record, some));
+      EXPECT_TRUE(EqualByReflection(source, some));
+    }
+  });
+  EXPECT_GT(failures, 0);
+}
+
+// The run-time may lose the text or the group that it has made when its list of fields cannot grow,
+// but the record stays a record.
+TYPED_TEST(AllocationOfRecordTest, ParsedUnknownFields) {
+  using T = TypeParam;
+  T full = Full<T>();
+  AddUnknownFields(2, full.mutable_unknown_fields());
+  const std::string bytes = full.SerializeAsString();
+  for (const int block : {1, 64, static_cast<int>(bytes.size())}) {
+    bool failed = true;
+    for (long n = 1; failed; ++n) {
+      SCOPED_TRACE("allocation " + std::to_string(n) + ", blocks of " + std::to_string(block));
+      T record;
+      failed = Fails(n, FailingAllocation::kOnce, [&] {
+        ArrayInputStream stream(bytes.data(), static_cast<int>(bytes.size()), block);
+        record.ParseFromZeroCopyStream(&stream);
+      });
+      CheckUsable(&record, full, bytes, static_cast<int>(n % kWaysToGoOn));
+      if (this->HasFailure()) return;
+    }
+  }
 }
 
 TYPED_TEST(AllocationOfRecordTest, Parse) {

@@ -41,8 +41,8 @@ void SetTotalBytesLimit(Stream* input, int limit, long) {
   input->SetTotalBytesLimit(limit, -1);
 }
 
-// Merges the bytes from a stream of blocks that may be read up to `limit`, with another limit pushed
-// where the bytes end if `pushed`.
+// Merges the bytes from a stream of blocks that may be read up to `limit`, with another limit
+// pushed where the bytes end if `pushed`.
 bool Merges(Message* record, const std::string& bytes, int limit, int block, bool pushed) {
   ArrayInputStream stream(bytes.data(), static_cast<int>(bytes.size()), block);
   CodedInputStream input(&stream);
@@ -104,8 +104,8 @@ TEST(TotalBytesLimit, ARobotOf100MegabytesInOneBlock) {
   EXPECT_EQ(robot.camera_size(), is_3_0 ? 64 : 100);
 }
 
-// A length longer than need be is read by the stream's calls, which then look at the limit; the rest
-// is read past it, straight from the array.
+// A length longer than need be is read by the stream's calls, which then look at the limit; the
+// rest is read past it, straight from the array.
 TEST(TotalBytesLimit, AMalformedTailBehind68Megabytes) {
   const ::google::protobuf::LogSilencer silencer;
   const std::string megabytes = Megabytes(68);

@@ -1,0 +1,120 @@
+#include "calibration_common/internal/unknown_fields.h"
+
+#include <google/protobuf/wire_format.h>
+
+#include "calibration_common/internal/writers.h"
+
+namespace zarvo {
+namespace calibration_internal {
+
+using ::google::protobuf::UnknownField;
+
+namespace {
+
+WireFormatLite::WireType WireTypeOf(UnknownField::Type type) {
+  switch (type) {
+    case UnknownField::TYPE_VARINT:
+      return WireFormatLite::WIRETYPE_VARINT;
+    case UnknownField::TYPE_FIXED32:
+      return WireFormatLite::WIRETYPE_FIXED32;
+    case UnknownField::TYPE_FIXED64:
+      return WireFormatLite::WIRETYPE_FIXED64;
+    case UnknownField::TYPE_LENGTH_DELIMITED:
+      return WireFormatLite::WIRETYPE_LENGTH_DELIMITED;
+    case UnknownField::TYPE_GROUP:
+      break;
+  }
+  return WireFormatLite::WIRETYPE_START_GROUP;
+}
+
+void AppendFields(const UnknownFieldSet& from, UnknownFieldSet* to);
+
+void AppendField(const UnknownField& field, UnknownFieldSet* to) {
+  switch (field.type()) {
+    case UnknownField::TYPE_VARINT:
+      to->AddVarint(field.number(), field.varint());
+      break;
+    case UnknownField::TYPE_FIXED32:
+      to->AddFixed32(field.number(), field.fixed32());
+      break;
+    case UnknownField::TYPE_FIXED64:
+      to->AddFixed64(field.number(), field.fixed64());
+      break;
+    case UnknownField::TYPE_LENGTH_DELIMITED:
+      to->AddLengthDelimited(field.number())->assign(field.length_delimited());
+      break;
+    case UnknownField::TYPE_GROUP:
+      AppendFields(field.group(), to->AddGroup(field.number()));
+      break;
+  }
+}
+
+// Makes room first, by fields that own nothing: a field that owns something is then added to a set
+// that need not grow, which is where the run-time would lose it. One such field stays until the
+// end, since a set that is empty gives its room back.
+void AppendFields(const UnknownFieldSet& from, UnknownFieldSet* to) {
+  const int count = from.field_count();
+  const int old_count = to->field_count();
+  if (count == 0) return;
+  AddOrUndo(to, [&] {
+    for (int i = 0; i <= count; ++i) to->AddVarint(1, 0);
+    to->DeleteSubrange(old_count + 1, count);
+    for (int i = 0; i < count; ++i) AppendField(from.field(i), to);
+  });
+  to->DeleteSubrange(old_count, 1);
+}
+
+}  // namespace
+
+// The set of the 3.0 series has its fields in a list of its own, which must not exist without any.
+// Of the public calls only this size tells whether there is one, and only deleting no fields ends
+// it.
+void CutBackTo(int count, UnknownFieldSet* fields) {
+  const int more = fields->field_count() - count;
+  if (more > 0 || fields->SpaceUsedExcludingSelf() > 0) fields->DeleteSubrange(count, more);
+}
+
+void ClearUnknownFields(Metadata* metadata) { MutableUnknownFields(metadata)->Clear(); }
+
+void MergeUnknownFields(const Metadata& from, Metadata* to) {
+  AppendFields(UnknownFields(from), MutableUnknownFields(to));
+}
+
+int SizeWithUnknownFields(uint32 known_size, const Metadata& metadata, int* cached_size) {
+  *cached_size = static_cast<int>(
+      known_size +
+      static_cast<uint32>(::google::protobuf::internal::WireFormat::ComputeUnknownFieldsSize(
+          UnknownFields(metadata))));
+  return *cached_size;
+}
+
+// What WireFormat::SerializeUnknownFieldsToArray() writes, without the stream that it sets up for
+// each message.
+uint8* WriteUnknownFieldsToArray(const UnknownFieldSet& fields, uint8* target) {
+  for (int i = 0; i < fields.field_count(); ++i) {
+    const UnknownField& field = fields.field(i);
+    target = WireFormatLite::WriteTagToArray(field.number(), WireTypeOf(field.type()), target);
+    switch (field.type()) {  // no more than four cases: see TakeUnknown()
+      case UnknownField::TYPE_VARINT:
+        target = WriteVarintToArray(field.varint(), target);
+        break;
+      case UnknownField::TYPE_FIXED32:
+        target = CodedOutputStream::WriteLittleEndian32ToArray(field.fixed32(), target);
+        break;
+      case UnknownField::TYPE_FIXED64:
+        target = CodedOutputStream::WriteLittleEndian64ToArray(field.fixed64(), target);
+        break;
+      case UnknownField::TYPE_LENGTH_DELIMITED:
+        target = WriteTextBehindTagToArray(field.length_delimited(), target);
+        break;
+      default:  // a group
+        target = WriteUnknownFieldsToArray(field.group(), target);
+        target = WireFormatLite::WriteTagToArray(field.number(), WireFormatLite::WIRETYPE_END_GROUP,
+                                                 target);
+    }
+  }
+  return target;
+}
+
+}  // namespace calibration_internal
+}  // namespace zarvo
