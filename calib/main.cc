@@ -1,5 +1,5 @@
 // calib looks at records, checks, converts, compares and draws them, and brings them in from
-// elsewhere. One file a command (commands.h); what they share is in record.h and below it.
+// elsewhere. One file a command (commands/); what they share lies in the folders beside it.
 #include <google/protobuf/stubs/common.h>
 
 #include <cstdio>
@@ -9,11 +9,11 @@
 #include <string>
 #include <vector>
 
-#include "calib/arguments.h"
-#include "calib/build_info.h"
-#include "calib/commands.h"
-#include "calib/failure.h"
-#include "calib/names.h"
+#include "calib/commands/commands.h"
+#include "calib/console/arguments.h"
+#include "calib/console/build_info.h"
+#include "calib/console/failure.h"
+#include "calib/formats/names.h"
 
 namespace calib {
 namespace {

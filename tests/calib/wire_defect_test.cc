@@ -1,14 +1,14 @@
 // The place that is reported for a malformed record: there is one exactly if the record is refused,
 // whichever byte is cut off or changed.
-#include "calib/wire_defect.h"
+#include "calib/formats/wire_defect.h"
 
 #include <gtest/gtest.h>
 
 #include <memory>
 #include <string>
 
-#include "calib/field_path.h"
-#include "calib/names.h"
+#include "calib/fields/field_path.h"
+#include "calib/formats/names.h"
 #include "tests/support/random_record.h"
 #include "tests/support/strict_reader.h"
 

@@ -1,0 +1,24 @@
+// Pieces of SVG as text.
+#ifndef CALIB_CHARTS_SVG_H_
+#define CALIB_CHARTS_SVG_H_
+
+#include <string>
+
+namespace calib {
+
+// Printable text for an element or an attribute: what XML reserves is escaped.
+std::string XmlText(const std::string& text);
+
+// A coordinate, to a hundredth.
+std::string Coordinate(double value);
+
+// <name attributes/>, or <name attributes>content</name>; the content is XML already.
+std::string XmlElement(const std::string& name, const std::string& attributes,
+                       const std::string& content = "");
+
+// An attribute of a coordinate: ' x="12.5"'.
+std::string At(const std::string& name, double value);
+
+}  // namespace calib
+
+#endif  // CALIB_CHARTS_SVG_H_

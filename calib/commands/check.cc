@@ -1,0 +1,77 @@
+// calib check FILE...
+#include <memory>
+
+#include "calib/commands/commands.h"
+#include "calib/console/failure.h"
+#include "calib/console/file.h"
+#include "calib/fields/unknown.h"
+#include "calib/formats/codec.h"
+#include "calib/formats/record.h"
+
+namespace calib {
+namespace {
+
+struct Flags {
+  std::vector<std::string> paths;
+  InputFlags input;
+  bool allow_unknown = false;
+};
+
+// What is wrong with the file: a line for each finding.
+std::string Findings(const Record& record, bool allow_unknown) {
+  std::string findings;
+  for (const std::string& path : MissingFields(*record.message)) {
+    findings += record.name + ": " + path + ": required, but not set\n";
+  }
+  if (allow_unknown) return findings;
+  for (const UnknownField& unknown : FindUnknownFields(*record.message)) {
+    findings += record.name + ": " + Describe(unknown) + "\n";
+  }
+  return findings;
+}
+
+std::string Summary(const Record& record) {
+  const std::string size = std::to_string(record.file_size) + " bytes";
+  return record.name + ": a whole " + record.type->name() + " of " + size +
+         (IsEmpty(*record.message) ? ", in which nothing is set\n" : "\n");
+}
+
+int Check(const Flags& flags) {
+  int status = kFine;
+  for (const std::string& path : flags.paths) {
+    std::string findings;
+    const Input input = OpenInput(path, flags.input);
+    try {
+      const Record record = DecodeInput(input);
+      findings = Findings(record, flags.allow_unknown);
+      if (findings.empty()) Print(Summary(record));
+    } catch (const Failure& malformed) {
+      findings = std::string(malformed.what()) + "\n";
+    }
+    if (findings.empty()) continue;
+    Print(findings);
+    status = kFinding;
+  }
+  return status;
+}
+
+}  // namespace
+
+void AddCheck(CLI::App* program, int* status) {
+  CLI::App* command = program->add_subcommand("check", "Says whether records are whole");
+  const auto flags = std::make_shared<Flags>();
+  command->add_option("FILE", flags->paths, "The files to check")->required();
+  flags->input.AddTo(command);
+  command->add_flag("--allow-unknown", flags->allow_unknown,
+                    "Accept unknown fields, as a newer schema makes them");
+  command->footer(
+      "Reports where a file is malformed and how, required fields that are not set, and unknown "
+      "fields: one line for each, or one that says that the record is whole.\n\n"
+      "Exit status: 0 all are whole, 1 something was found, 2 a file could not be checked.\n\n"
+      "Examples:\n"
+      "  calib check rig.RobotCalibration.binpb\n"
+      "  calib check --type RobotCalibration --format binary - < rig.bin");
+  command->callback([flags, status] { *status = Check(*flags); });
+}
+
+}  // namespace calib

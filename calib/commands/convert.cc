@@ -1,0 +1,56 @@
+// calib convert IN OUT
+#include <memory>
+
+#include "calib/commands/commands.h"
+#include "calib/console/failure.h"
+#include "calib/console/file.h"
+#include "calib/fields/unknown.h"
+#include "calib/formats/record.h"
+
+namespace calib {
+namespace {
+
+struct Flags {
+  std::string in, out;
+  InputFlags input;
+  OutputFlags output;
+  bool drop_unknown = false;
+};
+
+void Convert(const Flags& flags) {
+  const Record record = ReadRecord(flags.in, flags.input);
+  if (flags.drop_unknown) {
+    for (const UnknownField& unknown : FindUnknownFields(*record.message)) {
+      Note(record.name + ": left out " + Describe(unknown));
+    }
+    record.message->DiscardUnknownFields();
+  }
+  WriteRecord(flags.out, *record.message, flags.output);
+}
+
+}  // namespace
+
+void AddConvert(CLI::App* program, int* status) {
+  CLI::App* command =
+      program->add_subcommand("convert", "Converts a record between binary, text and JSON");
+  const auto flags = std::make_shared<Flags>();
+  command->add_option("IN", flags->in, "The file to read")->required();
+  command->add_option("OUT", flags->out, "The file to write")->required();
+  flags->input.AddTo(command);
+  flags->output.AddTo(command);
+  command->add_flag("--drop-unknown", flags->drop_unknown,
+                    "Leave unknown fields out, and say so; text and JSON cannot hold them");
+  command->footer(
+      "The output holds what the input holds, or is not written: JSON cannot hold text that is not "
+      "UTF-8, nor does it keep the sign of a zero.\n\n"
+      "Examples:\n"
+      "  calib convert rig.RobotCalibration.binpb rig.RobotCalibration.txtpb\n"
+      "  calib convert rig.RobotCalibration.binpb - --to json | jq .camera[].name\n"
+      "  calib convert --type FocusInfo --format text notes.txt focus.FocusInfo.binpb");
+  command->callback([flags, status] {
+    Convert(*flags);
+    *status = kFine;
+  });
+}
+
+}  // namespace calib

@@ -1,0 +1,104 @@
+// calib get FILE PATH
+#include <memory>
+
+#include "calib/commands/commands.h"
+#include "calib/console/failure.h"
+#include "calib/console/file.h"
+#include "calib/fields/field_path.h"
+#include "calib/fields/value.h"
+#include "calib/formats/record.h"
+#include "calib/views/view.h"
+
+namespace calib {
+namespace {
+
+using google::protobuf::FieldDescriptor;
+using google::protobuf::Reflection;
+
+struct Flags {
+  std::string path, field;
+  InputFlags input;
+  std::string output = "-";
+};
+
+// Strings as they are, messages in the text format.
+std::string ValueAt(const Place& place, int index, bool whole) {
+  const Reflection* reflection = place.message->GetReflection();
+  switch (place.field->cpp_type()) {
+    case FieldDescriptor::CPPTYPE_STRING:
+      return RawString(*place.message, place.field, index) + "\n";
+    case FieldDescriptor::CPPTYPE_MESSAGE: {
+      ViewOptions options;
+      options.full = true;
+      const std::string text =
+          ViewAsText(index < 0 ? reflection->GetMessage(*place.message, place.field)
+                               : reflection->GetRepeatedMessage(*place.message, place.field, index),
+                     options);
+      return whole ? place.field->name() + " {\n" + text + "}\n" : text;
+    }
+    default:
+      return FullValue(*place.message, place.field, index) + "\n";
+  }
+}
+
+std::string Values(const Place& place) {
+  if (!place.field->is_repeated() || place.index >= 0) return ValueAt(place, place.index, false);
+  std::string values;
+  const int size = place.message->GetReflection()->FieldSize(*place.message, place.field);
+  for (int i = 0; i < size; ++i) values += ValueAt(place, i, true);
+  return values;
+}
+
+bool IsSet(const Place& place) {
+  const Reflection* reflection = place.message->GetReflection();
+  return place.field->is_repeated() ? reflection->FieldSize(*place.message, place.field) > 0
+                                    : reflection->HasField(*place.message, place.field);
+}
+
+int Get(const Flags& flags) {
+  const Record record = ReadRecord(flags.path, flags.input);
+  try {
+    const Place place = FindPlace(*record.message, flags.field);
+    if (!IsSet(place)) {
+      std::string note = record.name + ": " + flags.field + " is not set";
+      if (place.field->has_default_value()) {
+        note += "; programs read its default, " + FullValue(*place.message, place.field, -1);
+      }
+      Note(note);
+      return kFinding;
+    }
+    std::string value = Values(place);
+    if (place.field->type() == FieldDescriptor::TYPE_BYTES) value.pop_back();
+    WriteFile(flags.output, value);
+    return kFine;
+  } catch (const NotInRecord& missing) {
+    Note(record.name + ": " + missing.what());
+    return kFinding;
+  }
+}
+
+}  // namespace
+
+void AddGet(CLI::App* program, int* status) {
+  CLI::App* command = program->add_subcommand("get", "Prints one field of a record");
+  const auto flags = std::make_shared<Flags>();
+  command->add_option("FILE", flags->path, "The file to read")->required();
+  command->add_option("PATH", flags->field, "The field, such as camera[0].intrinsics.cy")
+      ->required();
+  flags->input.AddTo(command);
+  command->add_option("--output", flags->output, "Write to this file; else to standard output")
+      ->type_name("OUT");
+  command->footer(
+      "Numbers and texts are written as they are, with a line for each element of a repeated "
+      "field; messages in the text format; the bytes of an image raw, with nothing added. Indices "
+      "count from 0.\n\n"
+      "Exit status: 0 it was written, 1 it is not set in this record, 2 trouble.\n\n"
+      "Examples:\n"
+      "  calib get rig.RobotCalibration.binpb camera[0].intrinsics.fx\n"
+      "  calib get rig.RobotCalibration.binpb camera[1].extrinsics.a\n"
+      "  calib get board.CameraCalibration.binpb intrinsics_image.imgdata \\\n"
+      "    --output board.gray");
+  command->callback([flags, status] { *status = Get(*flags); });
+}
+
+}  // namespace calib

@@ -1,0 +1,107 @@
+// calib import --from TOOL FILE
+#include "calib/commands/commands.h"
+#include "calib/console/arguments.h"
+#include "calib/console/failure.h"
+#include "calib/console/file.h"
+#include "calib/formats/record.h"
+#include "calib/tools/importers.h"
+
+namespace calib {
+namespace {
+
+using google::protobuf::Descriptor;
+using zarvo::calibration::CameraCalibration;
+using zarvo::calibration::RobotCalibration;
+
+// Tools that write one file each.
+template <void (*import)(const Foreign&, RobotCalibration*)>
+void ImportOne(const std::vector<Foreign>& files, RobotCalibration* robot) {
+  if (files.size() > 1) {
+    files[1].Refuse("is a second file, but this tool writes one",
+                    "Bring them in one by one, and put them together with 'calib merge'.");
+  }
+  import(files[0], robot);
+}
+
+struct Source {
+  const char* name;
+  void (*import)(const std::vector<Foreign>& files, RobotCalibration* robot);
+  bool several_cameras;  // even if the file at hand has one
+};
+constexpr Source kSources[] = {{"ros", ImportOne<ImportCameraInfo>, false},
+                               {"kalibr", ImportOne<ImportCamchain>, true},
+                               {"opencv", ImportOpenCv, false}};
+
+struct Flags {
+  std::vector<std::string> paths;
+  std::string source, type;
+  std::string output_path = "-";
+  OutputFlags output;
+};
+
+// OpenCV begins its files with a directive that is no YAML; as a comment it keeps the lines' count.
+std::string Readable(const std::string& name, std::string text) {
+  if (text.compare(0, 6, "%YAML:") == 0) text[0] = '#';
+  if (text.compare(0, 2, "\x1f\x8b") == 0) {
+    throw Failure(name + ": is compressed", "Decompress it first, with gunzip.");
+  }
+  return text;
+}
+
+const Descriptor* OutputType(const Flags& flags, bool several_cameras) {
+  if (!flags.type.empty()) return RecordType(flags.type);
+  if (const Descriptor* named = FactsFromName(flags.output_path).type) return named;
+  return several_cameras ? RobotCalibration::descriptor() : CameraCalibration::descriptor();
+}
+
+void Import(const Flags& flags) {
+  const Source* source = kSources;
+  while (source->name != flags.source) ++source;
+  std::vector<Foreign> files;
+  for (const std::string& path : flags.paths) {
+    files.push_back(Foreign::Parse(InputName(path), Readable(InputName(path), ReadFile(path))));
+  }
+  RobotCalibration robot;
+  source->import(files, &robot);
+  for (const Foreign& file : files) file.Report();
+  OutputFlags output = flags.output;
+  if (flags.output_path == "-" && output.format.empty()) output.format = "text";
+  const bool several = source->several_cameras || robot.camera_size() > 1;
+  WriteRecord(flags.output_path,
+              ImportedRecord(InputName(flags.paths[0]), OutputType(flags, several), robot), output);
+}
+
+}  // namespace
+
+void AddImport(CLI::App* program, int* status) {
+  CLI::App* command = program->add_subcommand("import", "Brings in cameras from other tools");
+  const auto flags = std::make_shared<Flags>();
+  std::vector<std::string> names;
+  for (const Source& source : kSources) names.push_back(source.name);
+  AddChoice(command, "--from", &flags->source, names, "What wrote the file")->required();
+  command->add_option("FILE", flags->paths, "The file to read, in YAML or OpenCV's XML")
+      ->required();
+  command->add_option("--output", flags->output_path, "The file to write; else standard output")
+      ->type_name("OUT");
+  command
+      ->add_option("--as", flags->type,
+                   "Record type of the output: RobotCalibration, CameraCalibration or "
+                   "CameraIntrinsics; else its name tells it, or the number of cameras")
+      ->type_name("TYPE");
+  flags->output.AddTo(command);
+  command->footer(
+      "Reads ROS camera_info, Kalibr camchain and OpenCV FileStorage files; of OpenCV's stereo "
+      "calibration, both files at once. What a record has no "
+      "field for is named on standard error, each with its line: nothing is left out silently.\n\n"
+      "Examples:\n"
+      "  calib import --from ros left.yaml --output left.CameraCalibration.binpb\n"
+      "  calib import --from kalibr camchain.yaml --output rig.RobotCalibration.binpb\n"
+      "  calib import --from opencv camera.xml\n"
+      "  calib import --from opencv intrinsics.yml extrinsics.yml --as RobotCalibration");
+  command->callback([flags, status] {
+    Import(*flags);
+    *status = kFine;
+  });
+}
+
+}  // namespace calib

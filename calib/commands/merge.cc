@@ -1,0 +1,63 @@
+// calib merge FILE... --output OUT
+#include <memory>
+
+#include "calib/commands/commands.h"
+#include "calib/console/failure.h"
+#include "calib/console/file.h"
+#include "calib/fields/compare.h"
+#include "calib/formats/record.h"
+
+namespace calib {
+namespace {
+
+struct Flags {
+  std::vector<std::string> paths;
+  InputFlags input;
+  OutputFlags output;
+  std::string out;
+};
+
+// Says what `next` replaces. Elements of repeated fields replace nothing: they are added.
+void TellReplaced(const Record& next, const google::protobuf::Message& merged) {
+  for (const Difference& difference : Compare(merged, *next.message, Tolerance())) {
+    const bool element = difference.path.find('[') != std::string::npos;
+    if (element || difference.before.empty() || difference.after.empty()) continue;
+    Note(next.name + ": " + difference.path + ": " + difference.after + " replaces " +
+         difference.before);
+  }
+}
+
+void Merge(const Flags& flags) {
+  const std::vector<Record> records = ReadRecords(flags.paths, flags.input);
+  google::protobuf::Message* merged = records[0].message.get();
+  for (size_t i = 1; i < records.size(); ++i) {
+    TellReplaced(records[i], *merged);
+    merged->MergeFrom(*records[i].message);
+  }
+  WriteRecord(flags.out, *merged, flags.output);
+}
+
+}  // namespace
+
+void AddMerge(CLI::App* program, int* status) {
+  CLI::App* command = program->add_subcommand("merge", "Puts records of one type together");
+  const auto flags = std::make_shared<Flags>();
+  command->add_option("FILE", flags->paths, "The files to put together, in this order")->required();
+  flags->input.AddTo(command);
+  command->add_option("--output", flags->out, "The file to write")->required()->type_name("OUT");
+  flags->output.AddTo(command);
+  command->footer(
+      "Elements of repeated fields are put one behind the other, messages are merged field by "
+      "field, and of single values the last one counts; what it replaces is told. Unknown fields "
+      "are kept.\n\n"
+      "Examples:\n"
+      "  calib merge left.RobotCalibration.binpb right.RobotCalibration.binpb \\\n"
+      "    --output rig.RobotCalibration.binpb\n"
+      "  calib merge a.FocusInfo.binpb b.FocusInfo.binpb --output - --to text");
+  command->callback([flags, status] {
+    Merge(*flags);
+    *status = kFine;
+  });
+}
+
+}  // namespace calib

@@ -1,0 +1,63 @@
+// calib plot FILE
+#include "calib/charts/chart.h"
+#include "calib/commands/commands.h"
+#include "calib/console/failure.h"
+#include "calib/console/file.h"
+#include "calib/console/terminal.h"
+#include "calib/fields/parts.h"
+#include "calib/formats/record.h"
+#include "calib/views/record_charts.h"
+
+namespace calib {
+namespace {
+
+struct Flags {
+  std::string path;
+  std::string output_path = "-";
+  InputFlags input;
+  CameraFlag camera;
+  bool terminal = false;
+};
+
+std::string Plot(const Flags& flags) {
+  const Record record = ReadRecord(flags.path, flags.input);
+  std::vector<Chart> charts;
+  for (const Part& part : flags.camera.Choose(*record.message, record.name, DrawableTypes())) {
+    for (const Chart& chart : ChartsOf(part)) charts.push_back(chart);
+  }
+  if (charts.empty()) {
+    throw Failure(record.name + ": has nothing that can be drawn",
+                  "Drawn are sample_points of CameraIntrinsics, transfer_function of "
+                  "FocusInfoItem, bins of FocusCheckProto and samples of PTZIntrinsics.");
+  }
+  const std::string title = record.name + " (" + record.type->name() + ")";
+  return flags.terminal ? ChartsAsText(title, charts, OutputWidth()) : ChartsAsSvg(title, charts);
+}
+
+}  // namespace
+
+void AddPlot(CLI::App* program, int* status) {
+  CLI::App* command = program->add_subcommand("plot", "Draws samples and curves as SVG");
+  const auto flags = std::make_shared<Flags>();
+  command->add_option("FILE", flags->path, "The file to draw")->required();
+  command->add_option("--output", flags->output_path, "The file to write; else standard output")
+      ->type_name("OUT");
+  command->add_flag("--terminal", flags->terminal,
+                    "Draw with characters (in UTF-8) instead, as wide as the terminal");
+  flags->input.AddTo(command);
+  flags->camera.AddTo(command);
+  command->footer(
+      "Draws a camera's sample points over its image area, focus transfer functions, the bins of "
+      "focus checks, and a pan-tilt-zoom camera's intrinsics over its zoom. Each axis is named by "
+      "its field and has the field's own numbers. The image's y goes down.\n\n"
+      "Examples:\n"
+      "  calib plot rig.RobotCalibration.binpb --camera 0 --output cam0.svg\n"
+      "  calib plot dome.PTZIntrinsics.binpb --terminal\n"
+      "  calib plot focus.FocusInfo.binpb | rsvg-convert > focus.png");
+  command->callback([flags, status] {
+    WriteFile(flags->output_path, Plot(*flags));
+    *status = kFine;
+  });
+}
+
+}  // namespace calib

@@ -1,0 +1,181 @@
+#include "calib/console/file.h"
+
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <climits>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <utility>
+#include <vector>
+
+#include "calib/console/failure.h"
+#include "calib/console/progress.h"
+#include "calib/console/temporary_file.h"
+
+namespace calib {
+namespace {
+
+constexpr size_t kBlock = size_t{1} << 20;
+
+std::string Reason(int error) { return std::strerror(error); }
+
+// What can be done about an error of the system's.
+std::string Remedy(int error) {
+  switch (error) {
+    case ENOENT:
+    case ENOTDIR:
+    case ENAMETOOLONG:
+      return "Check the spelling; relative paths start at the current folder.";
+    case EACCES:
+    case EPERM:
+    case EROFS:
+      return "Choose another folder, or have the permissions changed.";
+    case ENOSPC:
+    case EDQUOT:
+    case EFBIG:
+      return "Make room, or write to another place. The file of before is untouched.";
+    case EBADF:
+      return "It is closed; run the command with one that is open, or name a file.";
+    case EISDIR:
+      return "Name a file in it.";
+    default:
+      return "";
+  }
+}
+
+[[noreturn]] void Fail(const std::string& name, const std::string& action, int error) {
+  throw Failure(name + ": " + action + ": " + Reason(error), Remedy(error));
+}
+
+class Descriptor {
+ public:
+  explicit Descriptor(int fd) : fd_(fd) {}
+  ~Descriptor() { Close(); }
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+
+  int fd() const { return fd_; }
+  // Standard input and output stay open.
+  int Close() {
+    const int fd = fd_;
+    fd_ = -1;
+    return fd > STDERR_FILENO ? close(fd) : 0;
+  }
+
+ private:
+  int fd_;
+};
+
+// Returns 0 or the error.
+int WriteAll(int fd, const std::string& bytes, const std::string& name) {
+  Progress progress("writing " + name, bytes.size());
+  for (size_t done = 0; done < bytes.size();) {
+    const ssize_t written = write(fd, bytes.data() + done, std::min(kBlock, bytes.size() - done));
+    if (written < 0 && errno != EINTR) return errno;
+    if (written > 0) done += static_cast<size_t>(written);
+    progress.Update(done);
+  }
+  return 0;
+}
+
+// Writing to a terminal, a pipe or a device: there is no file of before to keep.
+void WriteInPlace(int fd, const std::string& bytes, const std::string& name) {
+  Descriptor file(fd);
+  int error = WriteAll(file.fd(), bytes, name);
+  if (file.Close() != 0 && error == 0) error = errno;
+  if (error == ENOSPC) throw Failure(name + ": cannot be written: " + Reason(error), "Make room.");
+  if (error != 0) Fail(name, "cannot be written", error);
+}
+
+mode_t ModeForNewFiles() {
+  const mode_t mask = umask(0);
+  umask(mask);
+  return 0666 & ~mask;
+}
+
+// Where a symbolic link leads, so that renaming replaces the file and not the link.
+std::string Resolved(const std::string& path) {
+  char* resolved = realpath(path.c_str(), nullptr);
+  if (resolved == nullptr) return path;
+  std::string result = resolved;
+  std::free(resolved);
+  return result;
+}
+
+// `name` is what the user calls the file at `path`.
+void Replace(const std::string& name, const std::string& path, mode_t mode,
+             const std::string& bytes) {
+  const size_t slash = path.find_last_of('/');
+  const std::string folder = slash == std::string::npos ? "" : path.substr(0, slash + 1);
+  const TemporaryFile temporary(folder);
+  if (temporary.fd() < 0) Fail(name, "cannot be created", errno);
+  Descriptor file(temporary.fd());
+  int error = WriteAll(file.fd(), bytes, name);
+  if (error == 0 && (fchmod(file.fd(), mode) != 0 || fsync(file.fd()) != 0)) error = errno;
+  if (file.Close() != 0 && error == 0) error = errno;
+  if (error == 0 && rename(temporary.path().c_str(), path.c_str()) != 0) error = errno;
+  if (error != 0) {
+    unlink(temporary.path().c_str());
+    Fail(name, "cannot be written", error);
+  }
+}
+
+}  // namespace
+
+std::string InputName(const std::string& path) { return path == "-" ? "standard input" : path; }
+std::string OutputName(const std::string& path) { return path == "-" ? "standard output" : path; }
+
+std::string ReadFile(const std::string& path) {
+  const std::string name = InputName(path);
+  static bool input_was_read = false;
+  if (path == "-" && std::exchange(input_was_read, true)) {
+    throw Failure(name + ": is named twice", "Name a file for one of them.");
+  }
+  Descriptor file(path == "-" ? STDIN_FILENO : open(path.c_str(), O_RDONLY | O_CLOEXEC));
+  struct stat status;
+  if (file.fd() < 0 || fstat(file.fd(), &status) != 0) Fail(name, "cannot be opened", errno);
+  if (S_ISDIR(status.st_mode)) Fail(name, "cannot be read", EISDIR);
+  const size_t expected = S_ISREG(status.st_mode) ? static_cast<size_t>(status.st_size) : 0;
+  Progress progress("reading " + name, expected);
+  std::string bytes;
+  size_t size = 0;
+  for (;;) {
+    bytes.resize(std::max(size + kBlock, expected + 1));
+    const ssize_t count = read(file.fd(), &bytes[size], std::min(kBlock, bytes.size() - size));
+    if (count < 0 && errno == EINTR) continue;
+    if (count < 0) Fail(name, "cannot be read", errno);
+    if (count == 0) break;
+    size += static_cast<size_t>(count);
+    if (size > INT_MAX) {
+      throw Failure(name + ": is larger than 2 GiB, the most that a record may take",
+                    "Check that it is the file you meant.");
+    }
+    progress.Update(size);
+  }
+  bytes.resize(size);
+  return bytes;
+}
+
+void WriteFile(const std::string& path, const std::string& bytes) {
+  if (path == "-") return Print(bytes);
+  struct stat status;
+  const bool exists = stat(path.c_str(), &status) == 0;
+  if (exists && S_ISDIR(status.st_mode)) Fail(path, "cannot be written", EISDIR);
+  if (exists && !S_ISREG(status.st_mode)) {
+    const int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC);
+    if (fd < 0) Fail(path, "cannot be opened", errno);
+    return WriteInPlace(fd, bytes, path);
+  }
+  Replace(path, Resolved(path), exists ? status.st_mode & 07777 : ModeForNewFiles(), bytes);
+}
+
+void Print(const std::string& text) { WriteInPlace(STDOUT_FILENO, text, OutputName("-")); }
+
+void Note(const std::string& text) { std::fprintf(stderr, "calib: %s\n", text.c_str()); }
+
+}  // namespace calib

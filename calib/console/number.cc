@@ -1,0 +1,25 @@
+#include "calib/console/number.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace calib {
+
+namespace {
+
+template <typename T>
+std::string ShortestOf(T value, T (*parse)(const char*, char**)) {
+  char text[32];
+  for (int digits = 6; digits <= 17; ++digits) {
+    std::snprintf(text, sizeof text, "%.*g", digits, static_cast<double>(value));
+    if (parse(text, nullptr) == value) break;
+  }
+  return text;
+}
+
+}  // namespace
+
+std::string Shortest(double value) { return ShortestOf(value, std::strtod); }
+std::string Shortest(float value) { return ShortestOf(value, std::strtof); }
+
+}  // namespace calib

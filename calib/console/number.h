@@ -1,0 +1,15 @@
+// A number as text.
+#ifndef CALIB_CONSOLE_NUMBER_H_
+#define CALIB_CONSOLE_NUMBER_H_
+
+#include <string>
+
+namespace calib {
+
+// The shortest decimal that reads back as the same number.
+std::string Shortest(double value);
+std::string Shortest(float value);
+
+}  // namespace calib
+
+#endif  // CALIB_CONSOLE_NUMBER_H_

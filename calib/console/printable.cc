@@ -1,0 +1,44 @@
+#include "calib/console/printable.h"
+
+#include <algorithm>
+
+namespace calib {
+namespace {
+
+// The length of the character in UTF-8 at `i`; 0 if there is none, or none to look at.
+size_t CharacterLength(const std::string& text, size_t i) {
+  const auto byte = [&](size_t at) { return static_cast<unsigned char>(text[at]); };
+  const unsigned char lead = byte(i);
+  if (lead < 0x80) return lead >= 0x20 && lead != 0x7f ? 1 : 0;
+  const size_t length = lead >= 0xf0 ? 4 : lead >= 0xe0 ? 3 : 2;
+  if (lead < 0xc2 || lead > 0xf4 || i + length > text.size()) return 0;
+  for (size_t j = 1; j < length; ++j) {
+    if ((byte(i + j) & 0xc0) != 0x80) return 0;
+  }
+  const unsigned char second = byte(i + 1);
+  const bool overlong = (lead == 0xe0 && second < 0xa0) || (lead == 0xf0 && second < 0x90);
+  const bool too_large = lead == 0xf4 && second > 0x8f;
+  const bool surrogate = lead == 0xed && second > 0x9f;
+  const bool no_character = lead == 0xef && second == 0xbf && byte(i + 2) > 0xbd;
+  const bool control = lead == 0xc2 && second < 0xa0;
+  return overlong || too_large || surrogate || no_character || control ? 0 : length;
+}
+
+}  // namespace
+
+std::string Printable(const std::string& text) {
+  std::string result;
+  for (size_t i = 0; i < text.size();) {
+    const size_t length = CharacterLength(text, i);
+    result += length == 0 ? "\xef\xbf\xbd" : text.substr(i, length);
+    i += std::max<size_t>(length, 1);
+  }
+  return result;
+}
+
+size_t CountCharacters(const std::string& text) {
+  return static_cast<size_t>(
+      std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xc0) != 0x80; }));
+}
+
+}  // namespace calib

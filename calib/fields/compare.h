@@ -1,0 +1,30 @@
+// The differences between two records of one type, field by field.
+#ifndef CALIB_FIELDS_COMPARE_H_
+#define CALIB_FIELDS_COMPARE_H_
+
+#include <google/protobuf/message.h>
+
+#include <string>
+#include <vector>
+
+namespace calib {
+
+// Floating-point values may differ by `absolute`, or by `relative` times the larger of the two.
+struct Tolerance {
+  double absolute = 0;
+  double relative = 0;
+};
+
+struct Difference {
+  std::string path;
+  std::string before, after;  // as text; empty where the field is not there
+};
+
+// In the order of the fields. A field that is not set differs from one that is set to its default;
+// a NaN equals a NaN.
+std::vector<Difference> Compare(const google::protobuf::Message& before,
+                                const google::protobuf::Message& after, const Tolerance& tolerance);
+
+}  // namespace calib
+
+#endif  // CALIB_FIELDS_COMPARE_H_

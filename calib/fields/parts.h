@@ -1,0 +1,33 @@
+// The parts of a record that a command works on, and --camera, which names one of them.
+#ifndef CALIB_FIELDS_PARTS_H_
+#define CALIB_FIELDS_PARTS_H_
+
+#include <google/protobuf/message.h>
+
+#include <CLI/CLI.hpp>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace calib {
+
+struct Part {
+  const google::protobuf::Message* message;
+  std::string path;  // "" for the record itself
+};
+
+struct CameraFlag {
+  int number = -1;
+
+  void AddTo(CLI::App* command);
+
+  // All messages of a record that are of one of the types, in the record's order; with --camera
+  // only those in or below that camera. Throws Failure if there is no such camera; `name` is what
+  // messages call the file.
+  std::vector<Part> Choose(const google::protobuf::Message& record, const std::string& name,
+                           const std::vector<const google::protobuf::Descriptor*>& types) const;
+};
+
+}  // namespace calib
+
+#endif  // CALIB_FIELDS_PARTS_H_

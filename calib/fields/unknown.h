@@ -1,0 +1,35 @@
+// Unknown fields: what a record holds under field numbers that the schema does not have, or under a
+// wire type that is not the field's.
+#ifndef CALIB_FIELDS_UNKNOWN_H_
+#define CALIB_FIELDS_UNKNOWN_H_
+
+#include <google/protobuf/message.h>
+#include <google/protobuf/unknown_field_set.h>
+
+#include <string>
+#include <vector>
+
+namespace calib {
+
+struct UnknownField {
+  std::string path;  // of the message that holds it; empty for the record itself
+  int number;
+  std::string what;  // "varint 5", "12 bytes", ...
+};
+
+// In the whole record, the outermost first.
+std::vector<UnknownField> FindUnknownFields(const google::protobuf::Message& record);
+
+// Those of the message itself.
+std::vector<UnknownField> OwnUnknownFields(const google::protobuf::Message& message,
+                                           const std::string& path);
+
+// The value alone, such as "varint 5".
+std::string DescribeValue(const google::protobuf::UnknownField& field);
+
+// "camera[0].intrinsics: unknown field 77 (varint 5)"
+std::string Describe(const UnknownField& unknown);
+
+}  // namespace calib
+
+#endif  // CALIB_FIELDS_UNKNOWN_H_

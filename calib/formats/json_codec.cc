@@ -1,0 +1,152 @@
+// JSON by the run-time's converter, which is more particular than users want: it refuses records
+// whose required fields are missing, drops octets that are not UTF-8 without a word, and names no
+// line. The type resolver below tells it that nothing is required, what it wrote is read back, and
+// where it gave up is found out from how far it had read.
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+#include <google/protobuf/type.pb.h>
+#include <google/protobuf/util/json_util.h>
+#include <google/protobuf/util/type_resolver.h>
+#include <google/protobuf/util/type_resolver_util.h>
+
+#include <memory>
+
+#include "calib/console/failure.h"
+#include "calib/fields/compare.h"
+#include "calib/formats/codec.h"
+#include "calib/formats/json_place.h"
+
+namespace calib {
+
+using google::protobuf::DescriptorPool;
+using google::protobuf::Message;
+using google::protobuf::io::ArrayInputStream;
+using google::protobuf::util::Status;
+using google::protobuf::util::TypeResolver;
+
+namespace {
+
+constexpr char kUrlPrefix[] = "type.googleapis.com";
+
+std::string UrlOf(const Message& record) {
+  return std::string(kUrlPrefix) + "/" + record.GetDescriptor()->full_name();
+}
+
+class NothingRequired : public TypeResolver {
+ public:
+  NothingRequired()
+      : resolver_(google::protobuf::util::NewTypeResolverForDescriptorPool(
+            kUrlPrefix, DescriptorPool::generated_pool())) {}
+
+  Status ResolveMessageType(const std::string& url, google::protobuf::Type* type) override {
+    const Status status = resolver_->ResolveMessageType(url, type);
+    for (google::protobuf::Field& field : *type->mutable_fields()) {
+      if (field.cardinality() == google::protobuf::Field::CARDINALITY_REQUIRED) {
+        field.set_cardinality(google::protobuf::Field::CARDINALITY_OPTIONAL);
+      }
+    }
+    return status;
+  }
+  Status ResolveEnumType(const std::string& url, google::protobuf::Enum* type) override {
+    return resolver_->ResolveEnumType(url, type);
+  }
+
+ private:
+  std::unique_ptr<TypeResolver> resolver_;
+};
+
+// Hands out `slow_from` bytes at once and the rest one by one: the converter stops asking at the
+// first byte that it cannot make sense of.
+class SlowStream : public google::protobuf::io::ZeroCopyInputStream {
+ public:
+  SlowStream(const std::string& bytes, size_t slow_from) : bytes_(bytes), slow_from_(slow_from) {}
+
+  bool Next(const void** data, int* size) override {
+    if (position_ == bytes_.size()) return false;
+    *data = &bytes_[position_];
+    *size = position_ < slow_from_ ? static_cast<int>(slow_from_ - position_) : 1;
+    position_ += static_cast<size_t>(*size);
+    return true;
+  }
+  void BackUp(int count) override { position_ -= static_cast<size_t>(count); }
+  bool Skip(int) override { return false; }
+  google::protobuf::int64 ByteCount() const override {
+    return static_cast<google::protobuf::int64>(position_);
+  }
+
+ private:
+  const std::string& bytes_;
+  const size_t slow_from_;
+  size_t position_ = 0;
+};
+
+Status ToBinary(const Message& record, google::protobuf::io::ZeroCopyInputStream* json,
+                std::string* binary) {
+  NothingRequired resolver;
+  google::protobuf::io::StringOutputStream output(binary);
+  return google::protobuf::util::JsonToBinaryStream(&resolver, UrlOf(record), json, &output);
+}
+
+// How many bytes can be read, at most and to within a block, without a syntax error.
+size_t SyntaxErrorOffset(const Message& record, const std::string& json) {
+  constexpr int kBlock = 4096;
+  std::string ignored;
+  ArrayInputStream blocks(json.data(), static_cast<int>(json.size()), kBlock);
+  if (ToBinary(record, &blocks, &ignored).ok()) return json.size();
+  const size_t read = static_cast<size_t>(blocks.ByteCount());
+  SlowStream slow(json, read > kBlock ? (read - 1) / kBlock * kBlock : 0);
+  ignored.clear();
+  if (ToBinary(record, &slow, &ignored).ok()) return json.size();
+  return static_cast<size_t>(slow.ByteCount());
+}
+
+[[noreturn]] void Refuse(const std::string& name, const Message& record, const std::string& json,
+                         std::string message) {
+  message.erase(0, message.find(':') + 1);  // the status code's name
+  const char* remedy = "Correct the JSON there, or say what else it is with --type or --format.";
+  // A syntax error quotes the text around it on lines of its own, an error of meaning begins with
+  // the field path.
+  const size_t line_end = message.find('\n');
+  if (line_end != std::string::npos) {
+    const size_t read = SyntaxErrorOffset(record, json);
+    const bool cut = message.compare(0, 14, "Unexpected end") == 0;
+    throw Failure(name + ":" + LineAndColumn(json, cut || read == 0 ? read : read - 1) + ": " +
+                      message.substr(0, line_end),
+                  remedy);
+  }
+  throw Failure(name + DescribeJsonError(json, record.GetDescriptor(), message), remedy);
+}
+
+}  // namespace
+
+void DecodeJson(const std::string& name, const std::string& bytes, Message* record) {
+  ArrayInputStream input(bytes.data(), static_cast<int>(bytes.size()));
+  std::string binary;
+  const Status status = ToBinary(*record, &input, &binary);
+  if (!status.ok()) Refuse(name, *record, bytes, status.ToString());
+  DecodeBinary(name, binary, record);
+}
+
+std::string EncodeJson(const Message& record) {
+  NothingRequired resolver;
+  google::protobuf::util::JsonOptions options;
+  options.add_whitespace = true;
+  std::string json;
+  const Status status = google::protobuf::util::BinaryToJsonString(
+      &resolver, UrlOf(record), EncodeBinary(record), &json, options);
+  const char* remedy = "Write it in the binary or the text format, which hold every record.";
+  if (!status.ok()) {
+    throw Failure("the record cannot be written as JSON: " + status.ToString(), remedy);
+  }
+  std::unique_ptr<Message> read(record.New());
+  DecodeJson("the JSON just written", json, read.get());
+  const std::vector<Difference> differences = Compare(record, *read, Tolerance());
+  if (!differences.empty()) {
+    throw Failure(differences.front().path +
+                      " cannot be written as JSON, which holds text in "
+                      "UTF-8 only",
+                  remedy);
+  }
+  return json;
+}
+
+}  // namespace calib

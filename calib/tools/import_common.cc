@@ -1,0 +1,81 @@
+#include <algorithm>
+
+#include "calib/tools/importers.h"
+
+namespace calib {
+
+using zarvo::calibration::CameraIntrinsics;
+
+std::vector<double> MatrixData(const Foreign& matrix, int32_t rows, int32_t columns,
+                               int32_t channels) {
+  const Foreign actual_rows = matrix.At({"rows"}), actual_columns = matrix.At({"cols"});
+  const Foreign data = matrix.At({"data"});
+  std::vector<double> numbers = data.Numbers();
+  const int64_t size = int64_t{actual_rows.Count()} * actual_columns.Count() * channels;
+  if (size != static_cast<int64_t>(numbers.size())) {
+    const std::string each = channels == 1 ? "" : " of " + std::to_string(channels) + " channels";
+    data.Refuse("has " + std::to_string(numbers.size()) +
+                    " numbers, but rows: " + actual_rows.Text() +
+                    " and cols: " + actual_columns.Text() + each + " make " + std::to_string(size),
+                "Find out which of the two is wrong, and correct it.");
+  }
+  if ((rows != 0 && actual_rows.Count() != rows) ||
+      (columns != 0 && actual_columns.Count() != columns)) {
+    matrix.Refuse("has " + actual_rows.Text() + " rows and " + actual_columns.Text() +
+                      " cols, expected " + std::to_string(rows) + " and " + std::to_string(columns),
+                  "Correct it there.");
+  }
+  return numbers;
+}
+
+void PlaceCameraMatrix(const Foreign& place, const std::vector<double>& matrix,
+                       CameraIntrinsics* intrinsics) {
+  const char* expected = "expected [fx, skew, cx, 0, fy, cy, 0, 0, 1]";
+  if (matrix.size() != 9) {
+    place.Refuse("has " + std::to_string(matrix.size()) + " numbers, " + expected,
+                 "Correct it there.");
+  }
+  if (matrix[0] == 0 && matrix[4] == 0) {
+    place.Refuse("has focal lengths of 0, which says that the camera is not calibrated",
+                 "Calibrate it first.");
+  }
+  if (matrix[3] != 0 || matrix[6] != 0 || matrix[7] != 0 || matrix[8] != 1) {
+    place.Refuse(std::string("is no camera matrix by rows, ") + expected, "Correct it there.");
+  }
+  intrinsics->set_fx(matrix[0]);
+  intrinsics->set_skew(matrix[1]);
+  intrinsics->set_cx(matrix[2]);
+  intrinsics->set_fy(matrix[4]);
+  intrinsics->set_cy(matrix[5]);
+}
+
+void PlaceTransform(const Foreign& place, const std::vector<double>& matrix,
+                    const std::string& frames, zarvo::calibration::CameraExtrinsics* extrinsics) {
+  if (matrix[12] != 0 || matrix[13] != 0 || matrix[14] != 0 || matrix[15] != 1) {
+    place.Refuse("is no transform: its last row is not [0, 0, 0, 1]", "Correct it there.");
+  }
+  for (const double element : matrix) extrinsics->add_a(element);
+  place.Remark("kept as extrinsics, 4x4 by rows; not that it maps " + frames);
+}
+
+void PlaceDistortion(const Foreign& place, const std::vector<double>& list, Lens lens,
+                     const std::vector<size_t>& sizes, CameraIntrinsics* intrinsics) {
+  if (std::find(sizes.begin(), sizes.end(), list.size()) == sizes.end()) {
+    std::string expected;
+    for (const size_t size : sizes) {
+      expected += (expected.empty() ? "" : " or ") + std::to_string(size);
+    }
+    place.Refuse("has " + std::to_string(list.size()) + " coefficients, expected " + expected,
+                 "Check it against the distortion model that the file names.");
+  }
+  for (size_t i = 0; i < std::min<size_t>(list.size(), 8); ++i) {
+    const bool tangential = lens == Lens::kBrown && (i == 2 || i == 3);
+    tangential ? intrinsics->add_p(list[i]) : intrinsics->add_k(list[i]);
+  }
+  if (list.size() > 8) {
+    place.Remark("kept but for [8] to [" + std::to_string(list.size() - 1) +
+                 "], the thin prism and tilt, which k and p do not hold");
+  }
+}
+
+}  // namespace calib

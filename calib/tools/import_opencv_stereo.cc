@@ -1,0 +1,77 @@
+// OpenCV's stereo calibration program writes two files: in the one are the matrices and the
+// coefficients of both cameras (M1, D1, M2, D2), in the other how they sit to each other (R, T) and
+// the rectification that follows from both.
+#include "calib/tools/import_opencv.h"
+
+namespace calib {
+
+using zarvo::calibration::CameraExtrinsics;
+using zarvo::calibration::CameraIntrinsics;
+using zarvo::calibration::RobotCalibration;
+
+namespace {
+
+// The value under that key in any of the files. Throws Failure if two have it.
+std::optional<Foreign> FindIn(const std::vector<Foreign>& files, const std::string& key) {
+  std::optional<Foreign> found;
+  for (const Foreign& file : files) {
+    const std::optional<Foreign> value = file.Find({key});
+    if (!value) continue;
+    if (found) value->Refuse("is in both files", "Name the files of one calibration.");
+    found = value;
+  }
+  return found;
+}
+
+// Throws Failure if there is only one of the two.
+void CheckPair(const std::vector<Foreign>& files, const std::string& a, const std::string& b) {
+  const auto first = FindIn(files, a), second = FindIn(files, b);
+  if (first.has_value() == second.has_value()) return;
+  const std::string& there = first ? a : b;
+  const std::string& missing = first ? b : a;
+  (first ? first : second)
+      ->Refuse("is there, but not " + missing + ", which belongs to it",
+               "Take the files as they were written: " + there + " and " + missing +
+                   " are in the same one.");
+}
+
+void PlaceCamera(const std::vector<Foreign>& files, const std::string& number,
+                 CameraIntrinsics* intrinsics) {
+  const auto matrix = FindIn(files, "M" + number);
+  PlaceCameraMatrix(*matrix, OpenCvMatrix(*matrix, 3, 3, 1), intrinsics);
+  if (const auto list = FindIn(files, "D" + number)) {
+    PlaceOpenCvDistortion(*list, false, intrinsics);
+  }
+}
+
+void PlacePose(const Foreign& rotation, const Foreign& translation, CameraExtrinsics* extrinsics) {
+  const std::vector<double> r = OpenCvMatrix(rotation, 3, 3, 1);
+  const std::vector<double> t = OpenCvMatrix(translation, 3, 1, 1);
+  PlaceTransform(rotation,
+                 {r[0], r[1], r[2], t[0],  //
+                  r[3], r[4], r[5], t[1],  //
+                  r[6], r[7], r[8], t[2],  //
+                  0, 0, 0, 1},
+                 "from the first camera to the second", extrinsics);
+  translation.Remark("kept with R");
+}
+
+}  // namespace
+
+bool ImportOpenCvStereo(const std::vector<Foreign>& files, RobotCalibration* robot) {
+  CheckPair(files, "M1", "M2");
+  CheckPair(files, "R", "T");
+  const bool intrinsics = FindIn(files, "M1").has_value(), pose = FindIn(files, "R").has_value();
+  if (!intrinsics && !pose) return false;
+  for (const char* number : {"1", "2"}) {
+    auto* camera = robot->add_camera();
+    if (intrinsics) PlaceCamera(files, number, camera->mutable_intrinsics());
+  }
+  if (pose) {
+    PlacePose(*FindIn(files, "R"), *FindIn(files, "T"),
+              robot->mutable_camera(1)->mutable_extrinsics());
+  }
+  return true;
+}
+
+}  // namespace calib

@@ -1,0 +1,23 @@
+// What can be drawn of a record, as charts.
+#ifndef CALIB_VIEWS_RECORD_CHARTS_H_
+#define CALIB_VIEWS_RECORD_CHARTS_H_
+
+#include <google/protobuf/message.h>
+
+#include <string>
+#include <vector>
+
+#include "calib/charts/chart.h"
+#include "calib/fields/parts.h"
+
+namespace calib {
+
+// The types that charts are made of.
+std::vector<const google::protobuf::Descriptor*> DrawableTypes();
+
+// The charts of a message of one of these types; none if what they show is not set.
+std::vector<Chart> ChartsOf(const Part& part);
+
+}  // namespace calib
+
+#endif  // CALIB_VIEWS_RECORD_CHARTS_H_
