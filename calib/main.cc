@@ -12,8 +12,8 @@
 #include "calib/commands/commands.h"
 #include "calib/console/arguments.h"
 #include "calib/console/build_info.h"
+#include "calib/console/closest.h"
 #include "calib/console/failure.h"
-#include "calib/formats/names.h"
 
 namespace calib {
 namespace {
@@ -33,10 +33,8 @@ void CheckCommand(const CLI::App& program, int argc, char** argv) {
     if (command->get_name() == argv[1]) return;
     names.push_back(command->get_name());
   }
-  const std::string closest = Closest(argv[1], names);
-  throw Failure(
-      "no command is called '" + std::string(argv[1]) + "'",
-      (closest.empty() ? "" : "Did you mean " + closest + "? ") + "'calib --help' lists them all.");
+  throw Failure("no command is called '" + std::string(argv[1]) + "'",
+                SuggestClosest(argv[1], names) + "'calib --help' lists them all.");
 }
 
 int Run(int argc, char** argv) {

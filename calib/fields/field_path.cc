@@ -4,7 +4,7 @@
 #include <sstream>
 #include <vector>
 
-#include "calib/formats/names.h"
+#include "calib/console/closest.h"
 
 namespace calib {
 
@@ -41,10 +41,9 @@ const FieldDescriptor* FindField(const Descriptor* type, const std::string& name
   std::vector<std::string> names;
   names.reserve(static_cast<size_t>(type->field_count()));
   for (int i = 0; i < type->field_count(); ++i) names.push_back(type->field(i)->name());
-  const std::string closest = Closest(name, names);
-  throw Failure("field path '" + path + "': " + type->name() + " has no field '" + name + "'",
-                (closest.empty() ? "" : "Did you mean " + closest + "? ") + "'calib types " +
-                    type->name() + "' lists its fields.");
+  throw Failure(
+      "field path '" + path + "': " + type->name() + " has no field '" + name + "'",
+      SuggestClosest(name, names) + "'calib types " + type->name() + "' lists its fields.");
 }
 
 void CheckIndex(const Message& message, const FieldDescriptor* field, int index,

@@ -1,8 +1,6 @@
 #include "calib/formats/names.h"
 
-#include <algorithm>
-#include <numeric>
-
+#include "calib/console/closest.h"
 #include "calib/console/failure.h"
 #include "calibration_common/calibration.pb.h"
 
@@ -32,21 +30,6 @@ const Descriptor* FindType(const std::string& name) {
   return SchemaFile()->FindMessageTypeByName(full ? name.substr(package.size()) : name);
 }
 
-// The number of letters to insert, remove or replace to make one word of the other.
-size_t EditDistance(const std::string& a, const std::string& b) {
-  std::vector<size_t> row(b.size() + 1);
-  std::iota(row.begin(), row.end(), 0);
-  for (size_t i = 0; i < a.size(); ++i) {
-    size_t diagonal = row[0]++;
-    for (size_t j = 0; j < b.size(); ++j) {
-      const size_t replaced = diagonal + (a[i] != b[j]);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
-    }
-  }
-  return row.back();
-}
-
 }  // namespace
 
 std::vector<const Descriptor*> RecordTypes() {
@@ -62,10 +45,8 @@ const Descriptor* RecordType(const std::string& name) {
   if (const Descriptor* type = FindType(name)) return type;
   std::vector<std::string> names;
   for (const Descriptor* type : RecordTypes()) names.push_back(type->name());
-  const std::string closest = Closest(name, names);
-  throw Failure(
-      "no record type is called '" + name + "'",
-      (closest.empty() ? "" : "Did you mean " + closest + "? ") + "'calib types' lists them all.");
+  throw Failure("no record type is called '" + name + "'",
+                SuggestClosest(name, names) + "'calib types' lists them all.");
 }
 
 const char* NameOf(Format format) {
@@ -81,8 +62,9 @@ Format FormatNamed(const std::string& name) {
   return known->format;
 }
 
-const std::vector<std::string>& FormatNames() {
-  static const std::vector<std::string> names = {"binary", "text", "json"};
+std::vector<std::string> FormatNames() {
+  std::vector<std::string> names;
+  for (const NamedFormat& known : kFormats) names.emplace_back(known.name);
   return names;
 }
 
@@ -98,19 +80,6 @@ NameFacts FactsFromName(const std::string& path) {
   name.resize(dot);
   facts.type = FindType(name.substr(name.find_last_of('.') + 1));
   return facts;
-}
-
-std::string Closest(const std::string& name, const std::vector<std::string>& candidates) {
-  std::string closest;
-  size_t least = std::max<size_t>(1, name.size() / 3) + 1;
-  for (const std::string& candidate : candidates) {
-    const size_t distance = EditDistance(name, candidate);
-    if (distance < least) {
-      least = distance;
-      closest = candidate;
-    }
-  }
-  return closest;
 }
 
 }  // namespace calib

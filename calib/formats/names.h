@@ -23,19 +23,16 @@ enum class Format { kBinary, kText, kJson };
 
 // "binary", "text" or "json".
 const char* NameOf(Format format);
-const std::vector<std::string>& FormatNames();
-// Of one of these.
+std::vector<std::string> FormatNames();
+// The format of a name that is one of FormatNames().
 Format FormatNamed(const std::string& name);
 
-// What the name of a file tells: nothing, one of the two or both.
+// What the name of a file tells: nothing, its type, its format or both.
 struct NameFacts {
   const google::protobuf::Descriptor* type = nullptr;
   std::optional<Format> format;
 };
 NameFacts FactsFromName(const std::string& path);
-
-// The candidate that is spelled most like `name`, or "" if none is close.
-std::string Closest(const std::string& name, const std::vector<std::string>& candidates);
 
 }  // namespace calib
 
