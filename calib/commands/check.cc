@@ -5,7 +5,6 @@
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/fields/unknown.h"
-#include "calib/formats/codec.h"
 #include "calib/formats/record.h"
 
 namespace calib {

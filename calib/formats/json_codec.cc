@@ -1,7 +1,9 @@
-// JSON by the run-time's converter, which is more particular than users want: it refuses records
-// whose required fields are missing, drops octets that are not UTF-8 without a word, and names no
-// line. The type resolver below tells it that nothing is required, what it wrote is read back, and
-// where it gave up is found out from how far it had read.
+// The run-time's converter is more particular than users want: it refuses records whose required
+// fields are missing, drops octets that are not UTF-8 without a word, and names no line. The type
+// resolver below tells it that nothing is required, what it wrote is read back, and where it gave
+// up is found out from how far it had read.
+#include "calib/formats/json_codec.h"
+
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/type.pb.h>
 #include <google/protobuf/util/json_util.h>
@@ -12,7 +14,7 @@
 
 #include "calib/console/failure.h"
 #include "calib/fields/compare.h"
-#include "calib/formats/codec.h"
+#include "calib/formats/binary_codec.h"
 #include "calib/formats/json_place.h"
 
 namespace calib {

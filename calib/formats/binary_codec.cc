@@ -1,0 +1,38 @@
+#include "calib/formats/binary_codec.h"
+
+#include <google/protobuf/io/coded_stream.h>
+
+#include <cstdint>
+
+#include "calib/console/failure.h"
+#include "calib/formats/stream_limit.h"
+#include "calib/formats/wire_defect.h"
+
+namespace calib {
+
+using google::protobuf::Message;
+
+void DecodeBinary(const std::string& name, const std::string& bytes, Message* record) {
+  google::protobuf::io::CodedInputStream input(reinterpret_cast<const uint8_t*>(bytes.data()),
+                                               static_cast<int>(bytes.size()));
+  if (ReadWhole(&input, bytes, record)) return;
+  const std::string type = record->GetDescriptor()->name();
+  const std::optional<WireDefect> defect = FindWireDefect(record->GetDescriptor(), bytes);
+  if (!defect) throw Failure(name + ": the run-time refuses to read it as a " + type);
+  throw Failure(name + ": byte " + std::to_string(defect->offset) + ": " +
+                    (defect->path.empty() ? "the record" : defect->path) + " " + defect->what,
+                "It is cut off, damaged, or no " + type +
+                    " in the binary format; another type or format is named with --type or "
+                    "--format.");
+}
+
+std::string EncodeBinary(const Message& record) {
+  std::string bytes;
+  if (!record.SerializePartialToString(&bytes)) {
+    throw Failure("the record takes more than 2 GiB, the most that the binary format can hold",
+                  "Leave some of it out.");
+  }
+  return bytes;
+}
+
+}  // namespace calib

@@ -1,0 +1,18 @@
+// The binary format: the wire format as the record classes read and write it, with unknown fields.
+// What they refuse is looked at again for the place (wire_defect.h).
+#ifndef CALIB_FORMATS_BINARY_CODEC_H_
+#define CALIB_FORMATS_BINARY_CODEC_H_
+
+#include <google/protobuf/message.h>
+
+#include <string>
+
+namespace calib {
+
+void DecodeBinary(const std::string& name, const std::string& bytes,
+                  google::protobuf::Message* record);
+std::string EncodeBinary(const google::protobuf::Message& record);
+
+}  // namespace calib
+
+#endif  // CALIB_FORMATS_BINARY_CODEC_H_

@@ -1,0 +1,57 @@
+#include "calib/formats/text_codec.h"
+
+#include <google/protobuf/io/tokenizer.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
+#include <google/protobuf/text_format.h>
+
+#include "calib/console/failure.h"
+
+namespace calib {
+
+using google::protobuf::Message;
+using google::protobuf::TextFormat;
+
+namespace {
+
+// Keeps the first error; those after it are mostly its consequences.
+class FirstError : public google::protobuf::io::ErrorCollector {
+ public:
+  void AddError(int line, int column, const std::string& message) override {
+    if (message_.empty()) {
+      place_ = std::to_string(line + 1) + ":" + std::to_string(column + 1);
+      message_ = message;
+    }
+  }
+  void AddWarning(int, int, const std::string&) override {}
+
+  const std::string& place() const { return place_; }
+  const std::string& message() const { return message_; }
+
+ private:
+  std::string place_, message_;
+};
+
+}  // namespace
+
+void DecodeText(const std::string& name, const std::string& bytes, Message* record) {
+  google::protobuf::io::ArrayInputStream input(bytes.data(), static_cast<int>(bytes.size()));
+  FirstError error;
+  TextFormat::Parser parser;
+  parser.RecordErrorsTo(&error);
+  parser.AllowPartialMessage(true);
+  if (parser.Parse(&input, record)) return;
+  throw Failure(name + ":" + error.place() + ": " + error.message(),
+                "Correct the text there, or say what else it is with --type or --format.");
+}
+
+std::string EncodeText(const Message& record) {
+  TextFormat::Printer printer;
+  printer.SetUseShortRepeatedPrimitives(true);
+  std::string text;
+  if (!printer.PrintToString(record, &text)) {
+    throw Failure("the record cannot be written as text", "Write it in the binary format.");
+  }
+  return text;
+}
+
+}  // namespace calib
