@@ -5,7 +5,6 @@
 #include "calib/console/file.h"
 #include "calib/fields/field_path.h"
 #include "calib/fields/parts.h"
-#include "calib/formats/codec.h"
 #include "calib/formats/record.h"
 #include "calib/tools/exporters.h"
 
@@ -17,11 +16,18 @@ using zarvo::calibration::CameraCalibration;
 using zarvo::calibration::CameraIntrinsics;
 
 struct Flags {
-  std::string path, format, model;
+  std::string path, tool, model;
   std::string output_path = "-";
   InputFlags input;
   CameraFlag camera;
 };
+
+// What is wrong with the value of --to; "" if it is right.
+std::string WhyNotTool(const std::string& tool) {
+  if (tool == "ros") return "";
+  return "is '" + tool + "', expected ros" +
+         (tool == "json" ? "; JSON is what 'calib convert' writes" : "");
+}
 
 // The one part of the record that is of the type.
 Part Only(const Record& record, const Flags& flags, const Descriptor* type) {
@@ -48,21 +54,14 @@ std::string ToRos(const Record& record, const Flags& flags) {
                     record.name + ": " + JoinPath(part.path, "intrinsics"), flags.model);
 }
 
-std::string ToJson(const Record& record, const Flags& flags) {
-  const google::protobuf::Message* message = record.message.get();
-  if (flags.camera.number >= 0) {
-    message = Only(record, flags, CameraCalibration::descriptor()).message;
-  }
-  return EncodeFor(OutputName(flags.output_path), Format::kJson, *message);
-}
-
 }  // namespace
 
 void AddExport(CLI::App* program, int* status) {
   CLI::App* command = program->add_subcommand("export", "Writes a camera for other tools");
   const auto flags = std::make_shared<Flags>();
-  AddChoice(command, "--to", &flags->format, {"ros", "json"},
-            "Format of the output; ros is its camera_info")
+  command->add_option("--to", flags->tool, "Format of the output; ros is its camera_info")
+      ->check(CLI::Validator(WhyNotTool, ""))
+      ->type_name("{ros}")
       ->required();
   command->add_option("FILE", flags->path, "The file to read")->required();
   command->add_option("--output", flags->output_path, "The file to write; else standard output")
@@ -70,18 +69,17 @@ void AddExport(CLI::App* program, int* status) {
   flags->input.AddTo(command);
   flags->camera.AddTo(command);
   AddChoice(command, "--distortion-model", &flags->model,
-            {"plumb_bob", "rational_polynomial", "equidistant"}, "What k and p mean, for ros");
+            {"plumb_bob", "rational_polynomial", "equidistant"}, "What k and p mean");
   command->footer(
       "What camera_info has no key for is named on standard error. Its rectification is the "
-      "identity and its projection the camera matrix, as of a camera on its own.\n\n"
+      "identity and its projection the camera matrix, as of a camera on its own. 'calib convert' "
+      "writes JSON.\n\n"
       "Examples:\n"
       "  calib export --to ros --camera 0 --distortion-model plumb_bob \\\n"
-      "    rig.RobotCalibration.binpb\n"
-      "  calib export --to json rig.RobotCalibration.binpb --output rig.json");
+      "    rig.RobotCalibration.binpb");
   command->callback([flags, status] {
     const Record record = ReadRecord(flags->path, flags->input);
-    WriteFile(flags->output_path,
-              flags->format == "ros" ? ToRos(record, *flags) : ToJson(record, *flags));
+    WriteFile(flags->output_path, ToRos(record, *flags));
     *status = kFine;
   });
 }

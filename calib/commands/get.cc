@@ -7,7 +7,7 @@
 #include "calib/fields/field_path.h"
 #include "calib/fields/value.h"
 #include "calib/formats/record.h"
-#include "calib/views/view.h"
+#include "calib/views/record_text.h"
 
 namespace calib {
 namespace {
@@ -28,12 +28,12 @@ std::string ValueAt(const Place& place, int index, bool whole) {
     case FieldDescriptor::CPPTYPE_STRING:
       return RawString(*place.message, place.field, index) + "\n";
     case FieldDescriptor::CPPTYPE_MESSAGE: {
-      ViewOptions options;
+      TextOptions options;
       options.full = true;
       const std::string text =
-          ViewAsText(index < 0 ? reflection->GetMessage(*place.message, place.field)
-                               : reflection->GetRepeatedMessage(*place.message, place.field, index),
-                     options);
+          TextOf(index < 0 ? reflection->GetMessage(*place.message, place.field)
+                           : reflection->GetRepeatedMessage(*place.message, place.field, index),
+                 options);
       return whole ? place.field->name() + " {\n" + text + "}\n" : text;
     }
     default:

@@ -7,7 +7,7 @@
 #include "calib/console/file.h"
 #include "calib/console/terminal.h"
 #include "calib/formats/record.h"
-#include "calib/views/view.h"
+#include "calib/views/record_text.h"
 
 namespace calib {
 namespace {
@@ -15,18 +15,17 @@ namespace {
 struct Flags {
   std::string path;
   InputFlags input;
-  bool json = false;
   bool full = false;
   std::string color = "auto";
 };
 
 void Show(const Flags& flags) {
   const Record record = ReadRecord(flags.path, flags.input);
-  ViewOptions options;
+  TextOptions options;
   options.full = flags.full;
   options.color = UseColor(flags.color);
   options.width = OutputWidth();
-  Print(flags.json ? ViewAsJson(*record.message, options) : ViewAsText(*record.message, options));
+  Print(TextOf(*record.message, options));
   if (IsEmpty(*record.message)) {
     Note(record.name + ": a " + record.type->name() + " in which nothing is set");
   }
@@ -42,13 +41,12 @@ void AddShow(CLI::App* program, int* status) {
   const auto flags = std::make_shared<Flags>();
   command->add_option("FILE", flags->path, "The file to show")->required();
   flags->input.AddTo(command);
-  command->add_flag("--json", flags->json, "Show JSON instead of the text format");
   command->add_flag("--full", flags->full, "Show long lists, text and images in full");
   AddColor(command, &flags->color);
   command->footer(
       "Lists of more than 16 elements, and text and images of more than 64 bytes, are folded to "
       "their size, in a way that no reader takes for a whole record; 'calib convert' writes "
-      "records for programs.\n\n"
+      "records for programs, and JSON.\n\n"
       "Examples:\n"
       "  calib show rig.RobotCalibration.binpb\n"
       "  calib show --type FocusInfo --format binary focus.bin --full | less");

@@ -1,6 +1,8 @@
+#include "calib/views/record_text.h"
+
+#include "calib/console/terminal.h"
 #include "calib/fields/unknown.h"
 #include "calib/fields/value.h"
-#include "calib/views/view.h"
 
 namespace calib {
 
@@ -10,9 +12,40 @@ using google::protobuf::Reflection;
 
 namespace {
 
+constexpr int kMostUnfolded = 16;
+constexpr int kShownOfFolded = 4;
+
+// How many of `size` elements are shown.
+int ShownElements(int size, const TextOptions& options) {
+  return options.full || size <= kMostUnfolded ? size : kShownOfFolded;
+}
+
+// "<12 more, 16 in all>"
+std::string FoldedElements(int shown, int size) {
+  return "<" + std::to_string(size - shown) + " more, " + std::to_string(size) + " in all>";
+}
+
+// Items with commas between them, broken so that they fit; `column` is where the first one starts.
+std::string Flow(const std::vector<std::string>& items, int column, const TextOptions& options) {
+  const size_t margin = static_cast<size_t>(column);
+  const size_t room = static_cast<size_t>(options.width) - 1;  // a comma or a bracket follows
+  std::string flow;
+  size_t used = margin;
+  for (size_t i = 0; i < items.size(); ++i) {
+    if (i > 0) {
+      const bool fits = used + 2 + items[i].size() <= room;
+      flow += fits ? ", " : ",\n" + std::string(margin, ' ');
+      used = fits ? used + 2 : margin;
+    }
+    flow += items[i];
+    used += items[i].size();
+  }
+  return flow;
+}
+
 class TextView {
  public:
-  explicit TextView(const ViewOptions& options) : options_(options) {}
+  explicit TextView(const TextOptions& options) : options_(options) {}
 
   void Fields(const Message& message, int indent) {
     std::vector<const FieldDescriptor*> fields;
@@ -35,7 +68,9 @@ class TextView {
   const std::string& text() const { return text_; }
 
  private:
-  std::string Name(const FieldDescriptor* field) const { return Colored(field->name(), options_); }
+  std::string Name(const FieldDescriptor* field) const {
+    return Painted(field->name(), Color::kCyan, options_.color);
+  }
 
   std::string Value(const Message& message, const FieldDescriptor* field, int index) const {
     return options_.full ? FullValue(message, field, index) : ShortValue(message, field, index);
@@ -72,13 +107,13 @@ class TextView {
     Line(indent, Name(field) + ": [" + Flow(items, column, options_) + "]");
   }
 
-  const ViewOptions& options_;
+  const TextOptions& options_;
   std::string text_;
 };
 
 }  // namespace
 
-std::string ViewAsText(const Message& record, const ViewOptions& options) {
+std::string TextOf(const Message& record, const TextOptions& options) {
   TextView view(options);
   view.Fields(record, 0);
   return view.text();
