@@ -4,8 +4,9 @@
 #include "calib/commands/commands.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
+#include "calib/fields/presence.h"
 #include "calib/fields/unknown.h"
-#include "calib/formats/record.h"
+#include "calib/formats/record_reader.h"
 
 namespace calib {
 namespace {
@@ -39,9 +40,9 @@ int Check(const Flags& flags) {
   int status = kFine;
   for (const std::string& path : flags.paths) {
     std::string findings;
-    const Input input = OpenInput(path, flags.input);
+    const RecordFile file = ReadRecordFile(path, flags.input);
     try {
-      const Record record = DecodeInput(input);
+      const Record record = DecodeRecord(file);
       findings = Findings(record, flags.allow_unknown);
       if (findings.empty()) Print(Summary(record));
     } catch (const Failure& malformed) {

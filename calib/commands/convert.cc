@@ -5,7 +5,8 @@
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/fields/unknown.h"
-#include "calib/formats/record.h"
+#include "calib/formats/record_reader.h"
+#include "calib/formats/record_writer.h"
 
 namespace calib {
 namespace {

@@ -7,7 +7,7 @@
 #include "calib/console/file.h"
 #include "calib/console/terminal.h"
 #include "calib/fields/compare.h"
-#include "calib/formats/record.h"
+#include "calib/formats/record_reader.h"
 
 namespace calib {
 namespace {

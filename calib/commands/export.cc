@@ -5,7 +5,7 @@
 #include "calib/console/file.h"
 #include "calib/fields/field_path.h"
 #include "calib/fields/parts.h"
-#include "calib/formats/record.h"
+#include "calib/formats/record_reader.h"
 #include "calib/tools/exporters.h"
 
 namespace calib {

@@ -6,7 +6,7 @@
 #include "calib/console/file.h"
 #include "calib/fields/field_path.h"
 #include "calib/fields/value.h"
-#include "calib/formats/record.h"
+#include "calib/formats/record_reader.h"
 #include "calib/views/record_text.h"
 
 namespace calib {

@@ -3,7 +3,8 @@
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
-#include "calib/formats/record.h"
+#include "calib/formats/names.h"
+#include "calib/formats/record_writer.h"
 #include "calib/tools/importers.h"
 
 namespace calib {

@@ -5,7 +5,7 @@
 #include "calib/console/file.h"
 #include "calib/console/terminal.h"
 #include "calib/fields/parts.h"
-#include "calib/formats/record.h"
+#include "calib/formats/record_reader.h"
 #include "calib/views/record_charts.h"
 
 namespace calib {

@@ -6,7 +6,8 @@
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/terminal.h"
-#include "calib/formats/record.h"
+#include "calib/fields/presence.h"
+#include "calib/formats/record_reader.h"
 #include "calib/views/record_text.h"
 
 namespace calib {

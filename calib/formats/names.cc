@@ -82,4 +82,11 @@ NameFacts FactsFromName(const std::string& path) {
   return facts;
 }
 
+void FailForFormat(const std::string& name, const std::string& option) {
+  throw Failure(name + ": its format is not known",
+                "Give it with " + option +
+                    " binary, text or json, or name the file *.binpb (binary), *.txtpb (text) or "
+                    "*.json.");
+}
+
 }  // namespace calib

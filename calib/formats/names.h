@@ -34,6 +34,10 @@ struct NameFacts {
 };
 NameFacts FactsFromName(const std::string& path);
 
+// Throws the Failure for a file, which messages call `name`, whose format neither its name nor the
+// option (such as "--format") tells.
+[[noreturn]] void FailForFormat(const std::string& name, const std::string& option);
+
 }  // namespace calib
 
 #endif  // CALIB_FORMATS_NAMES_H_

@@ -3,6 +3,7 @@
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/number.h"
+#include "calib/fields/presence.h"
 #include "calib/tools/exporters.h"
 
 namespace calib {
@@ -95,8 +96,7 @@ void ReportOthers(const Message& message, const std::string& place, const std::s
 }
 
 void CheckWhole(const CameraIntrinsics& intrinsics, const std::string& place) {
-  std::vector<std::string> missing;
-  intrinsics.FindInitializationErrors(&missing);
+  std::vector<std::string> missing = MissingFields(intrinsics);
   if (!intrinsics.has_width()) missing.push_back("width");
   if (!intrinsics.has_height()) missing.push_back("height");
   if (missing.empty()) return;

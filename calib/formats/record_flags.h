@@ -1,0 +1,29 @@
+// The flags by which a user says what is in the file of a record where the file's name does not:
+// those for the record that a command reads, and those for the one that it writes.
+#ifndef CALIB_FORMATS_RECORD_FLAGS_H_
+#define CALIB_FORMATS_RECORD_FLAGS_H_
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+namespace calib {
+
+// --type and --format; each is empty if it is not given.
+struct InputFlags {
+  std::string type;
+  std::string format;
+
+  void AddTo(CLI::App* command);
+};
+
+// --to, which is empty if it is not given, and --partial.
+struct OutputFlags {
+  std::string format;
+  bool partial = false;
+
+  void AddTo(CLI::App* command);
+};
+
+}  // namespace calib
+
+#endif  // CALIB_FORMATS_RECORD_FLAGS_H_

@@ -1,0 +1,76 @@
+#include "calib/formats/record_writer.h"
+
+#include <unistd.h>
+
+#include <optional>
+#include <vector>
+
+#include "calib/console/failure.h"
+#include "calib/console/file.h"
+#include "calib/fields/presence.h"
+#include "calib/formats/codec.h"
+#include "calib/formats/names.h"
+
+namespace calib {
+
+using google::protobuf::Descriptor;
+using google::protobuf::Message;
+
+namespace {
+
+Format OutputFormat(const std::string& name, const OutputFlags& flags, const NameFacts& facts) {
+  if (!flags.format.empty()) return FormatNamed(flags.format);
+  if (!facts.format) FailForFormat(name, "--to");
+  return *facts.format;
+}
+
+void CheckType(const std::string& name, const NameFacts& facts, const Descriptor* type) {
+  if (facts.type == nullptr || facts.type == type) return;
+  throw Failure(
+      name + ": is named for a " + facts.type->name() + ", but the record is a " + type->name(),
+      "Choose a name that ends in ." + type->name() + ".binpb.");
+}
+
+std::string Listed(const std::vector<std::string>& paths) {
+  constexpr size_t kMost = 5;
+  std::string list;
+  for (size_t i = 0; i < paths.size() && i < kMost; ++i) list += (i > 0 ? ", " : "") + paths[i];
+  if (paths.size() > kMost) list += " and " + std::to_string(paths.size() - kMost) + " more";
+  return list;
+}
+
+void CheckRequiredFields(const std::string& name, const Message& record) {
+  const std::vector<std::string> missing = MissingFields(record);
+  if (missing.empty()) return;
+  throw Failure(name + ": not written, since required fields are not set: " + Listed(missing),
+                "Set them, or write the record as it is with --partial.");
+}
+
+void CheckTerminal(const std::string& path, Format format) {
+  if (path != "-" || format != Format::kBinary || isatty(STDOUT_FILENO) == 0) return;
+  throw Failure("standard output: is a terminal, which cannot show the binary format",
+                "Name a file, or choose --to text.");
+}
+
+// Encodes the record; where the format cannot hold it, the message names the file as well.
+std::string EncodeFor(const std::string& name, Format format, const Message& record) {
+  try {
+    return Encode(format, record);
+  } catch (const Failure& failure) {
+    throw Failure(name + ": not written: " + failure.what(), failure.remedy());
+  }
+}
+
+}  // namespace
+
+void WriteRecord(const std::string& path, const Message& record, const OutputFlags& flags) {
+  const NameFacts facts = FactsFromName(path);
+  const std::string name = OutputName(path);
+  const Format format = OutputFormat(name, flags, facts);
+  CheckType(name, facts, record.GetDescriptor());
+  if (!flags.partial) CheckRequiredFields(name, record);
+  CheckTerminal(path, format);
+  WriteFile(path, EncodeFor(name, format, record));
+}
+
+}  // namespace calib
