@@ -1,5 +1,5 @@
-// A chart of points over two axes that each bear a field's name, and charts below one another as
-// one SVG or as text. Knows nothing of records.
+// A chart of points over two axes that each bear a name, and what every drawing of it needs. Knows
+// nothing of records; chart_svg.h and chart_text.h draw it.
 #ifndef CALIB_CHARTS_CHART_H_
 #define CALIB_CHARTS_CHART_H_
 
@@ -32,21 +32,16 @@ struct Chart {
   bool small = false;  // takes half of the width
 };
 
-std::string ChartsAsSvg(const std::string& title, const std::vector<Chart>& charts);
-// In UTF-8, for a terminal of so many columns.
-std::string ChartsAsText(const std::string& title, const std::vector<Chart>& charts, int width);
-
-// What both share.
-
+// Whether the area of the chart is drawn.
 bool HasArea(const Chart& chart);
 
-// Both cover all that is drawn, with some room at the ends.
+// The two axes of a chart; they cover all that is drawn, with some room at the ends.
 struct ChartAxes {
   Axis x, y;
 };
 ChartAxes AxesOf(const Chart& chart);
 
-// With as many digits as it takes to tell them apart.
+// The numbers at the ticks, with as many digits as it takes to tell them apart.
 std::vector<std::string> TickTexts(const std::vector<double>& ticks);
 
 }  // namespace calib

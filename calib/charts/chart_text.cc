@@ -1,9 +1,9 @@
-// Charts as text of a terminal's width. What SVG labels within the drawing is told below it.
+#include "calib/charts/chart_text.h"
+
 #include <algorithm>
 #include <cmath>
 
 #include "calib/charts/canvas.h"
-#include "calib/charts/chart.h"
 #include "calib/console/printable.h"
 #include "calib/console/terminal.h"
 

@@ -1,5 +1,6 @@
 // calib plot FILE
-#include "calib/charts/chart.h"
+#include "calib/charts/chart_svg.h"
+#include "calib/charts/chart_text.h"
 #include "calib/commands/commands.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
