@@ -41,12 +41,6 @@ bool Read(const ForeignTree& node, T* value) {
 
 }  // namespace
 
-std::string PlaceOf(const ForeignTree& tree) {
-  if (tree.line < 0) return "";
-  return ":" + std::to_string(tree.line + 1) +
-         (tree.column < 0 ? "" : ":" + std::to_string(tree.column + 1));
-}
-
 Foreign::Foreign(std::string file, std::string path, const ForeignTree* node,
                  std::shared_ptr<Notebook> notebook)
     : file_(std::move(file)), path_(std::move(path)), node_(node), notebook_(std::move(notebook)) {}

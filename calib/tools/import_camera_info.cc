@@ -1,5 +1,6 @@
 // ROS camera_info: the files of the camera calibrator and of camera_info_manager, and messages as
 // rostopic and ros2 topic print them, which have other keys and lists in place of matrices.
+#include "calib/tools/import_common.h"
 #include "calib/tools/importers.h"
 
 namespace calib {
@@ -14,7 +15,7 @@ std::vector<double> Elements(const Foreign& value, bool message, int32_t rows, i
   return message ? value.Numbers() : MatrixData(value, rows, columns, 1);
 }
 
-void PlaceLens(const Foreign& file, bool message, CameraIntrinsics* intrinsics) {
+void StoreNamedDistortion(const Foreign& file, bool message, CameraIntrinsics* intrinsics) {
   const std::optional<Foreign> list =
       message ? file.Find({"D", "d"}) : file.Find({"distortion_coefficients"});
   const std::optional<Foreign> model = file.Find({"distortion_model"});
@@ -23,15 +24,18 @@ void PlaceLens(const Foreign& file, bool message, CameraIntrinsics* intrinsics) 
   const std::string name = model ? model->Text() : "plumb_bob";
   if (model) model->NotKept("a record does not tell the distortion model");
   if (name == "plumb_bob") {
-    PlaceDistortion(*list, Elements(*list, message, 0, 0), Lens::kBrown, {4, 5}, intrinsics);
+    StoreDistortion(*list, Elements(*list, message, 0, 0), CoefficientOrder::kBrown, {4, 5},
+                    intrinsics);
   } else if (name == "rational_polynomial") {
-    PlaceDistortion(*list, Elements(*list, message, 0, 0), Lens::kBrown, {8, 12, 14}, intrinsics);
+    StoreDistortion(*list, Elements(*list, message, 0, 0), CoefficientOrder::kBrown, {8, 12, 14},
+                    intrinsics);
   } else if (name == "equidistant") {
-    PlaceDistortion(*list, Elements(*list, message, 0, 0), Lens::kFisheye, {4}, intrinsics);
+    StoreDistortion(*list, Elements(*list, message, 0, 0), CoefficientOrder::kFisheye, {4},
+                    intrinsics);
   }  // of others, the coefficients are reported as not kept
 }
 
-void PlaceRegion(const Foreign& message, CameraIntrinsics* intrinsics) {
+void StoreRegion(const Foreign& message, CameraIntrinsics* intrinsics) {
   if (const auto binning = message.Find({"binning_x"})) intrinsics->set_x_bin(binning->Text());
   const std::optional<Foreign> roi = message.Find({"roi"});
   if (!roi) return;
@@ -50,11 +54,11 @@ void ImportCameraInfo(const Foreign& file, zarvo::calibration::RobotCalibration*
   CameraCalibration* camera = robot->add_camera();
   CameraIntrinsics* intrinsics = camera->mutable_intrinsics();
   const Foreign matrix = message ? file.At({"K", "k"}) : file.At({"camera_matrix"});
-  PlaceCameraMatrix(matrix, Elements(matrix, message, 3, 3), intrinsics);
-  PlaceLens(file, message, intrinsics);
+  StoreCameraMatrix(matrix, Elements(matrix, message, 3, 3), intrinsics);
+  StoreNamedDistortion(file, message, intrinsics);
   intrinsics->set_width(file.At({message ? "width" : "image_width"}).Count());
   intrinsics->set_height(file.At({message ? "height" : "image_height"}).Count());
-  if (message) PlaceRegion(file, intrinsics);
+  if (message) StoreRegion(file, intrinsics);
   if (const auto name = file.Find({"camera_name"})) camera->set_name(name->Text());
 }
 

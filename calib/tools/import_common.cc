@@ -1,6 +1,6 @@
-#include <algorithm>
+#include "calib/tools/import_common.h"
 
-#include "calib/tools/importers.h"
+#include <algorithm>
 
 namespace calib {
 
@@ -28,19 +28,19 @@ std::vector<double> MatrixData(const Foreign& matrix, int32_t rows, int32_t colu
   return numbers;
 }
 
-void PlaceCameraMatrix(const Foreign& place, const std::vector<double>& matrix,
+void StoreCameraMatrix(const Foreign& origin, const std::vector<double>& matrix,
                        CameraIntrinsics* intrinsics) {
   const char* expected = "expected [fx, skew, cx, 0, fy, cy, 0, 0, 1]";
   if (matrix.size() != 9) {
-    place.Refuse("has " + std::to_string(matrix.size()) + " numbers, " + expected,
-                 "Correct it there.");
+    origin.Refuse("has " + std::to_string(matrix.size()) + " numbers, " + expected,
+                  "Correct it there.");
   }
   if (matrix[0] == 0 && matrix[4] == 0) {
-    place.Refuse("has focal lengths of 0, which says that the camera is not calibrated",
-                 "Calibrate it first.");
+    origin.Refuse("has focal lengths of 0, which says that the camera is not calibrated",
+                  "Calibrate it first.");
   }
   if (matrix[3] != 0 || matrix[6] != 0 || matrix[7] != 0 || matrix[8] != 1) {
-    place.Refuse(std::string("is no camera matrix by rows, ") + expected, "Correct it there.");
+    origin.Refuse(std::string("is no camera matrix by rows, ") + expected, "Correct it there.");
   }
   intrinsics->set_fx(matrix[0]);
   intrinsics->set_skew(matrix[1]);
@@ -49,32 +49,32 @@ void PlaceCameraMatrix(const Foreign& place, const std::vector<double>& matrix,
   intrinsics->set_cy(matrix[5]);
 }
 
-void PlaceTransform(const Foreign& place, const std::vector<double>& matrix,
+void StoreTransform(const Foreign& origin, const std::vector<double>& matrix,
                     const std::string& frames, zarvo::calibration::CameraExtrinsics* extrinsics) {
   if (matrix[12] != 0 || matrix[13] != 0 || matrix[14] != 0 || matrix[15] != 1) {
-    place.Refuse("is no transform: its last row is not [0, 0, 0, 1]", "Correct it there.");
+    origin.Refuse("is no transform: its last row is not [0, 0, 0, 1]", "Correct it there.");
   }
   for (const double element : matrix) extrinsics->add_a(element);
-  place.Remark("kept as extrinsics, 4x4 by rows; not that it maps " + frames);
+  origin.Remark("kept as extrinsics, 4x4 by rows; not that it maps " + frames);
 }
 
-void PlaceDistortion(const Foreign& place, const std::vector<double>& list, Lens lens,
+void StoreDistortion(const Foreign& origin, const std::vector<double>& list, CoefficientOrder order,
                      const std::vector<size_t>& sizes, CameraIntrinsics* intrinsics) {
   if (std::find(sizes.begin(), sizes.end(), list.size()) == sizes.end()) {
     std::string expected;
     for (const size_t size : sizes) {
       expected += (expected.empty() ? "" : " or ") + std::to_string(size);
     }
-    place.Refuse("has " + std::to_string(list.size()) + " coefficients, expected " + expected,
-                 "Check it against the distortion model that the file names.");
+    origin.Refuse("has " + std::to_string(list.size()) + " coefficients, expected " + expected,
+                  "Check it against the distortion model that the file names.");
   }
   for (size_t i = 0; i < std::min<size_t>(list.size(), 8); ++i) {
-    const bool tangential = lens == Lens::kBrown && (i == 2 || i == 3);
+    const bool tangential = order == CoefficientOrder::kBrown && (i == 2 || i == 3);
     tangential ? intrinsics->add_p(list[i]) : intrinsics->add_k(list[i]);
   }
   if (list.size() > 8) {
-    place.Remark("kept but for [8] to [" + std::to_string(list.size() - 1) +
-                 "], the thin prism and tilt, which k and p do not hold");
+    origin.Remark("kept but for [8] to [" + std::to_string(list.size() - 1) +
+                  "], the thin prism and tilt, which k and p do not hold");
   }
 }
 

@@ -2,7 +2,8 @@
 // store a camera matrix and distortion coefficients under the same or the older keys.
 #include "calib/tools/import_opencv.h"
 
-#include "calib/console/failure.h"
+#include "calib/tools/import_common.h"
+#include "calib/tools/importers.h"
 
 namespace calib {
 
@@ -35,7 +36,7 @@ namespace {
 
 // Points that the calibration was computed from: one row of the image's for each view, and the
 // target's, which are those of every view.
-void PlaceSamples(const Foreign& file, CameraIntrinsics* intrinsics) {
+void StoreSamples(const Foreign& file, CameraIntrinsics* intrinsics) {
   const auto image = file.Find({"image_points"}), target = file.Find({"grid_points"});
   if (!image || !target) return;
   const std::vector<double> on_target = OpenCvMatrix(*target, 0, 0, 3);
@@ -67,13 +68,13 @@ const std::vector<std::string> kMatrixKeys = {"camera_matrix", "Camera_Matrix", 
 
 void ImportCamera(const Foreign& file, CameraIntrinsics* intrinsics) {
   const Foreign matrix = file.At(kMatrixKeys);
-  PlaceCameraMatrix(matrix, OpenCvMatrix(matrix, 3, 3, 1), intrinsics);
+  StoreCameraMatrix(matrix, OpenCvMatrix(matrix, 3, 3, 1), intrinsics);
   const auto fisheye = file.Find({"fisheye_model"});
   const bool is_fisheye = fisheye && fisheye->Count() != 0;
   if (fisheye) fisheye->NotKept("a record does not tell the distortion model");
   if (const auto list =
           file.Find({"distortion_coefficients", "Distortion_Coefficients", "distCoeffs", "D"})) {
-    PlaceOpenCvDistortion(*list, is_fisheye, intrinsics);
+    StoreOpenCvDistortion(*list, is_fisheye, intrinsics);
   }
   if (const auto width = file.Find({"image_width", "image_Width"})) {
     intrinsics->set_width(width->Count());
@@ -84,15 +85,16 @@ void ImportCamera(const Foreign& file, CameraIntrinsics* intrinsics) {
   if (const auto error = file.Find({"avg_reprojection_error", "Avg_Reprojection_Error"})) {
     intrinsics->set_error_per_point(error->Number());
   }
-  PlaceSamples(file, intrinsics);
+  StoreSamples(file, intrinsics);
 }
 
 }  // namespace
 
-void PlaceOpenCvDistortion(const Foreign& list, bool fisheye, CameraIntrinsics* intrinsics) {
+void StoreOpenCvDistortion(const Foreign& list, bool fisheye, CameraIntrinsics* intrinsics) {
   const std::vector<size_t> sizes =
       fisheye ? std::vector<size_t>{4} : std::vector<size_t>{4, 5, 8, 12, 14};
-  PlaceDistortion(list, OpenCvMatrix(list, 0, 0, 1), fisheye ? Lens::kFisheye : Lens::kBrown, sizes,
+  StoreDistortion(list, OpenCvMatrix(list, 0, 0, 1),
+                  fisheye ? CoefficientOrder::kFisheye : CoefficientOrder::kBrown, sizes,
                   intrinsics);
 }
 

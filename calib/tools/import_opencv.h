@@ -2,9 +2,11 @@
 #ifndef CALIB_TOOLS_IMPORT_OPENCV_H_
 #define CALIB_TOOLS_IMPORT_OPENCV_H_
 
+#include <cstdint>
 #include <vector>
 
-#include "calib/tools/importers.h"
+#include "calib/tools/foreign.h"
+#include "calibration_common/calibration.pb.h"
 
 namespace calib {
 
@@ -13,7 +15,8 @@ namespace calib {
 std::vector<double> OpenCvMatrix(const Foreign& matrix, int32_t rows, int32_t columns,
                                  int32_t channels);
 
-void PlaceOpenCvDistortion(const Foreign& list, bool fisheye,
+// Stores k and p of a list of distortion coefficients, in a fisheye's order or the usual one.
+void StoreOpenCvDistortion(const Foreign& list, bool fisheye,
                            zarvo::calibration::CameraIntrinsics* intrinsics);
 
 // Returns whether the files hold what stereo calibration writes; if not, nothing was read.

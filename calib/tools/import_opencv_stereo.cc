@@ -1,6 +1,7 @@
 // OpenCV's stereo calibration program writes two files: in the one are the matrices and the
 // coefficients of both cameras (M1, D1, M2, D2), in the other how they sit to each other (R, T) and
 // the rectification that follows from both.
+#include "calib/tools/import_common.h"
 #include "calib/tools/import_opencv.h"
 
 namespace calib {
@@ -35,19 +36,19 @@ void CheckPair(const std::vector<Foreign>& files, const std::string& a, const st
                    " are in the same one.");
 }
 
-void PlaceCamera(const std::vector<Foreign>& files, const std::string& number,
+void StoreCamera(const std::vector<Foreign>& files, const std::string& number,
                  CameraIntrinsics* intrinsics) {
   const auto matrix = FindIn(files, "M" + number);
-  PlaceCameraMatrix(*matrix, OpenCvMatrix(*matrix, 3, 3, 1), intrinsics);
+  StoreCameraMatrix(*matrix, OpenCvMatrix(*matrix, 3, 3, 1), intrinsics);
   if (const auto list = FindIn(files, "D" + number)) {
-    PlaceOpenCvDistortion(*list, false, intrinsics);
+    StoreOpenCvDistortion(*list, false, intrinsics);
   }
 }
 
-void PlacePose(const Foreign& rotation, const Foreign& translation, CameraExtrinsics* extrinsics) {
+void StorePose(const Foreign& rotation, const Foreign& translation, CameraExtrinsics* extrinsics) {
   const std::vector<double> r = OpenCvMatrix(rotation, 3, 3, 1);
   const std::vector<double> t = OpenCvMatrix(translation, 3, 1, 1);
-  PlaceTransform(rotation,
+  StoreTransform(rotation,
                  {r[0], r[1], r[2], t[0],  //
                   r[3], r[4], r[5], t[1],  //
                   r[6], r[7], r[8], t[2],  //
@@ -65,10 +66,10 @@ bool ImportOpenCvStereo(const std::vector<Foreign>& files, RobotCalibration* rob
   if (!intrinsics && !pose) return false;
   for (const char* number : {"1", "2"}) {
     auto* camera = robot->add_camera();
-    if (intrinsics) PlaceCamera(files, number, camera->mutable_intrinsics());
+    if (intrinsics) StoreCamera(files, number, camera->mutable_intrinsics());
   }
   if (pose) {
-    PlacePose(*FindIn(files, "R"), *FindIn(files, "T"),
+    StorePose(*FindIn(files, "R"), *FindIn(files, "T"),
               robot->mutable_camera(1)->mutable_extrinsics());
   }
   return true;
