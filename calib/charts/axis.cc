@@ -12,7 +12,7 @@ void Axis::Cover(double value) {
 }
 
 void Axis::Pad() {
-  // Values that differ by rounding only are one.
+  // Values that differ by rounding only count as a single one.
   const double largest = std::max(std::abs(low_), std::abs(high_));
   const bool single = length() <= largest * 1e-12;
   const double room = !single ? length() * 0.04 : largest > 0 ? largest * 0.1 : 1;

@@ -19,12 +19,12 @@ class Canvas {
   int width() const { return columns_ * kDotsAcross; }
   int height() const { return rows_ * kDotsDown; }
 
-  // What lies outside is not drawn.
+  // Draws a dot; one that lies outside is not drawn.
   void Dot(int x, int y);
-  // Dots of which every `every`th is drawn.
+  // Draws a line of dots, of which every `every`th is drawn.
   void Line(int x1, int y1, int x2, int y2, int every = 1);
 
-  // In UTF-8, without blanks at the end.
+  // A row of characters in UTF-8, without blanks at the end.
   std::string Row(int row) const;
 
  private:

@@ -32,7 +32,7 @@ std::vector<std::string> TickTexts(const std::vector<double>& ticks) {
       std::snprintf(text, sizeof text, "%.*g", digits, tick);
       texts.emplace_back(text);
     }
-    // They are in order, so that equal ones are neighbors.
+    // Ticks are in order, so that equal texts are neighbors.
     if (std::adjacent_find(texts.begin(), texts.end()) == texts.end()) break;
   }
   return texts;

@@ -23,7 +23,7 @@ struct Chart {
   bool x_counts = false;   // x is an index: no ticks between whole numbers
   bool connected = false;  // a curve, in the order of the points
   bool image = false;      // y goes down, and both axes have one scale
-  // The area from (0, 0) to here, such as an image; none if either is 0.
+  // An area from (0, 0) to this width and height, such as an image; none if either is 0.
   double area_width = 0, area_height = 0;
   std::string area_label;
   // A value of y that is marked, such as a threshold; none if the label is empty.

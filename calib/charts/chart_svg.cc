@@ -20,7 +20,7 @@ constexpr char kStyle[] =
     ".i{fill:#f2f6fb;stroke:#5b7fa8;stroke-width:1.5}.l{fill:none;stroke:#1f6fb4;stroke-width:1.5}"
     ".p{fill:#1f6fb4}.m{stroke:#b3541e;stroke-dasharray:6 4}.k{fill:#b3541e}";
 
-// How many ticks there is room for.
+// How many ticks there is room for in a length where each takes `each`.
 int TickCount(double length, double each) { return std::max(2, static_cast<int>(length / each)); }
 
 std::string Label(const std::string& kind, double x, double y, const std::string& text,

@@ -9,10 +9,10 @@ namespace calib {
 // Printable text for an element or an attribute: what XML reserves is escaped.
 std::string XmlText(const std::string& text);
 
-// A coordinate, to a hundredth.
+// A coordinate as text, to a hundredth.
 std::string Coordinate(double value);
 
-// <name attributes/>, or <name attributes>content</name>; the content is XML already.
+// An element: <name attributes/>, or <name attributes>content</name>; the content is XML already.
 std::string XmlElement(const std::string& name, const std::string& attributes,
                        const std::string& content = "");
 

@@ -1,4 +1,4 @@
-// The commands. Each function adds its own to the program: flags, help, examples, and a callback
+// The subcommands. Each function adds its own to the program: flags, help, examples, and a callback
 // that does the work and sets *status to one of the exit statuses of failure.h.
 #ifndef CALIB_COMMANDS_COMMANDS_H_
 #define CALIB_COMMANDS_COMMANDS_H_

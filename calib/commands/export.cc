@@ -1,4 +1,4 @@
-// calib export --to FORMAT FILE
+// calib export --to TOOL FILE
 #include "calib/commands/commands.h"
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"

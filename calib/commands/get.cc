@@ -21,7 +21,9 @@ struct Flags {
   std::string output = "-";
 };
 
-// Strings as they are, messages in the text format.
+// The value of the field, or of its element `index`, as it is printed: strings as they are,
+// messages in the text format, with the name of the field around them if it is printed as a
+// `whole`.
 std::string ValueAt(const Place& place, int index, bool whole) {
   const Reflection* reflection = place.message->GetReflection();
   switch (place.field->cpp_type()) {

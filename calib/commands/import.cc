@@ -14,7 +14,7 @@ using google::protobuf::Descriptor;
 using zarvo::calibration::CameraCalibration;
 using zarvo::calibration::RobotCalibration;
 
-// Tools that write one file each.
+// Imports from a tool that writes one file.
 template <void (*import)(const Foreign&, RobotCalibration*)>
 void ImportOne(const std::vector<Foreign>& files, RobotCalibration* robot) {
   if (files.size() > 1) {

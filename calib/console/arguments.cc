@@ -15,7 +15,7 @@ std::string Wrong(const std::string& value, const std::string& expected) {
   return "is '" + value + "', expected " + expected;
 }
 
-// Separated as in a sentence: "ros, kalibr or opencv".
+// The words as a sentence has them: "ros, kalibr or opencv".
 std::string Alternatives(const std::vector<std::string>& words) {
   std::string list;
   for (size_t i = 0; i < words.size(); ++i) {

@@ -10,20 +10,20 @@
 
 namespace calib {
 
-// An option that takes one of some words, which --help shows in braces.
+// Adds an option that takes one of some words, which --help shows in braces.
 CLI::Option* AddChoice(CLI::App* command, const std::string& name, std::string* value,
                        const std::vector<std::string>& words, const std::string& description);
 
-// --color, for UseColor() of terminal.h.
+// Adds --color, whose value UseColor() of terminal.h takes.
 void AddColor(CLI::App* command, std::string* value);
 
-// Finite numbers from 0; `below` is the first that is too large.
+// Checks for finite numbers from 0; `below` is the first that is too large.
 CLI::Validator NumberFromZero();
 CLI::Validator NumberFromZeroToBelow(double below);
 CLI::Validator CountFromZero();
 
-// A command's footer is a paragraph for each of its lines, which is broken where the width ends;
-// lines that begin with a blank stay as they are.
+// The layout of --help. A command's footer is a paragraph for each of its lines, which is broken
+// where the width ends; lines that begin with a blank stay as they are.
 std::shared_ptr<CLI::Formatter> HelpLayout();
 
 }  // namespace calib

@@ -24,7 +24,7 @@ constexpr size_t kBlock = size_t{1} << 20;
 
 std::string Reason(int error) { return std::strerror(error); }
 
-// What can be done about an error of the system's.
+// What the user can do about an error of the system.
 std::string Remedy(int error) {
   switch (error) {
     case ENOENT:
@@ -71,7 +71,7 @@ class Descriptor {
   int fd_;
 };
 
-// Returns 0 or the error.
+// Writes all bytes; returns 0 or the error.
 int WriteAll(int fd, const std::string& bytes, const std::string& name) {
   Progress progress("writing " + name, bytes.size());
   for (size_t done = 0; done < bytes.size();) {

@@ -1,6 +1,6 @@
 // Files as wholes: read once, written whole or not at all. The path "-" is standard input or
-// standard output. Both show their progress with large files if standard error is a terminal, and
-// throw Failure with the path and the system's reason.
+// standard output. Reading and writing show their progress with large files if standard error is a
+// terminal, and throw Failure with the path and the system's reason.
 #ifndef CALIB_CONSOLE_FILE_H_
 #define CALIB_CONSOLE_FILE_H_
 
@@ -8,11 +8,12 @@
 
 namespace calib {
 
-// As messages name it: "standard input" or "standard output" for "-", else the path.
+// What messages call the file at a path: "standard input" or "standard output" for "-", else the
+// path.
 std::string InputName(const std::string& path);
 std::string OutputName(const std::string& path);
 
-// Standard input can be read once.
+// All bytes of the file, of which there may be 2 GiB. Standard input can be read once.
 std::string ReadFile(const std::string& path);
 
 // A regular file is written under a temporary name in the same folder and then renamed, so that
@@ -20,10 +21,10 @@ std::string ReadFile(const std::string& path);
 // other behind.
 void WriteFile(const std::string& path, const std::string& bytes);
 
-// To standard output.
+// Writes to standard output.
 void Print(const std::string& text);
 
-// To standard error: something the user should know, though the command goes on.
+// Writes to standard error what the user should know, though the command goes on.
 void Note(const std::string& text);
 
 }  // namespace calib

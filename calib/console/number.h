@@ -1,4 +1,4 @@
-// A number as text.
+// Numbers as text.
 #ifndef CALIB_CONSOLE_NUMBER_H_
 #define CALIB_CONSOLE_NUMBER_H_
 
@@ -6,7 +6,7 @@
 
 namespace calib {
 
-// The shortest decimal that reads back as the same number.
+// The shortest decimal number that reads back as the same number.
 std::string Shortest(double value);
 std::string Shortest(float value);
 

@@ -10,7 +10,8 @@
 namespace calib {
 namespace {
 
-// Where a signal's handler finds it: it may not allocate, nor look into a string.
+// The file's path, where a signal's handler finds it: a handler may not allocate, nor look into a
+// string.
 char removed_path[PATH_MAX];
 
 // By the time it returns, the signal has its default action again and is still to be delivered.

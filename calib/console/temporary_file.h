@@ -8,8 +8,9 @@
 
 namespace calib {
 
-// One at a time. For as long as the object lives, Ctrl-C and its kind remove the file before they
-// end the command; otherwise it stays for the owner to rename or to remove, and to close.
+// There may be one at a time. For as long as the object lives, Ctrl-C and its kind remove the file
+// before they end the command; otherwise it stays for the owner to rename or to remove, and to
+// close.
 class TemporaryFile {
  public:
   // `folder` ends in a slash or is empty. If the file cannot be created, fd() is -1 and errno says

@@ -6,16 +6,16 @@
 
 namespace calib {
 
-// Columns of the terminal; 80 if standard output is none.
+// The number of columns of the terminal; 80 if standard output is none.
 int OutputWidth();
 
-// Of --color: "always", "never", or "auto", which is colour on a terminal unless the environment
-// variable NO_COLOR is set.
+// Whether to use colors, by the value of --color: "always", "never", or "auto", which is "always"
+// on a terminal unless the environment variable NO_COLOR is set.
 bool UseColor(const std::string& choice);
 
 enum class Color { kRed = 31, kGreen = 32, kCyan = 36 };
 
-// The text in that color, or as it is.
+// The text in that color, or as it is without `use_color`.
 std::string Painted(const std::string& text, Color color, bool use_color);
 
 // Breaks `text` at blanks into lines of at most `width` columns, each indented by `indent`, and

@@ -20,8 +20,8 @@ struct Difference {
   std::string before, after;  // as text; empty where the field is not there
 };
 
-// In the order of the fields. A field that is not set differs from one that is set to its default;
-// a NaN equals a NaN.
+// All differences, in the order of the fields. A field that is not set differs from one that is set
+// to its default; a NaN equals a NaN.
 std::vector<Difference> Compare(const google::protobuf::Message& before,
                                 const google::protobuf::Message& after, const Tolerance& tolerance);
 

@@ -12,7 +12,7 @@
 
 namespace calib {
 
-// "cy", or "camera[0]" for a repeated field.
+// One element of a path: "cy", or "camera[0]" for a repeated field.
 std::string PathElement(const google::protobuf::FieldDescriptor* field, int index);
 
 std::string JoinPath(const std::string& path, const std::string& element);
@@ -25,14 +25,15 @@ struct Place {
   int index;  // -1: the field as a whole
 };
 
-// The path is a right one, but leads to what this record does not hold: an element behind the last
-// one, or a field of a sub-message that is not set.
+// Says that a path is a right one, but leads to what this record does not hold: an element behind
+// the last one, or a field of a sub-message that is not set.
 class NotInRecord : public Failure {
  public:
   using Failure::Failure;
 };
 
-// Throws NotInRecord, or Failure where the path is no path of fields of this type.
+// The place in the record that a path leads to. Throws NotInRecord, or Failure where the path is no
+// path of fields of this type.
 Place FindPlace(const google::protobuf::Message& record, const std::string& path);
 
 }  // namespace calib

@@ -13,7 +13,7 @@ using google::protobuf::Message;
 
 namespace {
 
-// Whether the element is one of the path's.
+// Whether the path has the element, such as "camera[0]".
 bool LeadsThrough(const std::string& path, const std::string& element) {
   return ("." + path + ".").find("." + element + ".") != std::string::npos;
 }

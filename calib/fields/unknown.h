@@ -17,17 +17,17 @@ struct UnknownField {
   std::string what;  // "varint 5", "12 bytes", ...
 };
 
-// In the whole record, the outermost first.
+// The unknown fields of the whole record, the outermost first.
 std::vector<UnknownField> FindUnknownFields(const google::protobuf::Message& record);
 
-// Those of the message itself.
+// The unknown fields of the message itself, without those of its sub-messages; `path` leads to it.
 std::vector<UnknownField> OwnUnknownFields(const google::protobuf::Message& message,
                                            const std::string& path);
 
-// The value alone, such as "varint 5".
+// The value of an unknown field, such as "varint 5".
 std::string DescribeValue(const google::protobuf::UnknownField& field);
 
-// "camera[0].intrinsics: unknown field 77 (varint 5)"
+// Place, number and value: "camera[0].intrinsics: unknown field 77 (varint 5)".
 std::string Describe(const UnknownField& unknown);
 
 }  // namespace calib

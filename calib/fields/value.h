@@ -8,11 +8,11 @@
 
 namespace calib {
 
-// What is longer than this is folded to its size, such as "<360960 bytes>".
+// Text and bytes that are longer than this are folded to their size, such as "<360960 bytes>".
 constexpr size_t kFoldBytes = 64;
 
 // The value of a field, or of its element `index` (-1 if it is not repeated), in the text format.
-// A sub-message is spelled as its type and size.
+// ShortValue() folds what is long, and spells a sub-message as its type and size.
 std::string ShortValue(const google::protobuf::Message& message,
                        const google::protobuf::FieldDescriptor* field, int index);
 std::string FullValue(const google::protobuf::Message& message,

@@ -33,7 +33,7 @@ struct Finding {
   const Descriptor* type;  // of the message that the node holds; null for a value
 };
 
-// Follows "camera[0].intrinsics" from the top.
+// Follows a path such as "camera[0].intrinsics" from the top.
 Finding Follow(const YAML::Node& top, const Descriptor* type, const std::string& path) {
   Finding at = {top, type};
   std::istringstream elements(path);
@@ -57,7 +57,7 @@ std::string PlaceOf(const YAML::Node& node) {
   return ":" + std::to_string(mark.line + 1) + ":" + std::to_string(mark.column + 1);
 }
 
-// Which path the converter complains about, and what about it.
+// Splits the message into the path that the converter complains about, and the complaint.
 void Split(const std::string& message, std::string* path, std::string* what) {
   const bool parenthesized = message.compare(0, 1, "(") == 0;
   const size_t end = message.find(parenthesized ? ')' : ':');
@@ -93,7 +93,7 @@ std::string DescribeJsonError(const std::string& json, const Descriptor* type,
       return PlaceOf(entry.first) + description;
     }
   } catch (const YAML::Exception&) {
-    // The path has to do.
+    // Without line and column, the path has to do.
   }
   return description;
 }

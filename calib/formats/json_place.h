@@ -8,11 +8,11 @@
 
 namespace calib {
 
-// "LINE:COLUMN" of a byte, both counted from 1.
+// The place of a byte in the text as "LINE:COLUMN", both counted from 1.
 std::string LineAndColumn(const std::string& text, size_t offset);
 
-// ":LINE:COLUMN: PATH: WHAT" for an error of meaning, where the converter only says
-// "(PATH) NAME: WHAT" or "PATH: WHAT". Without line and column if they cannot be found.
+// The converter's message for an error of meaning, which is "(PATH) NAME: WHAT" or "PATH: WHAT",
+// spelled as ":LINE:COLUMN: PATH: WHAT"; without line and column if they cannot be found.
 std::string DescribeJsonError(const std::string& json, const google::protobuf::Descriptor* type,
                               const std::string& message);
 

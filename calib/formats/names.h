@@ -21,7 +21,7 @@ const google::protobuf::Descriptor* RecordType(const std::string& name);
 
 enum class Format { kBinary, kText, kJson };
 
-// "binary", "text" or "json".
+// What users call the formats: "binary", "text" and "json".
 const char* NameOf(Format format);
 std::vector<std::string> FormatNames();
 // The format of a name that is one of FormatNames().

@@ -26,7 +26,8 @@ Format InputFormat(const std::string& path, const InputFlags& flags, const NameF
   return *format;
 }
 
-// The types that the bytes can be a record of: nothing malformed, missing or unknown.
+// The names of the types that the bytes can be a record of, with nothing in it that is malformed,
+// missing or unknown.
 std::string FittingTypes(Format format, const std::string& bytes) {
   std::string fitting;
   for (const Descriptor* type : RecordTypes()) {
@@ -35,7 +36,7 @@ std::string FittingTypes(Format format, const std::string& bytes) {
       if (!record->IsInitialized() || !FindUnknownFields(*record).empty()) continue;
       fitting += (fitting.empty() ? "" : ", ") + type->name();
     } catch (const Failure&) {
-      // Not that one.
+      // The bytes are no record of this type.
     }
   }
   return fitting;

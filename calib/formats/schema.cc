@@ -37,7 +37,7 @@ std::string CommentAbove(const T* commented) {
 
 }  // namespace
 
-// The only file there is.
+// A folder whose only file is the schema, whatever it is asked for.
 class Schema::Text : public google::protobuf::compiler::SourceTree {
  public:
   google::protobuf::io::ZeroCopyInputStream* Open(const std::string&) override {

@@ -132,7 +132,8 @@ class Walker {
     return input_.Skip(static_cast<int>(length));
   }
 
-  // Of one value of a repeated field in a packed run; the schema repeats no other kinds.
+  // The bytes that one value takes in a packed run of the field; of numbers, the schema repeats
+  // doubles and floats only.
   static int Width(const FieldDescriptor* field) {
     switch (field->cpp_type()) {
       case FieldDescriptor::CPPTYPE_DOUBLE:

@@ -1,3 +1,5 @@
+// ROS camera_info, as a file that its tools read. A record holds the same numbers, but neither the
+// distortion model nor what stereo adds: the model is told, the rectification is the identity.
 #include <yaml-cpp/yaml.h>
 
 #include "calib/console/failure.h"
@@ -34,7 +36,7 @@ std::string FittingModels(const CameraIntrinsics& intrinsics) {
   return fitting.empty() ? "None fits." : "Those that fit are: " + fitting + ".";
 }
 
-// A place is a file with a colon, or that with a path behind it.
+// A place is a file's name with a colon, which may have a path behind it.
 std::string WithColon(const std::string& place) { return place + (place.back() == ':' ? "" : ":"); }
 
 std::string Below(const std::string& place, const std::string& field) {
@@ -58,7 +60,7 @@ const Model& ChooseModel(const CameraIntrinsics& intrinsics, const std::string& 
                 FittingModels(intrinsics));
 }
 
-// In the order of the file, with 0 for those that the record does not have.
+// Distortion coefficients in the order of the file, with 0 for those that the record does not have.
 std::vector<double> Coefficients(const CameraIntrinsics& intrinsics, const Model& model) {
   const auto k = [&](int i) { return i < intrinsics.k_size() ? intrinsics.k(i) : 0; };
   const auto p = [&](int i) { return i < intrinsics.p_size() ? intrinsics.p(i) : 0; };

@@ -33,7 +33,7 @@ bool LooksLikeXml(const std::string& text) {
   return begin != std::string::npos && text[begin] == '<';
 }
 
-// As YAML reads numbers.
+// Reads a number as YAML spells them; false if it is none.
 template <typename T>
 bool Read(const ForeignTree& node, T* value) {
   return node.kind == Kind::kText && YAML::convert<T>::decode(YAML::Node(node.text), *value);

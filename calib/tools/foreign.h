@@ -38,11 +38,11 @@ class Foreign {
   std::vector<double> Rows(size_t rows, size_t columns) const;
 
   [[noreturn]] void Refuse(const std::string& what, const std::string& remedy) const;
-  // Both are for the user to know: the second says that the record does not have the value.
+  // A remark is for the user to know; NotKept() makes one that the record does not have the value.
   void Remark(const std::string& what) const;
   void NotKept(const std::string& why) const;
-  // Prints all of these, and NotKept() for what in and below this value was not used, topmost
-  // values only: at the end, so that a file that is refused is not commented on as well.
+  // Prints all remarks, and NotKept() for what in and below this value was not used, topmost values
+  // only: at the end, so that a file that is refused is not commented on as well.
   void Report() const;
 
  private:

@@ -14,11 +14,12 @@ struct ForeignTree {
   std::string text;
   std::vector<ForeignTree> items;  // of a list or a map
   std::vector<std::string> keys;   // of a map, one for each item
-  // Where users look for it, counted from 0; -1 where it is not known.
+  // Where users look for the value, counted from 0; -1 where it is not known.
   int line = -1, column = -1;
 };
 
-// ":3:7" or ":3", as messages have it behind the file's name.
+// Line and column, as messages have them behind the file's name: ":3:7", or ":3" if the column is
+// not known.
 std::string PlaceOf(const ForeignTree& tree);
 
 // The one document of a file in YAML, or in the XML of OpenCV. Both throw Failure with the place

@@ -1,3 +1,5 @@
+// YAML: maps, lists and text are those of the tree; tags and anchors are not kept, and an alias is
+// the tree that it stands for.
 #include <yaml-cpp/yaml.h>
 
 #include "calib/console/failure.h"

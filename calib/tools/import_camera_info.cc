@@ -10,7 +10,7 @@ using zarvo::calibration::CameraIntrinsics;
 
 namespace {
 
-// From a file's matrix or a message's list.
+// The numbers of a file's matrix or of a message's list.
 std::vector<double> Elements(const Foreign& value, bool message, int32_t rows, int32_t columns) {
   return message ? value.Numbers() : MatrixData(value, rows, columns, 1);
 }

@@ -10,8 +10,8 @@
 
 namespace calib {
 
-// The numbers of a matrix, by rows; rows and columns of 0 stand for any. Throws Failure if they or
-// the channels are others.
+// The numbers of a matrix, by rows; rows and columns of 0 stand for any. Throws Failure if the
+// matrix has another size or other channels.
 std::vector<double> OpenCvMatrix(const Foreign& matrix, int32_t rows, int32_t columns,
                                  int32_t channels);
 

@@ -1,3 +1,5 @@
+// What an importer read, as a record of the type that the user wants: all cameras, the only one, or
+// the intrinsics of the only one.
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/fields/value.h"

@@ -14,11 +14,11 @@ namespace calib {
 
 void ImportCameraInfo(const Foreign& file, zarvo::calibration::RobotCalibration* robot);
 void ImportCamchain(const Foreign& file, zarvo::calibration::RobotCalibration* robot);
-// One file, or those of a stereo calibration.
+// Reads one file, or the two of a stereo calibration.
 void ImportOpenCv(const std::vector<Foreign>& files, zarvo::calibration::RobotCalibration* robot);
 
-// The cameras that were read from the file `name`, or the only one of them, as a record of that
-// type. Says on standard error what that type does not hold.
+// The cameras that were read from the file `name`, or the only one of them, as a record of the type
+// `type`. Says on standard error what that type does not hold.
 const google::protobuf::Message& ImportedRecord(const std::string& name,
                                                 const google::protobuf::Descriptor* type,
                                                 const zarvo::calibration::RobotCalibration& robot);

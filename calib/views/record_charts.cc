@@ -18,10 +18,10 @@ using namespace zarvo::calibration;  // NOLINT: the types that are drawn
 
 namespace {
 
-// Numbers that an axis can hold.
+// Whether an axis can hold the number.
 bool IsDrawable(double value) { return std::abs(value) < 1e300; }
 
-// Adds the point, or counts it.
+// Adds the point to the chart, or 1 to `left_out` if it cannot be drawn.
 template <typename X, typename Y>
 void AddPoint(X x, Y y, const std::string& name, bool set, Chart* chart, int* left_out) {
   if (!set || !IsDrawable(x) || !IsDrawable(y)) {
@@ -67,7 +67,7 @@ void SamplePoints(const CameraIntrinsics& intrinsics, const std::string& path,
   charts->push_back(chart);
 }
 
-// A list of numbers over its index.
+// The chart of a list of numbers over their index.
 Chart ListChart(const google::protobuf::RepeatedField<float>& list, const std::string& path,
                 const std::string& field) {
   Chart chart;
@@ -103,7 +103,8 @@ void Bins(const FocusCheckProto& check, const std::string& path, std::vector<Cha
   charts->push_back(chart);
 }
 
-// One field of the samples over their zoom, or over their index if no sample has a zoom.
+// The chart of one field of the samples over their zoom, or over their index if no sample has a
+// zoom.
 Chart ZoomChart(const PTZIntrinsics& intrinsics, const std::string& path, bool by_zoom,
                 const FieldDescriptor* field) {
   Chart chart;

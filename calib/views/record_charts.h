@@ -1,4 +1,4 @@
-// What can be drawn of a record, as charts.
+// A record as people want to look at it: the charts of what can be drawn of it.
 #ifndef CALIB_VIEWS_RECORD_CHARTS_H_
 #define CALIB_VIEWS_RECORD_CHARTS_H_
 
@@ -12,10 +12,10 @@
 
 namespace calib {
 
-// The types that charts are made of.
+// The message types that charts are drawn of.
 std::vector<const google::protobuf::Descriptor*> DrawableTypes();
 
-// The charts of a message of one of these types; none if what they show is not set.
+// The charts of a message of one of DrawableTypes(); none if what they show is not set.
 std::vector<Chart> ChartsOf(const Part& part);
 
 }  // namespace calib

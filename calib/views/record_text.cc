@@ -20,7 +20,7 @@ int ShownElements(int size, const TextOptions& options) {
   return options.full || size <= kMostUnfolded ? size : kShownOfFolded;
 }
 
-// "<12 more, 16 in all>"
+// What stands for the elements that are not shown: "<12 more, 16 in all>".
 std::string FoldedElements(int shown, int size) {
   return "<" + std::to_string(size - shown) + " more, " + std::to_string(size) + " in all>";
 }

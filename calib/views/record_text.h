@@ -15,6 +15,7 @@ struct TextOptions {
   int width = 80;  // columns that lists are broken at
 };
 
+// The record, or the message, as lines of text; unknown fields as well.
 std::string TextOf(const google::protobuf::Message& record, const TextOptions& options);
 
 }  // namespace calib
