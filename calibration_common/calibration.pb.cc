@@ -1660,6 +1660,7 @@ void CameraIntrinsics::MergeFrom(const CameraIntrinsics& from) {
   if (bits & 0xFF00u) {
     if (bits & 0x100u) height_ = from.height_;
     if (bits & 0x200u) error_per_point_ = from.error_per_point_;
+    _has_bits_[0] |= bits & 0x300u;
     if (bits & 0x400u) {
       set_has_x_bin();
       x_bin_.Assign(from.x_bin_);
@@ -1668,7 +1669,7 @@ void CameraIntrinsics::MergeFrom(const CameraIntrinsics& from) {
     if (bits & 0x1000u) offset_y_ = from.offset_y_;
     if (bits & 0x2000u) bin_center_ = from.bin_center_;
     if (bits & 0x4000u) bin_size_ = from.bin_size_;
-    _has_bits_[0] |= bits & 0x7B00u;
+    _has_bits_[0] |= bits & 0x7800u;
   }
   if (bits & 0xFF0000u) {
     if ((bits & 0x70000u) == 0x70000u) {
@@ -1891,6 +1892,7 @@ void CalibrationImage::MergeFrom(const CalibrationImage& from) {
     if (bits & 0x1u) width_ = from.width_;
     if (bits & 0x2u) height_ = from.height_;
     if (bits & 0x4u) stride_ = from.stride_;
+    _has_bits_[0] |= bits & 0x7u;
     if (bits & 0x8u) {
       set_has_format();
       format_.Assign(from.format_);
@@ -1899,7 +1901,6 @@ void CalibrationImage::MergeFrom(const CalibrationImage& from) {
       set_has_imgdata();
       imgdata_.Assign(from.imgdata_);
     }
-    _has_bits_[0] |= bits & 0x7u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
@@ -3131,6 +3132,7 @@ void CalibrationMetadataProto::MergeFrom(const CalibrationMetadataProto& from) {
   const uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if (bits & 0x1u) time_ = from.time_;
+    _has_bits_[0] |= bits & 0x1u;
     if (bits & 0x2u) {
       set_has_base_serial();
       base_serial_.Assign(from.base_serial_);
@@ -3140,7 +3142,7 @@ void CalibrationMetadataProto::MergeFrom(const CalibrationMetadataProto& from) {
       audio_serial_.Assign(from.audio_serial_);
     }
     if (bits & 0x8u) temperature_ = from.temperature_;
-    _has_bits_[0] |= bits & 0x9u;
+    _has_bits_[0] |= bits & 0x8u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
@@ -3319,8 +3321,8 @@ void GyroscopeCalibrationProto::MergeFrom(const GyroscopeCalibrationProto& from)
   const uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if (bits & 0x1u) gyroscope_gain_ = from.gyroscope_gain_;
-    if (bits & 0x2u) mutable_metadata()->MergeFrom(from.metadata());
     _has_bits_[0] |= bits & 0x1u;
+    if (bits & 0x2u) mutable_metadata()->MergeFrom(from.metadata());
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
@@ -3732,9 +3734,9 @@ void BaseCalibrationProto::MergeFrom(const BaseCalibrationProto& from) {
     if (bits & 0x1u) wheel_base_ = from.wheel_base_;
     if (bits & 0x2u) base_width_ = from.base_width_;
     if (bits & 0x4u) base_length_ = from.base_length_;
+    _has_bits_[0] |= bits & 0x7u;
     if (bits & 0x8u) mutable_global_transform()->MergeFrom(from.global_transform());
     if (bits & 0x10u) mutable_gyroscope_cal()->MergeFrom(from.gyroscope_cal());
-    _has_bits_[0] |= bits & 0x7u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
@@ -3948,12 +3950,13 @@ void FocusCheckProto::MergeFrom(const FocusCheckProto& from) {
   if (bits & 0xFFu) {
     if (bits & 0x1u) value_at_cutoff_ = from.value_at_cutoff_;
     if (bits & 0x2u) cutoff_ = from.cutoff_;
+    _has_bits_[0] |= bits & 0x3u;
     if (bits & 0x8u) {
       set_has_name();
       name_.Assign(from.name_);
     }
     if (bits & 0x10u) ok_ = from.ok_;
-    _has_bits_[0] |= bits & 0x13u;
+    _has_bits_[0] |= bits & 0x10u;
   }
   if (from._internal_metadata_.have_unknown_fields()) {
     internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);

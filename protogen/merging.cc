@@ -59,23 +59,38 @@ $merges$}
 
 // Merged together are the required fields of a group, which always are scalars, and the fields of a
 // group that has nothing but scalars.
-std::string MergeGroup(const Group& group, const RenderedMessage& rendered) {
-  std::vector<const Field*> together;
+std::vector<const Field*> Together(const Group& group) {
+  std::vector<const Field*> required, scalars;
   for (const Field* field : group.fields) {
-    if (field->required) together.push_back(field);
+    if (field->required) required.push_back(field);
+    if (field->is_scalar()) scalars.push_back(field);
   }
-  uint32_t scalars = 0;
-  for (const Field* field : group.fields) scalars |= field->is_scalar() ? field->bit() : 0;
-  if (together.empty() && scalars == group.mask) together = group.fields;
-  if (together.size() < 2) together.clear();
+  std::vector<const Field*> together = required;
+  if (required.empty() && scalars.size() == group.fields.size()) together = scalars;
+  return together.size() < 2 ? std::vector<const Field*>() : together;
+}
 
+// In declaration order. Scalars get their has-bits behind the last of those that are neighbours,
+// and so before any field that may throw.
+std::string MergeGroup(const Group& group, const RenderedMessage& rendered) {
+  const std::vector<const Field*> together = Together(group);
   std::string merges, merges_together;
+  uint32_t copied = 0;  // scalars whose has-bits are still to be set
+  const auto set_has_bits = [&] {
+    if (copied != 0) merges += "_has_bits_[0] |= bits & " + Hex(copied) + ";\n";
+    copied = 0;
+  };
   for (const Field* field : group.fields) {
-    const bool is_together = std::find(together.begin(), together.end(), field) != together.end();
-    (is_together ? merges_together : merges) += rendered.of(field).merge;
+    if (!field->is_scalar()) set_has_bits();
+    copied |= field->is_scalar() ? field->bit() : 0;
+    if (std::find(together.begin(), together.end(), field) == together.end()) {
+      merges += rendered.of(field).merge;
+      continue;
+    }
+    merges_together += rendered.of(field).merge;
+    if (field == together.back()) merges += MergeTogether(together, merges_together);
   }
-  if (!together.empty()) merges = MergeTogether(together, merges_together) + merges;
-  if (scalars != 0) merges += "_has_bits_[0] |= bits & " + Hex(scalars) + ";\n";
+  set_has_bits();
   const uint32_t all_eight = 0xFFu << (group.fields.front()->index / 8 * 8);
   return "if (bits & " + Hex(all_eight) + ") {\n" + Indent(merges, 2) + "}\n";
 }

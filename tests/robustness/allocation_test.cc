@@ -78,12 +78,58 @@ T Full() {
   return record;
 }
 
+// Whether all scalars that the record says it does not have are what they are in an empty record.
+::testing::AssertionResult AbsentScalarsAreDefaults(const Message& record) {
+  using ::google::protobuf::FieldDescriptor;
+  const auto* reflection = record.GetReflection();
+  const auto* descriptor = record.GetDescriptor();
+  for (int i = 0; i < descriptor->field_count(); ++i) {
+    const FieldDescriptor* field = descriptor->field(i);
+    if (field->cpp_type() == FieldDescriptor::CPPTYPE_MESSAGE) {
+      const int count = field->is_repeated()                  ? reflection->FieldSize(record, field)
+                        : reflection->HasField(record, field) ? 1
+                                                              : 0;
+      for (int index = 0; index < count; ++index) {
+        const auto result = AbsentScalarsAreDefaults(
+            field->is_repeated() ? reflection->GetRepeatedMessage(record, field, index)
+                                 : reflection->GetMessage(record, field));
+        if (!result) return result;
+      }
+      continue;
+    }
+    if (field->is_repeated() || reflection->HasField(record, field)) continue;
+    bool is_default = true;
+    switch (field->cpp_type()) {
+      case FieldDescriptor::CPPTYPE_DOUBLE:
+        is_default = reflection->GetDouble(record, field) == field->default_value_double();
+        break;
+      case FieldDescriptor::CPPTYPE_FLOAT:
+        is_default = reflection->GetFloat(record, field) == field->default_value_float();
+        break;
+      case FieldDescriptor::CPPTYPE_INT32:
+        is_default = reflection->GetInt32(record, field) == field->default_value_int32();
+        break;
+      case FieldDescriptor::CPPTYPE_INT64:
+        is_default = reflection->GetInt64(record, field) == field->default_value_int64();
+        break;
+      case FieldDescriptor::CPPTYPE_BOOL:
+        is_default = reflection->GetBool(record, field) == field->default_value_bool();
+        break;
+      default:
+        break;
+    }
+    if (!is_default) return ::testing::AssertionFailure() << field->full_name();
+  }
+  return ::testing::AssertionSuccess();
+}
+
 // What a record must still be good for after a call on it has failed. The last of it changes the
 // record and can be done in several ways.
 constexpr int kWaysToGoOn = 4;
 
 template <class T>
 void CheckUsable(T* record, const T& full, const std::string& bytes, int way) {
+  EXPECT_TRUE(AbsentScalarsAreDefaults(*record));
   std::string written;
   const int size = record->ByteSize();
   ASSERT_TRUE(record->SerializePartialToString(&written));
