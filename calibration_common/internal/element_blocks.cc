@@ -10,8 +10,7 @@ extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier)
 __attribute__((weak)) void __asan_poison_memory_region(const volatile void* address,
                                                        ::std::size_t size);
-__attribute__((weak)) void __tsan_acquire(void* address);
-__attribute__((weak)) void __tsan_release(void* address);
+__attribute__((weak)) int __tsan_atomic32_fetch_sub(volatile int* value, int other, int order);
 // NOLINTEND(bugprone-reserved-identifier)
 }
 
@@ -24,7 +23,7 @@ const ::std::size_t kNewAlignment = 16;
 const ::std::size_t kOffset = kNewAlignment / 2;  // of an element of a block
 
 struct BlockOwner {
-  ::std::atomic<int> living;
+  int living;  // elements; of several threads, so changed by CountDown() alone
   void* block;
 };
 
@@ -61,12 +60,45 @@ bool NewAlignsStrictly() {
 #endif
 }
 
-// Set with the first block. Until then, whatever is freed is no element of one.
-::std::atomic<bool> blocks_exist(false);
+enum BlockUse {
+  kUnknown,   // there is no block yet
+  kNoBlocks,  // and there will be none
+  kBlocks,
+  kWatchedBlocks,  // a sanitizer is to be told of elements that go
+};
+::std::atomic<int> block_use(kUnknown);
 
+// Several threads may find it out at the same time, and find the same.
 bool BlocksArePossible() {
-  static const bool possible = NewAlignsStrictly();
-  return possible;
+  int use = block_use.load(::std::memory_order_relaxed);
+  if (use == kUnknown) {
+    const bool watched =
+        __asan_poison_memory_region != nullptr || __tsan_atomic32_fetch_sub != nullptr;
+    use = !NewAlignsStrictly() ? kNoBlocks : watched ? kWatchedBlocks : kBlocks;
+    block_use.store(use, ::std::memory_order_relaxed);
+  }
+  return use != kNoBlocks;
+}
+
+// True if the element was the last of its block.
+bool CountDown(BlockOwner* owner) {
+  return __atomic_fetch_sub(&owner->living, 1, __ATOMIC_ACQ_REL) == 1;
+}
+
+// What FreeElement() comes to in rarer cases: an element that has an allocation of its own, and one
+// that a sanitizer watches.
+__attribute__((noinline)) void FreeOtherElement(void* element, ::std::size_t size) {
+  const int use = block_use.load(::std::memory_order_relaxed);
+  if (IsAligned(element) || use == kUnknown || use == kNoBlocks) {
+    ::operator delete(element);
+    return;
+  }
+  BlockOwner* owner = *OwnerOf(element, size);
+  if (__asan_poison_memory_region != nullptr) __asan_poison_memory_region(element, size);
+  const bool last = __tsan_atomic32_fetch_sub != nullptr
+                        ? __tsan_atomic32_fetch_sub(&owner->living, 1, __ATOMIC_ACQ_REL) == 1
+                        : CountDown(owner);
+  if (last) ::operator delete(owner->block);
 }
 
 }  // namespace
@@ -84,25 +116,19 @@ ElementBlock::ElementBlock(::std::size_t size, int count)
   *reinterpret_cast< ::std::size_t*>(block) = behind_offset;
   next_slot_ = block + kOffset;
   BlockOwner* owner = ::new (next_slot_ + slots) BlockOwner;
-  owner->living.store(count, ::std::memory_order_relaxed);
+  owner->living = count;
   owner->block = block;
   for (char* slot = next_slot_; slot != next_slot_ + slots; slot += stride_) {
     *OwnerOf(slot, size) = owner;
   }
-  blocks_exist.store(true, ::std::memory_order_relaxed);
 }
 
 void FreeElement(void* element, ::std::size_t size) {
-  if (IsAligned(element) || !blocks_exist.load(::std::memory_order_relaxed)) {
-    ::operator delete(element);
-    return;
+  if (IsAligned(element) || block_use.load(::std::memory_order_relaxed) != kBlocks) {
+    return FreeOtherElement(element, size);
   }
   BlockOwner* owner = *OwnerOf(element, size);
-  if (__asan_poison_memory_region != nullptr) __asan_poison_memory_region(element, size);
-  if (__tsan_release != nullptr) __tsan_release(owner);
-  if (owner->living.fetch_sub(1, ::std::memory_order_acq_rel) != 1) return;
-  if (__tsan_acquire != nullptr) __tsan_acquire(owner);
-  ::operator delete(owner->block);
+  if (CountDown(owner)) ::operator delete(owner->block);
 }
 
 }  // namespace calibration_internal
