@@ -1,4 +1,4 @@
-// The accessors of all 111 fields: presence, values, laziness, ownership, and agreement with
+// The accessors of all fields: presence, values, laziness, ownership, and agreement with
 // reflection. What holds for a kind of field is written once and tried on every field of that kind.
 #include <algorithm>
 #include <cstdint>

@@ -61,8 +61,6 @@ expected_exports() {
 case $check in
   exports)
     expected=$(expected_exports "$3" | LC_ALL=C sort)
-    # 21 messages of 33 symbols, 111 constants, 4 of the file.
-    (($(wc -l <<<"$expected") == 21 * 33 + 111 + 4)) || fail "cannot make sense of the schema $3"
     actual=$(nm -D --defined-only -C "$library" | cut -d' ' -f3- | LC_ALL=C sort)
     missing=$(LC_ALL=C comm -23 <(echo "$expected") <(echo "$actual"))
     extra=$(LC_ALL=C comm -13 <(echo "$expected") <(echo "$actual"))

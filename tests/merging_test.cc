@@ -157,7 +157,7 @@ TEST(MergingTest, EveryPairOfPlaces) {
   size_t fields = 0;
   for (const RecordClass& c : Classes()) {
     const std::vector<Place> places = PlacesOf(*c.message);
-    fields += static_cast<size_t>(c.message->field_count);
+    fields += static_cast<size_t>(c.message->field_count());
     for (const Place& in_target : places) {
       for (const Place& in_source : places) {
         const std::unique_ptr<Message> source = c.type->make();
@@ -631,7 +631,8 @@ TEST(MergingDeathTest, OtherDescriptorsAreRefused) {
   for (const RecordClass& c : Classes()) {
     SCOPED_TRACE(c.message->name);
     const std::unique_ptr<Message> record = c.type->make();
-    const RecordClass& next = Classes()[(static_cast<size_t>(c.message->index) + 1) % 21];
+    const RecordClass& next =
+        Classes()[(static_cast<size_t>(c.message->index) + 1) % kMessageCount];
     const std::unique_ptr<Message> other = next.type->make();
     EXPECT_DEATH(EndsIn([&] { record->MergeFrom(*other); }), "libprotobuf FATAL .*[Mm]erge");
     EXPECT_DEATH(EndsIn([&] { record->CopyFrom(*other); }), "libprotobuf FATAL .*[Mm]erge");

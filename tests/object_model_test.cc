@@ -2,16 +2,15 @@
 //
 // The layout of an object and the conditions under which Clear() looks at a field cannot be seen
 // through the accessors alone; the tests read and write the bytes of objects for that. Where a
-// member must lie follows from the schema: the members stand in declaration order, but for three
-// records, from byte 24 on.
+// member lies they find out by watching the object while its accessors are called.
 #include <google/protobuf/arena.h>
 
 #include <algorithm>
-#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
 #include <iostream>
+#include <map>
 #include <memory>
 #include <new>
 #include <random>
@@ -48,19 +47,6 @@ constexpr size_t kHasBitsOffset = 16;
 constexpr size_t kCachedSizeOffset = 20;
 constexpr size_t kFirstFieldOffset = 24;
 
-// The records whose members do not stand in declaration order.
-struct MemberOrder {
-  const char* record;
-  std::array<const char*, 5> members;
-};
-
-constexpr MemberOrder kMembersOutOfOrder[] = {
-    {"CalibrationImage", {"width", "height", "format", "imgdata", "stride"}},
-    {"GyroscopeCalibrationProto", {"metadata", "gyroscope_gain"}},
-    {"BaseCalibrationProto",
-     {"wheel_base", "base_width", "global_transform", "gyroscope_cal", "base_length"}},
-};
-
 struct Member {
   const FieldRow* field;
   size_t offset;
@@ -93,38 +79,6 @@ size_t RoundUp(size_t offset, size_t alignment) {
   return (offset + alignment - 1) / alignment * alignment;
 }
 
-std::vector<Member> Members(const MessageRow& message) {
-  std::vector<const FieldRow*> order;
-  for (const FieldRow& field : message) order.push_back(&field);
-  for (const MemberOrder& exception : kMembersOutOfOrder) {
-    if (std::string(message.name) != exception.record) continue;
-    for (size_t i = 0; i < order.size(); ++i) order[i] = FindField(message, exception.members[i]);
-  }
-
-  std::vector<Member> members;
-  size_t offset = kFirstFieldOffset;
-  for (const FieldRow* field : order) {
-    const size_t size = MemberSize(*field);
-    offset = RoundUp(offset, std::min<size_t>(size, 8));
-    members.push_back({field, offset, size});
-    offset += size;
-  }
-  return members;
-}
-
-Member MemberOf(const MessageRow& message, const FieldRow& field) {
-  for (const Member& member : Members(message)) {
-    if (member.field == &field) return member;
-  }
-  std::cerr << message.name << " has no member for the field " << field.name << "\n";
-  std::abort();
-}
-
-size_t ObjectSize(const MessageRow& message) {
-  const Member last = Members(message).back();
-  return RoundUp(last.offset + last.size, 8);
-}
-
 template <class T>
 const MessageRow& RowOf() {
   return FindMessage(T::descriptor()->name());
@@ -154,6 +108,69 @@ uintptr_t ReadPointer(const Message& record, size_t offset) {
 
 uintptr_t AddressOf(const void* object) { return reinterpret_cast<uintptr_t>(object); }
 
+template <class V>
+V ValueOf(char byte) {
+  V value;
+  if (std::is_same<V, bool>::value) byte &= 1;
+  std::memset(static_cast<void*>(&value), byte, sizeof value);
+  return value;
+}
+
+// Where two values of the number differ in every byte, these bytes of the object change.
+template <class F>
+Member FindNumber(const F& field) {
+  using V = typename F::Value;
+  OnZeroedMemory<typename F::Record> memory;
+  field.Set(memory.record(), ValueOf<V>('\x41'));
+  const std::string before = memory.bytes();
+  field.Set(memory.record(), ValueOf<V>('\x42'));
+  const std::string after = memory.bytes();
+  std::vector<size_t> changed;
+  for (size_t i = 0; i < before.size(); ++i) {
+    if (before[i] != after[i]) changed.push_back(i);
+  }
+  EXPECT_EQ(changed.size(), sizeof(V));
+  if (changed.empty()) return {&field.row(), 0, 0};
+  EXPECT_EQ(changed.back() - changed.front() + 1, sizeof(V)) << "not in one place";
+  return {&field.row(), changed.front(), sizeof(V)};
+}
+
+// The one word of the object that points to the value.
+template <class F>
+Member FindPointer(const F& field) {
+  typename F::Record record;
+  const uintptr_t value = AddressOf(field.Mutable(&record));
+  std::vector<size_t> found;
+  for (size_t offset = kFirstFieldOffset; offset < sizeof record; offset += sizeof value) {
+    if (ReadPointer(record, offset) == value) found.push_back(offset);
+  }
+  EXPECT_EQ(found.size(), 1u);
+  return {&field.row(), found.empty() ? 0 : found.front(), sizeof value};
+}
+
+template <class F>
+Member FindContainer(const F& field) {
+  const typename F::Record record;
+  return {&field.row(), AddressOf(&field.All(record)) - AddressOf(&record),
+          sizeof(field.All(record))};
+}
+
+// Of each message: its fields' members, in declaration order.
+std::map<std::string, std::vector<Member>> FindMembers() {
+  std::map<std::string, std::vector<Member>> all;
+  ForEachField([&](auto field) { all[field.record_name].push_back(FindNumber(field)); },
+               [&](auto field) { all[field.record_name].push_back(FindPointer(field)); },
+               [&](auto field) { all[field.record_name].push_back(FindPointer(field)); },
+               [&](auto field) { all[field.record_name].push_back(FindContainer(field)); },
+               [&](auto field) { all[field.record_name].push_back(FindContainer(field)); });
+  return all;
+}
+
+const std::vector<Member>& Members(const MessageRow& message) {
+  static const std::map<std::string, std::vector<Member>> members = FindMembers();
+  return members.at(message.name);
+}
+
 // The bytes of a singular number's initial value.
 std::string InitialBytes(const FieldRow& field) {
   if (field.default_text != nullptr) return BytesOf(field.default_bits);
@@ -163,14 +180,6 @@ std::string InitialBytes(const FieldRow& field) {
 // Bytes of a singular number that is not at its initial value, all of them unlike a zero.
 std::string OtherBytes(const FieldRow& field) {
   return std::string(NumberSize(field.kind), field.kind == Kind::kBool ? '\1' : '\x41');
-}
-
-template <class V>
-V ValueOf(char byte) {
-  V value;
-  if (std::is_same<V, bool>::value) byte &= 1;
-  std::memset(static_cast<void*>(&value), byte, sizeof value);
-  return value;
 }
 
 // Every string, sub-message and element that a record holds, in depth.
@@ -208,74 +217,66 @@ void FillWithUnknown(T* record) {
 
 // --- Layout --------------------------------------------------------------------------------------
 
-TEST(ObjectModelTest, SizeOfEveryRecord) {
-  ForEachRecord([](auto record) {
-    using T = typename decltype(record)::Type;
-    EXPECT_EQ(sizeof(T), ObjectSize(RowOf<T>())) << RowOf<T>().name;
-    EXPECT_EQ(alignof(T), 8u) << RowOf<T>().name;
-  });
-}
-
-// Counts what the table of expected members itself says, for one record of each kind of surprise.
-TEST(ObjectModelTest, ExpectedLayoutByHand) {
-  EXPECT_EQ(ObjectSize(FindMessage("MarkerPositionInfo")), 40u);
-  EXPECT_EQ(ObjectSize(FindMessage("MarkerPositionSet")), 80u);
-  EXPECT_EQ(ObjectSize(FindMessage("CalibrationImage")), 56u);
-  EXPECT_EQ(ObjectSize(FindMessage("GyroscopeCalibrationProto")), 40u);
-  EXPECT_EQ(ObjectSize(FindMessage("BaseCalibrationProto")), 56u);
-  EXPECT_EQ(ObjectSize(FindMessage("FocusCheckProto")), 64u);
-  EXPECT_EQ(ObjectSize(FindMessage("CameraIntrinsics")), 176u);
-}
-
-TEST(ObjectModelTest, PositionOfEveryMember) {
+// The size follows from there being no gaps.
+TEST(ObjectModelTest, MembersLieBehindOneAnotherWithoutGaps) {
   int fields = 0;
-  ForEachField(
-      [&](auto field) {  // Every byte in which two values differ, and no other, changes.
-        using R = typename decltype(field)::Record;
-        using V = typename decltype(field)::Value;
-        const Member member = MemberOf(RowOf<R>(), field.row());
-        OnZeroedMemory<R> memory;
-        field.Set(memory.record(), ValueOf<V>('\x41'));
-        const std::string before = memory.bytes();
-        field.Set(memory.record(), ValueOf<V>('\x42'));
-        const std::string after = memory.bytes();
-        for (size_t i = 0; i < sizeof(R); ++i) {
-          const bool inside = i >= member.offset && i < member.offset + member.size;
-          EXPECT_EQ(before[i] != after[i], inside) << "byte " << i;
-        }
-        EXPECT_EQ(sizeof(V), member.size);
-        ++fields;
-      },
-      [&](auto field) {
-        typename decltype(field)::Record record;
-        const Member member = MemberOf(RowOf<decltype(record)>(), field.row());
-        const std::string* value = field.Mutable(&record);
-        EXPECT_EQ(ReadPointer(record, member.offset), AddressOf(value));
-        ++fields;
-      },
-      [&](auto field) {
-        typename decltype(field)::Record record;
-        const Member member = MemberOf(RowOf<decltype(record)>(), field.row());
-        EXPECT_EQ(Read<uintptr_t>(record, member.offset), 0u);
-        const Message* value = field.Mutable(&record);
-        EXPECT_EQ(Read<uintptr_t>(record, member.offset), AddressOf(value));
-        ++fields;
-      },
-      [&](auto field) {
-        typename decltype(field)::Record record;
-        const Member member = MemberOf(RowOf<decltype(record)>(), field.row());
-        EXPECT_EQ(AddressOf(&field.All(record)), AddressOf(&record) + member.offset);
-        EXPECT_EQ(sizeof(field.All(record)), member.size);
-        ++fields;
-      },
-      [&](auto field) {
-        typename decltype(field)::Record record;
-        const Member member = MemberOf(RowOf<decltype(record)>(), field.row());
-        EXPECT_EQ(AddressOf(&field.All(record)), AddressOf(&record) + member.offset);
-        EXPECT_EQ(sizeof(field.All(record)), member.size);
-        ++fields;
-      });
+  ForEachRecord([&](auto record) {
+    using T = typename decltype(record)::Type;
+    SCOPED_TRACE(RowOf<T>().name);
+    std::map<size_t, Member> by_offset;
+    for (const Member& member : Members(RowOf<T>())) by_offset[member.offset] = member;
+    size_t end = kFirstFieldOffset;
+    for (const auto& [offset, member] : by_offset) {
+      EXPECT_EQ(offset, end) << member.field->name;
+      EXPECT_EQ(member.size, MemberSize(*member.field)) << member.field->name;
+      end = offset + member.size;
+      ++fields;
+    }
+    EXPECT_EQ(sizeof(T), RoundUp(end, 8));
+    EXPECT_EQ(alignof(T), 8u);
+  });
   EXPECT_EQ(fields, kFieldCount);
+}
+
+// They stand as they are declared, but for what would leave a gap: a number of 4 bytes stands with
+// the next one, at the place of the first of the two, and what has no other, or is smaller, last.
+TEST(ObjectModelTest, MembersStandInDeclarationOrderOrInPairs) {
+  for (const MessageRow& message : Schema()) {
+    SCOPED_TRACE(message.name);
+    std::vector<Member> wide, half, small;  // of 8 bytes and more, of 4, of less
+    for (const Member& member : Members(message)) {
+      (member.size >= 8 ? wide : member.size == 4 ? half : small).push_back(member);
+    }
+    const auto place = [](const Member& a, const Member& b) { return a.offset < b.offset; };
+    for (const auto& alike : {wide, half, small}) {
+      EXPECT_TRUE(std::is_sorted(alike.begin(), alike.end(), place));
+    }
+    for (size_t i = 0; i < half.size(); ++i) {
+      const Member& first = half[i / 2 * 2];
+      const bool alone = half.size() % 2 == 1 && i == half.size() - 1;
+      EXPECT_EQ(half[i].offset, first.offset + i % 2 * 4) << half[i].field->name;
+      for (const Member& other : wide) {
+        EXPECT_EQ(other.offset < first.offset, alone || other.field->has_bit < first.field->has_bit)
+            << half[i].field->name << " and " << other.field->name;
+      }
+    }
+    for (const Member& member : small) {
+      for (const auto& larger : {wide, half}) {
+        if (larger.empty()) continue;
+        EXPECT_GT(member.offset, larger.back().offset) << member.field->name;
+      }
+    }
+  }
+}
+
+TEST(ObjectModelTest, SubMessagesAreHeldByPlainPointers) {
+  ForEachMessage([](auto field) {
+    typename decltype(field)::Record record;
+    const size_t offset = FindPointer(field).offset;
+    EXPECT_EQ(Read<uintptr_t>(record, offset), 0u);
+    const Message* value = field.Mutable(&record);
+    EXPECT_EQ(Read<uintptr_t>(record, offset), AddressOf(value));
+  });
 }
 
 TEST(ObjectModelTest, MetadataHasBitsAndCachedSizeStandFirst) {
@@ -561,46 +562,17 @@ TEST(ObjectModelTest, ClearKeepsTheUnknownFieldSet) {
 }
 
 // Clear() looks at the singular fields eight declaration positions at a time: if none of these
-// has-bits is set, the fields of the chunk are left alone. Some chunks are cleared always.
-constexpr uint32_t kAlways = ~uint32_t{0};
-
-struct Chunks {
-  const char* record;
-  uint32_t masks[3];
-};
-
-const std::vector<Chunks>& ChunksOfRecords() {
-  static const std::vector<Chunks> records = {
-      {"MarkerPositionInfo", {kAlways}},
-      {"MarkerPositionSet", {}},
-      {"CameraIntrinsicsSamplePoints", {kAlways}},
-      {"CameraIntrinsics", {0x9F, 0x7F00, kAlways}},
-      {"CalibrationImage", {0x1F}},
-      {"FocusInfoItem", {0xBF, kAlways}},
-      {"FocusInfo", {}},
-      {"CameraExtrinsics", {}},
-      {"CameraCalibration", {0x7F}},
-      {"RobotCalibration", {}},
-      {"CalibrationMetadataProto", {0x0F}},
-      {"GyroscopeCalibrationProto", {0x03}},
-      {"CameraCalibrationAdjustmentProto", {0x03}},
-      {"BaseCalibrationProto", {0x1F}},
-      {"FocusCheckProto", {0x1B}},
-      {"FocusCheckSetProto", {}},
-      {"PTZIntrinsicsItem", {0xFF, kAlways}},
-      {"PTZIntrinsics", {0xEF, kAlways}},
-      {"PanTiltSystemParameters", {0xFF, 0x7F00}},
-      {"PTZCameraParameters", {0x03}},
-      {"PTZSystemCalibration", {0x07}},
-  };
-  return records;
-}
-
+// has-bits is set, it may leave the fields of the chunk alone, all or none. If one is set, it must
+// clear them all.
 TEST(ObjectModelTest, ClearTestsHasBitsByChunk) {
-  ASSERT_EQ(ChunksOfRecords().size(), size_t{kMessageCount});
-  for (const Chunks& chunks : ChunksOfRecords()) {
-    const MessageRow& message = FindMessage(chunks.record);
-    for (int bit = -1; bit < message.field_count; ++bit) {  // -1: none is set
+  for (const MessageRow& message : Schema()) {
+    uint32_t masks[4] = {};
+    for (const FieldRow& field : message) {
+      if (!field.repeated()) masks[field.has_bit / 8] |= uint32_t{1} << field.has_bit;
+    }
+    // By chunk: whether its fields are cleared though none of its has-bits is set.
+    std::map<int, bool> always;
+    for (int bit = -1; bit < message.field_count(); ++bit) {  // -1: none is set
       const uint32_t has_bits = bit < 0 ? 0 : uint32_t{1} << bit;
       SCOPED_TRACE(std::string(message.name) + ", has-bit " + std::to_string(bit));
       const std::unique_ptr<Message> record = NewRecord(message.name);
@@ -614,10 +586,11 @@ TEST(ObjectModelTest, ClearTestsHasBitsByChunk) {
       EXPECT_EQ(HasBits(*record), 0u);
       for (const Member& member : Members(message)) {
         if (!IsNumber(*member.field)) continue;
-        const uint32_t mask = chunks.masks[member.field->has_bit / 8];
-        const bool cleared = mask == kAlways || (has_bits & mask) != 0;
-        EXPECT_EQ(ReadBytes(*record, member),
-                  cleared ? InitialBytes(*member.field) : OtherBytes(*member.field))
+        const int chunk = member.field->has_bit / 8;
+        const std::string bytes = ReadBytes(*record, member);
+        if (bit < 0) always.insert({chunk, bytes == InitialBytes(*member.field)});
+        const bool cleared = always.at(chunk) || (has_bits & masks[chunk]) != 0;
+        EXPECT_EQ(bytes, cleared ? InitialBytes(*member.field) : OtherBytes(*member.field))
             << member.field->name;
       }
     }
@@ -974,7 +947,8 @@ TEST(ObjectModelTest, CopiesOfDefaultInstancesHoldNoLinks) {
 }
 
 TEST(ObjectModelDeathTest, DefaultInstancesNeverDeleteOneAnother) {
-  EXPECT_DEATH(DeleteDefaultInstances(), "default instances freed alone: 21\n");
+  EXPECT_DEATH(DeleteDefaultInstances(),
+               "default instances freed alone: " + std::to_string(kMessageCount) + "\n");
 }
 
 }  // namespace

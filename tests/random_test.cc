@@ -30,7 +30,7 @@ using ::google::protobuf::Message;
 using ::google::protobuf::Reflection;
 using ::google::protobuf::TextFormat;
 
-// Per class: 21 times as many records in all, and two of them for each seed.
+// Per class: as many times this in all as there are classes, and two of them for each seed.
 constexpr uint32_t kSeeds = 50;
 
 // A record and the dynamic message that holds the same.

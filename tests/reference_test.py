@@ -11,6 +11,7 @@ import sys
 import tempfile
 import xml.etree.ElementTree
 
+OTHER = re.compile(r"^(|syntax .*;|package .*;|})$")
 DECLARATION = re.compile(r"^(optional|required|repeated) \w+ (\w+) = \d+.*;$")
 
 
@@ -27,7 +28,11 @@ def schema_of(path):
             messages[line.split()[1]] = (" ".join(comment), fields)
         elif DECLARATION.match(line):
             fields[line] = " ".join(comment)
+        elif not OTHER.match(line):
+            sys.exit(f"reference_test: {path}: cannot make sense of '{line}'")
         comment = []
+    if not messages:
+        sys.exit(f"reference_test: {path}: holds no message")
     return messages
 
 
@@ -71,9 +76,6 @@ def main():
                 if not {name, f"clear_{name}"} <= members:
                     failures.append(f"{message}: '{declaration}' heads {sorted(members)}")
     count = sum(len(fields) for _, fields in messages.values())
-    if (len(messages), count) != (21, 111):
-        failures.append(f"{schema}: cannot make sense of it: {len(messages)} messages, "
-                        f"{count} fields")
     print("\n".join(failures) or f"{len(messages)} records and {count} fields are described")
     return 1 if failures else 0
 

@@ -17,6 +17,7 @@
 #include <vector>
 
 #include "calibration_common/calibration.pb.h"
+#include "tests/support/fields.h"
 #include "tests/support/random_record.h"
 #include "tests/support/records.h"
 #include "tests/support/reflect.h"
@@ -72,8 +73,8 @@ TEST(LoadTest, ShutdownHookIsTheFilesOwn) {
 // are handed over: each record's fields by ascending number, nothing that is not declared.
 TEST(LoadTest, FileIsTheCanonicalEncodingOfTheSchema) {
   const std::string expected = EncodedSchema();
-  ASSERT_EQ(expected.size(), 3480u);
-  ASSERT_EQ(runtime_calls.file_size, 3480);
+  ASSERT_EQ(expected.size(), kEncodedSchemaSize);
+  ASSERT_EQ(runtime_calls.file_size, static_cast<int>(kEncodedSchemaSize));
   const char* bytes = static_cast<const char*>(runtime_calls.file);
   for (int i = 0; i < runtime_calls.file_size; ++i) {
     ASSERT_EQ(bytes[i], expected[i]) << "at byte " << i;
@@ -166,71 +167,21 @@ TEST(DefaultInstanceTest, BaseCalibrationReadsDeclaredDefaults) {
   EXPECT_FALSE(base.has_base_length());
 }
 
-struct Link {
-  const char* message;
-  const char* field;
-  const Message* of_default;  // the field, read from the default instance
-  const Message* of_new;      // and from an object without it
-  const Message* target;
-  bool present;
-};
-
 // What the field of a default instance and of a new object refers to.
-template <class Class, class Sub>
-Link MakeLink(const char* message, const char* field, const Sub& (Class::*get)() const,
-              bool (Class::*has)() const, const char* target) {
-  EXPECT_EQ(Sub::descriptor()->name(), target) << message << "." << field;
-  static const Class object;
-  return {message,
-          field,
-          &(Class::default_instance().*get)(),
-          &(object.*get)(),
-          &Sub::default_instance(),
-          (Class::default_instance().*has)() || (object.*has)()};
-}
-
 TEST(DefaultInstanceTest, SubMessagesLinkToTheirClassesDefaultInstances) {
-#define LINK(Class, field, Target) \
-  MakeLink(#Class, #field, &Class::field, &Class::has_##field, #Target)
-  const Link links[] = {
-      LINK(CameraCalibration, intrinsics, CameraIntrinsics),
-      LINK(CameraCalibration, intrinsics_image, CalibrationImage),
-      LINK(CameraCalibration, extrinsics, CameraExtrinsics),
-      LINK(CameraCalibration, extrinsics_image, CalibrationImage),
-      LINK(GyroscopeCalibrationProto, metadata, CalibrationMetadataProto),
-      LINK(CameraCalibrationAdjustmentProto, params, CameraExtrinsics),
-      LINK(CameraCalibrationAdjustmentProto, metadata, CalibrationMetadataProto),
-      LINK(BaseCalibrationProto, global_transform, CameraCalibrationAdjustmentProto),
-      LINK(BaseCalibrationProto, gyroscope_cal, GyroscopeCalibrationProto),
-      LINK(PanTiltSystemParameters, pan_ext, CameraExtrinsics),
-      LINK(PanTiltSystemParameters, tilt_ext, CameraExtrinsics),
-      LINK(PanTiltSystemParameters, device_ext, CameraExtrinsics),
-      LINK(PTZCameraParameters, intrinsics, PTZIntrinsics),
-      LINK(PTZCameraParameters, pan_tilt, PanTiltSystemParameters),
-      LINK(PTZSystemCalibration, ptz_camera, PTZCameraParameters),
-      LINK(PTZSystemCalibration, laser, PanTiltSystemParameters),
-      LINK(PTZSystemCalibration, other_cameras, RobotCalibration),
-  };
-#undef LINK
-  std::set<std::string> covered;
-  for (const Link& link : links) {
-    SCOPED_TRACE(std::string(link.message) + "." + link.field);
-    covered.insert(std::string(link.message) + "." + link.field);
-    EXPECT_EQ(link.of_default, link.target);
-    EXPECT_EQ(link.of_new, link.target);
-    EXPECT_FALSE(link.present);
-    const Message& owner = RecordTypes()[FindMessage(link.message).index].default_instance();
-    EXPECT_EQ(&owner.GetReflection()->GetMessage(
-                  owner, owner.GetDescriptor()->FindFieldByName(link.field)),
-              link.target);
-  }
-  for (const MessageRow& message : Schema()) {
-    for (const FieldRow& row : message) {
-      if (row.kind != Kind::kMessage || row.repeated()) continue;
-      EXPECT_EQ(covered.count(std::string(message.name) + "." + row.name), 1u)
-          << message.name << "." << row.name << " is not in the table of links";
-    }
-  }
+  ForEachMessage([](auto field) {
+    using R = typename decltype(field)::Record;
+    using Sub = typename decltype(field)::SubMessage;
+    EXPECT_EQ(Sub::descriptor()->name(), field.row().message_type);
+    const R object;
+    const R& instance = R::default_instance();
+    const Message* target = &Sub::default_instance();
+    EXPECT_EQ(&field.Get(object), target);
+    EXPECT_EQ(&field.Get(instance), target);
+    EXPECT_FALSE(field.Has(object));
+    EXPECT_FALSE(field.Has(instance));
+    EXPECT_EQ(&instance.GetReflection()->GetMessage(instance, field.descriptor()), target);
+  });
 }
 
 // --- Descriptors, metadata and the factory -------------------------------------------------------
@@ -286,7 +237,7 @@ TEST(FactoryTest, PrototypeIsTheDefaultInstance) {
 // --- Reflection ----------------------------------------------------------------------------------
 
 // Reflection finds values by the positions it was given, the classes' own code by their members:
-// all 111 fields, filled through reflection and written by the class, must come out as the
+// all fields, filled through reflection and written by the class, must come out as the
 // run-time's dynamic class writes them.
 TEST(ReflectionTest, AgreesWithTheClassesOnEveryMember) {
   for (const RecordType& type : RecordTypes()) {

@@ -17,6 +17,7 @@
 #include <memory>
 #include <random>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "tests/protogen/shapes.pb.h"
@@ -694,6 +695,42 @@ TEST(ShapesLayoutTest, Sizes) {
   EXPECT_EQ(sizeof(shapes::Bools), 24u + 3 * 8 + 4 + 5 + 7);
   EXPECT_EQ(sizeof(shapes::AllRequired), 24u + 4 * 8 + 4 + 3 + 1);
   EXPECT_EQ(sizeof(shapes::OnlyTexts), 24u + 9 * 8);
+}
+
+// In front of each group of eight, Clear() asks for their has-bits, but for groups that cost no
+// more to clear: up to four numbers without defaults, or one field. The fields are set and their
+// has-bits taken away behind the record's back: what is left tells which groups Clear() passed by.
+TEST(ShapesClearTest, GroupsOfEight) {
+  const auto cleared_with = [](uint32_t has_bits) {
+    shapes::Wide record;
+    record.set_d0(1);
+    record.set_i3(1);
+    record.set_b4(true);
+    record.set_i8(1);
+    record.set_f10(1);
+    record.set_i11(1);
+    record.set_f24(1);
+    record.set_f25(1);
+    record.set_i30(1);
+    std::memcpy(reinterpret_cast<char*>(&record) + 2 * sizeof(void*), &has_bits, sizeof has_bits);
+    record.Clear();
+    EXPECT_EQ(HasBits(record), 0u);
+    EXPECT_EQ(record.i8() + record.f10() + static_cast<float>(record.i11()), 0)
+        << "the second group is cleared always";
+    const bool first = record.d0() == 0;
+    EXPECT_EQ(record.i3(), first ? 0 : 1);
+    EXPECT_EQ(record.b4(), !first);
+    const bool last = record.f24() == 0;
+    EXPECT_EQ(record.f25(), last ? 25 : 1);
+    EXPECT_EQ(record.i30(), last ? 0 : 1);
+    return std::make_pair(first, last);
+  };
+  EXPECT_EQ(cleared_with(0), std::make_pair(false, false));
+  for (int bit = 0; bit < 32; ++bit) {
+    if (bit >= 12 && bit < 24) continue;  // repeated fields, and a group without numbers
+    EXPECT_EQ(cleared_with(uint32_t{1} << bit), std::make_pair(bit < 8, bit >= 24 && bit != 29))
+        << "has-bit " << bit;
+  }
 }
 
 }  // namespace

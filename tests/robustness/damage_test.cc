@@ -197,8 +197,7 @@ std::vector<std::string> Groups(int n, int other, const std::string& inner) {
 TEST_P(DamageTest, GroupsOpenedAndClosedInEveryWay) {
   for (const Path& path : PathsFrom(message_)) {
     const MessageRow& message = *path.message;
-    const std::string inner =
-        BoundaryOccurrences(message.fields[message.field_count - 1])[0].bytes();
+    const std::string inner = BoundaryOccurrences(message.fields.back())[0].bytes();
     std::vector<int> numbers = {100, (1 << 29) - 1};
     for (const FieldRow& field : message) numbers.push_back(field.number);
     for (const int number : numbers) {

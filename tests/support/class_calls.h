@@ -19,7 +19,7 @@ namespace calibration {
 namespace testing {
 
 // T::MergePartialFromCodedStream, T being the record's class.
-// REQUIRES: the record is of one of the 21 classes.
+// REQUIRES: the record is of one of the table's classes.
 inline bool MergeOnClass(::google::protobuf::Message* record,
                          ::google::protobuf::io::CodedInputStream* input) {
   using Merge = bool (*)(::google::protobuf::Message*, ::google::protobuf::io::CodedInputStream*);

@@ -317,31 +317,10 @@ std::vector<Exit> ConcreteExits() {
 std::vector<Entrance> GenericEntrances() { return EntrancesOf<Message>(); }
 std::vector<Exit> GenericExits() { return ExitsOf<Message>(); }
 
-#define INSTANTIATE(T)                                   \
-  template std::vector<Entrance> ConcreteEntrances<T>(); \
-  template std::vector<Exit> ConcreteExits<T>();
-INSTANTIATE(MarkerPositionInfo)
-INSTANTIATE(MarkerPositionSet)
-INSTANTIATE(CameraIntrinsicsSamplePoints)
-INSTANTIATE(CameraIntrinsics)
-INSTANTIATE(CalibrationImage)
-INSTANTIATE(FocusInfoItem)
-INSTANTIATE(FocusInfo)
-INSTANTIATE(CameraExtrinsics)
-INSTANTIATE(CameraCalibration)
-INSTANTIATE(RobotCalibration)
-INSTANTIATE(CalibrationMetadataProto)
-INSTANTIATE(GyroscopeCalibrationProto)
-INSTANTIATE(CameraCalibrationAdjustmentProto)
-INSTANTIATE(BaseCalibrationProto)
-INSTANTIATE(FocusCheckProto)
-INSTANTIATE(FocusCheckSetProto)
-INSTANTIATE(PTZIntrinsicsItem)
-INSTANTIATE(PTZIntrinsics)
-INSTANTIATE(PanTiltSystemParameters)
-INSTANTIATE(PTZCameraParameters)
-INSTANTIATE(PTZSystemCalibration)
-#undef INSTANTIATE
+#define MESSAGE(Class)                                       \
+  template std::vector<Entrance> ConcreteEntrances<Class>(); \
+  template std::vector<Exit> ConcreteExits<Class>();
+#include "tests/support/schema.def"
 
 }  // namespace testing
 }  // namespace calibration

@@ -39,7 +39,7 @@ struct Exit {
   bool (*write)(const ::google::protobuf::Message& record, std::string* bytes);
 };
 
-// Calls on the class T, one of the 21. REQUIRES: the record is a T.
+// Calls on the class T, one of the table's. REQUIRES: the record is a T.
 template <class T>
 std::vector<Entrance> ConcreteEntrances();
 template <class T>

@@ -1,4 +1,4 @@
-// Every accessor of every one of the 111 fields, as a table: one line a field.
+// Every accessor of every field of the table (schema.def).
 //
 //   ForEachText([](auto field) {                    // all string and bytes fields
 //     typename decltype(field)::Record record;
@@ -6,9 +6,9 @@
 //     EXPECT_TRUE(field.Has(record));
 //   });
 //
-// A row holds pointers to the accessors' members and so is a check in itself: it compiles only if
-// each accessor has exactly the parameter types, the return type and the constness that its kind of
-// field promises.
+// A field here holds pointers to the accessors' members and so is a check in itself: it compiles
+// only if each accessor has exactly the parameter types, the return type and the constness that its
+// kind of field promises.
 #ifndef CALIBRATION_TESTS_SUPPORT_FIELDS_H_
 #define CALIBRATION_TESTS_SUPPORT_FIELDS_H_
 
@@ -169,10 +169,19 @@ void ForEachField(OnNumber on_number, OnText on_text, OnMessage on_message, OnNu
     }
   };
 
-#define CALIBRATION_TEST_NUMBER(R, x, T) \
-  visit(on_number, NumberField<R, T>{{#R, #x}, &R::has_##x, &R::x, &R::set_##x, &R::clear_##x});
-#define CALIBRATION_TEST_TEXT(R, x, C)            \
-  visit(on_text, TextField<R, C>{{#R, #x},        \
+  // What a text is handed over as, by pointer and size.
+  using string = char;
+  using bytes = void;
+
+#define MESSAGE(Class) \
+  {                    \
+    using R = Class;   \
+    const char* const record = #Class;
+#define END_MESSAGE }
+#define NUMBER(label, T, x, Constant, number) \
+  visit(on_number, NumberField<R, T>{{record, #x}, &R::has_##x, &R::x, &R::set_##x, &R::clear_##x});
+#define TEXT(label, C, x, Constant, number)       \
+  visit(on_text, TextField<R, C>{{record, #x},    \
                                  &R::has_##x,     \
                                  &R::x,           \
                                  &R::set_##x,     \
@@ -183,16 +192,16 @@ void ForEachField(OnNumber on_number, OnText on_text, OnMessage on_message, OnNu
                                  &R::clear_##x,   \
                                  &R::release_##x, \
                                  &R::set_allocated_##x});
-#define CALIBRATION_TEST_MESSAGE(R, x, M)               \
-  visit(on_message, MessageField<R, M>{{#R, #x},        \
+#define SUB_MESSAGE(label, M, x, Constant, number)      \
+  visit(on_message, MessageField<R, M>{{record, #x},    \
                                        &R::has_##x,     \
                                        &R::x,           \
                                        &R::mutable_##x, \
                                        &R::clear_##x,   \
                                        &R::release_##x, \
                                        &R::set_allocated_##x});
-#define CALIBRATION_TEST_NUMBERS(R, x, T)               \
-  visit(on_numbers, NumbersField<R, T>{{#R, #x},        \
+#define NUMBERS(label, T, x, Constant, number)          \
+  visit(on_numbers, NumbersField<R, T>{{record, #x},    \
                                        &R::x##_size,    \
                                        &R::x,           \
                                        &R::set_##x,     \
@@ -200,8 +209,8 @@ void ForEachField(OnNumber on_number, OnText on_text, OnMessage on_message, OnNu
                                        &R::x,           \
                                        &R::mutable_##x, \
                                        &R::clear_##x});
-#define CALIBRATION_TEST_MESSAGES(R, x, M)                \
-  visit(on_messages, MessagesField<R, M>{{#R, #x},        \
+#define SUB_MESSAGES(label, M, x, Constant, number)       \
+  visit(on_messages, MessagesField<R, M>{{record, #x},    \
                                          &R::x##_size,    \
                                          &R::x,           \
                                          &R::mutable_##x, \
@@ -209,146 +218,7 @@ void ForEachField(OnNumber on_number, OnText on_text, OnMessage on_message, OnNu
                                          &R::x,           \
                                          &R::mutable_##x, \
                                          &R::clear_##x});
-
-  // clang-format off
-  CALIBRATION_TEST_NUMBER(MarkerPositionInfo, x, float)
-  CALIBRATION_TEST_NUMBER(MarkerPositionInfo, y, float)
-  CALIBRATION_TEST_NUMBER(MarkerPositionInfo, z, float)
-  CALIBRATION_TEST_NUMBER(MarkerPositionInfo, marker_id, int32)
-
-  CALIBRATION_TEST_MESSAGES(MarkerPositionSet, pos, MarkerPositionInfo)
-  CALIBRATION_TEST_NUMBERS(MarkerPositionSet, head_center, double)
-  CALIBRATION_TEST_NUMBERS(MarkerPositionSet, nav_center, double)
-
-  CALIBRATION_TEST_NUMBER(CameraIntrinsicsSamplePoints, img_x, float)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsicsSamplePoints, img_y, float)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsicsSamplePoints, tgt_x, float)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsicsSamplePoints, tgt_y, float)
-
-  CALIBRATION_TEST_NUMBER(CameraIntrinsics, fx, double)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsics, fy, double)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsics, skew, double)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsics, cx, double)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsics, cy, double)
-  CALIBRATION_TEST_NUMBERS(CameraIntrinsics, k, double)
-  CALIBRATION_TEST_NUMBERS(CameraIntrinsics, p, double)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsics, width, int32)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsics, height, int32)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsics, error_per_point, double)
-  CALIBRATION_TEST_TEXT(CameraIntrinsics, x_bin, char)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsics, offset_x, float)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsics, offset_y, float)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsics, bin_center, float)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsics, bin_size, float)
-  CALIBRATION_TEST_MESSAGES(CameraIntrinsics, sample_points, CameraIntrinsicsSamplePoints)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsics, tgt_z, float)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsics, tgt_width, int32)
-  CALIBRATION_TEST_NUMBER(CameraIntrinsics, tgt_height, int32)
-
-  CALIBRATION_TEST_NUMBER(CalibrationImage, width, int32)
-  CALIBRATION_TEST_NUMBER(CalibrationImage, height, int32)
-  CALIBRATION_TEST_NUMBER(CalibrationImage, stride, int32)
-  CALIBRATION_TEST_TEXT(CalibrationImage, format, char)
-  CALIBRATION_TEST_TEXT(CalibrationImage, imgdata, void)
-
-  CALIBRATION_TEST_NUMBER(FocusInfoItem, target_id, int32)
-  CALIBRATION_TEST_NUMBER(FocusInfoItem, target_code, int32)
-  CALIBRATION_TEST_NUMBER(FocusInfoItem, cutoff_threshold, float)
-  CALIBRATION_TEST_NUMBER(FocusInfoItem, cutoff_cycles_per_pix, float)
-  CALIBRATION_TEST_NUMBER(FocusInfoItem, cutoff_cycles_per_mm, float)
-  CALIBRATION_TEST_NUMBER(FocusInfoItem, pix_per_mm, float)
-  CALIBRATION_TEST_NUMBERS(FocusInfoItem, transfer_function, float)
-  CALIBRATION_TEST_NUMBER(FocusInfoItem, valid_min, int32)
-  CALIBRATION_TEST_NUMBER(FocusInfoItem, valid_max, int32)
-
-  CALIBRATION_TEST_MESSAGES(FocusInfo, focus, FocusInfoItem)
-
-  CALIBRATION_TEST_NUMBERS(CameraExtrinsics, a, double)
-
-  CALIBRATION_TEST_MESSAGE(CameraCalibration, intrinsics, CameraIntrinsics)
-  CALIBRATION_TEST_MESSAGE(CameraCalibration, intrinsics_image, CalibrationImage)
-  CALIBRATION_TEST_MESSAGE(CameraCalibration, extrinsics, CameraExtrinsics)
-  CALIBRATION_TEST_MESSAGE(CameraCalibration, extrinsics_image, CalibrationImage)
-  CALIBRATION_TEST_TEXT(CameraCalibration, name, char)
-  CALIBRATION_TEST_TEXT(CameraCalibration, model, char)
-  CALIBRATION_TEST_TEXT(CameraCalibration, serial, char)
-
-  CALIBRATION_TEST_MESSAGES(RobotCalibration, camera, CameraCalibration)
-
-  CALIBRATION_TEST_NUMBER(CalibrationMetadataProto, time, int64)
-  CALIBRATION_TEST_TEXT(CalibrationMetadataProto, base_serial, char)
-  CALIBRATION_TEST_TEXT(CalibrationMetadataProto, audio_serial, char)
-  CALIBRATION_TEST_NUMBER(CalibrationMetadataProto, temperature, float)
-
-  CALIBRATION_TEST_NUMBER(GyroscopeCalibrationProto, gyroscope_gain, float)
-  CALIBRATION_TEST_MESSAGE(GyroscopeCalibrationProto, metadata, CalibrationMetadataProto)
-
-  CALIBRATION_TEST_MESSAGE(CameraCalibrationAdjustmentProto, params, CameraExtrinsics)
-  CALIBRATION_TEST_MESSAGE(CameraCalibrationAdjustmentProto, metadata, CalibrationMetadataProto)
-
-  CALIBRATION_TEST_NUMBER(BaseCalibrationProto, wheel_base, float)
-  CALIBRATION_TEST_NUMBER(BaseCalibrationProto, base_width, float)
-  CALIBRATION_TEST_NUMBER(BaseCalibrationProto, base_length, float)
-  CALIBRATION_TEST_MESSAGE(BaseCalibrationProto, global_transform, CameraCalibrationAdjustmentProto)
-  CALIBRATION_TEST_MESSAGE(BaseCalibrationProto, gyroscope_cal, GyroscopeCalibrationProto)
-
-  CALIBRATION_TEST_NUMBER(FocusCheckProto, value_at_cutoff, float)
-  CALIBRATION_TEST_NUMBER(FocusCheckProto, cutoff, float)
-  CALIBRATION_TEST_NUMBERS(FocusCheckProto, bins, float)
-  CALIBRATION_TEST_TEXT(FocusCheckProto, name, char)
-  CALIBRATION_TEST_NUMBER(FocusCheckProto, ok, bool)
-
-  CALIBRATION_TEST_MESSAGES(FocusCheckSetProto, spots, FocusCheckProto)
-
-  CALIBRATION_TEST_NUMBER(PTZIntrinsicsItem, zoom, double)
-  CALIBRATION_TEST_NUMBER(PTZIntrinsicsItem, fxy, double)
-  CALIBRATION_TEST_NUMBER(PTZIntrinsicsItem, cx, double)
-  CALIBRATION_TEST_NUMBER(PTZIntrinsicsItem, cy, double)
-  CALIBRATION_TEST_NUMBER(PTZIntrinsicsItem, k1, double)
-  CALIBRATION_TEST_NUMBER(PTZIntrinsicsItem, k4, double)
-  CALIBRATION_TEST_NUMBER(PTZIntrinsicsItem, p1, double)
-  CALIBRATION_TEST_NUMBER(PTZIntrinsicsItem, p2, double)
-  CALIBRATION_TEST_NUMBER(PTZIntrinsicsItem, error_per_point, double)
-
-  CALIBRATION_TEST_NUMBER(PTZIntrinsics, zx, double)
-  CALIBRATION_TEST_NUMBER(PTZIntrinsics, zy, double)
-  CALIBRATION_TEST_NUMBER(PTZIntrinsics, width, int32)
-  CALIBRATION_TEST_NUMBER(PTZIntrinsics, height, int32)
-  CALIBRATION_TEST_MESSAGES(PTZIntrinsics, samples, PTZIntrinsicsItem)
-  CALIBRATION_TEST_NUMBER(PTZIntrinsics, samples_zoom0, int32)
-  CALIBRATION_TEST_NUMBER(PTZIntrinsics, samples_zoom_step, int32)
-  CALIBRATION_TEST_NUMBER(PTZIntrinsics, zoom_min, int32)
-  CALIBRATION_TEST_NUMBER(PTZIntrinsics, zoom_max, int32)
-
-  CALIBRATION_TEST_MESSAGE(PanTiltSystemParameters, pan_ext, CameraExtrinsics)
-  CALIBRATION_TEST_MESSAGE(PanTiltSystemParameters, tilt_ext, CameraExtrinsics)
-  CALIBRATION_TEST_MESSAGE(PanTiltSystemParameters, device_ext, CameraExtrinsics)
-  CALIBRATION_TEST_NUMBER(PanTiltSystemParameters, rads_per_pan_unit, float)
-  CALIBRATION_TEST_NUMBER(PanTiltSystemParameters, rads_per_tilt_unit, float)
-  CALIBRATION_TEST_NUMBER(PanTiltSystemParameters, pan_offset, float)
-  CALIBRATION_TEST_NUMBER(PanTiltSystemParameters, tilt_offset, float)
-  CALIBRATION_TEST_NUMBER(PanTiltSystemParameters, pan_min, int32)
-  CALIBRATION_TEST_NUMBER(PanTiltSystemParameters, pan_max, int32)
-  CALIBRATION_TEST_NUMBER(PanTiltSystemParameters, tilt_min, int32)
-  CALIBRATION_TEST_NUMBER(PanTiltSystemParameters, tilt_max, int32)
-  CALIBRATION_TEST_NUMBER(PanTiltSystemParameters, max_pan_speed, int32)
-  CALIBRATION_TEST_NUMBER(PanTiltSystemParameters, max_tilt_speed, int32)
-  CALIBRATION_TEST_NUMBER(PanTiltSystemParameters, avg_model_error, float)
-  CALIBRATION_TEST_NUMBER(PanTiltSystemParameters, max_model_error, float)
-
-  CALIBRATION_TEST_MESSAGE(PTZCameraParameters, intrinsics, PTZIntrinsics)
-  CALIBRATION_TEST_MESSAGE(PTZCameraParameters, pan_tilt, PanTiltSystemParameters)
-
-  CALIBRATION_TEST_MESSAGE(PTZSystemCalibration, ptz_camera, PTZCameraParameters)
-  CALIBRATION_TEST_MESSAGE(PTZSystemCalibration, laser, PanTiltSystemParameters)
-  CALIBRATION_TEST_MESSAGE(PTZSystemCalibration, other_cameras, RobotCalibration)
-  // clang-format on
-
-#undef CALIBRATION_TEST_NUMBER
-#undef CALIBRATION_TEST_TEXT
-#undef CALIBRATION_TEST_MESSAGE
-#undef CALIBRATION_TEST_NUMBERS
-#undef CALIBRATION_TEST_MESSAGES
+#include "tests/support/schema.def"
 }
 
 template <class F>

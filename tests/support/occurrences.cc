@@ -182,7 +182,7 @@ Occurrence CountedOccurrence(const FieldRow& field, int* counter) {
 }
 
 Occurrence RandomOccurrence(std::mt19937* random, const MessageRow& message) {
-  const FieldRow& field = message.fields[Below(random, message.field_count)];
+  const FieldRow& field = message.fields[Below(random, message.field_count())];
   const int choice = Below(random, 100);
   if (choice < 10) {
     int number;

@@ -1,4 +1,4 @@
-// The 21 record classes, once as types and once as a run-time table.
+// The record classes, once as types and once as a run-time table.
 //
 //   TYPED_TEST_SUITE(CopyTest, AllRecords);                       one test a class
 //   ForEachRecord([](auto record) { using T = typename decltype(record)::Type; ... });
@@ -26,15 +26,18 @@ namespace zarvo {
 namespace calibration {
 namespace testing {
 
+namespace internal {
+template <class Nothing, class... T>
+struct TypesBehind {
+  using Types = ::testing::Types<T...>;
+};
+}  // namespace internal
+
 // In file order.
-using AllRecords =
-    ::testing::Types<MarkerPositionInfo, MarkerPositionSet, CameraIntrinsicsSamplePoints,
-                     CameraIntrinsics, CalibrationImage, FocusInfoItem, FocusInfo, CameraExtrinsics,
-                     CameraCalibration, RobotCalibration, CalibrationMetadataProto,
-                     GyroscopeCalibrationProto, CameraCalibrationAdjustmentProto,
-                     BaseCalibrationProto, FocusCheckProto, FocusCheckSetProto, PTZIntrinsicsItem,
-                     PTZIntrinsics, PanTiltSystemParameters, PTZCameraParameters,
-                     PTZSystemCalibration>;
+using AllRecords = internal::TypesBehind<void
+#define MESSAGE(Class) , Class
+#include "tests/support/schema.def"
+                                         >::Types;
 
 // Stands for a class in calls that choose code by type.
 template <class T>
