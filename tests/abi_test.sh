@@ -51,7 +51,7 @@ compatible() {
 
 soname() { sed -n "/<abi-corpus/s/.* soname='\([^']*\)'.*/\1/p" "$1"; }
 
-renewal="renew it with: cmake --build BUILD_FOLDER --target abi-baseline"
+renewal="renew it with: cmake --build BUILD_FOLDER --target abi-baseline (docs/extending.md)"
 
 case $check in
   symbols)
@@ -69,7 +69,7 @@ case $check in
       if [[ $(soname "$folder/before.abi") == "$(soname "$folder/now.abi")" ]]; then
         compatible "$folder/before.abi" "$folder/now.abi" ||
           fail "$library breaks programs that were built against $(soname "$folder/now.abi"), see" \
-            "above: undo the change, or give the project a new major version"
+            "above: undo the change, or give the project a new major version (docs/extending.md)"
       elif [[ $check == kept ]]; then
         fail "$baseline describes $(soname "$folder/before.abi"), the library is" \
           "$(soname "$folder/now.abi"): $renewal"

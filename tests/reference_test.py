@@ -1,5 +1,6 @@
 #!/usr/bin/env python3
-"""The reference is made without a warning, and describes every record and every field.
+"""The reference is made without a warning, and describes every record and every field; its first
+page names every record.
 
     reference_test.py DOXYFILE SCHEMA
 """
@@ -36,6 +37,13 @@ def schema_of(path):
     return messages
 
 
+def not_on_main_page(messages):
+    page = pathlib.Path(__file__).parents[1] / "docs/reference/main_page.md"
+    named = set(re.findall(r"zarvo::calibration::(\w+)", page.read_text()))
+    return [f"{message}: not on {page}: docs/extending.md tells what a new message needs"
+            for message in messages if message not in named]
+
+
 def text_of(*elements):
     return " ".join("".join("".join(e.itertext()) for e in elements if e is not None).split())
 
@@ -52,6 +60,7 @@ def main():
         if done.returncode != 0 or done.stderr.strip():
             failures.append(f"doxygen ended with {done.returncode} and said: {done.stderr}")
         messages = schema_of(schema)
+        failures += not_on_main_page(messages)
         for message, (comment, fields) in messages.items():
             path = pathlib.Path(folder, "xml", f"classzarvo_1_1calibration_1_1{message}.xml")
             if not path.exists():

@@ -73,7 +73,8 @@ TEST(LoadTest, ShutdownHookIsTheFilesOwn) {
 // are handed over: each record's fields by ascending number, nothing that is not declared.
 TEST(LoadTest, FileIsTheCanonicalEncodingOfTheSchema) {
   const std::string expected = EncodedSchema();
-  ASSERT_EQ(expected.size(), kEncodedSchemaSize);
+  ASSERT_EQ(expected.size(), kEncodedSchemaSize)
+      << "ENCODED_SIZE of tests/support/schema.def, see docs/extending.md";
   ASSERT_EQ(runtime_calls.file_size, static_cast<int>(kEncodedSchemaSize));
   const char* bytes = static_cast<const char*>(runtime_calls.file);
   for (int i = 0; i < runtime_calls.file_size; ++i) {

@@ -30,6 +30,11 @@ using ::google::protobuf::FileDescriptor;
 using ::google::protobuf::FileDescriptorProto;
 using ::google::protobuf::Message;
 
+// What to say where the schema and the table are not the same.
+constexpr char kHowTo[] =
+    "calibration.proto and tests/support/schema.def differ; docs/extending.md tells how messages "
+    "and fields are added";
+
 const FileDescriptor* File() {
   return DescriptorPool::generated_pool()->FindFileByName(kSchemaFile);
 }
@@ -87,7 +92,7 @@ TEST(SchemaTest, FileHoldsTheMessagesAndNothingElse) {
   EXPECT_EQ(file->service_count(), 0);
   EXPECT_EQ(file->extension_count(), 0);
   EXPECT_EQ(file->options().SerializeAsString(), "");
-  EXPECT_EQ(file->message_type_count(), kMessageCount);
+  EXPECT_EQ(file->message_type_count(), kMessageCount) << kHowTo;
 }
 
 TEST(SchemaTest, MessagesInOrder) {
@@ -95,7 +100,7 @@ TEST(SchemaTest, MessagesInOrder) {
   for (const MessageRow& message : Schema()) {
     SCOPED_TRACE(message.name);
     const Descriptor* descriptor = File()->message_type(message.index);
-    EXPECT_EQ(descriptor->name(), message.name);
+    EXPECT_EQ(descriptor->name(), message.name) << kHowTo;
     EXPECT_EQ(descriptor->full_name(), FullName(message));
     EXPECT_EQ(DescriptorPool::generated_pool()->FindMessageTypeByName(FullName(message)),
               descriptor);
@@ -148,7 +153,7 @@ TEST(SchemaTest, FieldsInOrder) {
   int fields = 0;
   for (const MessageRow& message : Schema()) {
     const Descriptor* descriptor = File()->message_type(message.index);
-    ASSERT_EQ(descriptor->field_count(), message.field_count()) << message.name;
+    ASSERT_EQ(descriptor->field_count(), message.field_count()) << message.name << ": " << kHowTo;
     for (const FieldRow& row : message) {
       SCOPED_TRACE(FullName(message) + "." + row.name);
       ++fields;
@@ -182,7 +187,7 @@ TEST(SchemaTest, DescriptorIsTheCanonicalBytes) {
   FileDescriptorProto proto;
   File()->CopyTo(&proto);
   const std::string bytes = proto.SerializeAsString();
-  EXPECT_EQ(bytes.size(), kEncodedSchemaSize);
+  EXPECT_EQ(bytes.size(), kEncodedSchemaSize) << "ENCODED_SIZE: " << kHowTo;
   EXPECT_TRUE(bytes == EncodedSchema()) << "the registered file is not the table:\n"
                                         << proto.DebugString();
   EXPECT_FALSE(proto.has_syntax());
@@ -264,6 +269,7 @@ TEST(SchemaTest, EveryFieldOwnsTheBitOfItsPosition) {
       const std::unique_ptr<Message> record = NewRecord(message.name);
       ASSERT_EQ(HasBits(*record), 0u);
       const FieldDescriptor* field = record->GetDescriptor()->FindFieldByNumber(row.number);
+      ASSERT_NE(field, nullptr) << kHowTo;
       const auto* reflection = record->GetReflection();
       switch (row.kind) {
         case Kind::kDouble:

@@ -139,7 +139,7 @@ TYPED_TEST(StoredRecordsTest, AreReadAndWrittenByteForByte) {
     ASSERT_TRUE(TextFormat::ParseFromString(row.text, &expected));
     CheckCalls(expected, Bytes(row.hex));
   }
-  EXPECT_GT(rows, 0) << "no record of this class is stored";
+  EXPECT_GT(rows, 0) << "no record of this class is stored: docs/extending.md tells how to add one";
 }
 
 TYPED_TEST(StoredRecordsTest, UnknownFieldsComeLast) {

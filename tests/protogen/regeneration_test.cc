@@ -39,6 +39,7 @@ TEST(RegenerationTest, CommittedClassesAreUpToDate) {
         << "calibration_common/" << name
         << " is not what the generator makes of calibration_common/calibration.proto.\n"
         << "Refresh it with: cmake --build BUILD_FOLDER --target generate\n"
+        << "docs/extending.md tells what else a new field or message needs.\n"
         << DiffHead(committed, regenerated);
   }
 }
