@@ -13,7 +13,6 @@ sys.dont_write_bytecode = True  # nothing but the build folder is written to
 
 import baseline  # noqa: E402
 import instructions  # noqa: E402
-import picture  # noqa: E402
 import table  # noqa: E402
 import times  # noqa: E402
 from programs import Build  # noqa: E402
@@ -30,7 +29,6 @@ def main():
     parser.add_argument("--cells", default="")
     parser.add_argument("--against", default="opponent", choices=["opponent", "dynamic"])
     parser.add_argument("--absolute", action="store_true")
-    parser.add_argument("--svg")
     options = parser.parse_args()
     if (options.check or options.update) and not options.instructions:
         parser.error("--check and --update are about instructions: add --instructions")
@@ -63,9 +61,6 @@ def main():
         print(f"machine code (.text of the shared libraries): {sizes['ours']} bytes, "
               f"{sizes['ours'] / sizes['opponent']:.2f} of the opponent's {sizes['opponent']}")
     print(f"results are in {kept}")
-    if options.svg:
-        picture.write(options.svg, results, options.against)
-        print(f"the picture is {options.svg}")
 
 
 if __name__ == "__main__":

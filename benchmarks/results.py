@@ -19,13 +19,6 @@ class Results:
         with open(path, "w") as file:
             json.dump({"kind": self.kind, "notes": self.notes, "cells": cells}, file, indent=1)
 
-    @staticmethod
-    def load(path):
-        with open(path) as file:
-            data = json.load(file)
-        values = {tuple(cell[:3]): cell[3] for cell in data["cells"]}
-        return Results(data["kind"], values, data["notes"])
-
     def rows(self):
         return list(dict.fromkeys(operation for _, operation, _ in self.values))
 
