@@ -1,7 +1,14 @@
 # Shared by the scripts beside it (sourced, not run): their command lines, installing what is
-# missing, and talking about it.
+# missing, configuring and building, and talking about it.
+#
+# A script that sources this ends with 0 or 1, or with 2 if its command line is wrong: whatever fails
+# in it, a compiler or a test, ends it with 1.
+
+set -E
+trap 'exit 1' ERR
 
 repository=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+jobs=${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}
 
 say() { printf '== %s\n' "$*"; }
 
@@ -10,28 +17,44 @@ fail() {
   exit 1
 }
 
+# --- Command lines -------------------------------------------------------------------------------
+
 # Prints the comment at the top of the script that runs.
 usage() { sed -n '2,/^set -/{/^set -/d;s/^# \{0,1\}//;p}' "$0"; }
 
-refuse_arguments() {
+refuse() {
   printf '%s: %s; --help tells what is taken\n' "$0" "$*" >&2
   exit 2
 }
 
-# For scripts that hand their arguments to CMake and have none of their own but --help.
-take_only_cmake_arguments() {
-  local argument
-  for argument in "$@"; do
-    case $argument in
-      -h | --help)
-        usage
-        exit
-        ;;
-      -D?*) ;;
-      *) refuse_arguments "unknown argument '$argument', expected -DNAME=VALUE" ;;
-    esac
-  done
+# What every script takes: --help, and -DNAME=VALUE, which is kept in cmake_arguments.
+cmake_arguments=()
+take_common() {
+  case $1 in
+    -h | --help)
+      usage
+      exit
+      ;;
+    -D[A-Za-z_]*=*) cmake_arguments+=("$1") ;;
+    *) refuse "unknown argument '$1'" ;;
+  esac
 }
+
+# require_value OPTION [VALUE]...: an option that has one is not the last word.
+require_value() { (($# > 1)) || refuse "$1 needs a value"; }
+
+is_number() { [[ $1 =~ ^[0-9]+$ ]]; }
+
+# --- Installing ----------------------------------------------------------------------------------
+
+# Debian's packages by what needs them; what only one script calls, it names itself.
+for_library=(cmake g++ make libprotobuf-dev)
+for_generator=(libprotoc-dev)
+for_calib=(libprotoc-dev libcli11-dev libyaml-cpp-dev libtinyxml2-dev)
+for_suites=("${for_generator[@]}" libgtest-dev protobuf-compiler)
+for_packages=("${for_library[@]}" "${for_calib[@]}" dpkg-dev file)
+# clang alone comes without the run-times of its sanitizers, counters and libFuzzer.
+for_clang=(clang libclang-rt-dev)
 
 installed() {
   [[ $(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null) == installed ]]
@@ -61,12 +84,14 @@ install_missing() {
   "${as_root[@]}" apt-get install -qq -y --no-install-recommends "${missing[@]}"
 }
 
-# The build folder for a use (demo, test) and its extra CMake arguments: one folder for each
-# different list of arguments, so that builds for several run-times stand side by side. CMake heeds
-# the environment's CMAKE_PREFIX_PATH, too.
+# --- Building ------------------------------------------------------------------------------------
+
+# The build folder for a use (demo, test), which no other script has, and its user's CMake
+# arguments: one folder for each different list of them, so that builds for several run-times stand
+# side by side. CMake heeds the environment's CMAKE_PREFIX_PATH, too.
 build_folder() {
   local use=$1
-  shift
+  set -- "${cmake_arguments[@]}"
   if [[ -n ${CMAKE_PREFIX_PATH:-} ]]; then set -- "$@" "CMAKE_PREFIX_PATH=$CMAKE_PREFIX_PATH"; fi
   if (($# == 0)); then
     echo "$repository/build/$use"
@@ -74,3 +99,19 @@ build_folder() {
     echo "$repository/build/$use-$(printf '%s\0' "$@" | cksum | cut -d' ' -f1)"
   fi
 }
+
+# Every option of the project, off: a script says which it wants, and is not at the mercy of what
+# its build folder was configured with before.
+options_off=(
+  -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DCALIBRATION_GENERATOR=OFF
+  -DCALIBRATION_EXAMPLES=OFF -DCALIBRATION_CALIB=OFF -DCALIBRATION_BENCHMARKS=OFF
+  -DCALIBRATION_INSTALL=OFF -DCALIBRATION_PACKAGES=OFF -DCALIBRATION_FUZZ=OFF
+  -DCALIBRATION_WERROR=OFF -DCALIBRATION_SANITIZE=)
+
+# configure FOLDER [-DNAME=VALUE...]: what is named is on, and the user has the last word.
+configure() {
+  cmake -S "$repository" -B "$1" "${options_off[@]}" "${@:2}" "${cmake_arguments[@]}"
+}
+
+# build FOLDER [--target NAME...]
+build() { cmake --build "$1" --parallel "$jobs" "${@:2}"; }

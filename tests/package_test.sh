@@ -13,7 +13,7 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 source "$(dirname "${BASH_SOURCE[0]}")/consumer.sh"
 
-for tool in dpkg dpkg-deb dpkg-shlibdeps cpack fakeroot; do
+for tool in dpkg dpkg-deb dpkg-shlibdeps cpack fakeroot file; do
   command -v "$tool" >/dev/null || fail "$tool is not installed"
 done
 
