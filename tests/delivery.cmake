@@ -2,7 +2,8 @@
 # other languages, documents. Programs outside this build cannot be linked with a library that has
 # sanitizers in it.
 if(CALIBRATION_SANITIZE)
-  message(STATUS "No tests of installation and packages in a build with sanitizers")
+  calibration_left_out("the build has sanitizers"
+    install_test.* abi_test.* package_test version_test interop_test guide_test reference_test)
   return()
 endif()
 
@@ -46,7 +47,8 @@ if(CALIBRATION_PROTOBUF_SERIES STREQUAL "3.21" AND CMAKE_CXX_COMPILER_ID STREQUA
     COMMENT "Renewing the description of the binary interface in tests/abi"
     VERBATIM)
 else()
-  message(STATUS "No abi_test.kept: the description is of g++ and run-time series 3.21")
+  calibration_left_out("the description is of g++ and the run-time series 3.21"
+    abi_test.gate abi_test.kept)
 endif()
 
 # --- Debian packages ---
@@ -54,7 +56,7 @@ if(CALIBRATION_PROTOBUF_INCLUDE_DIR STREQUAL "/usr/include" AND EXISTS /etc/debi
   calibration_script_test(package_test package_test.sh
     "${PROJECT_SOURCE_DIR}" "${PROJECT_VERSION}" "${CALIBRATION_PROTOBUF_SERIES}")
 else()
-  message(STATUS "No package_test: it needs Debian, and Debian's run-time")
+  calibration_left_out("it needs Debian, and Debian's run-time" package_test)
 endif()
 
 calibration_script_test(version_test version_test.sh "${PROJECT_SOURCE_DIR}" "${PROJECT_VERSION}")
