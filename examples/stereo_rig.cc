@@ -6,8 +6,8 @@
 //   stereo_rig [DIRECTORY]
 //
 // leaves stereo_rig.RobotCalibration.binpb and stereo_rig.BaseCalibrationProto.binpb in DIRECTORY
-// (the current one, if none is given). The exit status is 0 if everything worked, 2 if the command line is
-// wrong, and otherwise 1; the reason is on the error stream.
+// (the current one, if none is given). The exit status is 0 if everything worked, 2 if the command
+// line is wrong, and otherwise 1; the reason is on the error stream.
 
 #include <google/protobuf/text_format.h>
 

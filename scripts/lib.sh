@@ -66,6 +66,7 @@ install_missing() {
   command -v dpkg-query >/dev/null && command -v apt-get >/dev/null ||
     fail "installs what it needs with Debian's apt-get, which is not here; needed are: $*"
   local package missing=() as_root=()
+  set -- $(printf '%s\n' "$@" | sort -u)
   for package in "$@"; do
     installed "$package" || missing+=("$package")
   done

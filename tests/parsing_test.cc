@@ -469,7 +469,9 @@ TEST_P(ParsingTest, GroupsInSubMessages) {
       SCOPED_TRACE(std::string(field.name) + ": " + row.name);
       const std::string known = FullRecord(field.message_type)->SerializePartialAsString();
       const std::string group = inner + row.bytes;
-      for (const std::string& contents : {group, group + known + group}) {
+      std::string around = group;
+      around.append(known).append(group);
+      for (const std::string& contents : {group, around}) {
         const std::string bytes = Nested(field.number, contents);
         ASSERT_EQ(Judge(message().name, bytes).accepted, row.accepted);
         const std::unique_ptr<Message> whole = NewRecord(message().name);
@@ -688,6 +690,7 @@ TEST_P(ParsingTest, CachedSizesAreNotTouched) {
   std::vector<const Message*> old_objects;
   CollectTree(*record, &old_objects);
   std::vector<int> sizes;
+  sizes.reserve(old_objects.size());
   for (const Message* object : old_objects) sizes.push_back(object->GetCachedSize());
   EXPECT_EQ(sizes[0], static_cast<int>(bytes.size()));
 
@@ -846,8 +849,10 @@ TEST(ParsingExamples, FocusInfoItemInAndOutOfNumberOrder) {
                                  .Tag(8, kVarint)
                                  .Varint(8)
                                  .bytes();
-  for (const std::string& bytes :
-       {"\x08\x01" + middle + target_code, "\x08\x01" + target_code + middle}) {
+  const std::string target_id = "\x08\x01";
+  const std::vector<std::string> orders = {target_id + middle + target_code,
+                                           target_id + target_code + middle};
+  for (const std::string& bytes : orders) {
     FocusInfoItem item;
     ASSERT_TRUE(MergeOnClass(&item, bytes));
     EXPECT_EQ(item.target_id(), 1);
