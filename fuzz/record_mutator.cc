@@ -80,7 +80,7 @@ void MutateRecord(std::mt19937* random, Message* record) {
 bool Put(const Message& record, uint8_t* data, size_t* size, size_t max_size) {
   const std::string bytes = record.SerializePartialAsString();
   if (bytes.size() + 1 > max_size) return false;
-  std::memcpy(data + 1, bytes.data(), bytes.size());
+  std::copy(bytes.begin(), bytes.end(), data + 1);
   *size = bytes.size() + 1;
   return true;
 }

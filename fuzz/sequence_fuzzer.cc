@@ -31,7 +31,7 @@ class Program {
   bool AtEnd() const { return position_ == bytes_.size(); }
   unsigned Byte() { return AtEnd() ? 0 : static_cast<unsigned char>(bytes_[position_++]); }
   std::string Bytes(size_t size) {
-    const std::string piece = bytes_.substr(position_, size);
+    std::string piece = bytes_.substr(position_, size);
     position_ += piece.size();
     return piece;
   }

@@ -12,13 +12,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <array>
 #include <atomic>
 #include <cstdlib>
 #include <iostream>
 #include <memory>
 #include <string>
 #include <thread>
-#include <vector>
 
 namespace {
 
@@ -127,9 +127,9 @@ void Fork(const char* path) {
   // would stay locked in the child.
   const Message* const prototype = Prototype();
   std::atomic<bool> done(false);
-  std::vector<std::thread> threads;
-  for (int i = 0; i < 3; ++i) {
-    threads.emplace_back([&] {
+  std::array<std::thread, 3> threads;
+  for (std::thread& thread : threads) {
+    thread = std::thread([&] {
       while (!done) Use(prototype);
     });
   }

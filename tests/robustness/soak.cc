@@ -68,7 +68,9 @@ void Round(std::mt19937* random, unsigned long round, std::vector<Resident>* res
   // Every other input is cut short or damaged; what becomes of the object then is not looked at.
   std::string input = bytes;
   if ((*random)() % 2 == 0 && !input.empty()) {
-    input[(*random)() % input.size()] ^= static_cast<char>(1u << (*random)() % 8);
+    const unsigned bit = 1u << (*random)() % 8;
+    char& octet = input[(*random)() % input.size()];
+    octet = static_cast<char>(octet ^ bit);
     input.resize(input.size() - (*random)() % 2);
   }
   const bool accepted = entrance.parse(record, input);
