@@ -6,29 +6,28 @@ namespace {
 struct KindNames {
   const char* type;
   const char* wire;
-  const char* wire_constant;
 };
 
 KindNames NamesOf(Kind kind) {
   switch (kind) {
     case Kind::kDouble:
-      return {"double", "Double", "DOUBLE"};
+      return {"double", "Double"};
     case Kind::kFloat:
-      return {"float", "Float", "FLOAT"};
+      return {"float", "Float"};
     case Kind::kInt32:
-      return {"::google::protobuf::int32", "Int32", "INT32"};
+      return {"::google::protobuf::int32", "Int32"};
     case Kind::kInt64:
-      return {"::google::protobuf::int64", "Int64", "INT64"};
+      return {"::google::protobuf::int64", "Int64"};
     case Kind::kBool:
-      return {"bool", "Bool", "BOOL"};
+      return {"bool", "Bool"};
     case Kind::kString:
-      return {"::std::string", "String", "STRING"};
+      return {"::std::string", "String"};
     case Kind::kBytes:
-      return {"::std::string", "Bytes", "BYTES"};
+      return {"::std::string", "Bytes"};
     case Kind::kMessage:
       break;
   }
-  return {"", "Message", "MESSAGE"};
+  return {"", "Message"};
 }
 
 }  // namespace
@@ -40,14 +39,11 @@ Variables FieldVariables(const Message& message, const Field& field) {
       {"name", field.name},
       {"number", std::to_string(field.number)},
       {"tag", std::to_string(field.tag()) + "u"},
-      {"packed_tag", std::to_string(field.packed_tag()) + "u"},
       {"tag_size", std::to_string(field.tag_size())},
       {"mask", Hex(field.bit())},
       {"type", field.kind == Kind::kMessage ? field.message_type : names.type},
       {"Wire", names.wire},
-      {"WIRE", names.wire_constant},
       {"default", field.default_value},
-      {"label", "$label$"},
   };
 }
 

@@ -1,8 +1,7 @@
 // The pieces of code that one field contributes to its class, one for each family of operations.
 //
-// A rule about a field kind stands in the one function that renders that kind; the families
-// (object_model.cc, header.cc, parsing.cc, serialization.cc, merging.cc) only put the pieces of
-// all fields together.
+// A rule about a field kind stands in the one function that renders that kind; the renderers of the
+// families (renderers.h) only put the pieces of all fields together.
 #ifndef PROTOGEN_FRAGMENTS_H_
 #define PROTOGEN_FRAGMENTS_H_
 
@@ -40,15 +39,15 @@ struct Fragments {
 // Renders `field`, which belongs to `message`.
 Fragments RenderField(const Message& message, const Field& field);
 
-// The five kinds. `variables` are those of FieldVariables().
+// Render a field of one of the five kinds; `variables` are those of FieldVariables().
 Fragments RenderScalar(const Field& field, const Variables& variables);
 Fragments RenderText(const Field& field, const Variables& variables);
 Fragments RenderSubMessage(const Variables& variables);
 Fragments RenderRepeatedScalar(const Field& field, const Variables& variables);
 Fragments RenderRepeatedMessage(const Variables& variables);
 
-// What the templates of all kinds may use: class, name, number, tag, packed_tag, tag_size, mask,
-// type (the C++ value type), Wire and WIRE (the type in the names of WireFormatLite), default.
+// The variables of the templates of all kinds: class, name, number, tag, tag_size, mask, type (the
+// C++ value type), Wire (the type in the names of WireFormatLite's functions), default.
 Variables FieldVariables(const Message& message, const Field& field);
 
 // has_x() and the two private functions behind it, the same for all singular kinds.

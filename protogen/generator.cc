@@ -1,6 +1,7 @@
 #include "protogen/generator.h"
 
-#include "protogen/families.h"
+#include "protogen/renderers.h"
+#include "protogen/text.h"
 
 namespace protogen {
 namespace {
@@ -37,7 +38,7 @@ const char kSourceTop[] = R"(
 #include "calibration_common/internal/unknown_fields.h"
 #include "calibration_common/internal/writers.h"
 
-$open$
+$open_namespaces$
 using ::google::protobuf::uint32;
 using ::google::protobuf::uint8;
 using ::google::protobuf::internal::WireFormat;
@@ -85,21 +86,17 @@ GeneratedFiles Generate(const File& file) {
   files.header_name = file.base + ".pb.h";
   files.header = RenderHeader(file, messages);
 
-  std::string open, close;
-  for (const std::string& piece : file.namespaces) {
-    open.append("namespace ").append(piece).append(" {\n");
-    close.insert(0, "}  // namespace " + piece + "\n");
-  }
   files.source_name = file.base + ".pb.cc";
-  files.source = Fill(kSourceTop, {{"file", file.name}, {"base", file.base}, {"open", open}}) +
+  files.source = Fill(kSourceTop, {{"file", file.name},
+                                   {"base", file.base},
+                                   {"open_namespaces", OpenNamespaces(file.namespaces)}}) +
                  RenderRegistration(file);
   for (const RenderedMessage& rendered : messages) {
-    const std::string& name = rendered.message->name;
-    files.source += "// " + name + " " + std::string(name.size() < 95 ? 95 - name.size() : 0, '-') +
-                    "\n\n" + RenderObjectModel(rendered) + "\n" + RenderParsing(rendered) + "\n" +
-                    RenderSerialization(rendered) + "\n" + RenderMerging(rendered) + "\n";
+    files.source += SectionTitle(rendered.message->name) + "\n" + RenderObjectModel(rendered) +
+                    "\n" + RenderParsing(rendered) + "\n" + RenderSerialization(rendered) + "\n" +
+                    RenderMerging(rendered) + "\n";
   }
-  files.source += close;
+  files.source += CloseNamespaces(file.namespaces);
   files.header = FitLines(files.header);
   files.source = FitLines(files.source);
   return files;

@@ -1,6 +1,6 @@
 // The generated header: the classes, their accessors' declarations, and behind them the inline
 // definitions.
-#include "protogen/families.h"
+#include "protogen/renderers.h"
 
 namespace protogen {
 namespace {
@@ -210,32 +210,23 @@ std::string ClassDefinition(const File& file, const RenderedMessage& rendered) {
   return out + Fill(kClassBottom, variables);
 }
 
-std::string Rule(const std::string& title) {
-  return "// " + title + " " + std::string(title.size() < 95 ? 95 - title.size() : 0, '-') + "\n\n";
-}
-
 }  // namespace
 
 std::string RenderHeader(const File& file, const std::vector<RenderedMessage>& messages) {
   Variables variables = {{"file", file.name}, {"id", file.identifier}};
   variables["guard"] = "ZARVO_CALIBRATION_GENERATED_" + file.identifier + "_H_";
 
-  std::string open, close;
-  for (const std::string& piece : file.namespaces) open += "namespace " + piece + " {\n";
-  for (auto piece = file.namespaces.rbegin(); piece != file.namespaces.rend(); ++piece) {
-    close += "}  // namespace " + *piece + "\n";
-  }
-  std::string out = Fill(kTop, variables) + open + "\n";
+  std::string out = Fill(kTop, variables) + OpenNamespaces(file.namespaces) + "\n";
   for (const RenderedMessage& rendered : messages) out += "class " + rendered.message->name + ";\n";
   out += Fill(kFileFunctions, variables);
   for (const RenderedMessage& rendered : messages) out += ClassDefinition(file, rendered) + "\n";
   for (const RenderedMessage& rendered : messages) {
-    out += Rule(rendered.message->name);
+    out += SectionTitle(rendered.message->name) + "\n";
     for (const Field& field : rendered.message->fields) {
       out += "// " + field.declaration + "\n" + rendered.of(&field).definitions + "\n";
     }
   }
-  return out + close + Fill("\n#endif  // $guard$\n", variables);
+  return out + CloseNamespaces(file.namespaces) + Fill("\n#endif  // $guard$\n", variables);
 }
 
 }  // namespace protogen

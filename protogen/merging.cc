@@ -1,7 +1,7 @@
 // Merging, copying and the check for required fields.
 #include <algorithm>
 
-#include "protogen/families.h"
+#include "protogen/renderers.h"
 
 namespace protogen {
 namespace {
@@ -99,10 +99,11 @@ std::string InitializationChecks(const Message& message) {
   std::string checks;
   if (!message.required.empty()) {
     const Variables mask = {{"mask", Hex(message.required_mask())}};
-    if (message.reaching.empty()) return Fill("return (_has_bits_[0] & $mask$) == $mask$;\n", mask);
+    if (message.reaching_required.empty())
+      return Fill("return (_has_bits_[0] & $mask$) == $mask$;\n", mask);
     checks += Fill("if ((_has_bits_[0] & $mask$) != $mask$) return false;\n", mask);
   }
-  for (const Field* field : message.reaching) {
+  for (const Field* field : message.reaching_required) {
     checks +=
         Fill(field->repeated ? R"(
 for (int i = $name$_size(); --i >= 0;) {

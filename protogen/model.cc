@@ -214,7 +214,7 @@ void BuildMessage(const Descriptor& descriptor, const std::vector<Message>& earl
     if (field.is_text()) message->has_texts = true;
     if (field.kind == Kind::kMessage &&
         earlier[descriptor.field(field.index)->message_type()->index()].reaches_required) {
-      message->reaching.push_back(&field);
+      message->reaching_required.push_back(&field);
     }
     highest_number = std::max(highest_number, field.number);
   }
@@ -226,7 +226,7 @@ void BuildMessage(const Descriptor& descriptor, const std::vector<Message>& earl
       GroupsOfEight(message->fields, [](const Field& field) { return !field.repeated; });
   message->optional_groups = GroupsOfEight(
       message->fields, [](const Field& field) { return !field.repeated && !field.required; });
-  message->reaches_required = !message->required.empty() || !message->reaching.empty();
+  message->reaches_required = !message->required.empty() || !message->reaching_required.empty();
   message->tags_end = static_cast<uint32_t>(highest_number + 1) << 3;
 }
 

@@ -56,14 +56,14 @@ struct Message {
   std::vector<const Field*> sub_messages;  // singular ones, in declaration order
   std::vector<const Field*> required;
   // Up to eight fields each that are neighbours in the declaration.
-  std::vector<Group> singular_groups;  // all singular fields
-  std::vector<Group> optional_groups;  // singular fields that are not required
-  std::vector<Group> runs;             // see internal/runs.h; each of at least three
-  bool has_texts;                      // string or bytes fields
-  bool is_element;                     // the type of a repeated field
-  bool reaches_required;               // can be uninitialized
-  std::vector<const Field*> reaching;  // the fields through which it can be uninitialized
-  uint32_t tags_end;                   // above the tags of all fields, whatever their wire type
+  std::vector<Group> singular_groups;           // all singular fields
+  std::vector<Group> optional_groups;           // singular fields that are not required
+  std::vector<Group> runs;                      // see internal/runs.h; each of at least three
+  bool has_texts;                               // string or bytes fields
+  bool is_element;                              // the type of a repeated field
+  bool reaches_required;                        // can be uninitialized
+  std::vector<const Field*> reaching_required;  // the fields through which it can be uninitialized
+  uint32_t tags_end;  // above the tags of all fields, whatever their wire type
 
   uint32_t required_mask() const;
 };

@@ -1,5 +1,5 @@
 // How an object is born, cleared, swapped and destroyed.
-#include "protogen/families.h"
+#include "protogen/renderers.h"
 
 namespace protogen {
 namespace {

@@ -4,7 +4,7 @@
 // From the buffer, fields are expected in field-number order: behind each, the code tests for the
 // next one's tag and falls through to its case (the next-tag chain), and goes back to the switch
 // only for another tag.
-#include "protogen/families.h"
+#include "protogen/renderers.h"
 
 namespace protogen {
 namespace {

@@ -1,6 +1,6 @@
 // What happens once for the whole file: registering it at load, building reflection on first use,
 // and shutdown.
-#include "protogen/families.h"
+#include "protogen/renderers.h"
 
 namespace protogen {
 namespace {

@@ -1,5 +1,5 @@
 // Sizing, and writing in field-number order.
-#include "protogen/families.h"
+#include "protogen/renderers.h"
 
 namespace protogen {
 namespace {
@@ -54,58 +54,58 @@ $writes$}
                {"writes", Indent(writes, 2)}});
 }
 
-// What is written at once.
-struct Piece {
-  Group fields;
-  std::string writes;
+// Code that writes one field, or one run at once.
+struct ArrayWrite {
+  Group group;
+  std::string code;
 };
 
-std::vector<Piece> PiecesToArray(const RenderedMessage& rendered) {
+std::vector<ArrayWrite> ArrayWrites(const RenderedMessage& rendered) {
   const std::vector<const Field*>& fields = rendered.message->wire_order;
-  std::vector<Piece> pieces;
+  std::vector<ArrayWrite> writes;
   auto run = rendered.message->runs.begin();
   for (size_t i = 0; i < fields.size();) {
     if (run != rendered.message->runs.end() && run->fields.front() == fields[i]) {
       i += run->fields.size();
-      pieces.push_back({*run, WriteRun(*run, rendered)});
+      writes.push_back({*run, WriteRun(*run, rendered)});
       ++run;
     } else {
-      pieces.push_back({{fields[i]->bit(), {fields[i]}}, rendered.of(fields[i]).write_to_array});
+      writes.push_back({{fields[i]->bit(), {fields[i]}}, rendered.of(fields[i]).write_to_array});
       ++i;
     }
   }
-  return pieces;
+  return writes;
 }
 
 // Many optional fields behind others are usually all absent, or nearly all present: one test comes
 // first. Where a message begins with them, some are present, or why would it be there?
 std::string WritesToArray(const RenderedMessage& rendered) {
   const size_t kMany = 8;
-  const auto is_optional = [](const Piece& piece) {
-    const Field& field = *piece.fields.fields.front();
+  const auto is_optional = [](const ArrayWrite& write) {
+    const Field& field = *write.group.fields.front();
     return !field.repeated && !field.required;
   };
-  const std::vector<Piece> pieces = PiecesToArray(rendered);
+  const std::vector<ArrayWrite> writes = ArrayWrites(rendered);
   std::string all;
-  for (auto piece = pieces.begin(); piece != pieces.end();) {
-    std::string writes;
+  for (auto write = writes.begin(); write != writes.end();) {
+    std::string code;
     size_t count = 0;
     uint32_t mask = 0;
-    const bool optional = is_optional(*piece);
-    for (; piece != pieces.end() && is_optional(*piece) == optional; ++piece) {
-      writes += piece->writes;
-      count += piece->fields.fields.size();
-      mask |= piece->fields.mask;
+    const bool optional = is_optional(*write);
+    for (; write != writes.end() && is_optional(*write) == optional; ++write) {
+      code += write->code;
+      count += write->group.fields.size();
+      mask |= write->group.mask;
     }
     if (optional && !all.empty() && count >= kMany) {
-      writes = "if (_has_bits_[0] & " + Hex(mask) + ") {\n" + Indent(writes, 2) + "}\n";
+      code = "if (_has_bits_[0] & " + Hex(mask) + ") {\n" + Indent(code, 2) + "}\n";
     }
-    all += writes;
+    all += code;
   }
   return all;
 }
 
-// What all of the fields take together, tags included, or 0 if the size of one varies.
+// The encoded size of all of the fields together, tags included, or 0 if the size of one varies.
 int FixedSize(const std::vector<const Field*>& fields) {
   int size = 0;
   for (const Field* field : fields) {

@@ -124,6 +124,22 @@ std::string Comment(const std::vector<std::string>& lines) {
   return result;
 }
 
+std::string SectionTitle(const std::string& title) {
+  return "// " + title + " " + std::string(title.size() < 95 ? 95 - title.size() : 0, '-') + "\n";
+}
+
+std::string OpenNamespaces(const std::vector<std::string>& names) {
+  std::string lines;
+  for (const std::string& name : names) lines.append("namespace ").append(name).append(" {\n");
+  return lines;
+}
+
+std::string CloseNamespaces(const std::vector<std::string>& names) {
+  std::string lines;
+  for (const std::string& name : names) lines.insert(0, "}  // namespace " + name + "\n");
+  return lines;
+}
+
 std::string Replace(std::string text, const std::string& from, const std::string& to) {
   for (size_t at = text.find(from); at != std::string::npos; at = text.find(from, at + to.size())) {
     text.replace(at, from.size(), to);

@@ -30,6 +30,13 @@ std::string FitLines(const std::string& code);
 // Renders comment lines as // lines.
 std::string Comment(const std::vector<std::string>& lines);
 
+// A comment line that begins a section of a file.
+std::string SectionTitle(const std::string& title);
+
+// Lines that open, and close, namespaces inside each other, the outermost first.
+std::string OpenNamespaces(const std::vector<std::string>& names);
+std::string CloseNamespaces(const std::vector<std::string>& names);
+
 // Replaces every `from` in `text`.
 std::string Replace(std::string text, const std::string& from, const std::string& to);
 

@@ -277,7 +277,7 @@ message None { optional Plain a = 1; repeated Plain b = 2; }
                {"Many", "b", true},  {"Far", "a c", true}, {"None", "", false}};
   for (const auto& c : cases) {
     EXPECT_EQ(model[c.message].reaches_required, c.reaches) << c.message;
-    EXPECT_EQ(Names(model[c.message].reaching), c.through) << c.message;
+    EXPECT_EQ(Names(model[c.message].reaching_required), c.through) << c.message;
   }
 }
 

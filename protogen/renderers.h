@@ -1,7 +1,7 @@
-// The families of operations, each of which renders its part of the generated source for one
-// message or for the file.
-#ifndef PROTOGEN_FAMILIES_H_
-#define PROTOGEN_FAMILIES_H_
+// The renderers: each writes what one family of operations needs, for the file or for one message,
+// out of the pieces that the message's fields contribute (fragments.h).
+#ifndef PROTOGEN_RENDERERS_H_
+#define PROTOGEN_RENDERERS_H_
 
 #include <string>
 #include <vector>
@@ -22,8 +22,10 @@ struct RenderedMessage {
 // The public header, whole.
 std::string RenderHeader(const File& file, const std::vector<RenderedMessage>& messages);
 
-// Parts of the source.
+// The part of the source that is there once for the file.
 std::string RenderRegistration(const File& file);
+
+// The parts of the source that are there for each message.
 std::string RenderObjectModel(const RenderedMessage& rendered);
 std::string RenderParsing(const RenderedMessage& rendered);
 std::string RenderSerialization(const RenderedMessage& rendered);
@@ -31,4 +33,4 @@ std::string RenderMerging(const RenderedMessage& rendered);
 
 }  // namespace protogen
 
-#endif  // PROTOGEN_FAMILIES_H_
+#endif  // PROTOGEN_RENDERERS_H_
