@@ -32,26 +32,28 @@
 namespace zarvo {
 namespace calibration {
 
-using ::google::protobuf::uint32;
-using ::google::protobuf::uint8;
-using ::google::protobuf::internal::WireFormat;
-using ::google::protobuf::internal::WireFormatLite;
-using ::google::protobuf::io::CodedInputStream;
-using ::google::protobuf::io::CodedOutputStream;
-
 namespace {
 
-namespace internal = calibration_internal;
+namespace internal = ::zarvo::calibration_internal;
+
+// What there is once for the file, in a namespace so that no member of a class can hide it.
+namespace file {
 
 const char kSchemaPath[] = "calibration_common/calibration.proto";
 const char kSourcePath[] = "calibration_common/calibration.pb.cc";
 
-// dynamic_cast, after the usual case that a comparison of addresses settles (all but an element of a
-// block).
+// dynamic_cast, after the usual case that a comparison of addresses settles (all but an element of
+// a block).
 template <typename T>
 const T* Cast(const ::google::protobuf::Message& message) {
   return &typeid(message) == &typeid(T) ? static_cast<const T*>(&message)
                                         : dynamic_cast<const T*>(&message);
+}
+
+// Lets a default instance's member point at the default instance of its class.
+template <typename T>
+void LinkToDefaultInstance(T** member) {
+  *member = const_cast<T*>(&T::default_instance());
 }
 
 // Reports that the merge at `line` was asked to merge a message into itself. Ends the process.
@@ -60,17 +62,17 @@ const T* Cast(const ::google::protobuf::Message& message) {
       ::google::protobuf::internal::LogMessage(::google::protobuf::LOGLEVEL_FATAL, kSourcePath,
                                                __LINE__)
       << "CHECK failed: false: " << kSourcePath << ":" << line;
-  std::abort();
+  ::std::abort();
 }
 
-bool registration_done_ = false;
-internal::Once protobuf_AssignDescriptors_once_;
-internal::FileReflection<21, 111> file_reflection_;
+bool registration_done = false;
+internal::Once assign_descriptors_once;
+internal::FileReflection<21, 111> reflection;
 
-// By message index.
-const ::google::protobuf::Descriptor* descriptors_[21];
-internal::Reflection* reflections_[21];
-const ::google::protobuf::Message* default_instances_[21];
+// Arrays by message index.
+const ::google::protobuf::Descriptor* descriptors[21];
+internal::Reflection* reflections[21];
+const ::google::protobuf::Message* default_instances[21];
 
 // The canonical encoding of the file's FileDescriptorProto.
 const char kSerializedSchema[] =
@@ -147,79 +149,79 @@ const int kSerializedSchemaSize = 3480;
 static_assert(sizeof(kSerializedSchema) == kSerializedSchemaSize + 1,
               "kSerializedSchemaSize is not the size of the literals above");
 
-__attribute__((noinline)) void protobuf_AssignDescriptorsOnce() {
-  protobuf_AssignDescriptors_once_.Call(
-      &protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto);
+__attribute__((noinline)) void AssignDescriptorsOnce() {
+  assign_descriptors_once.Call(&protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto);
 }
 
-void protobuf_RegisterTypes(const std::string&) {
-  protobuf_AssignDescriptorsOnce();
+void RegisterTypes(const ::std::string&) {
+  AssignDescriptorsOnce();
   for (int i = 0; i < 21; ++i) {
-    ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(descriptors_[i],
-                                                                         default_instances_[i]);
+    ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(descriptors[i],
+                                                                         default_instances[i]);
   }
 }
 
 __attribute__((noinline)) ::google::protobuf::Metadata MetadataOf(int index) {
-  protobuf_AssignDescriptorsOnce();
+  AssignDescriptorsOnce();
   ::google::protobuf::Metadata metadata;
-  metadata.descriptor = descriptors_[index];
-  metadata.reflection = reflections_[index];
+  metadata.descriptor = descriptors[index];
+  metadata.reflection = reflections[index];
   return metadata;
 }
 
+typedef protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto Layouts;
+
+}  // namespace file
 }  // namespace
 
 // Where reflection finds what in an object: the classes' friend, since their members are private.
 struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto {
-  static const int MarkerPositionInfo_offsets_[4];
-  static const int MarkerPositionSet_offsets_[3];
-  static const int CameraIntrinsicsSamplePoints_offsets_[4];
-  static const int CameraIntrinsics_offsets_[19];
-  static const int CalibrationImage_offsets_[5];
-  static const int FocusInfoItem_offsets_[9];
-  static const int FocusInfo_offsets_[1];
-  static const int CameraExtrinsics_offsets_[1];
-  static const int CameraCalibration_offsets_[7];
-  static const int RobotCalibration_offsets_[1];
-  static const int CalibrationMetadataProto_offsets_[4];
-  static const int GyroscopeCalibrationProto_offsets_[2];
-  static const int CameraCalibrationAdjustmentProto_offsets_[2];
-  static const int BaseCalibrationProto_offsets_[5];
-  static const int FocusCheckProto_offsets_[5];
-  static const int FocusCheckSetProto_offsets_[1];
-  static const int PTZIntrinsicsItem_offsets_[9];
-  static const int PTZIntrinsics_offsets_[9];
-  static const int PanTiltSystemParameters_offsets_[15];
-  static const int PTZCameraParameters_offsets_[2];
-  static const int PTZSystemCalibration_offsets_[3];
+  static const int offsets_of_MarkerPositionInfo[4];
+  static const int offsets_of_MarkerPositionSet[3];
+  static const int offsets_of_CameraIntrinsicsSamplePoints[4];
+  static const int offsets_of_CameraIntrinsics[19];
+  static const int offsets_of_CalibrationImage[5];
+  static const int offsets_of_FocusInfoItem[9];
+  static const int offsets_of_FocusInfo[1];
+  static const int offsets_of_CameraExtrinsics[1];
+  static const int offsets_of_CameraCalibration[7];
+  static const int offsets_of_RobotCalibration[1];
+  static const int offsets_of_CalibrationMetadataProto[4];
+  static const int offsets_of_GyroscopeCalibrationProto[2];
+  static const int offsets_of_CameraCalibrationAdjustmentProto[2];
+  static const int offsets_of_BaseCalibrationProto[5];
+  static const int offsets_of_FocusCheckProto[5];
+  static const int offsets_of_FocusCheckSetProto[1];
+  static const int offsets_of_PTZIntrinsicsItem[9];
+  static const int offsets_of_PTZIntrinsics[9];
+  static const int offsets_of_PanTiltSystemParameters[15];
+  static const int offsets_of_PTZCameraParameters[2];
+  static const int offsets_of_PTZSystemCalibration[3];
   static const internal::MessageLayout kMessages[21];
 };
-
-typedef protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto Layouts;
 
 // Of classes with virtual functions and a base, offsetof is only conditionally supported; g++ and
 // clang++ do support it.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
-const int Layouts::MarkerPositionInfo_offsets_[4] = {
+const int file::Layouts::offsets_of_MarkerPositionInfo[4] = {
     __builtin_offsetof(MarkerPositionInfo, x_),
     __builtin_offsetof(MarkerPositionInfo, y_),
     __builtin_offsetof(MarkerPositionInfo, z_),
     __builtin_offsetof(MarkerPositionInfo, marker_id_),
 };
-const int Layouts::MarkerPositionSet_offsets_[3] = {
+const int file::Layouts::offsets_of_MarkerPositionSet[3] = {
     __builtin_offsetof(MarkerPositionSet, pos_),
     __builtin_offsetof(MarkerPositionSet, head_center_),
     __builtin_offsetof(MarkerPositionSet, nav_center_),
 };
-const int Layouts::CameraIntrinsicsSamplePoints_offsets_[4] = {
+const int file::Layouts::offsets_of_CameraIntrinsicsSamplePoints[4] = {
     __builtin_offsetof(CameraIntrinsicsSamplePoints, img_x_),
     __builtin_offsetof(CameraIntrinsicsSamplePoints, img_y_),
     __builtin_offsetof(CameraIntrinsicsSamplePoints, tgt_x_),
     __builtin_offsetof(CameraIntrinsicsSamplePoints, tgt_y_),
 };
-const int Layouts::CameraIntrinsics_offsets_[19] = {
+const int file::Layouts::offsets_of_CameraIntrinsics[19] = {
     __builtin_offsetof(CameraIntrinsics, fx_),
     __builtin_offsetof(CameraIntrinsics, fy_),
     __builtin_offsetof(CameraIntrinsics, skew_),
@@ -240,14 +242,14 @@ const int Layouts::CameraIntrinsics_offsets_[19] = {
     __builtin_offsetof(CameraIntrinsics, tgt_width_),
     __builtin_offsetof(CameraIntrinsics, tgt_height_),
 };
-const int Layouts::CalibrationImage_offsets_[5] = {
+const int file::Layouts::offsets_of_CalibrationImage[5] = {
     __builtin_offsetof(CalibrationImage, width_),
     __builtin_offsetof(CalibrationImage, height_),
     __builtin_offsetof(CalibrationImage, stride_),
     __builtin_offsetof(CalibrationImage, format_),
     __builtin_offsetof(CalibrationImage, imgdata_),
 };
-const int Layouts::FocusInfoItem_offsets_[9] = {
+const int file::Layouts::offsets_of_FocusInfoItem[9] = {
     __builtin_offsetof(FocusInfoItem, target_id_),
     __builtin_offsetof(FocusInfoItem, target_code_),
     __builtin_offsetof(FocusInfoItem, cutoff_threshold_),
@@ -258,13 +260,13 @@ const int Layouts::FocusInfoItem_offsets_[9] = {
     __builtin_offsetof(FocusInfoItem, valid_min_),
     __builtin_offsetof(FocusInfoItem, valid_max_),
 };
-const int Layouts::FocusInfo_offsets_[1] = {
+const int file::Layouts::offsets_of_FocusInfo[1] = {
     __builtin_offsetof(FocusInfo, focus_),
 };
-const int Layouts::CameraExtrinsics_offsets_[1] = {
+const int file::Layouts::offsets_of_CameraExtrinsics[1] = {
     __builtin_offsetof(CameraExtrinsics, a_),
 };
-const int Layouts::CameraCalibration_offsets_[7] = {
+const int file::Layouts::offsets_of_CameraCalibration[7] = {
     __builtin_offsetof(CameraCalibration, intrinsics_),
     __builtin_offsetof(CameraCalibration, intrinsics_image_),
     __builtin_offsetof(CameraCalibration, extrinsics_),
@@ -273,41 +275,41 @@ const int Layouts::CameraCalibration_offsets_[7] = {
     __builtin_offsetof(CameraCalibration, model_),
     __builtin_offsetof(CameraCalibration, serial_),
 };
-const int Layouts::RobotCalibration_offsets_[1] = {
+const int file::Layouts::offsets_of_RobotCalibration[1] = {
     __builtin_offsetof(RobotCalibration, camera_),
 };
-const int Layouts::CalibrationMetadataProto_offsets_[4] = {
+const int file::Layouts::offsets_of_CalibrationMetadataProto[4] = {
     __builtin_offsetof(CalibrationMetadataProto, time_),
     __builtin_offsetof(CalibrationMetadataProto, base_serial_),
     __builtin_offsetof(CalibrationMetadataProto, audio_serial_),
     __builtin_offsetof(CalibrationMetadataProto, temperature_),
 };
-const int Layouts::GyroscopeCalibrationProto_offsets_[2] = {
+const int file::Layouts::offsets_of_GyroscopeCalibrationProto[2] = {
     __builtin_offsetof(GyroscopeCalibrationProto, gyroscope_gain_),
     __builtin_offsetof(GyroscopeCalibrationProto, metadata_),
 };
-const int Layouts::CameraCalibrationAdjustmentProto_offsets_[2] = {
+const int file::Layouts::offsets_of_CameraCalibrationAdjustmentProto[2] = {
     __builtin_offsetof(CameraCalibrationAdjustmentProto, params_),
     __builtin_offsetof(CameraCalibrationAdjustmentProto, metadata_),
 };
-const int Layouts::BaseCalibrationProto_offsets_[5] = {
+const int file::Layouts::offsets_of_BaseCalibrationProto[5] = {
     __builtin_offsetof(BaseCalibrationProto, wheel_base_),
     __builtin_offsetof(BaseCalibrationProto, base_width_),
     __builtin_offsetof(BaseCalibrationProto, base_length_),
     __builtin_offsetof(BaseCalibrationProto, global_transform_),
     __builtin_offsetof(BaseCalibrationProto, gyroscope_cal_),
 };
-const int Layouts::FocusCheckProto_offsets_[5] = {
+const int file::Layouts::offsets_of_FocusCheckProto[5] = {
     __builtin_offsetof(FocusCheckProto, value_at_cutoff_),
     __builtin_offsetof(FocusCheckProto, cutoff_),
     __builtin_offsetof(FocusCheckProto, bins_),
     __builtin_offsetof(FocusCheckProto, name_),
     __builtin_offsetof(FocusCheckProto, ok_),
 };
-const int Layouts::FocusCheckSetProto_offsets_[1] = {
+const int file::Layouts::offsets_of_FocusCheckSetProto[1] = {
     __builtin_offsetof(FocusCheckSetProto, spots_),
 };
-const int Layouts::PTZIntrinsicsItem_offsets_[9] = {
+const int file::Layouts::offsets_of_PTZIntrinsicsItem[9] = {
     __builtin_offsetof(PTZIntrinsicsItem, zoom_),
     __builtin_offsetof(PTZIntrinsicsItem, fxy_),
     __builtin_offsetof(PTZIntrinsicsItem, cx_),
@@ -318,7 +320,7 @@ const int Layouts::PTZIntrinsicsItem_offsets_[9] = {
     __builtin_offsetof(PTZIntrinsicsItem, p2_),
     __builtin_offsetof(PTZIntrinsicsItem, error_per_point_),
 };
-const int Layouts::PTZIntrinsics_offsets_[9] = {
+const int file::Layouts::offsets_of_PTZIntrinsics[9] = {
     __builtin_offsetof(PTZIntrinsics, zx_),
     __builtin_offsetof(PTZIntrinsics, zy_),
     __builtin_offsetof(PTZIntrinsics, width_),
@@ -329,7 +331,7 @@ const int Layouts::PTZIntrinsics_offsets_[9] = {
     __builtin_offsetof(PTZIntrinsics, zoom_min_),
     __builtin_offsetof(PTZIntrinsics, zoom_max_),
 };
-const int Layouts::PanTiltSystemParameters_offsets_[15] = {
+const int file::Layouts::offsets_of_PanTiltSystemParameters[15] = {
     __builtin_offsetof(PanTiltSystemParameters, pan_ext_),
     __builtin_offsetof(PanTiltSystemParameters, tilt_ext_),
     __builtin_offsetof(PanTiltSystemParameters, device_ext_),
@@ -346,98 +348,98 @@ const int Layouts::PanTiltSystemParameters_offsets_[15] = {
     __builtin_offsetof(PanTiltSystemParameters, avg_model_error_),
     __builtin_offsetof(PanTiltSystemParameters, max_model_error_),
 };
-const int Layouts::PTZCameraParameters_offsets_[2] = {
+const int file::Layouts::offsets_of_PTZCameraParameters[2] = {
     __builtin_offsetof(PTZCameraParameters, intrinsics_),
     __builtin_offsetof(PTZCameraParameters, pan_tilt_),
 };
-const int Layouts::PTZSystemCalibration_offsets_[3] = {
+const int file::Layouts::offsets_of_PTZSystemCalibration[3] = {
     __builtin_offsetof(PTZSystemCalibration, ptz_camera_),
     __builtin_offsetof(PTZSystemCalibration, laser_),
     __builtin_offsetof(PTZSystemCalibration, other_cameras_),
 };
 
-const internal::MessageLayout Layouts::kMessages[21] = {
-    {MarkerPositionInfo_offsets_, 4,
+const internal::MessageLayout file::Layouts::kMessages[21] = {
+    {offsets_of_MarkerPositionInfo, 4,
      __builtin_offsetof(MarkerPositionInfo, _has_bits_),
      __builtin_offsetof(MarkerPositionInfo, _internal_metadata_),
      sizeof(MarkerPositionInfo)},
-    {MarkerPositionSet_offsets_, 3,
+    {offsets_of_MarkerPositionSet, 3,
      __builtin_offsetof(MarkerPositionSet, _has_bits_),
      __builtin_offsetof(MarkerPositionSet, _internal_metadata_),
      sizeof(MarkerPositionSet)},
-    {CameraIntrinsicsSamplePoints_offsets_, 4,
+    {offsets_of_CameraIntrinsicsSamplePoints, 4,
      __builtin_offsetof(CameraIntrinsicsSamplePoints, _has_bits_),
      __builtin_offsetof(CameraIntrinsicsSamplePoints, _internal_metadata_),
      sizeof(CameraIntrinsicsSamplePoints)},
-    {CameraIntrinsics_offsets_, 19,
+    {offsets_of_CameraIntrinsics, 19,
      __builtin_offsetof(CameraIntrinsics, _has_bits_),
      __builtin_offsetof(CameraIntrinsics, _internal_metadata_),
      sizeof(CameraIntrinsics)},
-    {CalibrationImage_offsets_, 5,
+    {offsets_of_CalibrationImage, 5,
      __builtin_offsetof(CalibrationImage, _has_bits_),
      __builtin_offsetof(CalibrationImage, _internal_metadata_),
      sizeof(CalibrationImage)},
-    {FocusInfoItem_offsets_, 9,
+    {offsets_of_FocusInfoItem, 9,
      __builtin_offsetof(FocusInfoItem, _has_bits_),
      __builtin_offsetof(FocusInfoItem, _internal_metadata_),
      sizeof(FocusInfoItem)},
-    {FocusInfo_offsets_, 1,
+    {offsets_of_FocusInfo, 1,
      __builtin_offsetof(FocusInfo, _has_bits_),
      __builtin_offsetof(FocusInfo, _internal_metadata_),
      sizeof(FocusInfo)},
-    {CameraExtrinsics_offsets_, 1,
+    {offsets_of_CameraExtrinsics, 1,
      __builtin_offsetof(CameraExtrinsics, _has_bits_),
      __builtin_offsetof(CameraExtrinsics, _internal_metadata_),
      sizeof(CameraExtrinsics)},
-    {CameraCalibration_offsets_, 7,
+    {offsets_of_CameraCalibration, 7,
      __builtin_offsetof(CameraCalibration, _has_bits_),
      __builtin_offsetof(CameraCalibration, _internal_metadata_),
      sizeof(CameraCalibration)},
-    {RobotCalibration_offsets_, 1,
+    {offsets_of_RobotCalibration, 1,
      __builtin_offsetof(RobotCalibration, _has_bits_),
      __builtin_offsetof(RobotCalibration, _internal_metadata_),
      sizeof(RobotCalibration)},
-    {CalibrationMetadataProto_offsets_, 4,
+    {offsets_of_CalibrationMetadataProto, 4,
      __builtin_offsetof(CalibrationMetadataProto, _has_bits_),
      __builtin_offsetof(CalibrationMetadataProto, _internal_metadata_),
      sizeof(CalibrationMetadataProto)},
-    {GyroscopeCalibrationProto_offsets_, 2,
+    {offsets_of_GyroscopeCalibrationProto, 2,
      __builtin_offsetof(GyroscopeCalibrationProto, _has_bits_),
      __builtin_offsetof(GyroscopeCalibrationProto, _internal_metadata_),
      sizeof(GyroscopeCalibrationProto)},
-    {CameraCalibrationAdjustmentProto_offsets_, 2,
+    {offsets_of_CameraCalibrationAdjustmentProto, 2,
      __builtin_offsetof(CameraCalibrationAdjustmentProto, _has_bits_),
      __builtin_offsetof(CameraCalibrationAdjustmentProto, _internal_metadata_),
      sizeof(CameraCalibrationAdjustmentProto)},
-    {BaseCalibrationProto_offsets_, 5,
+    {offsets_of_BaseCalibrationProto, 5,
      __builtin_offsetof(BaseCalibrationProto, _has_bits_),
      __builtin_offsetof(BaseCalibrationProto, _internal_metadata_),
      sizeof(BaseCalibrationProto)},
-    {FocusCheckProto_offsets_, 5,
+    {offsets_of_FocusCheckProto, 5,
      __builtin_offsetof(FocusCheckProto, _has_bits_),
      __builtin_offsetof(FocusCheckProto, _internal_metadata_),
      sizeof(FocusCheckProto)},
-    {FocusCheckSetProto_offsets_, 1,
+    {offsets_of_FocusCheckSetProto, 1,
      __builtin_offsetof(FocusCheckSetProto, _has_bits_),
      __builtin_offsetof(FocusCheckSetProto, _internal_metadata_),
      sizeof(FocusCheckSetProto)},
-    {PTZIntrinsicsItem_offsets_, 9,
+    {offsets_of_PTZIntrinsicsItem, 9,
      __builtin_offsetof(PTZIntrinsicsItem, _has_bits_),
      __builtin_offsetof(PTZIntrinsicsItem, _internal_metadata_),
      sizeof(PTZIntrinsicsItem)},
-    {PTZIntrinsics_offsets_, 9,
+    {offsets_of_PTZIntrinsics, 9,
      __builtin_offsetof(PTZIntrinsics, _has_bits_),
      __builtin_offsetof(PTZIntrinsics, _internal_metadata_),
      sizeof(PTZIntrinsics)},
-    {PanTiltSystemParameters_offsets_, 15,
+    {offsets_of_PanTiltSystemParameters, 15,
      __builtin_offsetof(PanTiltSystemParameters, _has_bits_),
      __builtin_offsetof(PanTiltSystemParameters, _internal_metadata_),
      sizeof(PanTiltSystemParameters)},
-    {PTZCameraParameters_offsets_, 2,
+    {offsets_of_PTZCameraParameters, 2,
      __builtin_offsetof(PTZCameraParameters, _has_bits_),
      __builtin_offsetof(PTZCameraParameters, _internal_metadata_),
      sizeof(PTZCameraParameters)},
-    {PTZSystemCalibration_offsets_, 3,
+    {offsets_of_PTZSystemCalibration, 3,
      __builtin_offsetof(PTZSystemCalibration, _has_bits_),
      __builtin_offsetof(PTZSystemCalibration, _internal_metadata_),
      sizeof(PTZSystemCalibration)},
@@ -445,37 +447,38 @@ const internal::MessageLayout Layouts::kMessages[21] = {
 #pragma GCC diagnostic pop
 
 __attribute__((cold)) void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto() {
-  if (registration_done_) return;
-  registration_done_ = true;
-  internal::VerifyVersion(kSourcePath);
-  ::google::protobuf::DescriptorPool::InternalAddGeneratedFile(kSerializedSchema,
-                                                               kSerializedSchemaSize);
-  file_reflection_.Register(kSchemaPath, &protobuf_RegisterTypes, Layouts::kMessages);
-  default_instances_[0] = MarkerPositionInfo::default_instance_ = new MarkerPositionInfo;
-  default_instances_[1] = MarkerPositionSet::default_instance_ = new MarkerPositionSet;
-  default_instances_[2] = CameraIntrinsicsSamplePoints::default_instance_ =
+  if (file::registration_done) return;
+  file::registration_done = true;
+  internal::VerifyVersion(file::kSourcePath);
+  ::google::protobuf::DescriptorPool::InternalAddGeneratedFile(file::kSerializedSchema,
+                                                               file::kSerializedSchemaSize);
+  file::reflection.Register(file::kSchemaPath, &file::RegisterTypes, file::Layouts::kMessages);
+  file::default_instances[0] = MarkerPositionInfo::default_instance_ = new MarkerPositionInfo;
+  file::default_instances[1] = MarkerPositionSet::default_instance_ = new MarkerPositionSet;
+  file::default_instances[2] = CameraIntrinsicsSamplePoints::default_instance_ =
       new CameraIntrinsicsSamplePoints;
-  default_instances_[3] = CameraIntrinsics::default_instance_ = new CameraIntrinsics;
-  default_instances_[4] = CalibrationImage::default_instance_ = new CalibrationImage;
-  default_instances_[5] = FocusInfoItem::default_instance_ = new FocusInfoItem;
-  default_instances_[6] = FocusInfo::default_instance_ = new FocusInfo;
-  default_instances_[7] = CameraExtrinsics::default_instance_ = new CameraExtrinsics;
-  default_instances_[8] = CameraCalibration::default_instance_ = new CameraCalibration;
-  default_instances_[9] = RobotCalibration::default_instance_ = new RobotCalibration;
-  default_instances_[10] = CalibrationMetadataProto::default_instance_ =
+  file::default_instances[3] = CameraIntrinsics::default_instance_ = new CameraIntrinsics;
+  file::default_instances[4] = CalibrationImage::default_instance_ = new CalibrationImage;
+  file::default_instances[5] = FocusInfoItem::default_instance_ = new FocusInfoItem;
+  file::default_instances[6] = FocusInfo::default_instance_ = new FocusInfo;
+  file::default_instances[7] = CameraExtrinsics::default_instance_ = new CameraExtrinsics;
+  file::default_instances[8] = CameraCalibration::default_instance_ = new CameraCalibration;
+  file::default_instances[9] = RobotCalibration::default_instance_ = new RobotCalibration;
+  file::default_instances[10] = CalibrationMetadataProto::default_instance_ =
       new CalibrationMetadataProto;
-  default_instances_[11] = GyroscopeCalibrationProto::default_instance_ =
+  file::default_instances[11] = GyroscopeCalibrationProto::default_instance_ =
       new GyroscopeCalibrationProto;
-  default_instances_[12] = CameraCalibrationAdjustmentProto::default_instance_ =
+  file::default_instances[12] = CameraCalibrationAdjustmentProto::default_instance_ =
       new CameraCalibrationAdjustmentProto;
-  default_instances_[13] = BaseCalibrationProto::default_instance_ = new BaseCalibrationProto;
-  default_instances_[14] = FocusCheckProto::default_instance_ = new FocusCheckProto;
-  default_instances_[15] = FocusCheckSetProto::default_instance_ = new FocusCheckSetProto;
-  default_instances_[16] = PTZIntrinsicsItem::default_instance_ = new PTZIntrinsicsItem;
-  default_instances_[17] = PTZIntrinsics::default_instance_ = new PTZIntrinsics;
-  default_instances_[18] = PanTiltSystemParameters::default_instance_ = new PanTiltSystemParameters;
-  default_instances_[19] = PTZCameraParameters::default_instance_ = new PTZCameraParameters;
-  default_instances_[20] = PTZSystemCalibration::default_instance_ = new PTZSystemCalibration;
+  file::default_instances[13] = BaseCalibrationProto::default_instance_ = new BaseCalibrationProto;
+  file::default_instances[14] = FocusCheckProto::default_instance_ = new FocusCheckProto;
+  file::default_instances[15] = FocusCheckSetProto::default_instance_ = new FocusCheckSetProto;
+  file::default_instances[16] = PTZIntrinsicsItem::default_instance_ = new PTZIntrinsicsItem;
+  file::default_instances[17] = PTZIntrinsics::default_instance_ = new PTZIntrinsics;
+  file::default_instances[18] = PanTiltSystemParameters::default_instance_ =
+      new PanTiltSystemParameters;
+  file::default_instances[19] = PTZCameraParameters::default_instance_ = new PTZCameraParameters;
+  file::default_instances[20] = PTZSystemCalibration::default_instance_ = new PTZSystemCalibration;
   MarkerPositionInfo::InitAsDefaultInstance();
   MarkerPositionSet::InitAsDefaultInstance();
   CameraIntrinsicsSamplePoints::InitAsDefaultInstance();
@@ -497,33 +500,33 @@ __attribute__((cold)) void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2
   PanTiltSystemParameters::InitAsDefaultInstance();
   PTZCameraParameters::InitAsDefaultInstance();
   PTZSystemCalibration::InitAsDefaultInstance();
-  file_reflection_.SetDefaultInstances(default_instances_);
+  file::reflection.SetDefaultInstances(file::default_instances);
   ::google::protobuf::internal::OnShutdown(
       &protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto);
 }
 
 void protobuf_AssignDesc_calibration_5fcommon_2fcalibration_2eproto() {
   protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
-  const ::google::protobuf::FileDescriptor* file =
-      ::google::protobuf::DescriptorPool::generated_pool()->FindFileByName(kSchemaPath);
-  if (file == nullptr) {
+  const ::google::protobuf::FileDescriptor* schema =
+      ::google::protobuf::DescriptorPool::generated_pool()->FindFileByName(file::kSchemaPath);
+  if (schema == nullptr) {
     ::google::protobuf::internal::LogFinisher() =
-        ::google::protobuf::internal::LogMessage(::google::protobuf::LOGLEVEL_FATAL, kSourcePath,
-                                                 __LINE__)
+        ::google::protobuf::internal::LogMessage(::google::protobuf::LOGLEVEL_FATAL,
+                                                 file::kSourcePath, __LINE__)
         << "CHECK failed: file != NULL: ";
   }
-  file_reflection_.BeginAssign();
+  file::reflection.BeginAssign();
   for (int i = 0; i < 21; ++i) {
-    descriptors_[i] = file->message_type(i);
-    reflections_[i] = file_reflection_.New(i, descriptors_[i], default_instances_[i],
-                                           Layouts::kMessages[i]);
+    file::descriptors[i] = schema->message_type(i);
+    file::reflections[i] = file::reflection.New(
+        i, file::descriptors[i], file::default_instances[i], file::Layouts::kMessages[i]);
   }
 }
 
 void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto() {
   for (int i = 0; i < 21; ++i) {
-    delete default_instances_[i];
-    file_reflection_.Delete(reflections_[i]);
+    delete file::default_instances[i];
+    file::reflection.Delete(file::reflections[i]);
   }
 }
 
@@ -673,11 +676,11 @@ void MarkerPositionInfo::SharedCtor() {
 void MarkerPositionInfo::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* MarkerPositionInfo::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[0];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[0];
 }
 
-::google::protobuf::Metadata MarkerPositionInfo::GetMetadata() const { return MetadataOf(0); }
+::google::protobuf::Metadata MarkerPositionInfo::GetMetadata() const { return file::MetadataOf(0); }
 
 MarkerPositionInfo* MarkerPositionInfo::New() const { return New(nullptr); }
 
@@ -696,13 +699,13 @@ void MarkerPositionInfo::Swap(MarkerPositionInfo* other) {
 }
 
 __attribute__((noinline)) void MarkerPositionInfo::InternalSwap(MarkerPositionInfo* other) {
-  std::swap(x_, other->x_);
-  std::swap(y_, other->y_);
-  std::swap(z_, other->z_);
-  std::swap(marker_id_, other->marker_id_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(x_, other->x_);
+  ::std::swap(y_, other->y_);
+  ::std::swap(z_, other->z_);
+  ::std::swap(marker_id_, other->marker_id_);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void MarkerPositionInfo::Clear() {
@@ -714,8 +717,8 @@ void MarkerPositionInfo::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* MarkerPositionInfo::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader*) {
+const internal::uint8* MarkerPositionInfo::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 13:  // x
@@ -748,34 +751,35 @@ const uint8* MarkerPositionInfo::MergeBuffered(const uint8* p, const uint8* end,
   return p;
 }
 
-__attribute__((cold)) bool MarkerPositionInfo::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool MarkerPositionInfo::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool MarkerPositionInfo::MergePartialFromCodedStream(CodedInputStream* input) {
+bool MarkerPositionInfo::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void MarkerPositionInfo::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_x()) WireFormatLite::WriteFloat(1, x(), output);
-  if (has_y()) WireFormatLite::WriteFloat(2, y(), output);
-  if (has_z()) WireFormatLite::WriteFloat(3, z(), output);
-  if (has_marker_id()) WireFormatLite::WriteInt32(4, marker_id(), output);
+void MarkerPositionInfo::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  if (has_x()) internal::WireFormatLite::WriteFloat(1, x_, output);
+  if (has_y()) internal::WireFormatLite::WriteFloat(2, y_, output);
+  if (has_z()) internal::WireFormatLite::WriteFloat(3, z_, output);
+  if (has_marker_id()) internal::WireFormatLite::WriteInt32(4, marker_id_, output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* MarkerPositionInfo::SerializeWithCachedSizesToArray(uint8* target) const {
+internal::uint8* MarkerPositionInfo::SerializeWithCachedSizesToArray(
+    internal::uint8* target) const {
   if ((_has_bits_[0] & 0x7u) == 0x7u) {
     target = internal::WriteRunToArray<13u>(target, x_, y_, z_);
   } else {
-    if (has_x()) target = WireFormatLite::WriteFloatToArray(1, x(), target);
-    if (has_y()) target = WireFormatLite::WriteFloatToArray(2, y(), target);
-    if (has_z()) target = WireFormatLite::WriteFloatToArray(3, z(), target);
+    if (has_x()) target = internal::WireFormatLite::WriteFloatToArray(1, x_, target);
+    if (has_y()) target = internal::WireFormatLite::WriteFloatToArray(2, y_, target);
+    if (has_z()) target = internal::WireFormatLite::WriteFloatToArray(3, z_, target);
   }
-  if (has_marker_id()) target = internal::WriteInt32ToArray(4, marker_id(), target);
+  if (has_marker_id()) target = internal::WriteInt32ToArray(4, marker_id_, target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -783,12 +787,12 @@ uint8* MarkerPositionInfo::SerializeWithCachedSizesToArray(uint8* target) const 
 }
 
 int MarkerPositionInfo::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if (_has_bits_[0] & 0xFu) {
     if (has_x()) total_size += 1 + 4;
     if (has_y()) total_size += 1 + 4;
     if (has_z()) total_size += 1 + 4;
-    if (has_marker_id()) total_size += 1 + internal::Int32Size(marker_id());
+    if (has_marker_id()) total_size += 1 + internal::Int32Size(marker_id_);
   }
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
@@ -798,8 +802,8 @@ int MarkerPositionInfo::ByteSize() const {
 }
 
 void MarkerPositionInfo::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const MarkerPositionInfo* source = Cast<MarkerPositionInfo>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const MarkerPositionInfo* source = file::Cast<MarkerPositionInfo>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -808,8 +812,8 @@ void MarkerPositionInfo::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void MarkerPositionInfo::MergeFrom(const MarkerPositionInfo& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const uint32 bits = from._has_bits_[0];
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if ((bits & 0xFu) == 0xFu) {
       x_ = from.x_;
@@ -873,11 +877,11 @@ void MarkerPositionSet::SharedCtor() {
 void MarkerPositionSet::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* MarkerPositionSet::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[1];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[1];
 }
 
-::google::protobuf::Metadata MarkerPositionSet::GetMetadata() const { return MetadataOf(1); }
+::google::protobuf::Metadata MarkerPositionSet::GetMetadata() const { return file::MetadataOf(1); }
 
 MarkerPositionSet* MarkerPositionSet::New() const { return New(nullptr); }
 
@@ -899,9 +903,9 @@ __attribute__((noinline)) void MarkerPositionSet::InternalSwap(MarkerPositionSet
   pos_.UnsafeArenaSwap(&other->pos_);
   head_center_.UnsafeArenaSwap(&other->head_center_);
   nav_center_.UnsafeArenaSwap(&other->nav_center_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void MarkerPositionSet::Clear() {
@@ -912,8 +916,8 @@ void MarkerPositionSet::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* MarkerPositionSet::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader* reader) {
+const internal::uint8* MarkerPositionSet::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // pos
@@ -940,8 +944,8 @@ const uint8* MarkerPositionSet::MergeBuffered(const uint8* p, const uint8* end,
   return p;
 }
 
-__attribute__((cold)) bool MarkerPositionSet::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool MarkerPositionSet::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 10:  // pos
       return internal::MessageReader::ReadElement(input, &pos_);
@@ -953,21 +957,21 @@ __attribute__((cold)) bool MarkerPositionSet::MergeLengthDelimited(uint32 tag,
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool MarkerPositionSet::MergePartialFromCodedStream(CodedInputStream* input) {
+bool MarkerPositionSet::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void MarkerPositionSet::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  for (const MarkerPositionInfo& element : pos_) internal::WriteMessage(1, element, output);
+void MarkerPositionSet::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  for (const auto& element : pos_) internal::WriteMessage(1, element, output);
   internal::WriteElements<17u>(head_center_, output);
   internal::WriteElements<25u>(nav_center_, output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* MarkerPositionSet::SerializeWithCachedSizesToArray(uint8* target) const {
-  for (const MarkerPositionInfo& element : pos_) {
+internal::uint8* MarkerPositionSet::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  for (const auto& element : pos_) {
     target = internal::WriteMessageToArray(1, element, target);
   }
   target = internal::WriteElementsToArray<17u>(head_center_, target);
@@ -979,11 +983,11 @@ uint8* MarkerPositionSet::SerializeWithCachedSizesToArray(uint8* target) const {
 }
 
 int MarkerPositionSet::ByteSize() const {
-  uint32 total_size = 0;
-  total_size += 1 * static_cast<uint32>(pos_size());
-  for (const MarkerPositionInfo& element : pos_) total_size += internal::MessageSize(element);
-  total_size += 9 * static_cast<uint32>(head_center_size());
-  total_size += 9 * static_cast<uint32>(nav_center_size());
+  internal::uint32 total_size = 0;
+  total_size += 1 * static_cast<internal::uint32>(pos_.size());
+  for (const auto& element : pos_) total_size += internal::MessageSize(element);
+  total_size += 9 * static_cast<internal::uint32>(head_center_.size());
+  total_size += 9 * static_cast<internal::uint32>(nav_center_.size());
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
@@ -992,8 +996,8 @@ int MarkerPositionSet::ByteSize() const {
 }
 
 void MarkerPositionSet::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const MarkerPositionSet* source = Cast<MarkerPositionSet>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const MarkerPositionSet* source = file::Cast<MarkerPositionSet>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -1002,7 +1006,7 @@ void MarkerPositionSet::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void MarkerPositionSet::MergeFrom(const MarkerPositionSet& from) {
-  if (&from == this) MergeFromFail(__LINE__);
+  if (&from == this) file::MergeFromFail(__LINE__);
   internal::MergeElements(from.pos_, &pos_);
   head_center_.MergeFrom(from.head_center_);
   nav_center_.MergeFrom(from.nav_center_);
@@ -1061,12 +1065,12 @@ void CameraIntrinsicsSamplePoints::SharedCtor() {
 void CameraIntrinsicsSamplePoints::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* CameraIntrinsicsSamplePoints::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[2];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[2];
 }
 
 ::google::protobuf::Metadata CameraIntrinsicsSamplePoints::GetMetadata() const {
-  return MetadataOf(2);
+  return file::MetadataOf(2);
 }
 
 CameraIntrinsicsSamplePoints* CameraIntrinsicsSamplePoints::New() const { return New(nullptr); }
@@ -1088,13 +1092,13 @@ void CameraIntrinsicsSamplePoints::Swap(CameraIntrinsicsSamplePoints* other) {
 
 __attribute__((noinline)) void CameraIntrinsicsSamplePoints::InternalSwap(
     CameraIntrinsicsSamplePoints* other) {
-  std::swap(img_x_, other->img_x_);
-  std::swap(img_y_, other->img_y_);
-  std::swap(tgt_x_, other->tgt_x_);
-  std::swap(tgt_y_, other->tgt_y_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(img_x_, other->img_x_);
+  ::std::swap(img_y_, other->img_y_);
+  ::std::swap(tgt_x_, other->tgt_x_);
+  ::std::swap(tgt_y_, other->tgt_y_);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void CameraIntrinsicsSamplePoints::Clear() {
@@ -1106,8 +1110,8 @@ void CameraIntrinsicsSamplePoints::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* CameraIntrinsicsSamplePoints::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader*) {
+const internal::uint8* CameraIntrinsicsSamplePoints::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 13:  // img_x
@@ -1140,33 +1144,35 @@ const uint8* CameraIntrinsicsSamplePoints::MergeBuffered(const uint8* p, const u
   return p;
 }
 
-__attribute__((cold)) bool CameraIntrinsicsSamplePoints::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool CameraIntrinsicsSamplePoints::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool CameraIntrinsicsSamplePoints::MergePartialFromCodedStream(CodedInputStream* input) {
+bool CameraIntrinsicsSamplePoints::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void CameraIntrinsicsSamplePoints::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_img_x()) WireFormatLite::WriteFloat(1, img_x(), output);
-  if (has_img_y()) WireFormatLite::WriteFloat(2, img_y(), output);
-  if (has_tgt_x()) WireFormatLite::WriteFloat(3, tgt_x(), output);
-  if (has_tgt_y()) WireFormatLite::WriteFloat(4, tgt_y(), output);
+void CameraIntrinsicsSamplePoints::SerializeWithCachedSizes(
+    internal::CodedOutputStream* output) const {
+  if (has_img_x()) internal::WireFormatLite::WriteFloat(1, img_x_, output);
+  if (has_img_y()) internal::WireFormatLite::WriteFloat(2, img_y_, output);
+  if (has_tgt_x()) internal::WireFormatLite::WriteFloat(3, tgt_x_, output);
+  if (has_tgt_y()) internal::WireFormatLite::WriteFloat(4, tgt_y_, output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* CameraIntrinsicsSamplePoints::SerializeWithCachedSizesToArray(uint8* target) const {
+internal::uint8* CameraIntrinsicsSamplePoints::SerializeWithCachedSizesToArray(
+    internal::uint8* target) const {
   if ((_has_bits_[0] & 0xFu) == 0xFu) {
     target = internal::WriteRunToArray<13u>(target, img_x_, img_y_, tgt_x_, tgt_y_);
   } else {
-    if (has_img_x()) target = WireFormatLite::WriteFloatToArray(1, img_x(), target);
-    if (has_img_y()) target = WireFormatLite::WriteFloatToArray(2, img_y(), target);
-    if (has_tgt_x()) target = WireFormatLite::WriteFloatToArray(3, tgt_x(), target);
-    if (has_tgt_y()) target = WireFormatLite::WriteFloatToArray(4, tgt_y(), target);
+    if (has_img_x()) target = internal::WireFormatLite::WriteFloatToArray(1, img_x_, target);
+    if (has_img_y()) target = internal::WireFormatLite::WriteFloatToArray(2, img_y_, target);
+    if (has_tgt_x()) target = internal::WireFormatLite::WriteFloatToArray(3, tgt_x_, target);
+    if (has_tgt_y()) target = internal::WireFormatLite::WriteFloatToArray(4, tgt_y_, target);
   }
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
@@ -1175,7 +1181,7 @@ uint8* CameraIntrinsicsSamplePoints::SerializeWithCachedSizesToArray(uint8* targ
 }
 
 int CameraIntrinsicsSamplePoints::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if ((_has_bits_[0] & 0xFu) == 0xFu) {
     total_size += 20;
   } else if (_has_bits_[0] & 0xFu) {
@@ -1192,8 +1198,8 @@ int CameraIntrinsicsSamplePoints::ByteSize() const {
 }
 
 void CameraIntrinsicsSamplePoints::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const CameraIntrinsicsSamplePoints* source = Cast<CameraIntrinsicsSamplePoints>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const CameraIntrinsicsSamplePoints* source = file::Cast<CameraIntrinsicsSamplePoints>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -1202,8 +1208,8 @@ void CameraIntrinsicsSamplePoints::MergeFrom(const ::google::protobuf::Message& 
 }
 
 void CameraIntrinsicsSamplePoints::MergeFrom(const CameraIntrinsicsSamplePoints& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const uint32 bits = from._has_bits_[0];
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if ((bits & 0xFu) == 0xFu) {
       img_x_ = from.img_x_;
@@ -1302,11 +1308,11 @@ void CameraIntrinsics::SharedDtor() {
 }
 
 const ::google::protobuf::Descriptor* CameraIntrinsics::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[3];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[3];
 }
 
-::google::protobuf::Metadata CameraIntrinsics::GetMetadata() const { return MetadataOf(3); }
+::google::protobuf::Metadata CameraIntrinsics::GetMetadata() const { return file::MetadataOf(3); }
 
 CameraIntrinsics* CameraIntrinsics::New() const { return New(nullptr); }
 
@@ -1325,28 +1331,28 @@ void CameraIntrinsics::Swap(CameraIntrinsics* other) {
 }
 
 __attribute__((noinline)) void CameraIntrinsics::InternalSwap(CameraIntrinsics* other) {
-  std::swap(fx_, other->fx_);
-  std::swap(fy_, other->fy_);
-  std::swap(skew_, other->skew_);
-  std::swap(cx_, other->cx_);
-  std::swap(cy_, other->cy_);
+  ::std::swap(fx_, other->fx_);
+  ::std::swap(fy_, other->fy_);
+  ::std::swap(skew_, other->skew_);
+  ::std::swap(cx_, other->cx_);
+  ::std::swap(cy_, other->cy_);
   k_.UnsafeArenaSwap(&other->k_);
   p_.UnsafeArenaSwap(&other->p_);
-  std::swap(width_, other->width_);
-  std::swap(height_, other->height_);
-  std::swap(error_per_point_, other->error_per_point_);
+  ::std::swap(width_, other->width_);
+  ::std::swap(height_, other->height_);
+  ::std::swap(error_per_point_, other->error_per_point_);
   x_bin_.Swap(&other->x_bin_);
-  std::swap(offset_x_, other->offset_x_);
-  std::swap(offset_y_, other->offset_y_);
-  std::swap(bin_center_, other->bin_center_);
-  std::swap(bin_size_, other->bin_size_);
+  ::std::swap(offset_x_, other->offset_x_);
+  ::std::swap(offset_y_, other->offset_y_);
+  ::std::swap(bin_center_, other->bin_center_);
+  ::std::swap(bin_size_, other->bin_size_);
   sample_points_.UnsafeArenaSwap(&other->sample_points_);
-  std::swap(tgt_z_, other->tgt_z_);
-  std::swap(tgt_width_, other->tgt_width_);
-  std::swap(tgt_height_, other->tgt_height_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(tgt_z_, other->tgt_z_);
+  ::std::swap(tgt_width_, other->tgt_width_);
+  ::std::swap(tgt_height_, other->tgt_height_);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void CameraIntrinsics::Clear() {
@@ -1377,8 +1383,8 @@ void CameraIntrinsics::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* CameraIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader* reader) {
+const internal::uint8* CameraIntrinsics::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader* reader) {
   while (p != end) {
     switch (internal::PeekTag(p, end)) {
       case 9:  // fx
@@ -1492,8 +1498,8 @@ const uint8* CameraIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
   return p;
 }
 
-__attribute__((cold)) bool CameraIntrinsics::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool CameraIntrinsics::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 50:  // k
       return internal::ReadPacked(input, &k_);
@@ -1507,72 +1513,78 @@ __attribute__((cold)) bool CameraIntrinsics::MergeLengthDelimited(uint32 tag,
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool CameraIntrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
+bool CameraIntrinsics::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void CameraIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_fx()) WireFormatLite::WriteDouble(1, fx(), output);
-  if (has_fy()) WireFormatLite::WriteDouble(2, fy(), output);
-  if (has_skew()) WireFormatLite::WriteDouble(3, skew(), output);
-  if (has_cx()) WireFormatLite::WriteDouble(4, cx(), output);
-  if (has_cy()) WireFormatLite::WriteDouble(5, cy(), output);
+void CameraIntrinsics::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  if (has_fx()) internal::WireFormatLite::WriteDouble(1, fx_, output);
+  if (has_fy()) internal::WireFormatLite::WriteDouble(2, fy_, output);
+  if (has_skew()) internal::WireFormatLite::WriteDouble(3, skew_, output);
+  if (has_cx()) internal::WireFormatLite::WriteDouble(4, cx_, output);
+  if (has_cy()) internal::WireFormatLite::WriteDouble(5, cy_, output);
   internal::WriteElements<49u>(k_, output);
   internal::WriteElements<57u>(p_, output);
-  if (has_width()) WireFormatLite::WriteInt32(8, width(), output);
-  if (has_height()) WireFormatLite::WriteInt32(9, height(), output);
-  if (has_error_per_point()) WireFormatLite::WriteDouble(10, error_per_point(), output);
-  if (has_x_bin()) WireFormatLite::WriteStringMaybeAliased(11, x_bin(), output);
-  if (has_offset_x()) WireFormatLite::WriteFloat(12, offset_x(), output);
-  if (has_offset_y()) WireFormatLite::WriteFloat(13, offset_y(), output);
-  if (has_bin_center()) WireFormatLite::WriteFloat(14, bin_center(), output);
-  if (has_bin_size()) WireFormatLite::WriteFloat(15, bin_size(), output);
-  for (const CameraIntrinsicsSamplePoints& element : sample_points_) {
-    internal::WriteMessage(16, element, output);
-  }
-  if (has_tgt_z()) WireFormatLite::WriteFloat(17, tgt_z(), output);
-  if (has_tgt_width()) WireFormatLite::WriteInt32(18, tgt_width(), output);
-  if (has_tgt_height()) WireFormatLite::WriteInt32(19, tgt_height(), output);
+  if (has_width()) internal::WireFormatLite::WriteInt32(8, width_, output);
+  if (has_height()) internal::WireFormatLite::WriteInt32(9, height_, output);
+  if (has_error_per_point()) internal::WireFormatLite::WriteDouble(10, error_per_point_, output);
+  if (has_x_bin()) internal::WireFormatLite::WriteStringMaybeAliased(11, x_bin_.Get(), output);
+  if (has_offset_x()) internal::WireFormatLite::WriteFloat(12, offset_x_, output);
+  if (has_offset_y()) internal::WireFormatLite::WriteFloat(13, offset_y_, output);
+  if (has_bin_center()) internal::WireFormatLite::WriteFloat(14, bin_center_, output);
+  if (has_bin_size()) internal::WireFormatLite::WriteFloat(15, bin_size_, output);
+  for (const auto& element : sample_points_) internal::WriteMessage(16, element, output);
+  if (has_tgt_z()) internal::WireFormatLite::WriteFloat(17, tgt_z_, output);
+  if (has_tgt_width()) internal::WireFormatLite::WriteInt32(18, tgt_width_, output);
+  if (has_tgt_height()) internal::WireFormatLite::WriteInt32(19, tgt_height_, output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* CameraIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
+internal::uint8* CameraIntrinsics::SerializeWithCachedSizesToArray(internal::uint8* target) const {
   if ((_has_bits_[0] & 0x1Fu) == 0x1Fu) {
     target = internal::WriteRunToArray<9u>(target, fx_, fy_, skew_, cx_, cy_);
   } else {
-    if (has_fx()) target = WireFormatLite::WriteDoubleToArray(1, fx(), target);
-    if (has_fy()) target = WireFormatLite::WriteDoubleToArray(2, fy(), target);
-    if (has_skew()) target = WireFormatLite::WriteDoubleToArray(3, skew(), target);
-    if (has_cx()) target = WireFormatLite::WriteDoubleToArray(4, cx(), target);
-    if (has_cy()) target = WireFormatLite::WriteDoubleToArray(5, cy(), target);
+    if (has_fx()) target = internal::WireFormatLite::WriteDoubleToArray(1, fx_, target);
+    if (has_fy()) target = internal::WireFormatLite::WriteDoubleToArray(2, fy_, target);
+    if (has_skew()) target = internal::WireFormatLite::WriteDoubleToArray(3, skew_, target);
+    if (has_cx()) target = internal::WireFormatLite::WriteDoubleToArray(4, cx_, target);
+    if (has_cy()) target = internal::WireFormatLite::WriteDoubleToArray(5, cy_, target);
   }
   target = internal::WriteElementsToArray<49u>(k_, target);
   target = internal::WriteElementsToArray<57u>(p_, target);
   if (_has_bits_[0] & 0x7F80u) {
-    if (has_width()) target = internal::WriteInt32ToArray(8, width(), target);
-    if (has_height()) target = internal::WriteInt32ToArray(9, height(), target);
+    if (has_width()) target = internal::WriteInt32ToArray(8, width_, target);
+    if (has_height()) target = internal::WriteInt32ToArray(9, height_, target);
     if (has_error_per_point()) {
-      target = WireFormatLite::WriteDoubleToArray(10, error_per_point(), target);
+      target = internal::WireFormatLite::WriteDoubleToArray(10, error_per_point_, target);
     }
-    if (has_x_bin()) target = internal::WriteTextToArray(11, x_bin(), target);
+    if (has_x_bin()) target = internal::WriteTextToArray(11, x_bin_.Get(), target);
     if ((_has_bits_[0] & 0x7800u) == 0x7800u) {
       target =
           internal::WriteRunToArray<101u>(target, offset_x_, offset_y_, bin_center_, bin_size_);
     } else {
-      if (has_offset_x()) target = WireFormatLite::WriteFloatToArray(12, offset_x(), target);
-      if (has_offset_y()) target = WireFormatLite::WriteFloatToArray(13, offset_y(), target);
-      if (has_bin_center()) target = WireFormatLite::WriteFloatToArray(14, bin_center(), target);
-      if (has_bin_size()) target = WireFormatLite::WriteFloatToArray(15, bin_size(), target);
+      if (has_offset_x()) {
+        target = internal::WireFormatLite::WriteFloatToArray(12, offset_x_, target);
+      }
+      if (has_offset_y()) {
+        target = internal::WireFormatLite::WriteFloatToArray(13, offset_y_, target);
+      }
+      if (has_bin_center()) {
+        target = internal::WireFormatLite::WriteFloatToArray(14, bin_center_, target);
+      }
+      if (has_bin_size()) {
+        target = internal::WireFormatLite::WriteFloatToArray(15, bin_size_, target);
+      }
     }
   }
-  for (const CameraIntrinsicsSamplePoints& element : sample_points_) {
+  for (const auto& element : sample_points_) {
     target = internal::WriteMessageToArray(16, element, target);
   }
-  if (has_tgt_z()) target = WireFormatLite::WriteFloatToArray(17, tgt_z(), target);
-  if (has_tgt_width()) target = internal::WriteInt32ToArray(18, tgt_width(), target);
-  if (has_tgt_height()) target = internal::WriteInt32ToArray(19, tgt_height(), target);
+  if (has_tgt_z()) target = internal::WireFormatLite::WriteFloatToArray(17, tgt_z_, target);
+  if (has_tgt_width()) target = internal::WriteInt32ToArray(18, tgt_width_, target);
+  if (has_tgt_height()) target = internal::WriteInt32ToArray(19, tgt_height_, target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -1580,17 +1592,17 @@ uint8* CameraIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
 }
 
 int CameraIntrinsics::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if ((_has_bits_[0] & 0x1Fu) == 0x1Fu) {
     total_size += 45;
   } else {
     total_size += RequiredFieldsByteSizeFallback();
   }
-  if (has_width()) total_size += 1 + internal::Int32Size(width());
+  if (has_width()) total_size += 1 + internal::Int32Size(width_);
   if (_has_bits_[0] & 0x7F00u) {
-    if (has_height()) total_size += 1 + internal::Int32Size(height());
+    if (has_height()) total_size += 1 + internal::Int32Size(height_);
     if (has_error_per_point()) total_size += 1 + 8;
-    if (has_x_bin()) total_size += 1 + internal::StringSize(x_bin());
+    if (has_x_bin()) total_size += 1 + internal::StringSize(x_bin_.Get());
     if (has_offset_x()) total_size += 1 + 4;
     if (has_offset_y()) total_size += 1 + 4;
     if (has_bin_center()) total_size += 1 + 4;
@@ -1598,15 +1610,13 @@ int CameraIntrinsics::ByteSize() const {
   }
   if (_has_bits_[0] & 0x70000u) {
     if (has_tgt_z()) total_size += 2 + 4;
-    if (has_tgt_width()) total_size += 2 + internal::Int32Size(tgt_width());
-    if (has_tgt_height()) total_size += 2 + internal::Int32Size(tgt_height());
+    if (has_tgt_width()) total_size += 2 + internal::Int32Size(tgt_width_);
+    if (has_tgt_height()) total_size += 2 + internal::Int32Size(tgt_height_);
   }
-  total_size += 9 * static_cast<uint32>(k_size());
-  total_size += 9 * static_cast<uint32>(p_size());
-  total_size += 2 * static_cast<uint32>(sample_points_size());
-  for (const CameraIntrinsicsSamplePoints& element : sample_points_) {
-    total_size += internal::MessageSize(element);
-  }
+  total_size += 9 * static_cast<internal::uint32>(k_.size());
+  total_size += 9 * static_cast<internal::uint32>(p_.size());
+  total_size += 2 * static_cast<internal::uint32>(sample_points_.size());
+  for (const auto& element : sample_points_) total_size += internal::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
@@ -1614,8 +1624,8 @@ int CameraIntrinsics::ByteSize() const {
   return _cached_size_;
 }
 
-uint32 CameraIntrinsics::RequiredFieldsByteSizeFallback() const {
-  uint32 total_size = 0;
+internal::uint32 CameraIntrinsics::RequiredFieldsByteSizeFallback() const {
+  internal::uint32 total_size = 0;
   if (has_fx()) total_size += 1 + 8;
   if (has_fy()) total_size += 1 + 8;
   if (has_skew()) total_size += 1 + 8;
@@ -1625,8 +1635,8 @@ uint32 CameraIntrinsics::RequiredFieldsByteSizeFallback() const {
 }
 
 void CameraIntrinsics::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const CameraIntrinsics* source = Cast<CameraIntrinsics>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const CameraIntrinsics* source = file::Cast<CameraIntrinsics>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -1635,11 +1645,11 @@ void CameraIntrinsics::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void CameraIntrinsics::MergeFrom(const CameraIntrinsics& from) {
-  if (&from == this) MergeFromFail(__LINE__);
+  if (&from == this) file::MergeFromFail(__LINE__);
   k_.MergeFrom(from.k_);
   p_.MergeFrom(from.p_);
   internal::MergeElements(from.sample_points_, &sample_points_);
-  const uint32 bits = from._has_bits_[0];
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if ((bits & 0x1Fu) == 0x1Fu) {
       fx_ = from.fx_;
@@ -1743,11 +1753,11 @@ void CalibrationImage::SharedDtor() {
 }
 
 const ::google::protobuf::Descriptor* CalibrationImage::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[4];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[4];
 }
 
-::google::protobuf::Metadata CalibrationImage::GetMetadata() const { return MetadataOf(4); }
+::google::protobuf::Metadata CalibrationImage::GetMetadata() const { return file::MetadataOf(4); }
 
 CalibrationImage* CalibrationImage::New() const { return New(nullptr); }
 
@@ -1766,14 +1776,14 @@ void CalibrationImage::Swap(CalibrationImage* other) {
 }
 
 __attribute__((noinline)) void CalibrationImage::InternalSwap(CalibrationImage* other) {
-  std::swap(width_, other->width_);
-  std::swap(height_, other->height_);
-  std::swap(stride_, other->stride_);
+  ::std::swap(width_, other->width_);
+  ::std::swap(height_, other->height_);
+  ::std::swap(stride_, other->stride_);
   format_.Swap(&other->format_);
   imgdata_.Swap(&other->imgdata_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void CalibrationImage::Clear() {
@@ -1788,8 +1798,8 @@ void CalibrationImage::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* CalibrationImage::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader*) {
+const internal::uint8* CalibrationImage::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 8:  // width
@@ -1821,8 +1831,8 @@ const uint8* CalibrationImage::MergeBuffered(const uint8* p, const uint8* end,
   return p;
 }
 
-__attribute__((cold)) bool CalibrationImage::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool CalibrationImage::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 34:  // format
       return internal::ReadString(input, mutable_format());
@@ -1832,27 +1842,27 @@ __attribute__((cold)) bool CalibrationImage::MergeLengthDelimited(uint32 tag,
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool CalibrationImage::MergePartialFromCodedStream(CodedInputStream* input) {
+bool CalibrationImage::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void CalibrationImage::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_width()) WireFormatLite::WriteInt32(1, width(), output);
-  if (has_height()) WireFormatLite::WriteInt32(2, height(), output);
-  if (has_stride()) WireFormatLite::WriteInt32(3, stride(), output);
-  if (has_format()) WireFormatLite::WriteStringMaybeAliased(4, format(), output);
-  if (has_imgdata()) WireFormatLite::WriteBytesMaybeAliased(5, imgdata(), output);
+void CalibrationImage::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  if (has_width()) internal::WireFormatLite::WriteInt32(1, width_, output);
+  if (has_height()) internal::WireFormatLite::WriteInt32(2, height_, output);
+  if (has_stride()) internal::WireFormatLite::WriteInt32(3, stride_, output);
+  if (has_format()) internal::WireFormatLite::WriteStringMaybeAliased(4, format_.Get(), output);
+  if (has_imgdata()) internal::WireFormatLite::WriteBytesMaybeAliased(5, imgdata_.Get(), output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* CalibrationImage::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_width()) target = internal::WriteInt32ToArray(1, width(), target);
-  if (has_height()) target = internal::WriteInt32ToArray(2, height(), target);
-  if (has_stride()) target = internal::WriteInt32ToArray(3, stride(), target);
-  if (has_format()) target = internal::WriteTextToArray(4, format(), target);
-  if (has_imgdata()) target = internal::WriteTextToArray(5, imgdata(), target);
+internal::uint8* CalibrationImage::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (has_width()) target = internal::WriteInt32ToArray(1, width_, target);
+  if (has_height()) target = internal::WriteInt32ToArray(2, height_, target);
+  if (has_stride()) target = internal::WriteInt32ToArray(3, stride_, target);
+  if (has_format()) target = internal::WriteTextToArray(4, format_.Get(), target);
+  if (has_imgdata()) target = internal::WriteTextToArray(5, imgdata_.Get(), target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -1860,13 +1870,13 @@ uint8* CalibrationImage::SerializeWithCachedSizesToArray(uint8* target) const {
 }
 
 int CalibrationImage::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if (_has_bits_[0] & 0x1Fu) {
-    if (has_width()) total_size += 1 + internal::Int32Size(width());
-    if (has_height()) total_size += 1 + internal::Int32Size(height());
-    if (has_stride()) total_size += 1 + internal::Int32Size(stride());
-    if (has_format()) total_size += 1 + internal::StringSize(format());
-    if (has_imgdata()) total_size += 1 + internal::StringSize(imgdata());
+    if (has_width()) total_size += 1 + internal::Int32Size(width_);
+    if (has_height()) total_size += 1 + internal::Int32Size(height_);
+    if (has_stride()) total_size += 1 + internal::Int32Size(stride_);
+    if (has_format()) total_size += 1 + internal::StringSize(format_.Get());
+    if (has_imgdata()) total_size += 1 + internal::StringSize(imgdata_.Get());
   }
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
@@ -1876,8 +1886,8 @@ int CalibrationImage::ByteSize() const {
 }
 
 void CalibrationImage::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const CalibrationImage* source = Cast<CalibrationImage>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const CalibrationImage* source = file::Cast<CalibrationImage>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -1886,8 +1896,8 @@ void CalibrationImage::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void CalibrationImage::MergeFrom(const CalibrationImage& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const uint32 bits = from._has_bits_[0];
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if (bits & 0x1u) width_ = from.width_;
     if (bits & 0x2u) height_ = from.height_;
@@ -1965,11 +1975,11 @@ void FocusInfoItem::SharedCtor() {
 void FocusInfoItem::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* FocusInfoItem::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[5];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[5];
 }
 
-::google::protobuf::Metadata FocusInfoItem::GetMetadata() const { return MetadataOf(5); }
+::google::protobuf::Metadata FocusInfoItem::GetMetadata() const { return file::MetadataOf(5); }
 
 FocusInfoItem* FocusInfoItem::New() const { return New(nullptr); }
 
@@ -1988,18 +1998,18 @@ void FocusInfoItem::Swap(FocusInfoItem* other) {
 }
 
 __attribute__((noinline)) void FocusInfoItem::InternalSwap(FocusInfoItem* other) {
-  std::swap(target_id_, other->target_id_);
-  std::swap(target_code_, other->target_code_);
-  std::swap(cutoff_threshold_, other->cutoff_threshold_);
-  std::swap(cutoff_cycles_per_pix_, other->cutoff_cycles_per_pix_);
-  std::swap(cutoff_cycles_per_mm_, other->cutoff_cycles_per_mm_);
-  std::swap(pix_per_mm_, other->pix_per_mm_);
+  ::std::swap(target_id_, other->target_id_);
+  ::std::swap(target_code_, other->target_code_);
+  ::std::swap(cutoff_threshold_, other->cutoff_threshold_);
+  ::std::swap(cutoff_cycles_per_pix_, other->cutoff_cycles_per_pix_);
+  ::std::swap(cutoff_cycles_per_mm_, other->cutoff_cycles_per_mm_);
+  ::std::swap(pix_per_mm_, other->pix_per_mm_);
   transfer_function_.UnsafeArenaSwap(&other->transfer_function_);
-  std::swap(valid_min_, other->valid_min_);
-  std::swap(valid_max_, other->valid_max_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(valid_min_, other->valid_min_);
+  ::std::swap(valid_max_, other->valid_max_);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void FocusInfoItem::Clear() {
@@ -2018,8 +2028,8 @@ void FocusInfoItem::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* FocusInfoItem::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader*) {
+const internal::uint8* FocusInfoItem::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 8:  // target_id
@@ -2086,8 +2096,8 @@ const uint8* FocusInfoItem::MergeBuffered(const uint8* p, const uint8* end,
   return p;
 }
 
-__attribute__((cold)) bool FocusInfoItem::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool FocusInfoItem::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 50:  // transfer_function
       return internal::ReadPacked(input, &transfer_function_);
@@ -2095,47 +2105,53 @@ __attribute__((cold)) bool FocusInfoItem::MergeLengthDelimited(uint32 tag,
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool FocusInfoItem::MergePartialFromCodedStream(CodedInputStream* input) {
+bool FocusInfoItem::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void FocusInfoItem::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_target_id()) WireFormatLite::WriteInt32(1, target_id(), output);
-  if (has_cutoff_threshold()) WireFormatLite::WriteFloat(2, cutoff_threshold(), output);
-  if (has_cutoff_cycles_per_pix()) WireFormatLite::WriteFloat(3, cutoff_cycles_per_pix(), output);
-  if (has_cutoff_cycles_per_mm()) WireFormatLite::WriteFloat(4, cutoff_cycles_per_mm(), output);
-  if (has_pix_per_mm()) WireFormatLite::WriteFloat(5, pix_per_mm(), output);
+void FocusInfoItem::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  if (has_target_id()) internal::WireFormatLite::WriteInt32(1, target_id_, output);
+  if (has_cutoff_threshold()) internal::WireFormatLite::WriteFloat(2, cutoff_threshold_, output);
+  if (has_cutoff_cycles_per_pix()) {
+    internal::WireFormatLite::WriteFloat(3, cutoff_cycles_per_pix_, output);
+  }
+  if (has_cutoff_cycles_per_mm()) {
+    internal::WireFormatLite::WriteFloat(4, cutoff_cycles_per_mm_, output);
+  }
+  if (has_pix_per_mm()) internal::WireFormatLite::WriteFloat(5, pix_per_mm_, output);
   internal::WriteElements<53u>(transfer_function_, output);
-  if (has_valid_min()) WireFormatLite::WriteInt32(7, valid_min(), output);
-  if (has_valid_max()) WireFormatLite::WriteInt32(8, valid_max(), output);
-  if (has_target_code()) WireFormatLite::WriteInt32(9, target_code(), output);
+  if (has_valid_min()) internal::WireFormatLite::WriteInt32(7, valid_min_, output);
+  if (has_valid_max()) internal::WireFormatLite::WriteInt32(8, valid_max_, output);
+  if (has_target_code()) internal::WireFormatLite::WriteInt32(9, target_code_, output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* FocusInfoItem::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_target_id()) target = internal::WriteInt32ToArray(1, target_id(), target);
+internal::uint8* FocusInfoItem::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (has_target_id()) target = internal::WriteInt32ToArray(1, target_id_, target);
   if ((_has_bits_[0] & 0x3Cu) == 0x3Cu) {
     target =
         internal::WriteRunToArray<21u>(target, cutoff_threshold_, cutoff_cycles_per_pix_,
             cutoff_cycles_per_mm_, pix_per_mm_);
   } else {
     if (has_cutoff_threshold()) {
-      target = WireFormatLite::WriteFloatToArray(2, cutoff_threshold(), target);
+      target = internal::WireFormatLite::WriteFloatToArray(2, cutoff_threshold_, target);
     }
     if (has_cutoff_cycles_per_pix()) {
-      target = WireFormatLite::WriteFloatToArray(3, cutoff_cycles_per_pix(), target);
+      target = internal::WireFormatLite::WriteFloatToArray(3, cutoff_cycles_per_pix_, target);
     }
     if (has_cutoff_cycles_per_mm()) {
-      target = WireFormatLite::WriteFloatToArray(4, cutoff_cycles_per_mm(), target);
+      target = internal::WireFormatLite::WriteFloatToArray(4, cutoff_cycles_per_mm_, target);
     }
-    if (has_pix_per_mm()) target = WireFormatLite::WriteFloatToArray(5, pix_per_mm(), target);
+    if (has_pix_per_mm()) {
+      target = internal::WireFormatLite::WriteFloatToArray(5, pix_per_mm_, target);
+    }
   }
   target = internal::WriteElementsToArray<53u>(transfer_function_, target);
-  if (has_valid_min()) target = internal::WriteInt32ToArray(7, valid_min(), target);
-  if (has_valid_max()) target = internal::WriteInt32ToArray(8, valid_max(), target);
-  if (has_target_code()) target = internal::WriteInt32ToArray(9, target_code(), target);
+  if (has_valid_min()) target = internal::WriteInt32ToArray(7, valid_min_, target);
+  if (has_valid_max()) target = internal::WriteInt32ToArray(8, valid_max_, target);
+  if (has_target_code()) target = internal::WriteInt32ToArray(9, target_code_, target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -2143,18 +2159,18 @@ uint8* FocusInfoItem::SerializeWithCachedSizesToArray(uint8* target) const {
 }
 
 int FocusInfoItem::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if (_has_bits_[0] & 0xBFu) {
-    if (has_target_id()) total_size += 1 + internal::Int32Size(target_id());
-    if (has_target_code()) total_size += 1 + internal::Int32Size(target_code());
+    if (has_target_id()) total_size += 1 + internal::Int32Size(target_id_);
+    if (has_target_code()) total_size += 1 + internal::Int32Size(target_code_);
     if (has_cutoff_threshold()) total_size += 1 + 4;
     if (has_cutoff_cycles_per_pix()) total_size += 1 + 4;
     if (has_cutoff_cycles_per_mm()) total_size += 1 + 4;
     if (has_pix_per_mm()) total_size += 1 + 4;
-    if (has_valid_min()) total_size += 1 + internal::Int32Size(valid_min());
+    if (has_valid_min()) total_size += 1 + internal::Int32Size(valid_min_);
   }
-  if (has_valid_max()) total_size += 1 + internal::Int32Size(valid_max());
-  total_size += 5 * static_cast<uint32>(transfer_function_size());
+  if (has_valid_max()) total_size += 1 + internal::Int32Size(valid_max_);
+  total_size += 5 * static_cast<internal::uint32>(transfer_function_.size());
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
@@ -2163,8 +2179,8 @@ int FocusInfoItem::ByteSize() const {
 }
 
 void FocusInfoItem::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const FocusInfoItem* source = Cast<FocusInfoItem>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const FocusInfoItem* source = file::Cast<FocusInfoItem>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -2173,9 +2189,9 @@ void FocusInfoItem::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void FocusInfoItem::MergeFrom(const FocusInfoItem& from) {
-  if (&from == this) MergeFromFail(__LINE__);
+  if (&from == this) file::MergeFromFail(__LINE__);
   transfer_function_.MergeFrom(from.transfer_function_);
-  const uint32 bits = from._has_bits_[0];
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if ((bits & 0xBFu) == 0xBFu) {
       target_id_ = from.target_id_;
@@ -2247,11 +2263,11 @@ void FocusInfo::SharedCtor() {
 void FocusInfo::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* FocusInfo::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[6];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[6];
 }
 
-::google::protobuf::Metadata FocusInfo::GetMetadata() const { return MetadataOf(6); }
+::google::protobuf::Metadata FocusInfo::GetMetadata() const { return file::MetadataOf(6); }
 
 FocusInfo* FocusInfo::New() const { return New(nullptr); }
 
@@ -2271,9 +2287,9 @@ void FocusInfo::Swap(FocusInfo* other) {
 
 __attribute__((noinline)) void FocusInfo::InternalSwap(FocusInfo* other) {
   focus_.UnsafeArenaSwap(&other->focus_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void FocusInfo::Clear() {
@@ -2282,8 +2298,8 @@ void FocusInfo::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* FocusInfo::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader* reader) {
+const internal::uint8* FocusInfo::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // focus
@@ -2296,7 +2312,8 @@ const uint8* FocusInfo::MergeBuffered(const uint8* p, const uint8* end,
   return p;
 }
 
-__attribute__((cold)) bool FocusInfo::MergeLengthDelimited(uint32 tag, CodedInputStream* input) {
+__attribute__((cold)) bool FocusInfo::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 10:  // focus
       return internal::MessageReader::ReadElement(input, &focus_);
@@ -2304,19 +2321,19 @@ __attribute__((cold)) bool FocusInfo::MergeLengthDelimited(uint32 tag, CodedInpu
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool FocusInfo::MergePartialFromCodedStream(CodedInputStream* input) {
+bool FocusInfo::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void FocusInfo::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  for (const FocusInfoItem& element : focus_) internal::WriteMessage(1, element, output);
+void FocusInfo::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  for (const auto& element : focus_) internal::WriteMessage(1, element, output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* FocusInfo::SerializeWithCachedSizesToArray(uint8* target) const {
-  for (const FocusInfoItem& element : focus_) {
+internal::uint8* FocusInfo::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  for (const auto& element : focus_) {
     target = internal::WriteMessageToArray(1, element, target);
   }
   if (_internal_metadata_.have_unknown_fields()) {
@@ -2326,9 +2343,9 @@ uint8* FocusInfo::SerializeWithCachedSizesToArray(uint8* target) const {
 }
 
 int FocusInfo::ByteSize() const {
-  uint32 total_size = 0;
-  total_size += 1 * static_cast<uint32>(focus_size());
-  for (const FocusInfoItem& element : focus_) total_size += internal::MessageSize(element);
+  internal::uint32 total_size = 0;
+  total_size += 1 * static_cast<internal::uint32>(focus_.size());
+  for (const auto& element : focus_) total_size += internal::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
@@ -2337,8 +2354,8 @@ int FocusInfo::ByteSize() const {
 }
 
 void FocusInfo::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const FocusInfo* source = Cast<FocusInfo>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const FocusInfo* source = file::Cast<FocusInfo>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -2347,7 +2364,7 @@ void FocusInfo::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void FocusInfo::MergeFrom(const FocusInfo& from) {
-  if (&from == this) MergeFromFail(__LINE__);
+  if (&from == this) file::MergeFromFail(__LINE__);
   internal::MergeElements(from.focus_, &focus_);
   if (from._internal_metadata_.have_unknown_fields()) {
     internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
@@ -2396,11 +2413,11 @@ void CameraExtrinsics::SharedCtor() {
 void CameraExtrinsics::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* CameraExtrinsics::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[7];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[7];
 }
 
-::google::protobuf::Metadata CameraExtrinsics::GetMetadata() const { return MetadataOf(7); }
+::google::protobuf::Metadata CameraExtrinsics::GetMetadata() const { return file::MetadataOf(7); }
 
 CameraExtrinsics* CameraExtrinsics::New() const { return New(nullptr); }
 
@@ -2420,9 +2437,9 @@ void CameraExtrinsics::Swap(CameraExtrinsics* other) {
 
 __attribute__((noinline)) void CameraExtrinsics::InternalSwap(CameraExtrinsics* other) {
   a_.UnsafeArenaSwap(&other->a_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void CameraExtrinsics::Clear() {
@@ -2431,8 +2448,8 @@ void CameraExtrinsics::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* CameraExtrinsics::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader*) {
+const internal::uint8* CameraExtrinsics::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 9:  // a
@@ -2448,8 +2465,8 @@ const uint8* CameraExtrinsics::MergeBuffered(const uint8* p, const uint8* end,
   return p;
 }
 
-__attribute__((cold)) bool CameraExtrinsics::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool CameraExtrinsics::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 10:  // a
       return internal::ReadPacked(input, &a_);
@@ -2457,18 +2474,18 @@ __attribute__((cold)) bool CameraExtrinsics::MergeLengthDelimited(uint32 tag,
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool CameraExtrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
+bool CameraExtrinsics::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void CameraExtrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
+void CameraExtrinsics::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
   internal::WriteElements<9u>(a_, output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* CameraExtrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
+internal::uint8* CameraExtrinsics::SerializeWithCachedSizesToArray(internal::uint8* target) const {
   target = internal::WriteElementsToArray<9u>(a_, target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
@@ -2477,8 +2494,8 @@ uint8* CameraExtrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
 }
 
 int CameraExtrinsics::ByteSize() const {
-  uint32 total_size = 0;
-  total_size += 9 * static_cast<uint32>(a_size());
+  internal::uint32 total_size = 0;
+  total_size += 9 * static_cast<internal::uint32>(a_.size());
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
@@ -2487,8 +2504,8 @@ int CameraExtrinsics::ByteSize() const {
 }
 
 void CameraExtrinsics::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const CameraExtrinsics* source = Cast<CameraExtrinsics>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const CameraExtrinsics* source = file::Cast<CameraExtrinsics>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -2497,7 +2514,7 @@ void CameraExtrinsics::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void CameraExtrinsics::MergeFrom(const CameraExtrinsics& from) {
-  if (&from == this) MergeFromFail(__LINE__);
+  if (&from == this) file::MergeFromFail(__LINE__);
   a_.MergeFrom(from.a_);
   if (from._internal_metadata_.have_unknown_fields()) {
     internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
@@ -2543,14 +2560,10 @@ CameraCalibration::CameraCalibration(const CameraCalibration& from) : CameraCali
 CameraCalibration::~CameraCalibration() { SharedDtor(); }
 
 void CameraCalibration::InitAsDefaultInstance() {
-  default_instance_->intrinsics_ =
-      const_cast<CameraIntrinsics*>(&CameraIntrinsics::default_instance());
-  default_instance_->intrinsics_image_ =
-      const_cast<CalibrationImage*>(&CalibrationImage::default_instance());
-  default_instance_->extrinsics_ =
-      const_cast<CameraExtrinsics*>(&CameraExtrinsics::default_instance());
-  default_instance_->extrinsics_image_ =
-      const_cast<CalibrationImage*>(&CalibrationImage::default_instance());
+  file::LinkToDefaultInstance(&default_instance_->intrinsics_);
+  file::LinkToDefaultInstance(&default_instance_->intrinsics_image_);
+  file::LinkToDefaultInstance(&default_instance_->extrinsics_);
+  file::LinkToDefaultInstance(&default_instance_->extrinsics_image_);
 }
 
 void CameraCalibration::SharedCtor() {
@@ -2579,11 +2592,11 @@ void CameraCalibration::SharedDtor() {
 }
 
 const ::google::protobuf::Descriptor* CameraCalibration::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[8];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[8];
 }
 
-::google::protobuf::Metadata CameraCalibration::GetMetadata() const { return MetadataOf(8); }
+::google::protobuf::Metadata CameraCalibration::GetMetadata() const { return file::MetadataOf(8); }
 
 CameraCalibration* CameraCalibration::New() const { return New(nullptr); }
 
@@ -2602,16 +2615,16 @@ void CameraCalibration::Swap(CameraCalibration* other) {
 }
 
 __attribute__((noinline)) void CameraCalibration::InternalSwap(CameraCalibration* other) {
-  std::swap(intrinsics_, other->intrinsics_);
-  std::swap(intrinsics_image_, other->intrinsics_image_);
-  std::swap(extrinsics_, other->extrinsics_);
-  std::swap(extrinsics_image_, other->extrinsics_image_);
+  ::std::swap(intrinsics_, other->intrinsics_);
+  ::std::swap(intrinsics_image_, other->intrinsics_image_);
+  ::std::swap(extrinsics_, other->extrinsics_);
+  ::std::swap(extrinsics_image_, other->extrinsics_image_);
   name_.Swap(&other->name_);
   model_.Swap(&other->model_);
   serial_.Swap(&other->serial_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void CameraCalibration::Clear() {
@@ -2632,8 +2645,8 @@ void CameraCalibration::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* CameraCalibration::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader* reader) {
+const internal::uint8* CameraCalibration::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // intrinsics
@@ -2674,8 +2687,8 @@ const uint8* CameraCalibration::MergeBuffered(const uint8* p, const uint8* end,
   return p;
 }
 
-__attribute__((cold)) bool CameraCalibration::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool CameraCalibration::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 10:  // intrinsics
       return internal::MessageReader::ReadMessage(input, mutable_intrinsics());
@@ -2695,31 +2708,35 @@ __attribute__((cold)) bool CameraCalibration::MergeLengthDelimited(uint32 tag,
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool CameraCalibration::MergePartialFromCodedStream(CodedInputStream* input) {
+bool CameraCalibration::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void CameraCalibration::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_intrinsics()) internal::WriteMessage(1, intrinsics(), output);
-  if (has_intrinsics_image()) internal::WriteMessage(2, intrinsics_image(), output);
-  if (has_extrinsics()) internal::WriteMessage(3, extrinsics(), output);
-  if (has_extrinsics_image()) internal::WriteMessage(4, extrinsics_image(), output);
-  if (has_name()) WireFormatLite::WriteStringMaybeAliased(5, name(), output);
-  if (has_model()) WireFormatLite::WriteStringMaybeAliased(6, model(), output);
-  if (has_serial()) WireFormatLite::WriteStringMaybeAliased(7, serial(), output);
+void CameraCalibration::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  if (has_intrinsics()) internal::WriteMessage(1, this->intrinsics(), output);
+  if (has_intrinsics_image()) internal::WriteMessage(2, this->intrinsics_image(), output);
+  if (has_extrinsics()) internal::WriteMessage(3, this->extrinsics(), output);
+  if (has_extrinsics_image()) internal::WriteMessage(4, this->extrinsics_image(), output);
+  if (has_name()) internal::WireFormatLite::WriteStringMaybeAliased(5, name_.Get(), output);
+  if (has_model()) internal::WireFormatLite::WriteStringMaybeAliased(6, model_.Get(), output);
+  if (has_serial()) internal::WireFormatLite::WriteStringMaybeAliased(7, serial_.Get(), output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* CameraCalibration::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_intrinsics()) target = internal::WriteMessageToArray(1, intrinsics(), target);
-  if (has_intrinsics_image()) target = internal::WriteMessageToArray(2, intrinsics_image(), target);
-  if (has_extrinsics()) target = internal::WriteMessageToArray(3, extrinsics(), target);
-  if (has_extrinsics_image()) target = internal::WriteMessageToArray(4, extrinsics_image(), target);
-  if (has_name()) target = internal::WriteTextToArray(5, name(), target);
-  if (has_model()) target = internal::WriteTextToArray(6, model(), target);
-  if (has_serial()) target = internal::WriteTextToArray(7, serial(), target);
+internal::uint8* CameraCalibration::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (has_intrinsics()) target = internal::WriteMessageToArray(1, this->intrinsics(), target);
+  if (has_intrinsics_image()) {
+    target = internal::WriteMessageToArray(2, this->intrinsics_image(), target);
+  }
+  if (has_extrinsics()) target = internal::WriteMessageToArray(3, this->extrinsics(), target);
+  if (has_extrinsics_image()) {
+    target = internal::WriteMessageToArray(4, this->extrinsics_image(), target);
+  }
+  if (has_name()) target = internal::WriteTextToArray(5, name_.Get(), target);
+  if (has_model()) target = internal::WriteTextToArray(6, model_.Get(), target);
+  if (has_serial()) target = internal::WriteTextToArray(7, serial_.Get(), target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -2727,15 +2744,15 @@ uint8* CameraCalibration::SerializeWithCachedSizesToArray(uint8* target) const {
 }
 
 int CameraCalibration::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if (_has_bits_[0] & 0x7Fu) {
-    if (has_intrinsics()) total_size += 1 + internal::MessageSize(intrinsics());
-    if (has_intrinsics_image()) total_size += 1 + internal::MessageSize(intrinsics_image());
-    if (has_extrinsics()) total_size += 1 + internal::MessageSize(extrinsics());
-    if (has_extrinsics_image()) total_size += 1 + internal::MessageSize(extrinsics_image());
-    if (has_name()) total_size += 1 + internal::StringSize(name());
-    if (has_model()) total_size += 1 + internal::StringSize(model());
-    if (has_serial()) total_size += 1 + internal::StringSize(serial());
+    if (has_intrinsics()) total_size += 1 + internal::MessageSize(this->intrinsics());
+    if (has_intrinsics_image()) total_size += 1 + internal::MessageSize(this->intrinsics_image());
+    if (has_extrinsics()) total_size += 1 + internal::MessageSize(this->extrinsics());
+    if (has_extrinsics_image()) total_size += 1 + internal::MessageSize(this->extrinsics_image());
+    if (has_name()) total_size += 1 + internal::StringSize(name_.Get());
+    if (has_model()) total_size += 1 + internal::StringSize(model_.Get());
+    if (has_serial()) total_size += 1 + internal::StringSize(serial_.Get());
   }
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
@@ -2745,8 +2762,8 @@ int CameraCalibration::ByteSize() const {
 }
 
 void CameraCalibration::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const CameraCalibration* source = Cast<CameraCalibration>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const CameraCalibration* source = file::Cast<CameraCalibration>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -2755,8 +2772,8 @@ void CameraCalibration::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void CameraCalibration::MergeFrom(const CameraCalibration& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const uint32 bits = from._has_bits_[0];
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if (bits & 0x1u) mutable_intrinsics()->MergeFrom(from.intrinsics());
     if (bits & 0x2u) mutable_intrinsics_image()->MergeFrom(from.intrinsics_image());
@@ -2793,7 +2810,7 @@ void CameraCalibration::CopyFrom(const CameraCalibration& from) {
 }
 
 bool CameraCalibration::IsInitialized() const {
-  if (has_intrinsics() && !intrinsics().IsInitialized()) return false;
+  if (has_intrinsics() && !this->intrinsics().IsInitialized()) return false;
   return true;
 }
 
@@ -2823,11 +2840,11 @@ void RobotCalibration::SharedCtor() {
 void RobotCalibration::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* RobotCalibration::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[9];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[9];
 }
 
-::google::protobuf::Metadata RobotCalibration::GetMetadata() const { return MetadataOf(9); }
+::google::protobuf::Metadata RobotCalibration::GetMetadata() const { return file::MetadataOf(9); }
 
 RobotCalibration* RobotCalibration::New() const { return New(nullptr); }
 
@@ -2847,9 +2864,9 @@ void RobotCalibration::Swap(RobotCalibration* other) {
 
 __attribute__((noinline)) void RobotCalibration::InternalSwap(RobotCalibration* other) {
   camera_.UnsafeArenaSwap(&other->camera_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void RobotCalibration::Clear() {
@@ -2858,8 +2875,8 @@ void RobotCalibration::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* RobotCalibration::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader* reader) {
+const internal::uint8* RobotCalibration::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // camera
@@ -2872,8 +2889,8 @@ const uint8* RobotCalibration::MergeBuffered(const uint8* p, const uint8* end,
   return p;
 }
 
-__attribute__((cold)) bool RobotCalibration::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool RobotCalibration::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 10:  // camera
       return internal::MessageReader::ReadElement(input, &camera_);
@@ -2881,19 +2898,19 @@ __attribute__((cold)) bool RobotCalibration::MergeLengthDelimited(uint32 tag,
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool RobotCalibration::MergePartialFromCodedStream(CodedInputStream* input) {
+bool RobotCalibration::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void RobotCalibration::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  for (const CameraCalibration& element : camera_) internal::WriteMessage(1, element, output);
+void RobotCalibration::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  for (const auto& element : camera_) internal::WriteMessage(1, element, output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* RobotCalibration::SerializeWithCachedSizesToArray(uint8* target) const {
-  for (const CameraCalibration& element : camera_) {
+internal::uint8* RobotCalibration::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  for (const auto& element : camera_) {
     target = internal::WriteMessageToArray(1, element, target);
   }
   if (_internal_metadata_.have_unknown_fields()) {
@@ -2903,9 +2920,9 @@ uint8* RobotCalibration::SerializeWithCachedSizesToArray(uint8* target) const {
 }
 
 int RobotCalibration::ByteSize() const {
-  uint32 total_size = 0;
-  total_size += 1 * static_cast<uint32>(camera_size());
-  for (const CameraCalibration& element : camera_) total_size += internal::MessageSize(element);
+  internal::uint32 total_size = 0;
+  total_size += 1 * static_cast<internal::uint32>(camera_.size());
+  for (const auto& element : camera_) total_size += internal::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
@@ -2914,8 +2931,8 @@ int RobotCalibration::ByteSize() const {
 }
 
 void RobotCalibration::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const RobotCalibration* source = Cast<RobotCalibration>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const RobotCalibration* source = file::Cast<RobotCalibration>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -2924,7 +2941,7 @@ void RobotCalibration::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void RobotCalibration::MergeFrom(const RobotCalibration& from) {
-  if (&from == this) MergeFromFail(__LINE__);
+  if (&from == this) file::MergeFromFail(__LINE__);
   internal::MergeElements(from.camera_, &camera_);
   if (from._internal_metadata_.have_unknown_fields()) {
     internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
@@ -2944,8 +2961,8 @@ void RobotCalibration::CopyFrom(const RobotCalibration& from) {
 }
 
 bool RobotCalibration::IsInitialized() const {
-  for (int i = camera_size(); --i >= 0;) {
-    if (!camera(i).IsInitialized()) return false;
+  for (int i = camera_.size(); --i >= 0;) {
+    if (!camera_.Get(i).IsInitialized()) return false;
   }
   return true;
 }
@@ -2988,12 +3005,12 @@ void CalibrationMetadataProto::SharedDtor() {
 }
 
 const ::google::protobuf::Descriptor* CalibrationMetadataProto::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[10];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[10];
 }
 
 ::google::protobuf::Metadata CalibrationMetadataProto::GetMetadata() const {
-  return MetadataOf(10);
+  return file::MetadataOf(10);
 }
 
 CalibrationMetadataProto* CalibrationMetadataProto::New() const { return New(nullptr); }
@@ -3014,13 +3031,13 @@ void CalibrationMetadataProto::Swap(CalibrationMetadataProto* other) {
 
 __attribute__((noinline)) void CalibrationMetadataProto::InternalSwap(
     CalibrationMetadataProto* other) {
-  std::swap(time_, other->time_);
+  ::std::swap(time_, other->time_);
   base_serial_.Swap(&other->base_serial_);
   audio_serial_.Swap(&other->audio_serial_);
-  std::swap(temperature_, other->temperature_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(temperature_, other->temperature_);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void CalibrationMetadataProto::Clear() {
@@ -3034,8 +3051,8 @@ void CalibrationMetadataProto::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* CalibrationMetadataProto::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader*) {
+const internal::uint8* CalibrationMetadataProto::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 8:  // time
@@ -3066,8 +3083,8 @@ const uint8* CalibrationMetadataProto::MergeBuffered(const uint8* p, const uint8
   return p;
 }
 
-__attribute__((cold)) bool CalibrationMetadataProto::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool CalibrationMetadataProto::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 18:  // base_serial
       return internal::ReadString(input, mutable_base_serial());
@@ -3077,25 +3094,32 @@ __attribute__((cold)) bool CalibrationMetadataProto::MergeLengthDelimited(uint32
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool CalibrationMetadataProto::MergePartialFromCodedStream(CodedInputStream* input) {
+bool CalibrationMetadataProto::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void CalibrationMetadataProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_time()) WireFormatLite::WriteInt64(1, time(), output);
-  if (has_base_serial()) WireFormatLite::WriteStringMaybeAliased(2, base_serial(), output);
-  if (has_audio_serial()) WireFormatLite::WriteStringMaybeAliased(3, audio_serial(), output);
-  if (has_temperature()) WireFormatLite::WriteFloat(4, temperature(), output);
+void CalibrationMetadataProto::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  if (has_time()) internal::WireFormatLite::WriteInt64(1, time_, output);
+  if (has_base_serial()) {
+    internal::WireFormatLite::WriteStringMaybeAliased(2, base_serial_.Get(), output);
+  }
+  if (has_audio_serial()) {
+    internal::WireFormatLite::WriteStringMaybeAliased(3, audio_serial_.Get(), output);
+  }
+  if (has_temperature()) internal::WireFormatLite::WriteFloat(4, temperature_, output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* CalibrationMetadataProto::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_time()) target = internal::WriteInt64ToArray(1, time(), target);
-  if (has_base_serial()) target = internal::WriteTextToArray(2, base_serial(), target);
-  if (has_audio_serial()) target = internal::WriteTextToArray(3, audio_serial(), target);
-  if (has_temperature()) target = WireFormatLite::WriteFloatToArray(4, temperature(), target);
+internal::uint8* CalibrationMetadataProto::SerializeWithCachedSizesToArray(
+    internal::uint8* target) const {
+  if (has_time()) target = internal::WriteInt64ToArray(1, time_, target);
+  if (has_base_serial()) target = internal::WriteTextToArray(2, base_serial_.Get(), target);
+  if (has_audio_serial()) target = internal::WriteTextToArray(3, audio_serial_.Get(), target);
+  if (has_temperature()) {
+    target = internal::WireFormatLite::WriteFloatToArray(4, temperature_, target);
+  }
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -3103,11 +3127,11 @@ uint8* CalibrationMetadataProto::SerializeWithCachedSizesToArray(uint8* target) 
 }
 
 int CalibrationMetadataProto::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if (_has_bits_[0] & 0xFu) {
-    if (has_time()) total_size += 1 + internal::Int64Size(time());
-    if (has_base_serial()) total_size += 1 + internal::StringSize(base_serial());
-    if (has_audio_serial()) total_size += 1 + internal::StringSize(audio_serial());
+    if (has_time()) total_size += 1 + internal::Int64Size(time_);
+    if (has_base_serial()) total_size += 1 + internal::StringSize(base_serial_.Get());
+    if (has_audio_serial()) total_size += 1 + internal::StringSize(audio_serial_.Get());
     if (has_temperature()) total_size += 1 + 4;
   }
   if (_internal_metadata_.have_unknown_fields()) {
@@ -3118,8 +3142,8 @@ int CalibrationMetadataProto::ByteSize() const {
 }
 
 void CalibrationMetadataProto::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const CalibrationMetadataProto* source = Cast<CalibrationMetadataProto>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const CalibrationMetadataProto* source = file::Cast<CalibrationMetadataProto>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -3128,8 +3152,8 @@ void CalibrationMetadataProto::MergeFrom(const ::google::protobuf::Message& from
 }
 
 void CalibrationMetadataProto::MergeFrom(const CalibrationMetadataProto& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const uint32 bits = from._has_bits_[0];
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if (bits & 0x1u) time_ = from.time_;
     _has_bits_[0] |= bits & 0x1u;
@@ -3184,8 +3208,7 @@ GyroscopeCalibrationProto::GyroscopeCalibrationProto(
 GyroscopeCalibrationProto::~GyroscopeCalibrationProto() { SharedDtor(); }
 
 void GyroscopeCalibrationProto::InitAsDefaultInstance() {
-  default_instance_->metadata_ =
-      const_cast<CalibrationMetadataProto*>(&CalibrationMetadataProto::default_instance());
+  file::LinkToDefaultInstance(&default_instance_->metadata_);
 }
 
 void GyroscopeCalibrationProto::SharedCtor() {
@@ -3202,12 +3225,12 @@ void GyroscopeCalibrationProto::SharedDtor() {
 }
 
 const ::google::protobuf::Descriptor* GyroscopeCalibrationProto::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[11];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[11];
 }
 
 ::google::protobuf::Metadata GyroscopeCalibrationProto::GetMetadata() const {
-  return MetadataOf(11);
+  return file::MetadataOf(11);
 }
 
 GyroscopeCalibrationProto* GyroscopeCalibrationProto::New() const { return New(nullptr); }
@@ -3228,11 +3251,11 @@ void GyroscopeCalibrationProto::Swap(GyroscopeCalibrationProto* other) {
 
 __attribute__((noinline)) void GyroscopeCalibrationProto::InternalSwap(
     GyroscopeCalibrationProto* other) {
-  std::swap(gyroscope_gain_, other->gyroscope_gain_);
-  std::swap(metadata_, other->metadata_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(gyroscope_gain_, other->gyroscope_gain_);
+  ::std::swap(metadata_, other->metadata_);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void GyroscopeCalibrationProto::Clear() {
@@ -3244,8 +3267,8 @@ void GyroscopeCalibrationProto::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* GyroscopeCalibrationProto::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader* reader) {
+const internal::uint8* GyroscopeCalibrationProto::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 13:  // gyroscope_gain
@@ -3263,8 +3286,8 @@ const uint8* GyroscopeCalibrationProto::MergeBuffered(const uint8* p, const uint
   return p;
 }
 
-__attribute__((cold)) bool GyroscopeCalibrationProto::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool GyroscopeCalibrationProto::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 18:  // metadata
       return internal::MessageReader::ReadMessage(input, mutable_metadata());
@@ -3272,21 +3295,25 @@ __attribute__((cold)) bool GyroscopeCalibrationProto::MergeLengthDelimited(uint3
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool GyroscopeCalibrationProto::MergePartialFromCodedStream(CodedInputStream* input) {
+bool GyroscopeCalibrationProto::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void GyroscopeCalibrationProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_gyroscope_gain()) WireFormatLite::WriteFloat(1, gyroscope_gain(), output);
-  if (has_metadata()) internal::WriteMessage(2, metadata(), output);
+void GyroscopeCalibrationProto::SerializeWithCachedSizes(
+    internal::CodedOutputStream* output) const {
+  if (has_gyroscope_gain()) internal::WireFormatLite::WriteFloat(1, gyroscope_gain_, output);
+  if (has_metadata()) internal::WriteMessage(2, this->metadata(), output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* GyroscopeCalibrationProto::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_gyroscope_gain()) target = WireFormatLite::WriteFloatToArray(1, gyroscope_gain(), target);
-  if (has_metadata()) target = internal::WriteMessageToArray(2, metadata(), target);
+internal::uint8* GyroscopeCalibrationProto::SerializeWithCachedSizesToArray(
+    internal::uint8* target) const {
+  if (has_gyroscope_gain()) {
+    target = internal::WireFormatLite::WriteFloatToArray(1, gyroscope_gain_, target);
+  }
+  if (has_metadata()) target = internal::WriteMessageToArray(2, this->metadata(), target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -3294,10 +3321,10 @@ uint8* GyroscopeCalibrationProto::SerializeWithCachedSizesToArray(uint8* target)
 }
 
 int GyroscopeCalibrationProto::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if (_has_bits_[0] & 0x3u) {
     if (has_gyroscope_gain()) total_size += 1 + 4;
-    if (has_metadata()) total_size += 1 + internal::MessageSize(metadata());
+    if (has_metadata()) total_size += 1 + internal::MessageSize(this->metadata());
   }
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
@@ -3307,8 +3334,8 @@ int GyroscopeCalibrationProto::ByteSize() const {
 }
 
 void GyroscopeCalibrationProto::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const GyroscopeCalibrationProto* source = Cast<GyroscopeCalibrationProto>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const GyroscopeCalibrationProto* source = file::Cast<GyroscopeCalibrationProto>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -3317,8 +3344,8 @@ void GyroscopeCalibrationProto::MergeFrom(const ::google::protobuf::Message& fro
 }
 
 void GyroscopeCalibrationProto::MergeFrom(const GyroscopeCalibrationProto& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const uint32 bits = from._has_bits_[0];
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if (bits & 0x1u) gyroscope_gain_ = from.gyroscope_gain_;
     _has_bits_[0] |= bits & 0x1u;
@@ -3364,9 +3391,8 @@ CameraCalibrationAdjustmentProto::CameraCalibrationAdjustmentProto(
 CameraCalibrationAdjustmentProto::~CameraCalibrationAdjustmentProto() { SharedDtor(); }
 
 void CameraCalibrationAdjustmentProto::InitAsDefaultInstance() {
-  default_instance_->params_ = const_cast<CameraExtrinsics*>(&CameraExtrinsics::default_instance());
-  default_instance_->metadata_ =
-      const_cast<CalibrationMetadataProto*>(&CalibrationMetadataProto::default_instance());
+  file::LinkToDefaultInstance(&default_instance_->params_);
+  file::LinkToDefaultInstance(&default_instance_->metadata_);
 }
 
 void CameraCalibrationAdjustmentProto::SharedCtor() {
@@ -3384,12 +3410,12 @@ void CameraCalibrationAdjustmentProto::SharedDtor() {
 }
 
 const ::google::protobuf::Descriptor* CameraCalibrationAdjustmentProto::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[12];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[12];
 }
 
 ::google::protobuf::Metadata CameraCalibrationAdjustmentProto::GetMetadata() const {
-  return MetadataOf(12);
+  return file::MetadataOf(12);
 }
 
 CameraCalibrationAdjustmentProto* CameraCalibrationAdjustmentProto::New() const {
@@ -3413,11 +3439,11 @@ void CameraCalibrationAdjustmentProto::Swap(CameraCalibrationAdjustmentProto* ot
 
 __attribute__((noinline)) void CameraCalibrationAdjustmentProto::InternalSwap(
     CameraCalibrationAdjustmentProto* other) {
-  std::swap(params_, other->params_);
-  std::swap(metadata_, other->metadata_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(params_, other->params_);
+  ::std::swap(metadata_, other->metadata_);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void CameraCalibrationAdjustmentProto::Clear() {
@@ -3429,8 +3455,8 @@ void CameraCalibrationAdjustmentProto::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* CameraCalibrationAdjustmentProto::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader* reader) {
+const internal::uint8* CameraCalibrationAdjustmentProto::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // params
@@ -3447,8 +3473,8 @@ const uint8* CameraCalibrationAdjustmentProto::MergeBuffered(const uint8* p, con
   return p;
 }
 
-__attribute__((cold)) bool CameraCalibrationAdjustmentProto::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool CameraCalibrationAdjustmentProto::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 10:  // params
       return internal::MessageReader::ReadMessage(input, mutable_params());
@@ -3458,21 +3484,24 @@ __attribute__((cold)) bool CameraCalibrationAdjustmentProto::MergeLengthDelimite
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool CameraCalibrationAdjustmentProto::MergePartialFromCodedStream(CodedInputStream* input) {
+bool CameraCalibrationAdjustmentProto::MergePartialFromCodedStream(
+    internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void CameraCalibrationAdjustmentProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_params()) internal::WriteMessage(1, params(), output);
-  if (has_metadata()) internal::WriteMessage(2, metadata(), output);
+void CameraCalibrationAdjustmentProto::SerializeWithCachedSizes(
+    internal::CodedOutputStream* output) const {
+  if (has_params()) internal::WriteMessage(1, this->params(), output);
+  if (has_metadata()) internal::WriteMessage(2, this->metadata(), output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* CameraCalibrationAdjustmentProto::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_params()) target = internal::WriteMessageToArray(1, params(), target);
-  if (has_metadata()) target = internal::WriteMessageToArray(2, metadata(), target);
+internal::uint8* CameraCalibrationAdjustmentProto::SerializeWithCachedSizesToArray(
+    internal::uint8* target) const {
+  if (has_params()) target = internal::WriteMessageToArray(1, this->params(), target);
+  if (has_metadata()) target = internal::WriteMessageToArray(2, this->metadata(), target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -3480,10 +3509,10 @@ uint8* CameraCalibrationAdjustmentProto::SerializeWithCachedSizesToArray(uint8* 
 }
 
 int CameraCalibrationAdjustmentProto::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if (_has_bits_[0] & 0x3u) {
-    if (has_params()) total_size += 1 + internal::MessageSize(params());
-    if (has_metadata()) total_size += 1 + internal::MessageSize(metadata());
+    if (has_params()) total_size += 1 + internal::MessageSize(this->params());
+    if (has_metadata()) total_size += 1 + internal::MessageSize(this->metadata());
   }
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
@@ -3493,8 +3522,9 @@ int CameraCalibrationAdjustmentProto::ByteSize() const {
 }
 
 void CameraCalibrationAdjustmentProto::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const CameraCalibrationAdjustmentProto* source = Cast<CameraCalibrationAdjustmentProto>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const CameraCalibrationAdjustmentProto* source =
+      file::Cast<CameraCalibrationAdjustmentProto>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -3503,8 +3533,8 @@ void CameraCalibrationAdjustmentProto::MergeFrom(const ::google::protobuf::Messa
 }
 
 void CameraCalibrationAdjustmentProto::MergeFrom(const CameraCalibrationAdjustmentProto& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const uint32 bits = from._has_bits_[0];
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if (bits & 0x1u) mutable_params()->MergeFrom(from.params());
     if (bits & 0x2u) mutable_metadata()->MergeFrom(from.metadata());
@@ -3552,11 +3582,8 @@ BaseCalibrationProto::BaseCalibrationProto(const BaseCalibrationProto& from) : B
 BaseCalibrationProto::~BaseCalibrationProto() { SharedDtor(); }
 
 void BaseCalibrationProto::InitAsDefaultInstance() {
-  default_instance_->global_transform_ =
-      const_cast<CameraCalibrationAdjustmentProto*>(
-          &CameraCalibrationAdjustmentProto::default_instance());
-  default_instance_->gyroscope_cal_ =
-      const_cast<GyroscopeCalibrationProto*>(&GyroscopeCalibrationProto::default_instance());
+  file::LinkToDefaultInstance(&default_instance_->global_transform_);
+  file::LinkToDefaultInstance(&default_instance_->gyroscope_cal_);
 }
 
 void BaseCalibrationProto::SharedCtor() {
@@ -3577,11 +3604,13 @@ void BaseCalibrationProto::SharedDtor() {
 }
 
 const ::google::protobuf::Descriptor* BaseCalibrationProto::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[13];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[13];
 }
 
-::google::protobuf::Metadata BaseCalibrationProto::GetMetadata() const { return MetadataOf(13); }
+::google::protobuf::Metadata BaseCalibrationProto::GetMetadata() const {
+  return file::MetadataOf(13);
+}
 
 BaseCalibrationProto* BaseCalibrationProto::New() const { return New(nullptr); }
 
@@ -3600,14 +3629,14 @@ void BaseCalibrationProto::Swap(BaseCalibrationProto* other) {
 }
 
 __attribute__((noinline)) void BaseCalibrationProto::InternalSwap(BaseCalibrationProto* other) {
-  std::swap(wheel_base_, other->wheel_base_);
-  std::swap(base_width_, other->base_width_);
-  std::swap(base_length_, other->base_length_);
-  std::swap(global_transform_, other->global_transform_);
-  std::swap(gyroscope_cal_, other->gyroscope_cal_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(wheel_base_, other->wheel_base_);
+  ::std::swap(base_width_, other->base_width_);
+  ::std::swap(base_length_, other->base_length_);
+  ::std::swap(global_transform_, other->global_transform_);
+  ::std::swap(gyroscope_cal_, other->gyroscope_cal_);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void BaseCalibrationProto::Clear() {
@@ -3626,8 +3655,8 @@ void BaseCalibrationProto::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* BaseCalibrationProto::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader* reader) {
+const internal::uint8* BaseCalibrationProto::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 13:  // wheel_base
@@ -3663,8 +3692,8 @@ const uint8* BaseCalibrationProto::MergeBuffered(const uint8* p, const uint8* en
   return p;
 }
 
-__attribute__((cold)) bool BaseCalibrationProto::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool BaseCalibrationProto::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 26:  // global_transform
       return internal::MessageReader::ReadMessage(input, mutable_global_transform());
@@ -3674,27 +3703,36 @@ __attribute__((cold)) bool BaseCalibrationProto::MergeLengthDelimited(uint32 tag
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool BaseCalibrationProto::MergePartialFromCodedStream(CodedInputStream* input) {
+bool BaseCalibrationProto::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void BaseCalibrationProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_wheel_base()) WireFormatLite::WriteFloat(1, wheel_base(), output);
-  if (has_base_width()) WireFormatLite::WriteFloat(2, base_width(), output);
-  if (has_global_transform()) internal::WriteMessage(3, global_transform(), output);
-  if (has_gyroscope_cal()) internal::WriteMessage(4, gyroscope_cal(), output);
-  if (has_base_length()) WireFormatLite::WriteFloat(5, base_length(), output);
+void BaseCalibrationProto::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  if (has_wheel_base()) internal::WireFormatLite::WriteFloat(1, wheel_base_, output);
+  if (has_base_width()) internal::WireFormatLite::WriteFloat(2, base_width_, output);
+  if (has_global_transform()) internal::WriteMessage(3, this->global_transform(), output);
+  if (has_gyroscope_cal()) internal::WriteMessage(4, this->gyroscope_cal(), output);
+  if (has_base_length()) internal::WireFormatLite::WriteFloat(5, base_length_, output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* BaseCalibrationProto::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_wheel_base()) target = WireFormatLite::WriteFloatToArray(1, wheel_base(), target);
-  if (has_base_width()) target = WireFormatLite::WriteFloatToArray(2, base_width(), target);
-  if (has_global_transform()) target = internal::WriteMessageToArray(3, global_transform(), target);
-  if (has_gyroscope_cal()) target = internal::WriteMessageToArray(4, gyroscope_cal(), target);
-  if (has_base_length()) target = WireFormatLite::WriteFloatToArray(5, base_length(), target);
+internal::uint8* BaseCalibrationProto::SerializeWithCachedSizesToArray(
+    internal::uint8* target) const {
+  if (has_wheel_base()) {
+    target = internal::WireFormatLite::WriteFloatToArray(1, wheel_base_, target);
+  }
+  if (has_base_width()) {
+    target = internal::WireFormatLite::WriteFloatToArray(2, base_width_, target);
+  }
+  if (has_global_transform()) {
+    target = internal::WriteMessageToArray(3, this->global_transform(), target);
+  }
+  if (has_gyroscope_cal()) target = internal::WriteMessageToArray(4, this->gyroscope_cal(), target);
+  if (has_base_length()) {
+    target = internal::WireFormatLite::WriteFloatToArray(5, base_length_, target);
+  }
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -3702,13 +3740,13 @@ uint8* BaseCalibrationProto::SerializeWithCachedSizesToArray(uint8* target) cons
 }
 
 int BaseCalibrationProto::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if (_has_bits_[0] & 0x1Fu) {
     if (has_wheel_base()) total_size += 1 + 4;
     if (has_base_width()) total_size += 1 + 4;
     if (has_base_length()) total_size += 1 + 4;
-    if (has_global_transform()) total_size += 1 + internal::MessageSize(global_transform());
-    if (has_gyroscope_cal()) total_size += 1 + internal::MessageSize(gyroscope_cal());
+    if (has_global_transform()) total_size += 1 + internal::MessageSize(this->global_transform());
+    if (has_gyroscope_cal()) total_size += 1 + internal::MessageSize(this->gyroscope_cal());
   }
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
@@ -3718,8 +3756,8 @@ int BaseCalibrationProto::ByteSize() const {
 }
 
 void BaseCalibrationProto::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const BaseCalibrationProto* source = Cast<BaseCalibrationProto>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const BaseCalibrationProto* source = file::Cast<BaseCalibrationProto>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -3728,8 +3766,8 @@ void BaseCalibrationProto::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void BaseCalibrationProto::MergeFrom(const BaseCalibrationProto& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const uint32 bits = from._has_bits_[0];
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if (bits & 0x1u) wheel_base_ = from.wheel_base_;
     if (bits & 0x2u) base_width_ = from.base_width_;
@@ -3796,11 +3834,11 @@ void FocusCheckProto::SharedDtor() {
 }
 
 const ::google::protobuf::Descriptor* FocusCheckProto::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[14];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[14];
 }
 
-::google::protobuf::Metadata FocusCheckProto::GetMetadata() const { return MetadataOf(14); }
+::google::protobuf::Metadata FocusCheckProto::GetMetadata() const { return file::MetadataOf(14); }
 
 FocusCheckProto* FocusCheckProto::New() const { return New(nullptr); }
 
@@ -3819,14 +3857,14 @@ void FocusCheckProto::Swap(FocusCheckProto* other) {
 }
 
 __attribute__((noinline)) void FocusCheckProto::InternalSwap(FocusCheckProto* other) {
-  std::swap(value_at_cutoff_, other->value_at_cutoff_);
-  std::swap(cutoff_, other->cutoff_);
+  ::std::swap(value_at_cutoff_, other->value_at_cutoff_);
+  ::std::swap(cutoff_, other->cutoff_);
   bins_.UnsafeArenaSwap(&other->bins_);
   name_.Swap(&other->name_);
-  std::swap(ok_, other->ok_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(ok_, other->ok_);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void FocusCheckProto::Clear() {
@@ -3841,8 +3879,8 @@ void FocusCheckProto::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* FocusCheckProto::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader*) {
+const internal::uint8* FocusCheckProto::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 13:  // value_at_cutoff
@@ -3877,8 +3915,8 @@ const uint8* FocusCheckProto::MergeBuffered(const uint8* p, const uint8* end,
   return p;
 }
 
-__attribute__((cold)) bool FocusCheckProto::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool FocusCheckProto::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 26:  // bins
       return internal::ReadPacked(input, &bins_);
@@ -3888,29 +3926,29 @@ __attribute__((cold)) bool FocusCheckProto::MergeLengthDelimited(uint32 tag,
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool FocusCheckProto::MergePartialFromCodedStream(CodedInputStream* input) {
+bool FocusCheckProto::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void FocusCheckProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_value_at_cutoff()) WireFormatLite::WriteFloat(1, value_at_cutoff(), output);
-  if (has_cutoff()) WireFormatLite::WriteFloat(2, cutoff(), output);
+void FocusCheckProto::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  if (has_value_at_cutoff()) internal::WireFormatLite::WriteFloat(1, value_at_cutoff_, output);
+  if (has_cutoff()) internal::WireFormatLite::WriteFloat(2, cutoff_, output);
   internal::WriteElements<29u>(bins_, output);
-  if (has_name()) WireFormatLite::WriteStringMaybeAliased(4, name(), output);
-  if (has_ok()) WireFormatLite::WriteBool(5, ok(), output);
+  if (has_name()) internal::WireFormatLite::WriteStringMaybeAliased(4, name_.Get(), output);
+  if (has_ok()) internal::WireFormatLite::WriteBool(5, ok_, output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* FocusCheckProto::SerializeWithCachedSizesToArray(uint8* target) const {
+internal::uint8* FocusCheckProto::SerializeWithCachedSizesToArray(internal::uint8* target) const {
   if (has_value_at_cutoff()) {
-    target = WireFormatLite::WriteFloatToArray(1, value_at_cutoff(), target);
+    target = internal::WireFormatLite::WriteFloatToArray(1, value_at_cutoff_, target);
   }
-  if (has_cutoff()) target = WireFormatLite::WriteFloatToArray(2, cutoff(), target);
+  if (has_cutoff()) target = internal::WireFormatLite::WriteFloatToArray(2, cutoff_, target);
   target = internal::WriteElementsToArray<29u>(bins_, target);
-  if (has_name()) target = internal::WriteTextToArray(4, name(), target);
-  if (has_ok()) target = WireFormatLite::WriteBoolToArray(5, ok(), target);
+  if (has_name()) target = internal::WriteTextToArray(4, name_.Get(), target);
+  if (has_ok()) target = internal::WireFormatLite::WriteBoolToArray(5, ok_, target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -3918,14 +3956,14 @@ uint8* FocusCheckProto::SerializeWithCachedSizesToArray(uint8* target) const {
 }
 
 int FocusCheckProto::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if (_has_bits_[0] & 0x1Bu) {
     if (has_value_at_cutoff()) total_size += 1 + 4;
     if (has_cutoff()) total_size += 1 + 4;
-    if (has_name()) total_size += 1 + internal::StringSize(name());
+    if (has_name()) total_size += 1 + internal::StringSize(name_.Get());
     if (has_ok()) total_size += 1 + 1;
   }
-  total_size += 5 * static_cast<uint32>(bins_size());
+  total_size += 5 * static_cast<internal::uint32>(bins_.size());
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
@@ -3934,8 +3972,8 @@ int FocusCheckProto::ByteSize() const {
 }
 
 void FocusCheckProto::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const FocusCheckProto* source = Cast<FocusCheckProto>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const FocusCheckProto* source = file::Cast<FocusCheckProto>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -3944,9 +3982,9 @@ void FocusCheckProto::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void FocusCheckProto::MergeFrom(const FocusCheckProto& from) {
-  if (&from == this) MergeFromFail(__LINE__);
+  if (&from == this) file::MergeFromFail(__LINE__);
   bins_.MergeFrom(from.bins_);
-  const uint32 bits = from._has_bits_[0];
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if (bits & 0x1u) value_at_cutoff_ = from.value_at_cutoff_;
     if (bits & 0x2u) cutoff_ = from.cutoff_;
@@ -4005,11 +4043,13 @@ void FocusCheckSetProto::SharedCtor() {
 void FocusCheckSetProto::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* FocusCheckSetProto::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[15];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[15];
 }
 
-::google::protobuf::Metadata FocusCheckSetProto::GetMetadata() const { return MetadataOf(15); }
+::google::protobuf::Metadata FocusCheckSetProto::GetMetadata() const {
+  return file::MetadataOf(15);
+}
 
 FocusCheckSetProto* FocusCheckSetProto::New() const { return New(nullptr); }
 
@@ -4029,9 +4069,9 @@ void FocusCheckSetProto::Swap(FocusCheckSetProto* other) {
 
 __attribute__((noinline)) void FocusCheckSetProto::InternalSwap(FocusCheckSetProto* other) {
   spots_.UnsafeArenaSwap(&other->spots_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void FocusCheckSetProto::Clear() {
@@ -4040,8 +4080,8 @@ void FocusCheckSetProto::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* FocusCheckSetProto::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader* reader) {
+const internal::uint8* FocusCheckSetProto::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // spots
@@ -4054,8 +4094,8 @@ const uint8* FocusCheckSetProto::MergeBuffered(const uint8* p, const uint8* end,
   return p;
 }
 
-__attribute__((cold)) bool FocusCheckSetProto::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool FocusCheckSetProto::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 10:  // spots
       return internal::MessageReader::ReadElement(input, &spots_);
@@ -4063,19 +4103,20 @@ __attribute__((cold)) bool FocusCheckSetProto::MergeLengthDelimited(uint32 tag,
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool FocusCheckSetProto::MergePartialFromCodedStream(CodedInputStream* input) {
+bool FocusCheckSetProto::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void FocusCheckSetProto::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  for (const FocusCheckProto& element : spots_) internal::WriteMessage(1, element, output);
+void FocusCheckSetProto::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  for (const auto& element : spots_) internal::WriteMessage(1, element, output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* FocusCheckSetProto::SerializeWithCachedSizesToArray(uint8* target) const {
-  for (const FocusCheckProto& element : spots_) {
+internal::uint8* FocusCheckSetProto::SerializeWithCachedSizesToArray(
+    internal::uint8* target) const {
+  for (const auto& element : spots_) {
     target = internal::WriteMessageToArray(1, element, target);
   }
   if (_internal_metadata_.have_unknown_fields()) {
@@ -4085,9 +4126,9 @@ uint8* FocusCheckSetProto::SerializeWithCachedSizesToArray(uint8* target) const 
 }
 
 int FocusCheckSetProto::ByteSize() const {
-  uint32 total_size = 0;
-  total_size += 1 * static_cast<uint32>(spots_size());
-  for (const FocusCheckProto& element : spots_) total_size += internal::MessageSize(element);
+  internal::uint32 total_size = 0;
+  total_size += 1 * static_cast<internal::uint32>(spots_.size());
+  for (const auto& element : spots_) total_size += internal::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
@@ -4096,8 +4137,8 @@ int FocusCheckSetProto::ByteSize() const {
 }
 
 void FocusCheckSetProto::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const FocusCheckSetProto* source = Cast<FocusCheckSetProto>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const FocusCheckSetProto* source = file::Cast<FocusCheckSetProto>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -4106,7 +4147,7 @@ void FocusCheckSetProto::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void FocusCheckSetProto::MergeFrom(const FocusCheckSetProto& from) {
-  if (&from == this) MergeFromFail(__LINE__);
+  if (&from == this) file::MergeFromFail(__LINE__);
   internal::MergeElements(from.spots_, &spots_);
   if (from._internal_metadata_.have_unknown_fields()) {
     internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
@@ -4172,11 +4213,11 @@ void PTZIntrinsicsItem::SharedCtor() {
 void PTZIntrinsicsItem::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* PTZIntrinsicsItem::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[16];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[16];
 }
 
-::google::protobuf::Metadata PTZIntrinsicsItem::GetMetadata() const { return MetadataOf(16); }
+::google::protobuf::Metadata PTZIntrinsicsItem::GetMetadata() const { return file::MetadataOf(16); }
 
 PTZIntrinsicsItem* PTZIntrinsicsItem::New() const { return New(nullptr); }
 
@@ -4195,18 +4236,18 @@ void PTZIntrinsicsItem::Swap(PTZIntrinsicsItem* other) {
 }
 
 __attribute__((noinline)) void PTZIntrinsicsItem::InternalSwap(PTZIntrinsicsItem* other) {
-  std::swap(zoom_, other->zoom_);
-  std::swap(fxy_, other->fxy_);
-  std::swap(cx_, other->cx_);
-  std::swap(cy_, other->cy_);
-  std::swap(k1_, other->k1_);
-  std::swap(k4_, other->k4_);
-  std::swap(p1_, other->p1_);
-  std::swap(p2_, other->p2_);
-  std::swap(error_per_point_, other->error_per_point_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(zoom_, other->zoom_);
+  ::std::swap(fxy_, other->fxy_);
+  ::std::swap(cx_, other->cx_);
+  ::std::swap(cy_, other->cy_);
+  ::std::swap(k1_, other->k1_);
+  ::std::swap(k4_, other->k4_);
+  ::std::swap(p1_, other->p1_);
+  ::std::swap(p2_, other->p2_);
+  ::std::swap(error_per_point_, other->error_per_point_);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void PTZIntrinsicsItem::Clear() {
@@ -4225,8 +4266,8 @@ void PTZIntrinsicsItem::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* PTZIntrinsicsItem::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader*) {
+const internal::uint8* PTZIntrinsicsItem::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader*) {
   while (p != end) {
     switch (*p) {
       case 9:  // zoom
@@ -4285,46 +4326,46 @@ const uint8* PTZIntrinsicsItem::MergeBuffered(const uint8* p, const uint8* end,
   return p;
 }
 
-__attribute__((cold)) bool PTZIntrinsicsItem::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool PTZIntrinsicsItem::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool PTZIntrinsicsItem::MergePartialFromCodedStream(CodedInputStream* input) {
+bool PTZIntrinsicsItem::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void PTZIntrinsicsItem::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_zoom()) WireFormatLite::WriteDouble(1, zoom(), output);
-  if (has_fxy()) WireFormatLite::WriteDouble(2, fxy(), output);
-  if (has_cx()) WireFormatLite::WriteDouble(3, cx(), output);
-  if (has_cy()) WireFormatLite::WriteDouble(4, cy(), output);
-  if (has_k1()) WireFormatLite::WriteDouble(5, k1(), output);
-  if (has_k4()) WireFormatLite::WriteDouble(6, k4(), output);
-  if (has_p1()) WireFormatLite::WriteDouble(7, p1(), output);
-  if (has_p2()) WireFormatLite::WriteDouble(8, p2(), output);
-  if (has_error_per_point()) WireFormatLite::WriteDouble(9, error_per_point(), output);
+void PTZIntrinsicsItem::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  if (has_zoom()) internal::WireFormatLite::WriteDouble(1, zoom_, output);
+  if (has_fxy()) internal::WireFormatLite::WriteDouble(2, fxy_, output);
+  if (has_cx()) internal::WireFormatLite::WriteDouble(3, cx_, output);
+  if (has_cy()) internal::WireFormatLite::WriteDouble(4, cy_, output);
+  if (has_k1()) internal::WireFormatLite::WriteDouble(5, k1_, output);
+  if (has_k4()) internal::WireFormatLite::WriteDouble(6, k4_, output);
+  if (has_p1()) internal::WireFormatLite::WriteDouble(7, p1_, output);
+  if (has_p2()) internal::WireFormatLite::WriteDouble(8, p2_, output);
+  if (has_error_per_point()) internal::WireFormatLite::WriteDouble(9, error_per_point_, output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* PTZIntrinsicsItem::SerializeWithCachedSizesToArray(uint8* target) const {
+internal::uint8* PTZIntrinsicsItem::SerializeWithCachedSizesToArray(internal::uint8* target) const {
   if ((_has_bits_[0] & 0x1FFu) == 0x1FFu) {
     target =
         internal::WriteRunToArray<9u>(target, zoom_, fxy_, cx_, cy_, k1_, k4_, p1_, p2_,
             error_per_point_);
   } else {
-    if (has_zoom()) target = WireFormatLite::WriteDoubleToArray(1, zoom(), target);
-    if (has_fxy()) target = WireFormatLite::WriteDoubleToArray(2, fxy(), target);
-    if (has_cx()) target = WireFormatLite::WriteDoubleToArray(3, cx(), target);
-    if (has_cy()) target = WireFormatLite::WriteDoubleToArray(4, cy(), target);
-    if (has_k1()) target = WireFormatLite::WriteDoubleToArray(5, k1(), target);
-    if (has_k4()) target = WireFormatLite::WriteDoubleToArray(6, k4(), target);
-    if (has_p1()) target = WireFormatLite::WriteDoubleToArray(7, p1(), target);
-    if (has_p2()) target = WireFormatLite::WriteDoubleToArray(8, p2(), target);
+    if (has_zoom()) target = internal::WireFormatLite::WriteDoubleToArray(1, zoom_, target);
+    if (has_fxy()) target = internal::WireFormatLite::WriteDoubleToArray(2, fxy_, target);
+    if (has_cx()) target = internal::WireFormatLite::WriteDoubleToArray(3, cx_, target);
+    if (has_cy()) target = internal::WireFormatLite::WriteDoubleToArray(4, cy_, target);
+    if (has_k1()) target = internal::WireFormatLite::WriteDoubleToArray(5, k1_, target);
+    if (has_k4()) target = internal::WireFormatLite::WriteDoubleToArray(6, k4_, target);
+    if (has_p1()) target = internal::WireFormatLite::WriteDoubleToArray(7, p1_, target);
+    if (has_p2()) target = internal::WireFormatLite::WriteDoubleToArray(8, p2_, target);
     if (has_error_per_point()) {
-      target = WireFormatLite::WriteDoubleToArray(9, error_per_point(), target);
+      target = internal::WireFormatLite::WriteDoubleToArray(9, error_per_point_, target);
     }
   }
   if (_internal_metadata_.have_unknown_fields()) {
@@ -4334,7 +4375,7 @@ uint8* PTZIntrinsicsItem::SerializeWithCachedSizesToArray(uint8* target) const {
 }
 
 int PTZIntrinsicsItem::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if ((_has_bits_[0] & 0xFFu) == 0xFFu) {
     total_size += 72;
   } else if (_has_bits_[0] & 0xFFu) {
@@ -4356,8 +4397,8 @@ int PTZIntrinsicsItem::ByteSize() const {
 }
 
 void PTZIntrinsicsItem::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const PTZIntrinsicsItem* source = Cast<PTZIntrinsicsItem>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const PTZIntrinsicsItem* source = file::Cast<PTZIntrinsicsItem>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -4366,8 +4407,8 @@ void PTZIntrinsicsItem::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void PTZIntrinsicsItem::MergeFrom(const PTZIntrinsicsItem& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const uint32 bits = from._has_bits_[0];
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if ((bits & 0xFFu) == 0xFFu) {
       zoom_ = from.zoom_;
@@ -4457,11 +4498,11 @@ void PTZIntrinsics::SharedCtor() {
 void PTZIntrinsics::SharedDtor() {}
 
 const ::google::protobuf::Descriptor* PTZIntrinsics::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[17];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[17];
 }
 
-::google::protobuf::Metadata PTZIntrinsics::GetMetadata() const { return MetadataOf(17); }
+::google::protobuf::Metadata PTZIntrinsics::GetMetadata() const { return file::MetadataOf(17); }
 
 PTZIntrinsics* PTZIntrinsics::New() const { return New(nullptr); }
 
@@ -4480,18 +4521,18 @@ void PTZIntrinsics::Swap(PTZIntrinsics* other) {
 }
 
 __attribute__((noinline)) void PTZIntrinsics::InternalSwap(PTZIntrinsics* other) {
-  std::swap(zx_, other->zx_);
-  std::swap(zy_, other->zy_);
-  std::swap(width_, other->width_);
-  std::swap(height_, other->height_);
+  ::std::swap(zx_, other->zx_);
+  ::std::swap(zy_, other->zy_);
+  ::std::swap(width_, other->width_);
+  ::std::swap(height_, other->height_);
   samples_.UnsafeArenaSwap(&other->samples_);
-  std::swap(samples_zoom0_, other->samples_zoom0_);
-  std::swap(samples_zoom_step_, other->samples_zoom_step_);
-  std::swap(zoom_min_, other->zoom_min_);
-  std::swap(zoom_max_, other->zoom_max_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(samples_zoom0_, other->samples_zoom0_);
+  ::std::swap(samples_zoom_step_, other->samples_zoom_step_);
+  ::std::swap(zoom_min_, other->zoom_min_);
+  ::std::swap(zoom_max_, other->zoom_max_);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void PTZIntrinsics::Clear() {
@@ -4510,8 +4551,8 @@ void PTZIntrinsics::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* PTZIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader* reader) {
+const internal::uint8* PTZIntrinsics::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 9:  // zx
@@ -4564,8 +4605,8 @@ const uint8* PTZIntrinsics::MergeBuffered(const uint8* p, const uint8* end,
   return p;
 }
 
-__attribute__((cold)) bool PTZIntrinsics::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool PTZIntrinsics::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 42:  // samples
       return internal::MessageReader::ReadElement(input, &samples_);
@@ -4573,37 +4614,37 @@ __attribute__((cold)) bool PTZIntrinsics::MergeLengthDelimited(uint32 tag,
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool PTZIntrinsics::MergePartialFromCodedStream(CodedInputStream* input) {
+bool PTZIntrinsics::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void PTZIntrinsics::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_zx()) WireFormatLite::WriteDouble(1, zx(), output);
-  if (has_zy()) WireFormatLite::WriteDouble(2, zy(), output);
-  if (has_width()) WireFormatLite::WriteInt32(3, width(), output);
-  if (has_height()) WireFormatLite::WriteInt32(4, height(), output);
-  for (const PTZIntrinsicsItem& element : samples_) internal::WriteMessage(5, element, output);
-  if (has_samples_zoom0()) WireFormatLite::WriteInt32(6, samples_zoom0(), output);
-  if (has_samples_zoom_step()) WireFormatLite::WriteInt32(7, samples_zoom_step(), output);
-  if (has_zoom_min()) WireFormatLite::WriteInt32(8, zoom_min(), output);
-  if (has_zoom_max()) WireFormatLite::WriteInt32(9, zoom_max(), output);
+void PTZIntrinsics::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  if (has_zx()) internal::WireFormatLite::WriteDouble(1, zx_, output);
+  if (has_zy()) internal::WireFormatLite::WriteDouble(2, zy_, output);
+  if (has_width()) internal::WireFormatLite::WriteInt32(3, width_, output);
+  if (has_height()) internal::WireFormatLite::WriteInt32(4, height_, output);
+  for (const auto& element : samples_) internal::WriteMessage(5, element, output);
+  if (has_samples_zoom0()) internal::WireFormatLite::WriteInt32(6, samples_zoom0_, output);
+  if (has_samples_zoom_step()) internal::WireFormatLite::WriteInt32(7, samples_zoom_step_, output);
+  if (has_zoom_min()) internal::WireFormatLite::WriteInt32(8, zoom_min_, output);
+  if (has_zoom_max()) internal::WireFormatLite::WriteInt32(9, zoom_max_, output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* PTZIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_zx()) target = WireFormatLite::WriteDoubleToArray(1, zx(), target);
-  if (has_zy()) target = WireFormatLite::WriteDoubleToArray(2, zy(), target);
-  if (has_width()) target = internal::WriteInt32ToArray(3, width(), target);
-  if (has_height()) target = internal::WriteInt32ToArray(4, height(), target);
-  for (const PTZIntrinsicsItem& element : samples_) {
+internal::uint8* PTZIntrinsics::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (has_zx()) target = internal::WireFormatLite::WriteDoubleToArray(1, zx_, target);
+  if (has_zy()) target = internal::WireFormatLite::WriteDoubleToArray(2, zy_, target);
+  if (has_width()) target = internal::WriteInt32ToArray(3, width_, target);
+  if (has_height()) target = internal::WriteInt32ToArray(4, height_, target);
+  for (const auto& element : samples_) {
     target = internal::WriteMessageToArray(5, element, target);
   }
-  if (has_samples_zoom0()) target = internal::WriteInt32ToArray(6, samples_zoom0(), target);
-  if (has_samples_zoom_step()) target = internal::WriteInt32ToArray(7, samples_zoom_step(), target);
-  if (has_zoom_min()) target = internal::WriteInt32ToArray(8, zoom_min(), target);
-  if (has_zoom_max()) target = internal::WriteInt32ToArray(9, zoom_max(), target);
+  if (has_samples_zoom0()) target = internal::WriteInt32ToArray(6, samples_zoom0_, target);
+  if (has_samples_zoom_step()) target = internal::WriteInt32ToArray(7, samples_zoom_step_, target);
+  if (has_zoom_min()) target = internal::WriteInt32ToArray(8, zoom_min_, target);
+  if (has_zoom_max()) target = internal::WriteInt32ToArray(9, zoom_max_, target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -4611,19 +4652,19 @@ uint8* PTZIntrinsics::SerializeWithCachedSizesToArray(uint8* target) const {
 }
 
 int PTZIntrinsics::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if (_has_bits_[0] & 0xEFu) {
     if (has_zx()) total_size += 1 + 8;
     if (has_zy()) total_size += 1 + 8;
-    if (has_width()) total_size += 1 + internal::Int32Size(width());
-    if (has_height()) total_size += 1 + internal::Int32Size(height());
-    if (has_samples_zoom0()) total_size += 1 + internal::Int32Size(samples_zoom0());
-    if (has_samples_zoom_step()) total_size += 1 + internal::Int32Size(samples_zoom_step());
-    if (has_zoom_min()) total_size += 1 + internal::Int32Size(zoom_min());
+    if (has_width()) total_size += 1 + internal::Int32Size(width_);
+    if (has_height()) total_size += 1 + internal::Int32Size(height_);
+    if (has_samples_zoom0()) total_size += 1 + internal::Int32Size(samples_zoom0_);
+    if (has_samples_zoom_step()) total_size += 1 + internal::Int32Size(samples_zoom_step_);
+    if (has_zoom_min()) total_size += 1 + internal::Int32Size(zoom_min_);
   }
-  if (has_zoom_max()) total_size += 1 + internal::Int32Size(zoom_max());
-  total_size += 1 * static_cast<uint32>(samples_size());
-  for (const PTZIntrinsicsItem& element : samples_) total_size += internal::MessageSize(element);
+  if (has_zoom_max()) total_size += 1 + internal::Int32Size(zoom_max_);
+  total_size += 1 * static_cast<internal::uint32>(samples_.size());
+  for (const auto& element : samples_) total_size += internal::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
@@ -4632,8 +4673,8 @@ int PTZIntrinsics::ByteSize() const {
 }
 
 void PTZIntrinsics::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const PTZIntrinsics* source = Cast<PTZIntrinsics>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const PTZIntrinsics* source = file::Cast<PTZIntrinsics>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -4642,9 +4683,9 @@ void PTZIntrinsics::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void PTZIntrinsics::MergeFrom(const PTZIntrinsics& from) {
-  if (&from == this) MergeFromFail(__LINE__);
+  if (&from == this) file::MergeFromFail(__LINE__);
   internal::MergeElements(from.samples_, &samples_);
-  const uint32 bits = from._has_bits_[0];
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if ((bits & 0xEFu) == 0xEFu) {
       zx_ = from.zx_;
@@ -4722,12 +4763,9 @@ PanTiltSystemParameters::PanTiltSystemParameters(
 PanTiltSystemParameters::~PanTiltSystemParameters() { SharedDtor(); }
 
 void PanTiltSystemParameters::InitAsDefaultInstance() {
-  default_instance_->pan_ext_ =
-      const_cast<CameraExtrinsics*>(&CameraExtrinsics::default_instance());
-  default_instance_->tilt_ext_ =
-      const_cast<CameraExtrinsics*>(&CameraExtrinsics::default_instance());
-  default_instance_->device_ext_ =
-      const_cast<CameraExtrinsics*>(&CameraExtrinsics::default_instance());
+  file::LinkToDefaultInstance(&default_instance_->pan_ext_);
+  file::LinkToDefaultInstance(&default_instance_->tilt_ext_);
+  file::LinkToDefaultInstance(&default_instance_->device_ext_);
 }
 
 void PanTiltSystemParameters::SharedCtor() {
@@ -4759,11 +4797,13 @@ void PanTiltSystemParameters::SharedDtor() {
 }
 
 const ::google::protobuf::Descriptor* PanTiltSystemParameters::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[18];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[18];
 }
 
-::google::protobuf::Metadata PanTiltSystemParameters::GetMetadata() const { return MetadataOf(18); }
+::google::protobuf::Metadata PanTiltSystemParameters::GetMetadata() const {
+  return file::MetadataOf(18);
+}
 
 PanTiltSystemParameters* PanTiltSystemParameters::New() const { return New(nullptr); }
 
@@ -4783,24 +4823,24 @@ void PanTiltSystemParameters::Swap(PanTiltSystemParameters* other) {
 
 __attribute__((noinline)) void PanTiltSystemParameters::InternalSwap(
     PanTiltSystemParameters* other) {
-  std::swap(pan_ext_, other->pan_ext_);
-  std::swap(tilt_ext_, other->tilt_ext_);
-  std::swap(device_ext_, other->device_ext_);
-  std::swap(rads_per_pan_unit_, other->rads_per_pan_unit_);
-  std::swap(rads_per_tilt_unit_, other->rads_per_tilt_unit_);
-  std::swap(pan_offset_, other->pan_offset_);
-  std::swap(tilt_offset_, other->tilt_offset_);
-  std::swap(pan_min_, other->pan_min_);
-  std::swap(pan_max_, other->pan_max_);
-  std::swap(tilt_min_, other->tilt_min_);
-  std::swap(tilt_max_, other->tilt_max_);
-  std::swap(max_pan_speed_, other->max_pan_speed_);
-  std::swap(max_tilt_speed_, other->max_tilt_speed_);
-  std::swap(avg_model_error_, other->avg_model_error_);
-  std::swap(max_model_error_, other->max_model_error_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(pan_ext_, other->pan_ext_);
+  ::std::swap(tilt_ext_, other->tilt_ext_);
+  ::std::swap(device_ext_, other->device_ext_);
+  ::std::swap(rads_per_pan_unit_, other->rads_per_pan_unit_);
+  ::std::swap(rads_per_tilt_unit_, other->rads_per_tilt_unit_);
+  ::std::swap(pan_offset_, other->pan_offset_);
+  ::std::swap(tilt_offset_, other->tilt_offset_);
+  ::std::swap(pan_min_, other->pan_min_);
+  ::std::swap(pan_max_, other->pan_max_);
+  ::std::swap(tilt_min_, other->tilt_min_);
+  ::std::swap(tilt_max_, other->tilt_max_);
+  ::std::swap(max_pan_speed_, other->max_pan_speed_);
+  ::std::swap(max_tilt_speed_, other->max_tilt_speed_);
+  ::std::swap(avg_model_error_, other->avg_model_error_);
+  ::std::swap(max_model_error_, other->max_model_error_);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void PanTiltSystemParameters::Clear() {
@@ -4827,8 +4867,8 @@ void PanTiltSystemParameters::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* PanTiltSystemParameters::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader* reader) {
+const internal::uint8* PanTiltSystemParameters::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // pan_ext
@@ -4914,8 +4954,8 @@ const uint8* PanTiltSystemParameters::MergeBuffered(const uint8* p, const uint8*
   return p;
 }
 
-__attribute__((cold)) bool PanTiltSystemParameters::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool PanTiltSystemParameters::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 10:  // pan_ext
       return internal::MessageReader::ReadMessage(input, mutable_pan_ext());
@@ -4927,60 +4967,67 @@ __attribute__((cold)) bool PanTiltSystemParameters::MergeLengthDelimited(uint32 
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool PanTiltSystemParameters::MergePartialFromCodedStream(CodedInputStream* input) {
+bool PanTiltSystemParameters::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void PanTiltSystemParameters::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_pan_ext()) internal::WriteMessage(1, pan_ext(), output);
-  if (has_tilt_ext()) internal::WriteMessage(2, tilt_ext(), output);
-  if (has_device_ext()) internal::WriteMessage(3, device_ext(), output);
-  if (has_rads_per_pan_unit()) WireFormatLite::WriteFloat(4, rads_per_pan_unit(), output);
-  if (has_rads_per_tilt_unit()) WireFormatLite::WriteFloat(5, rads_per_tilt_unit(), output);
-  if (has_pan_offset()) WireFormatLite::WriteFloat(6, pan_offset(), output);
-  if (has_tilt_offset()) WireFormatLite::WriteFloat(7, tilt_offset(), output);
-  if (has_pan_min()) WireFormatLite::WriteInt32(8, pan_min(), output);
-  if (has_pan_max()) WireFormatLite::WriteInt32(9, pan_max(), output);
-  if (has_tilt_min()) WireFormatLite::WriteInt32(10, tilt_min(), output);
-  if (has_tilt_max()) WireFormatLite::WriteInt32(11, tilt_max(), output);
-  if (has_max_pan_speed()) WireFormatLite::WriteInt32(12, max_pan_speed(), output);
-  if (has_max_tilt_speed()) WireFormatLite::WriteInt32(13, max_tilt_speed(), output);
-  if (has_avg_model_error()) WireFormatLite::WriteFloat(14, avg_model_error(), output);
-  if (has_max_model_error()) WireFormatLite::WriteFloat(15, max_model_error(), output);
+void PanTiltSystemParameters::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  if (has_pan_ext()) internal::WriteMessage(1, this->pan_ext(), output);
+  if (has_tilt_ext()) internal::WriteMessage(2, this->tilt_ext(), output);
+  if (has_device_ext()) internal::WriteMessage(3, this->device_ext(), output);
+  if (has_rads_per_pan_unit()) internal::WireFormatLite::WriteFloat(4, rads_per_pan_unit_, output);
+  if (has_rads_per_tilt_unit()) {
+    internal::WireFormatLite::WriteFloat(5, rads_per_tilt_unit_, output);
+  }
+  if (has_pan_offset()) internal::WireFormatLite::WriteFloat(6, pan_offset_, output);
+  if (has_tilt_offset()) internal::WireFormatLite::WriteFloat(7, tilt_offset_, output);
+  if (has_pan_min()) internal::WireFormatLite::WriteInt32(8, pan_min_, output);
+  if (has_pan_max()) internal::WireFormatLite::WriteInt32(9, pan_max_, output);
+  if (has_tilt_min()) internal::WireFormatLite::WriteInt32(10, tilt_min_, output);
+  if (has_tilt_max()) internal::WireFormatLite::WriteInt32(11, tilt_max_, output);
+  if (has_max_pan_speed()) internal::WireFormatLite::WriteInt32(12, max_pan_speed_, output);
+  if (has_max_tilt_speed()) internal::WireFormatLite::WriteInt32(13, max_tilt_speed_, output);
+  if (has_avg_model_error()) internal::WireFormatLite::WriteFloat(14, avg_model_error_, output);
+  if (has_max_model_error()) internal::WireFormatLite::WriteFloat(15, max_model_error_, output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* PanTiltSystemParameters::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_pan_ext()) target = internal::WriteMessageToArray(1, pan_ext(), target);
-  if (has_tilt_ext()) target = internal::WriteMessageToArray(2, tilt_ext(), target);
-  if (has_device_ext()) target = internal::WriteMessageToArray(3, device_ext(), target);
+internal::uint8* PanTiltSystemParameters::SerializeWithCachedSizesToArray(
+    internal::uint8* target) const {
+  if (has_pan_ext()) target = internal::WriteMessageToArray(1, this->pan_ext(), target);
+  if (has_tilt_ext()) target = internal::WriteMessageToArray(2, this->tilt_ext(), target);
+  if (has_device_ext()) target = internal::WriteMessageToArray(3, this->device_ext(), target);
   if ((_has_bits_[0] & 0x78u) == 0x78u) {
     target =
         internal::WriteRunToArray<37u>(target, rads_per_pan_unit_, rads_per_tilt_unit_, pan_offset_,
             tilt_offset_);
   } else {
     if (has_rads_per_pan_unit()) {
-      target = WireFormatLite::WriteFloatToArray(4, rads_per_pan_unit(), target);
+      target = internal::WireFormatLite::WriteFloatToArray(4, rads_per_pan_unit_, target);
     }
     if (has_rads_per_tilt_unit()) {
-      target = WireFormatLite::WriteFloatToArray(5, rads_per_tilt_unit(), target);
+      target = internal::WireFormatLite::WriteFloatToArray(5, rads_per_tilt_unit_, target);
     }
-    if (has_pan_offset()) target = WireFormatLite::WriteFloatToArray(6, pan_offset(), target);
-    if (has_tilt_offset()) target = WireFormatLite::WriteFloatToArray(7, tilt_offset(), target);
+    if (has_pan_offset()) {
+      target = internal::WireFormatLite::WriteFloatToArray(6, pan_offset_, target);
+    }
+    if (has_tilt_offset()) {
+      target = internal::WireFormatLite::WriteFloatToArray(7, tilt_offset_, target);
+    }
   }
-  if (has_pan_min()) target = internal::WriteInt32ToArray(8, pan_min(), target);
-  if (has_pan_max()) target = internal::WriteInt32ToArray(9, pan_max(), target);
-  if (has_tilt_min()) target = internal::WriteInt32ToArray(10, tilt_min(), target);
-  if (has_tilt_max()) target = internal::WriteInt32ToArray(11, tilt_max(), target);
-  if (has_max_pan_speed()) target = internal::WriteInt32ToArray(12, max_pan_speed(), target);
-  if (has_max_tilt_speed()) target = internal::WriteInt32ToArray(13, max_tilt_speed(), target);
+  if (has_pan_min()) target = internal::WriteInt32ToArray(8, pan_min_, target);
+  if (has_pan_max()) target = internal::WriteInt32ToArray(9, pan_max_, target);
+  if (has_tilt_min()) target = internal::WriteInt32ToArray(10, tilt_min_, target);
+  if (has_tilt_max()) target = internal::WriteInt32ToArray(11, tilt_max_, target);
+  if (has_max_pan_speed()) target = internal::WriteInt32ToArray(12, max_pan_speed_, target);
+  if (has_max_tilt_speed()) target = internal::WriteInt32ToArray(13, max_tilt_speed_, target);
   if (has_avg_model_error()) {
-    target = WireFormatLite::WriteFloatToArray(14, avg_model_error(), target);
+    target = internal::WireFormatLite::WriteFloatToArray(14, avg_model_error_, target);
   }
   if (has_max_model_error()) {
-    target = WireFormatLite::WriteFloatToArray(15, max_model_error(), target);
+    target = internal::WireFormatLite::WriteFloatToArray(15, max_model_error_, target);
   }
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
@@ -4989,23 +5036,23 @@ uint8* PanTiltSystemParameters::SerializeWithCachedSizesToArray(uint8* target) c
 }
 
 int PanTiltSystemParameters::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if (_has_bits_[0] & 0xFFu) {
-    if (has_pan_ext()) total_size += 1 + internal::MessageSize(pan_ext());
-    if (has_tilt_ext()) total_size += 1 + internal::MessageSize(tilt_ext());
-    if (has_device_ext()) total_size += 1 + internal::MessageSize(device_ext());
+    if (has_pan_ext()) total_size += 1 + internal::MessageSize(this->pan_ext());
+    if (has_tilt_ext()) total_size += 1 + internal::MessageSize(this->tilt_ext());
+    if (has_device_ext()) total_size += 1 + internal::MessageSize(this->device_ext());
     if (has_rads_per_pan_unit()) total_size += 1 + 4;
     if (has_rads_per_tilt_unit()) total_size += 1 + 4;
     if (has_pan_offset()) total_size += 1 + 4;
     if (has_tilt_offset()) total_size += 1 + 4;
-    if (has_pan_min()) total_size += 1 + internal::Int32Size(pan_min());
+    if (has_pan_min()) total_size += 1 + internal::Int32Size(pan_min_);
   }
   if (_has_bits_[0] & 0x7F00u) {
-    if (has_pan_max()) total_size += 1 + internal::Int32Size(pan_max());
-    if (has_tilt_min()) total_size += 1 + internal::Int32Size(tilt_min());
-    if (has_tilt_max()) total_size += 1 + internal::Int32Size(tilt_max());
-    if (has_max_pan_speed()) total_size += 1 + internal::Int32Size(max_pan_speed());
-    if (has_max_tilt_speed()) total_size += 1 + internal::Int32Size(max_tilt_speed());
+    if (has_pan_max()) total_size += 1 + internal::Int32Size(pan_max_);
+    if (has_tilt_min()) total_size += 1 + internal::Int32Size(tilt_min_);
+    if (has_tilt_max()) total_size += 1 + internal::Int32Size(tilt_max_);
+    if (has_max_pan_speed()) total_size += 1 + internal::Int32Size(max_pan_speed_);
+    if (has_max_tilt_speed()) total_size += 1 + internal::Int32Size(max_tilt_speed_);
     if (has_avg_model_error()) total_size += 1 + 4;
     if (has_max_model_error()) total_size += 1 + 4;
   }
@@ -5017,8 +5064,8 @@ int PanTiltSystemParameters::ByteSize() const {
 }
 
 void PanTiltSystemParameters::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const PanTiltSystemParameters* source = Cast<PanTiltSystemParameters>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const PanTiltSystemParameters* source = file::Cast<PanTiltSystemParameters>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -5027,8 +5074,8 @@ void PanTiltSystemParameters::MergeFrom(const ::google::protobuf::Message& from)
 }
 
 void PanTiltSystemParameters::MergeFrom(const PanTiltSystemParameters& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const uint32 bits = from._has_bits_[0];
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if (bits & 0x1u) mutable_pan_ext()->MergeFrom(from.pan_ext());
     if (bits & 0x2u) mutable_tilt_ext()->MergeFrom(from.tilt_ext());
@@ -5099,9 +5146,8 @@ PTZCameraParameters::PTZCameraParameters(const PTZCameraParameters& from) : PTZC
 PTZCameraParameters::~PTZCameraParameters() { SharedDtor(); }
 
 void PTZCameraParameters::InitAsDefaultInstance() {
-  default_instance_->intrinsics_ = const_cast<PTZIntrinsics*>(&PTZIntrinsics::default_instance());
-  default_instance_->pan_tilt_ =
-      const_cast<PanTiltSystemParameters*>(&PanTiltSystemParameters::default_instance());
+  file::LinkToDefaultInstance(&default_instance_->intrinsics_);
+  file::LinkToDefaultInstance(&default_instance_->pan_tilt_);
 }
 
 void PTZCameraParameters::SharedCtor() {
@@ -5119,11 +5165,13 @@ void PTZCameraParameters::SharedDtor() {
 }
 
 const ::google::protobuf::Descriptor* PTZCameraParameters::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[19];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[19];
 }
 
-::google::protobuf::Metadata PTZCameraParameters::GetMetadata() const { return MetadataOf(19); }
+::google::protobuf::Metadata PTZCameraParameters::GetMetadata() const {
+  return file::MetadataOf(19);
+}
 
 PTZCameraParameters* PTZCameraParameters::New() const { return New(nullptr); }
 
@@ -5142,11 +5190,11 @@ void PTZCameraParameters::Swap(PTZCameraParameters* other) {
 }
 
 __attribute__((noinline)) void PTZCameraParameters::InternalSwap(PTZCameraParameters* other) {
-  std::swap(intrinsics_, other->intrinsics_);
-  std::swap(pan_tilt_, other->pan_tilt_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(intrinsics_, other->intrinsics_);
+  ::std::swap(pan_tilt_, other->pan_tilt_);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void PTZCameraParameters::Clear() {
@@ -5158,8 +5206,8 @@ void PTZCameraParameters::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* PTZCameraParameters::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader* reader) {
+const internal::uint8* PTZCameraParameters::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // intrinsics
@@ -5176,8 +5224,8 @@ const uint8* PTZCameraParameters::MergeBuffered(const uint8* p, const uint8* end
   return p;
 }
 
-__attribute__((cold)) bool PTZCameraParameters::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool PTZCameraParameters::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 10:  // intrinsics
       return internal::MessageReader::ReadMessage(input, mutable_intrinsics());
@@ -5187,21 +5235,22 @@ __attribute__((cold)) bool PTZCameraParameters::MergeLengthDelimited(uint32 tag,
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool PTZCameraParameters::MergePartialFromCodedStream(CodedInputStream* input) {
+bool PTZCameraParameters::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void PTZCameraParameters::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_intrinsics()) internal::WriteMessage(1, intrinsics(), output);
-  if (has_pan_tilt()) internal::WriteMessage(2, pan_tilt(), output);
+void PTZCameraParameters::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  if (has_intrinsics()) internal::WriteMessage(1, this->intrinsics(), output);
+  if (has_pan_tilt()) internal::WriteMessage(2, this->pan_tilt(), output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* PTZCameraParameters::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_intrinsics()) target = internal::WriteMessageToArray(1, intrinsics(), target);
-  if (has_pan_tilt()) target = internal::WriteMessageToArray(2, pan_tilt(), target);
+internal::uint8* PTZCameraParameters::SerializeWithCachedSizesToArray(
+    internal::uint8* target) const {
+  if (has_intrinsics()) target = internal::WriteMessageToArray(1, this->intrinsics(), target);
+  if (has_pan_tilt()) target = internal::WriteMessageToArray(2, this->pan_tilt(), target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -5209,10 +5258,10 @@ uint8* PTZCameraParameters::SerializeWithCachedSizesToArray(uint8* target) const
 }
 
 int PTZCameraParameters::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if (_has_bits_[0] & 0x3u) {
-    if (has_intrinsics()) total_size += 1 + internal::MessageSize(intrinsics());
-    if (has_pan_tilt()) total_size += 1 + internal::MessageSize(pan_tilt());
+    if (has_intrinsics()) total_size += 1 + internal::MessageSize(this->intrinsics());
+    if (has_pan_tilt()) total_size += 1 + internal::MessageSize(this->pan_tilt());
   }
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
@@ -5222,8 +5271,8 @@ int PTZCameraParameters::ByteSize() const {
 }
 
 void PTZCameraParameters::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const PTZCameraParameters* source = Cast<PTZCameraParameters>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const PTZCameraParameters* source = file::Cast<PTZCameraParameters>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -5232,8 +5281,8 @@ void PTZCameraParameters::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void PTZCameraParameters::MergeFrom(const PTZCameraParameters& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const uint32 bits = from._has_bits_[0];
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if (bits & 0x1u) mutable_intrinsics()->MergeFrom(from.intrinsics());
     if (bits & 0x2u) mutable_pan_tilt()->MergeFrom(from.pan_tilt());
@@ -5279,12 +5328,9 @@ PTZSystemCalibration::PTZSystemCalibration(const PTZSystemCalibration& from) : P
 PTZSystemCalibration::~PTZSystemCalibration() { SharedDtor(); }
 
 void PTZSystemCalibration::InitAsDefaultInstance() {
-  default_instance_->ptz_camera_ =
-      const_cast<PTZCameraParameters*>(&PTZCameraParameters::default_instance());
-  default_instance_->laser_ =
-      const_cast<PanTiltSystemParameters*>(&PanTiltSystemParameters::default_instance());
-  default_instance_->other_cameras_ =
-      const_cast<RobotCalibration*>(&RobotCalibration::default_instance());
+  file::LinkToDefaultInstance(&default_instance_->ptz_camera_);
+  file::LinkToDefaultInstance(&default_instance_->laser_);
+  file::LinkToDefaultInstance(&default_instance_->other_cameras_);
 }
 
 void PTZSystemCalibration::SharedCtor() {
@@ -5304,11 +5350,13 @@ void PTZSystemCalibration::SharedDtor() {
 }
 
 const ::google::protobuf::Descriptor* PTZSystemCalibration::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[20];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[20];
 }
 
-::google::protobuf::Metadata PTZSystemCalibration::GetMetadata() const { return MetadataOf(20); }
+::google::protobuf::Metadata PTZSystemCalibration::GetMetadata() const {
+  return file::MetadataOf(20);
+}
 
 PTZSystemCalibration* PTZSystemCalibration::New() const { return New(nullptr); }
 
@@ -5327,12 +5375,12 @@ void PTZSystemCalibration::Swap(PTZSystemCalibration* other) {
 }
 
 __attribute__((noinline)) void PTZSystemCalibration::InternalSwap(PTZSystemCalibration* other) {
-  std::swap(ptz_camera_, other->ptz_camera_);
-  std::swap(laser_, other->laser_);
-  std::swap(other_cameras_, other->other_cameras_);
-  std::swap(_has_bits_[0], other->_has_bits_[0]);
+  ::std::swap(ptz_camera_, other->ptz_camera_);
+  ::std::swap(laser_, other->laser_);
+  ::std::swap(other_cameras_, other->other_cameras_);
+  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void PTZSystemCalibration::Clear() {
@@ -5345,8 +5393,8 @@ void PTZSystemCalibration::Clear() {
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
 
-const uint8* PTZSystemCalibration::MergeBuffered(const uint8* p, const uint8* end,
-    internal::MessageReader* reader) {
+const internal::uint8* PTZSystemCalibration::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader* reader) {
   while (p != end) {
     switch (*p) {
       case 10:  // ptz_camera
@@ -5369,8 +5417,8 @@ const uint8* PTZSystemCalibration::MergeBuffered(const uint8* p, const uint8* en
   return p;
 }
 
-__attribute__((cold)) bool PTZSystemCalibration::MergeLengthDelimited(uint32 tag,
-    CodedInputStream* input) {
+__attribute__((cold)) bool PTZSystemCalibration::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
   switch (tag) {
     case 10:  // ptz_camera
       return internal::MessageReader::ReadMessage(input, mutable_ptz_camera());
@@ -5382,23 +5430,24 @@ __attribute__((cold)) bool PTZSystemCalibration::MergeLengthDelimited(uint32 tag
   return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool PTZSystemCalibration::MergePartialFromCodedStream(CodedInputStream* input) {
+bool PTZSystemCalibration::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 
-void PTZSystemCalibration::SerializeWithCachedSizes(CodedOutputStream* output) const {
-  if (has_ptz_camera()) internal::WriteMessage(1, ptz_camera(), output);
-  if (has_laser()) internal::WriteMessage(2, laser(), output);
-  if (has_other_cameras()) internal::WriteMessage(3, other_cameras(), output);
+void PTZSystemCalibration::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
+  if (has_ptz_camera()) internal::WriteMessage(1, this->ptz_camera(), output);
+  if (has_laser()) internal::WriteMessage(2, this->laser(), output);
+  if (has_other_cameras()) internal::WriteMessage(3, this->other_cameras(), output);
   if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* PTZSystemCalibration::SerializeWithCachedSizesToArray(uint8* target) const {
-  if (has_ptz_camera()) target = internal::WriteMessageToArray(1, ptz_camera(), target);
-  if (has_laser()) target = internal::WriteMessageToArray(2, laser(), target);
-  if (has_other_cameras()) target = internal::WriteMessageToArray(3, other_cameras(), target);
+internal::uint8* PTZSystemCalibration::SerializeWithCachedSizesToArray(
+    internal::uint8* target) const {
+  if (has_ptz_camera()) target = internal::WriteMessageToArray(1, this->ptz_camera(), target);
+  if (has_laser()) target = internal::WriteMessageToArray(2, this->laser(), target);
+  if (has_other_cameras()) target = internal::WriteMessageToArray(3, this->other_cameras(), target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -5406,11 +5455,11 @@ uint8* PTZSystemCalibration::SerializeWithCachedSizesToArray(uint8* target) cons
 }
 
 int PTZSystemCalibration::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
   if (_has_bits_[0] & 0x7u) {
-    if (has_ptz_camera()) total_size += 1 + internal::MessageSize(ptz_camera());
-    if (has_laser()) total_size += 1 + internal::MessageSize(laser());
-    if (has_other_cameras()) total_size += 1 + internal::MessageSize(other_cameras());
+    if (has_ptz_camera()) total_size += 1 + internal::MessageSize(this->ptz_camera());
+    if (has_laser()) total_size += 1 + internal::MessageSize(this->laser());
+    if (has_other_cameras()) total_size += 1 + internal::MessageSize(this->other_cameras());
   }
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
@@ -5420,8 +5469,8 @@ int PTZSystemCalibration::ByteSize() const {
 }
 
 void PTZSystemCalibration::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const PTZSystemCalibration* source = Cast<PTZSystemCalibration>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const PTZSystemCalibration* source = file::Cast<PTZSystemCalibration>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -5430,8 +5479,8 @@ void PTZSystemCalibration::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void PTZSystemCalibration::MergeFrom(const PTZSystemCalibration& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const uint32 bits = from._has_bits_[0];
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const internal::uint32 bits = from._has_bits_[0];
   if (bits & 0xFFu) {
     if (bits & 0x1u) mutable_ptz_camera()->MergeFrom(from.ptz_camera());
     if (bits & 0x2u) mutable_laser()->MergeFrom(from.laser());
@@ -5455,7 +5504,7 @@ void PTZSystemCalibration::CopyFrom(const PTZSystemCalibration& from) {
 }
 
 bool PTZSystemCalibration::IsInitialized() const {
-  if (has_other_cameras() && !other_cameras().IsInitialized()) return false;
+  if (has_other_cameras() && !this->other_cameras().IsInitialized()) return false;
   return true;
 }
 

@@ -99,7 +99,8 @@ struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
 
 // The position of one marker. x, y and z belong together; the format records neither their unit
 // nor the frame they are given in.
-class ZARVO_CALIBRATION_EXPORT MarkerPositionInfo : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT MarkerPositionInfo
+    : public ::zarvo::calibration_internal::Record {
  public:
   MarkerPositionInfo();
   // A deep copy: holds strings and sub-messages of its own.
@@ -109,11 +110,11 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionInfo : public calibration_internal:
 
   // An object that a parse, a merge or a copy made as an element may share its allocation with
   // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
-  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t size) {
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
 #ifdef __cpp_aligned_new
-  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t,
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t,
                                                               ::std::align_val_t alignment) {
     ::operator delete(object, alignment);
   }
@@ -128,10 +129,10 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionInfo : public calibration_internal:
   static const MarkerPositionInfo& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(MarkerPositionInfo* other);
@@ -192,7 +193,7 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionInfo : public calibration_internal:
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 40;  // above the tags of all fields
 
@@ -202,7 +203,7 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionInfo : public calibration_internal:
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_x();
@@ -226,7 +227,8 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionInfo : public calibration_internal:
 };
 
 // Marker positions, together with the two centers that they were determined with.
-class ZARVO_CALIBRATION_EXPORT MarkerPositionSet : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT MarkerPositionSet
+    : public ::zarvo::calibration_internal::Record {
  public:
   MarkerPositionSet();
   // A deep copy: holds strings and sub-messages of its own.
@@ -242,10 +244,10 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionSet : public calibration_internal::
   static const MarkerPositionSet& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(MarkerPositionSet* other);
@@ -273,11 +275,11 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionSet : public calibration_internal::
   // The markers, one element each.
   // repeated MarkerPositionInfo pos = 1;
   int pos_size() const;
-  const MarkerPositionInfo& pos(int index) const;
-  MarkerPositionInfo* mutable_pos(int index);
-  MarkerPositionInfo* add_pos();
-  const ::google::protobuf::RepeatedPtrField<MarkerPositionInfo>& pos() const;
-  ::google::protobuf::RepeatedPtrField<MarkerPositionInfo>* mutable_pos();
+  const ::zarvo::calibration::MarkerPositionInfo& pos(int index) const;
+  ::zarvo::calibration::MarkerPositionInfo* mutable_pos(int index);
+  ::zarvo::calibration::MarkerPositionInfo* add_pos();
+  const ::google::protobuf::RepeatedPtrField<::zarvo::calibration::MarkerPositionInfo>& pos() const;
+  ::google::protobuf::RepeatedPtrField<::zarvo::calibration::MarkerPositionInfo>* mutable_pos();
   void clear_pos();
   static const int kPosFieldNumber = 1;
 
@@ -309,7 +311,7 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionSet : public calibration_internal::
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 32;  // above the tags of all fields
 
@@ -319,14 +321,14 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionSet : public calibration_internal::
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
 
   ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
-  ::google::protobuf::RepeatedPtrField<MarkerPositionInfo> pos_;
+  ::google::protobuf::RepeatedPtrField<::zarvo::calibration::MarkerPositionInfo> pos_;
   ::google::protobuf::RepeatedField<double> head_center_;
   ::google::protobuf::RepeatedField<double> nav_center_;
 
@@ -335,7 +337,8 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionSet : public calibration_internal::
 
 // One sample of a camera calibration: a point in the image and the point of the calibration
 // target it shows. The format records no unit for either point.
-class ZARVO_CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT CameraIntrinsicsSamplePoints
+    : public ::zarvo::calibration_internal::Record {
  public:
   CameraIntrinsicsSamplePoints();
   // A deep copy: holds strings and sub-messages of its own.
@@ -345,11 +348,11 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public calibration
 
   // An object that a parse, a merge or a copy made as an element may share its allocation with
   // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
-  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t size) {
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
 #ifdef __cpp_aligned_new
-  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t,
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t,
                                                               ::std::align_val_t alignment) {
     ::operator delete(object, alignment);
   }
@@ -364,10 +367,10 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public calibration
   static const CameraIntrinsicsSamplePoints& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(CameraIntrinsicsSamplePoints* other);
@@ -429,7 +432,7 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public calibration
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 40;  // above the tags of all fields
 
@@ -439,7 +442,7 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public calibration
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_img_x();
@@ -465,7 +468,8 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsicsSamplePoints : public calibration
 // The intrinsics of one camera: projection, lens distortion, and the measurements they were
 // computed from. fx, fy, skew, cx and cy are required: without all five the record is not
 // initialized, and parsing it fails.
-class ZARVO_CALIBRATION_EXPORT CameraIntrinsics : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT CameraIntrinsics
+    : public ::zarvo::calibration_internal::Record {
  public:
   CameraIntrinsics();
   // A deep copy: holds strings and sub-messages of its own.
@@ -481,10 +485,10 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsics : public calibration_internal::R
   static const CameraIntrinsics& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(CameraIntrinsics* other);
@@ -603,7 +607,7 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsics : public calibration_internal::R
   void set_x_bin(const ::std::string& value);
   void set_x_bin(::std::string&& value);
   void set_x_bin(const char* value);
-  void set_x_bin(const char* value, size_t size);
+  void set_x_bin(const char* value, ::std::size_t size);
   ::std::string* mutable_x_bin();
   void clear_x_bin();
   ::std::string* release_x_bin();
@@ -646,11 +650,13 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsics : public calibration_internal::R
   // The samples that the intrinsics were computed from.
   // repeated CameraIntrinsicsSamplePoints sample_points = 16;
   int sample_points_size() const;
-  const CameraIntrinsicsSamplePoints& sample_points(int index) const;
-  CameraIntrinsicsSamplePoints* mutable_sample_points(int index);
-  CameraIntrinsicsSamplePoints* add_sample_points();
-  const ::google::protobuf::RepeatedPtrField<CameraIntrinsicsSamplePoints>& sample_points() const;
-  ::google::protobuf::RepeatedPtrField<CameraIntrinsicsSamplePoints>* mutable_sample_points();
+  const ::zarvo::calibration::CameraIntrinsicsSamplePoints& sample_points(int index) const;
+  ::zarvo::calibration::CameraIntrinsicsSamplePoints* mutable_sample_points(int index);
+  ::zarvo::calibration::CameraIntrinsicsSamplePoints* add_sample_points();
+  const ::google::protobuf::RepeatedPtrField<::zarvo::calibration::CameraIntrinsicsSamplePoints>&
+      sample_points() const;
+  ::google::protobuf::RepeatedPtrField<::zarvo::calibration::CameraIntrinsicsSamplePoints>*
+      mutable_sample_points();
   void clear_sample_points();
   static const int kSamplePointsFieldNumber = 16;
 
@@ -683,7 +689,7 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsics : public calibration_internal::R
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 160;  // above the tags of all fields
 
@@ -693,7 +699,7 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsics : public calibration_internal::R
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   ZARVO_CALIBRATION_HIDDEN ::google::protobuf::uint32 RequiredFieldsByteSizeFallback() const;
@@ -743,12 +749,13 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsics : public calibration_internal::R
   ::google::protobuf::int32 width_;
   ::google::protobuf::int32 height_;
   double error_per_point_;
-  calibration_internal::StringField x_bin_;
+  ::zarvo::calibration_internal::StringField x_bin_;
   float offset_x_;
   float offset_y_;
   float bin_center_;
   float bin_size_;
-  ::google::protobuf::RepeatedPtrField<CameraIntrinsicsSamplePoints> sample_points_;
+  ::google::protobuf::RepeatedPtrField<::zarvo::calibration::CameraIntrinsicsSamplePoints>
+      sample_points_;
   float tgt_z_;
   ::google::protobuf::int32 tgt_width_;
   ::google::protobuf::int32 tgt_height_;
@@ -758,7 +765,8 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsics : public calibration_internal::R
 
 // An image that a calibration was computed from.
 // All five fields belong together: the first four say how the octets of imgdata are to be read.
-class ZARVO_CALIBRATION_EXPORT CalibrationImage : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT CalibrationImage
+    : public ::zarvo::calibration_internal::Record {
  public:
   CalibrationImage();
   // A deep copy: holds strings and sub-messages of its own.
@@ -774,10 +782,10 @@ class ZARVO_CALIBRATION_EXPORT CalibrationImage : public calibration_internal::R
   static const CalibrationImage& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(CalibrationImage* other);
@@ -834,7 +842,7 @@ class ZARVO_CALIBRATION_EXPORT CalibrationImage : public calibration_internal::R
   void set_format(const ::std::string& value);
   void set_format(::std::string&& value);
   void set_format(const char* value);
-  void set_format(const char* value, size_t size);
+  void set_format(const char* value, ::std::size_t size);
   ::std::string* mutable_format();
   void clear_format();
   ::std::string* release_format();
@@ -848,7 +856,7 @@ class ZARVO_CALIBRATION_EXPORT CalibrationImage : public calibration_internal::R
   void set_imgdata(const ::std::string& value);
   void set_imgdata(::std::string&& value);
   void set_imgdata(const char* value);
-  void set_imgdata(const void* value, size_t size);
+  void set_imgdata(const void* value, ::std::size_t size);
   ::std::string* mutable_imgdata();
   void clear_imgdata();
   ::std::string* release_imgdata();
@@ -859,7 +867,7 @@ class ZARVO_CALIBRATION_EXPORT CalibrationImage : public calibration_internal::R
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 48;  // above the tags of all fields
 
@@ -869,7 +877,7 @@ class ZARVO_CALIBRATION_EXPORT CalibrationImage : public calibration_internal::R
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_width();
@@ -888,15 +896,16 @@ class ZARVO_CALIBRATION_EXPORT CalibrationImage : public calibration_internal::R
   mutable int _cached_size_;
   ::google::protobuf::int32 width_;
   ::google::protobuf::int32 height_;
-  calibration_internal::StringField format_;
-  calibration_internal::StringField imgdata_;
+  ::zarvo::calibration_internal::StringField format_;
+  ::zarvo::calibration_internal::StringField imgdata_;
   ::google::protobuf::int32 stride_;
 
   static CalibrationImage* default_instance_;
 };
 
 // How sharply one focus target was imaged.
-class ZARVO_CALIBRATION_EXPORT FocusInfoItem : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT FocusInfoItem
+    : public ::zarvo::calibration_internal::Record {
  public:
   FocusInfoItem();
   // A deep copy: holds strings and sub-messages of its own.
@@ -906,11 +915,11 @@ class ZARVO_CALIBRATION_EXPORT FocusInfoItem : public calibration_internal::Reco
 
   // An object that a parse, a merge or a copy made as an element may share its allocation with
   // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
-  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t size) {
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
 #ifdef __cpp_aligned_new
-  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t,
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t,
                                                               ::std::align_val_t alignment) {
     ::operator delete(object, alignment);
   }
@@ -925,10 +934,10 @@ class ZARVO_CALIBRATION_EXPORT FocusInfoItem : public calibration_internal::Reco
   static const FocusInfoItem& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(FocusInfoItem* other);
@@ -1033,7 +1042,7 @@ class ZARVO_CALIBRATION_EXPORT FocusInfoItem : public calibration_internal::Reco
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 80;  // above the tags of all fields
 
@@ -1043,7 +1052,7 @@ class ZARVO_CALIBRATION_EXPORT FocusInfoItem : public calibration_internal::Reco
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_target_id();
@@ -1080,7 +1089,8 @@ class ZARVO_CALIBRATION_EXPORT FocusInfoItem : public calibration_internal::Reco
 };
 
 // A set of focus measurements.
-class ZARVO_CALIBRATION_EXPORT FocusInfo : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT FocusInfo
+    : public ::zarvo::calibration_internal::Record {
  public:
   FocusInfo();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1096,10 +1106,10 @@ class ZARVO_CALIBRATION_EXPORT FocusInfo : public calibration_internal::Record {
   static const FocusInfo& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(FocusInfo* other);
@@ -1127,11 +1137,11 @@ class ZARVO_CALIBRATION_EXPORT FocusInfo : public calibration_internal::Record {
   // The measurements, one element for each target.
   // repeated FocusInfoItem focus = 1;
   int focus_size() const;
-  const FocusInfoItem& focus(int index) const;
-  FocusInfoItem* mutable_focus(int index);
-  FocusInfoItem* add_focus();
-  const ::google::protobuf::RepeatedPtrField<FocusInfoItem>& focus() const;
-  ::google::protobuf::RepeatedPtrField<FocusInfoItem>* mutable_focus();
+  const ::zarvo::calibration::FocusInfoItem& focus(int index) const;
+  ::zarvo::calibration::FocusInfoItem* mutable_focus(int index);
+  ::zarvo::calibration::FocusInfoItem* add_focus();
+  const ::google::protobuf::RepeatedPtrField<::zarvo::calibration::FocusInfoItem>& focus() const;
+  ::google::protobuf::RepeatedPtrField<::zarvo::calibration::FocusInfoItem>* mutable_focus();
   void clear_focus();
   static const int kFocusFieldNumber = 1;
 
@@ -1139,7 +1149,7 @@ class ZARVO_CALIBRATION_EXPORT FocusInfo : public calibration_internal::Record {
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
@@ -1149,21 +1159,22 @@ class ZARVO_CALIBRATION_EXPORT FocusInfo : public calibration_internal::Record {
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
 
   ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
-  ::google::protobuf::RepeatedPtrField<FocusInfoItem> focus_;
+  ::google::protobuf::RepeatedPtrField<::zarvo::calibration::FocusInfoItem> focus_;
 
   static FocusInfo* default_instance_;
 };
 
 // Where a camera or a part of the robot sits: a transform between two frames.
 // Which two frames, and in which direction it maps, is not recorded.
-class ZARVO_CALIBRATION_EXPORT CameraExtrinsics : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT CameraExtrinsics
+    : public ::zarvo::calibration_internal::Record {
  public:
   CameraExtrinsics();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1179,10 +1190,10 @@ class ZARVO_CALIBRATION_EXPORT CameraExtrinsics : public calibration_internal::R
   static const CameraExtrinsics& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(CameraExtrinsics* other);
@@ -1223,7 +1234,7 @@ class ZARVO_CALIBRATION_EXPORT CameraExtrinsics : public calibration_internal::R
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
@@ -1233,7 +1244,7 @@ class ZARVO_CALIBRATION_EXPORT CameraExtrinsics : public calibration_internal::R
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
 
@@ -1246,7 +1257,8 @@ class ZARVO_CALIBRATION_EXPORT CameraExtrinsics : public calibration_internal::R
 };
 
 // The calibration of one camera.
-class ZARVO_CALIBRATION_EXPORT CameraCalibration : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT CameraCalibration
+    : public ::zarvo::calibration_internal::Record {
  public:
   CameraCalibration();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1256,11 +1268,11 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibration : public calibration_internal::
 
   // An object that a parse, a merge or a copy made as an element may share its allocation with
   // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
-  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t size) {
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
 #ifdef __cpp_aligned_new
-  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t,
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t,
                                                               ::std::align_val_t alignment) {
     ::operator delete(object, alignment);
   }
@@ -1275,10 +1287,10 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibration : public calibration_internal::
   static const CameraCalibration& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(CameraCalibration* other);
@@ -1306,41 +1318,41 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibration : public calibration_internal::
   // Projection and distortion. If present, its five required fields must be set.
   // optional CameraIntrinsics intrinsics = 1;
   bool has_intrinsics() const;
-  const CameraIntrinsics& intrinsics() const;
-  CameraIntrinsics* mutable_intrinsics();
+  const ::zarvo::calibration::CameraIntrinsics& intrinsics() const;
+  ::zarvo::calibration::CameraIntrinsics* mutable_intrinsics();
   void clear_intrinsics();
-  CameraIntrinsics* release_intrinsics();
-  void set_allocated_intrinsics(CameraIntrinsics* value);
+  ::zarvo::calibration::CameraIntrinsics* release_intrinsics();
+  void set_allocated_intrinsics(::zarvo::calibration::CameraIntrinsics* value);
   static const int kIntrinsicsFieldNumber = 1;
 
   // The image that intrinsics were computed from.
   // optional CalibrationImage intrinsics_image = 2;
   bool has_intrinsics_image() const;
-  const CalibrationImage& intrinsics_image() const;
-  CalibrationImage* mutable_intrinsics_image();
+  const ::zarvo::calibration::CalibrationImage& intrinsics_image() const;
+  ::zarvo::calibration::CalibrationImage* mutable_intrinsics_image();
   void clear_intrinsics_image();
-  CalibrationImage* release_intrinsics_image();
-  void set_allocated_intrinsics_image(CalibrationImage* value);
+  ::zarvo::calibration::CalibrationImage* release_intrinsics_image();
+  void set_allocated_intrinsics_image(::zarvo::calibration::CalibrationImage* value);
   static const int kIntrinsicsImageFieldNumber = 2;
 
   // Where the camera sits.
   // optional CameraExtrinsics extrinsics = 3;
   bool has_extrinsics() const;
-  const CameraExtrinsics& extrinsics() const;
-  CameraExtrinsics* mutable_extrinsics();
+  const ::zarvo::calibration::CameraExtrinsics& extrinsics() const;
+  ::zarvo::calibration::CameraExtrinsics* mutable_extrinsics();
   void clear_extrinsics();
-  CameraExtrinsics* release_extrinsics();
-  void set_allocated_extrinsics(CameraExtrinsics* value);
+  ::zarvo::calibration::CameraExtrinsics* release_extrinsics();
+  void set_allocated_extrinsics(::zarvo::calibration::CameraExtrinsics* value);
   static const int kExtrinsicsFieldNumber = 3;
 
   // The image that extrinsics were computed from.
   // optional CalibrationImage extrinsics_image = 4;
   bool has_extrinsics_image() const;
-  const CalibrationImage& extrinsics_image() const;
-  CalibrationImage* mutable_extrinsics_image();
+  const ::zarvo::calibration::CalibrationImage& extrinsics_image() const;
+  ::zarvo::calibration::CalibrationImage* mutable_extrinsics_image();
   void clear_extrinsics_image();
-  CalibrationImage* release_extrinsics_image();
-  void set_allocated_extrinsics_image(CalibrationImage* value);
+  ::zarvo::calibration::CalibrationImage* release_extrinsics_image();
+  void set_allocated_extrinsics_image(::zarvo::calibration::CalibrationImage* value);
   static const int kExtrinsicsImageFieldNumber = 4;
 
   // Name of the camera.
@@ -1350,7 +1362,7 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibration : public calibration_internal::
   void set_name(const ::std::string& value);
   void set_name(::std::string&& value);
   void set_name(const char* value);
-  void set_name(const char* value, size_t size);
+  void set_name(const char* value, ::std::size_t size);
   ::std::string* mutable_name();
   void clear_name();
   ::std::string* release_name();
@@ -1364,7 +1376,7 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibration : public calibration_internal::
   void set_model(const ::std::string& value);
   void set_model(::std::string&& value);
   void set_model(const char* value);
-  void set_model(const char* value, size_t size);
+  void set_model(const char* value, ::std::size_t size);
   ::std::string* mutable_model();
   void clear_model();
   ::std::string* release_model();
@@ -1378,7 +1390,7 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibration : public calibration_internal::
   void set_serial(const ::std::string& value);
   void set_serial(::std::string&& value);
   void set_serial(const char* value);
-  void set_serial(const char* value, size_t size);
+  void set_serial(const char* value, ::std::size_t size);
   ::std::string* mutable_serial();
   void clear_serial();
   ::std::string* release_serial();
@@ -1389,7 +1401,7 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibration : public calibration_internal::
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 64;  // above the tags of all fields
 
@@ -1399,7 +1411,7 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibration : public calibration_internal::
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_intrinsics();
@@ -1420,19 +1432,20 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibration : public calibration_internal::
   ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
-  CameraIntrinsics* intrinsics_;
-  CalibrationImage* intrinsics_image_;
-  CameraExtrinsics* extrinsics_;
-  CalibrationImage* extrinsics_image_;
-  calibration_internal::StringField name_;
-  calibration_internal::StringField model_;
-  calibration_internal::StringField serial_;
+  ::zarvo::calibration::CameraIntrinsics* intrinsics_;
+  ::zarvo::calibration::CalibrationImage* intrinsics_image_;
+  ::zarvo::calibration::CameraExtrinsics* extrinsics_;
+  ::zarvo::calibration::CalibrationImage* extrinsics_image_;
+  ::zarvo::calibration_internal::StringField name_;
+  ::zarvo::calibration_internal::StringField model_;
+  ::zarvo::calibration_internal::StringField serial_;
 
   static CameraCalibration* default_instance_;
 };
 
 // All cameras of one robot.
-class ZARVO_CALIBRATION_EXPORT RobotCalibration : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT RobotCalibration
+    : public ::zarvo::calibration_internal::Record {
  public:
   RobotCalibration();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1448,10 +1461,10 @@ class ZARVO_CALIBRATION_EXPORT RobotCalibration : public calibration_internal::R
   static const RobotCalibration& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(RobotCalibration* other);
@@ -1480,11 +1493,12 @@ class ZARVO_CALIBRATION_EXPORT RobotCalibration : public calibration_internal::R
   // apart.
   // repeated CameraCalibration camera = 1;
   int camera_size() const;
-  const CameraCalibration& camera(int index) const;
-  CameraCalibration* mutable_camera(int index);
-  CameraCalibration* add_camera();
-  const ::google::protobuf::RepeatedPtrField<CameraCalibration>& camera() const;
-  ::google::protobuf::RepeatedPtrField<CameraCalibration>* mutable_camera();
+  const ::zarvo::calibration::CameraCalibration& camera(int index) const;
+  ::zarvo::calibration::CameraCalibration* mutable_camera(int index);
+  ::zarvo::calibration::CameraCalibration* add_camera();
+  const ::google::protobuf::RepeatedPtrField<::zarvo::calibration::CameraCalibration>& camera()
+      const;
+  ::google::protobuf::RepeatedPtrField<::zarvo::calibration::CameraCalibration>* mutable_camera();
   void clear_camera();
   static const int kCameraFieldNumber = 1;
 
@@ -1492,7 +1506,7 @@ class ZARVO_CALIBRATION_EXPORT RobotCalibration : public calibration_internal::R
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
@@ -1502,20 +1516,21 @@ class ZARVO_CALIBRATION_EXPORT RobotCalibration : public calibration_internal::R
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
 
   ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
-  ::google::protobuf::RepeatedPtrField<CameraCalibration> camera_;
+  ::google::protobuf::RepeatedPtrField<::zarvo::calibration::CameraCalibration> camera_;
 
   static RobotCalibration* default_instance_;
 };
 
 // When, on which devices and under which conditions a calibration was made.
-class ZARVO_CALIBRATION_EXPORT CalibrationMetadataProto : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT CalibrationMetadataProto
+    : public ::zarvo::calibration_internal::Record {
  public:
   CalibrationMetadataProto();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1531,10 +1546,10 @@ class ZARVO_CALIBRATION_EXPORT CalibrationMetadataProto : public calibration_int
   static const CalibrationMetadataProto& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(CalibrationMetadataProto* other);
@@ -1574,7 +1589,7 @@ class ZARVO_CALIBRATION_EXPORT CalibrationMetadataProto : public calibration_int
   void set_base_serial(const ::std::string& value);
   void set_base_serial(::std::string&& value);
   void set_base_serial(const char* value);
-  void set_base_serial(const char* value, size_t size);
+  void set_base_serial(const char* value, ::std::size_t size);
   ::std::string* mutable_base_serial();
   void clear_base_serial();
   ::std::string* release_base_serial();
@@ -1588,7 +1603,7 @@ class ZARVO_CALIBRATION_EXPORT CalibrationMetadataProto : public calibration_int
   void set_audio_serial(const ::std::string& value);
   void set_audio_serial(::std::string&& value);
   void set_audio_serial(const char* value);
-  void set_audio_serial(const char* value, size_t size);
+  void set_audio_serial(const char* value, ::std::size_t size);
   ::std::string* mutable_audio_serial();
   void clear_audio_serial();
   ::std::string* release_audio_serial();
@@ -1607,7 +1622,7 @@ class ZARVO_CALIBRATION_EXPORT CalibrationMetadataProto : public calibration_int
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 40;  // above the tags of all fields
 
@@ -1617,7 +1632,7 @@ class ZARVO_CALIBRATION_EXPORT CalibrationMetadataProto : public calibration_int
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_time();
@@ -1633,15 +1648,16 @@ class ZARVO_CALIBRATION_EXPORT CalibrationMetadataProto : public calibration_int
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
   ::google::protobuf::int64 time_;
-  calibration_internal::StringField base_serial_;
-  calibration_internal::StringField audio_serial_;
+  ::zarvo::calibration_internal::StringField base_serial_;
+  ::zarvo::calibration_internal::StringField audio_serial_;
   float temperature_;
 
   static CalibrationMetadataProto* default_instance_;
 };
 
 // The calibration of a gyroscope.
-class ZARVO_CALIBRATION_EXPORT GyroscopeCalibrationProto : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT GyroscopeCalibrationProto
+    : public ::zarvo::calibration_internal::Record {
  public:
   GyroscopeCalibrationProto();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1657,10 +1673,10 @@ class ZARVO_CALIBRATION_EXPORT GyroscopeCalibrationProto : public calibration_in
   static const GyroscopeCalibrationProto& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(GyroscopeCalibrationProto* other);
@@ -1696,18 +1712,18 @@ class ZARVO_CALIBRATION_EXPORT GyroscopeCalibrationProto : public calibration_in
   // When and on what the gain was measured.
   // optional CalibrationMetadataProto metadata = 2;
   bool has_metadata() const;
-  const CalibrationMetadataProto& metadata() const;
-  CalibrationMetadataProto* mutable_metadata();
+  const ::zarvo::calibration::CalibrationMetadataProto& metadata() const;
+  ::zarvo::calibration::CalibrationMetadataProto* mutable_metadata();
   void clear_metadata();
-  CalibrationMetadataProto* release_metadata();
-  void set_allocated_metadata(CalibrationMetadataProto* value);
+  ::zarvo::calibration::CalibrationMetadataProto* release_metadata();
+  void set_allocated_metadata(::zarvo::calibration::CalibrationMetadataProto* value);
   static const int kMetadataFieldNumber = 2;
 
  private:
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 24;  // above the tags of all fields
 
@@ -1717,7 +1733,7 @@ class ZARVO_CALIBRATION_EXPORT GyroscopeCalibrationProto : public calibration_in
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_gyroscope_gain();
@@ -1728,15 +1744,15 @@ class ZARVO_CALIBRATION_EXPORT GyroscopeCalibrationProto : public calibration_in
   ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
-  CalibrationMetadataProto* metadata_;
+  ::zarvo::calibration::CalibrationMetadataProto* metadata_;
   float gyroscope_gain_;
 
   static GyroscopeCalibrationProto* default_instance_;
 };
 
 // An adjustment of where a camera sits.
-class ZARVO_CALIBRATION_EXPORT CameraCalibrationAdjustmentProto : public
-    calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT CameraCalibrationAdjustmentProto
+    : public ::zarvo::calibration_internal::Record {
  public:
   CameraCalibrationAdjustmentProto();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1752,10 +1768,10 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibrationAdjustmentProto : public
   static const CameraCalibrationAdjustmentProto& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(CameraCalibrationAdjustmentProto* other);
@@ -1783,28 +1799,28 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibrationAdjustmentProto : public
   // The adjusting transform.
   // optional CameraExtrinsics params = 1;
   bool has_params() const;
-  const CameraExtrinsics& params() const;
-  CameraExtrinsics* mutable_params();
+  const ::zarvo::calibration::CameraExtrinsics& params() const;
+  ::zarvo::calibration::CameraExtrinsics* mutable_params();
   void clear_params();
-  CameraExtrinsics* release_params();
-  void set_allocated_params(CameraExtrinsics* value);
+  ::zarvo::calibration::CameraExtrinsics* release_params();
+  void set_allocated_params(::zarvo::calibration::CameraExtrinsics* value);
   static const int kParamsFieldNumber = 1;
 
   // When and on what the adjustment was measured.
   // optional CalibrationMetadataProto metadata = 2;
   bool has_metadata() const;
-  const CalibrationMetadataProto& metadata() const;
-  CalibrationMetadataProto* mutable_metadata();
+  const ::zarvo::calibration::CalibrationMetadataProto& metadata() const;
+  ::zarvo::calibration::CalibrationMetadataProto* mutable_metadata();
   void clear_metadata();
-  CalibrationMetadataProto* release_metadata();
-  void set_allocated_metadata(CalibrationMetadataProto* value);
+  ::zarvo::calibration::CalibrationMetadataProto* release_metadata();
+  void set_allocated_metadata(::zarvo::calibration::CalibrationMetadataProto* value);
   static const int kMetadataFieldNumber = 2;
 
  private:
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 24;  // above the tags of all fields
 
@@ -1814,7 +1830,7 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibrationAdjustmentProto : public
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_params();
@@ -1825,8 +1841,8 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibrationAdjustmentProto : public
   ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
-  CameraExtrinsics* params_;
-  CalibrationMetadataProto* metadata_;
+  ::zarvo::calibration::CameraExtrinsics* params_;
+  ::zarvo::calibration::CalibrationMetadataProto* metadata_;
 
   static CameraCalibrationAdjustmentProto* default_instance_;
 };
@@ -1834,7 +1850,8 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibrationAdjustmentProto : public
 // The calibration of a robot's drive base. wheel_base, base_width and base_length belong
 // together; the format records no unit, so use one for all three. They declare defaults, which a
 // reader gets for a field that the record does not hold.
-class ZARVO_CALIBRATION_EXPORT BaseCalibrationProto : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT BaseCalibrationProto
+    : public ::zarvo::calibration_internal::Record {
  public:
   BaseCalibrationProto();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1850,10 +1867,10 @@ class ZARVO_CALIBRATION_EXPORT BaseCalibrationProto : public calibration_interna
   static const BaseCalibrationProto& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(BaseCalibrationProto* other);
@@ -1905,28 +1922,29 @@ class ZARVO_CALIBRATION_EXPORT BaseCalibrationProto : public calibration_interna
   // Adjustment that applies to the robot as a whole.
   // optional CameraCalibrationAdjustmentProto global_transform = 3;
   bool has_global_transform() const;
-  const CameraCalibrationAdjustmentProto& global_transform() const;
-  CameraCalibrationAdjustmentProto* mutable_global_transform();
+  const ::zarvo::calibration::CameraCalibrationAdjustmentProto& global_transform() const;
+  ::zarvo::calibration::CameraCalibrationAdjustmentProto* mutable_global_transform();
   void clear_global_transform();
-  CameraCalibrationAdjustmentProto* release_global_transform();
-  void set_allocated_global_transform(CameraCalibrationAdjustmentProto* value);
+  ::zarvo::calibration::CameraCalibrationAdjustmentProto* release_global_transform();
+  void set_allocated_global_transform(
+      ::zarvo::calibration::CameraCalibrationAdjustmentProto* value);
   static const int kGlobalTransformFieldNumber = 3;
 
   // Calibration of the base's gyroscope.
   // optional GyroscopeCalibrationProto gyroscope_cal = 4;
   bool has_gyroscope_cal() const;
-  const GyroscopeCalibrationProto& gyroscope_cal() const;
-  GyroscopeCalibrationProto* mutable_gyroscope_cal();
+  const ::zarvo::calibration::GyroscopeCalibrationProto& gyroscope_cal() const;
+  ::zarvo::calibration::GyroscopeCalibrationProto* mutable_gyroscope_cal();
   void clear_gyroscope_cal();
-  GyroscopeCalibrationProto* release_gyroscope_cal();
-  void set_allocated_gyroscope_cal(GyroscopeCalibrationProto* value);
+  ::zarvo::calibration::GyroscopeCalibrationProto* release_gyroscope_cal();
+  void set_allocated_gyroscope_cal(::zarvo::calibration::GyroscopeCalibrationProto* value);
   static const int kGyroscopeCalFieldNumber = 4;
 
  private:
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 48;  // above the tags of all fields
 
@@ -1936,7 +1954,7 @@ class ZARVO_CALIBRATION_EXPORT BaseCalibrationProto : public calibration_interna
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_wheel_base();
@@ -1955,15 +1973,16 @@ class ZARVO_CALIBRATION_EXPORT BaseCalibrationProto : public calibration_interna
   mutable int _cached_size_;
   float wheel_base_;
   float base_width_;
-  CameraCalibrationAdjustmentProto* global_transform_;
-  GyroscopeCalibrationProto* gyroscope_cal_;
+  ::zarvo::calibration::CameraCalibrationAdjustmentProto* global_transform_;
+  ::zarvo::calibration::GyroscopeCalibrationProto* gyroscope_cal_;
   float base_length_;
 
   static BaseCalibrationProto* default_instance_;
 };
 
 // Result of one focus check.
-class ZARVO_CALIBRATION_EXPORT FocusCheckProto : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT FocusCheckProto
+    : public ::zarvo::calibration_internal::Record {
  public:
   FocusCheckProto();
   // A deep copy: holds strings and sub-messages of its own.
@@ -1973,11 +1992,11 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckProto : public calibration_internal::Re
 
   // An object that a parse, a merge or a copy made as an element may share its allocation with
   // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
-  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t size) {
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
 #ifdef __cpp_aligned_new
-  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t,
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t,
                                                               ::std::align_val_t alignment) {
     ::operator delete(object, alignment);
   }
@@ -1992,10 +2011,10 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckProto : public calibration_internal::Re
   static const FocusCheckProto& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(FocusCheckProto* other);
@@ -2054,7 +2073,7 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckProto : public calibration_internal::Re
   void set_name(const ::std::string& value);
   void set_name(::std::string&& value);
   void set_name(const char* value);
-  void set_name(const char* value, size_t size);
+  void set_name(const char* value, ::std::size_t size);
   ::std::string* mutable_name();
   void clear_name();
   ::std::string* release_name();
@@ -2073,7 +2092,7 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckProto : public calibration_internal::Re
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 48;  // above the tags of all fields
 
@@ -2083,7 +2102,7 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckProto : public calibration_internal::Re
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_value_at_cutoff();
@@ -2101,14 +2120,15 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckProto : public calibration_internal::Re
   float value_at_cutoff_;
   float cutoff_;
   ::google::protobuf::RepeatedField<float> bins_;
-  calibration_internal::StringField name_;
+  ::zarvo::calibration_internal::StringField name_;
   bool ok_;
 
   static FocusCheckProto* default_instance_;
 };
 
 // Results of a focus check at several spots.
-class ZARVO_CALIBRATION_EXPORT FocusCheckSetProto : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT FocusCheckSetProto
+    : public ::zarvo::calibration_internal::Record {
  public:
   FocusCheckSetProto();
   // A deep copy: holds strings and sub-messages of its own.
@@ -2124,10 +2144,10 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckSetProto : public calibration_internal:
   static const FocusCheckSetProto& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(FocusCheckSetProto* other);
@@ -2155,11 +2175,11 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckSetProto : public calibration_internal:
   // The results, one element for each spot.
   // repeated FocusCheckProto spots = 1;
   int spots_size() const;
-  const FocusCheckProto& spots(int index) const;
-  FocusCheckProto* mutable_spots(int index);
-  FocusCheckProto* add_spots();
-  const ::google::protobuf::RepeatedPtrField<FocusCheckProto>& spots() const;
-  ::google::protobuf::RepeatedPtrField<FocusCheckProto>* mutable_spots();
+  const ::zarvo::calibration::FocusCheckProto& spots(int index) const;
+  ::zarvo::calibration::FocusCheckProto* mutable_spots(int index);
+  ::zarvo::calibration::FocusCheckProto* add_spots();
+  const ::google::protobuf::RepeatedPtrField<::zarvo::calibration::FocusCheckProto>& spots() const;
+  ::google::protobuf::RepeatedPtrField<::zarvo::calibration::FocusCheckProto>* mutable_spots();
   void clear_spots();
   static const int kSpotsFieldNumber = 1;
 
@@ -2167,7 +2187,7 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckSetProto : public calibration_internal:
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
@@ -2177,21 +2197,22 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckSetProto : public calibration_internal:
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
 
   ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
-  ::google::protobuf::RepeatedPtrField<FocusCheckProto> spots_;
+  ::google::protobuf::RepeatedPtrField<::zarvo::calibration::FocusCheckProto> spots_;
 
   static FocusCheckSetProto* default_instance_;
 };
 
 // The intrinsics of a pan-tilt-zoom camera at one zoom. The format records neither the unit of
 // the lengths nor the distortion model behind k1, k4, p1 and p2.
-class ZARVO_CALIBRATION_EXPORT PTZIntrinsicsItem : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT PTZIntrinsicsItem
+    : public ::zarvo::calibration_internal::Record {
  public:
   PTZIntrinsicsItem();
   // A deep copy: holds strings and sub-messages of its own.
@@ -2201,11 +2222,11 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsicsItem : public calibration_internal::
 
   // An object that a parse, a merge or a copy made as an element may share its allocation with
   // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
-  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t size) {
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
 #ifdef __cpp_aligned_new
-  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t,
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t,
                                                               ::std::align_val_t alignment) {
     ::operator delete(object, alignment);
   }
@@ -2220,10 +2241,10 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsicsItem : public calibration_internal::
   static const PTZIntrinsicsItem& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(PTZIntrinsicsItem* other);
@@ -2324,7 +2345,7 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsicsItem : public calibration_internal::
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 80;  // above the tags of all fields
 
@@ -2334,7 +2355,7 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsicsItem : public calibration_internal::
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_zoom();
@@ -2373,7 +2394,8 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsicsItem : public calibration_internal::
 };
 
 // The intrinsics of a pan-tilt-zoom camera over its zoom range.
-class ZARVO_CALIBRATION_EXPORT PTZIntrinsics : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT PTZIntrinsics
+    : public ::zarvo::calibration_internal::Record {
  public:
   PTZIntrinsics();
   // A deep copy: holds strings and sub-messages of its own.
@@ -2389,10 +2411,10 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsics : public calibration_internal::Reco
   static const PTZIntrinsics& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(PTZIntrinsics* other);
@@ -2453,11 +2475,12 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsics : public calibration_internal::Reco
   // The intrinsics, one element for each zoom that was calibrated.
   // repeated PTZIntrinsicsItem samples = 5;
   int samples_size() const;
-  const PTZIntrinsicsItem& samples(int index) const;
-  PTZIntrinsicsItem* mutable_samples(int index);
-  PTZIntrinsicsItem* add_samples();
-  const ::google::protobuf::RepeatedPtrField<PTZIntrinsicsItem>& samples() const;
-  ::google::protobuf::RepeatedPtrField<PTZIntrinsicsItem>* mutable_samples();
+  const ::zarvo::calibration::PTZIntrinsicsItem& samples(int index) const;
+  ::zarvo::calibration::PTZIntrinsicsItem* mutable_samples(int index);
+  ::zarvo::calibration::PTZIntrinsicsItem* add_samples();
+  const ::google::protobuf::RepeatedPtrField<::zarvo::calibration::PTZIntrinsicsItem>& samples()
+      const;
+  ::google::protobuf::RepeatedPtrField<::zarvo::calibration::PTZIntrinsicsItem>* mutable_samples();
   void clear_samples();
   static const int kSamplesFieldNumber = 5;
 
@@ -2498,7 +2521,7 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsics : public calibration_internal::Reco
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 80;  // above the tags of all fields
 
@@ -2508,7 +2531,7 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsics : public calibration_internal::Reco
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_zx();
@@ -2535,7 +2558,7 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsics : public calibration_internal::Reco
   double zy_;
   ::google::protobuf::int32 width_;
   ::google::protobuf::int32 height_;
-  ::google::protobuf::RepeatedPtrField<PTZIntrinsicsItem> samples_;
+  ::google::protobuf::RepeatedPtrField<::zarvo::calibration::PTZIntrinsicsItem> samples_;
   ::google::protobuf::int32 samples_zoom0_;
   ::google::protobuf::int32 samples_zoom_step_;
   ::google::protobuf::int32 zoom_min_;
@@ -2547,7 +2570,8 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsics : public calibration_internal::Reco
 // The mechanics of a pan-tilt mount and of the device that it carries. Limits and speeds are
 // whole numbers whose unit the format does not record; the names of rads_per_pan_unit and
 // rads_per_tilt_unit tell of "pan units" and "tilt units".
-class ZARVO_CALIBRATION_EXPORT PanTiltSystemParameters : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT PanTiltSystemParameters
+    : public ::zarvo::calibration_internal::Record {
  public:
   PanTiltSystemParameters();
   // A deep copy: holds strings and sub-messages of its own.
@@ -2563,10 +2587,10 @@ class ZARVO_CALIBRATION_EXPORT PanTiltSystemParameters : public calibration_inte
   static const PanTiltSystemParameters& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(PanTiltSystemParameters* other);
@@ -2594,31 +2618,31 @@ class ZARVO_CALIBRATION_EXPORT PanTiltSystemParameters : public calibration_inte
   // Where the pan axis sits.
   // optional CameraExtrinsics pan_ext = 1;
   bool has_pan_ext() const;
-  const CameraExtrinsics& pan_ext() const;
-  CameraExtrinsics* mutable_pan_ext();
+  const ::zarvo::calibration::CameraExtrinsics& pan_ext() const;
+  ::zarvo::calibration::CameraExtrinsics* mutable_pan_ext();
   void clear_pan_ext();
-  CameraExtrinsics* release_pan_ext();
-  void set_allocated_pan_ext(CameraExtrinsics* value);
+  ::zarvo::calibration::CameraExtrinsics* release_pan_ext();
+  void set_allocated_pan_ext(::zarvo::calibration::CameraExtrinsics* value);
   static const int kPanExtFieldNumber = 1;
 
   // Where the tilt axis sits.
   // optional CameraExtrinsics tilt_ext = 2;
   bool has_tilt_ext() const;
-  const CameraExtrinsics& tilt_ext() const;
-  CameraExtrinsics* mutable_tilt_ext();
+  const ::zarvo::calibration::CameraExtrinsics& tilt_ext() const;
+  ::zarvo::calibration::CameraExtrinsics* mutable_tilt_ext();
   void clear_tilt_ext();
-  CameraExtrinsics* release_tilt_ext();
-  void set_allocated_tilt_ext(CameraExtrinsics* value);
+  ::zarvo::calibration::CameraExtrinsics* release_tilt_ext();
+  void set_allocated_tilt_ext(::zarvo::calibration::CameraExtrinsics* value);
   static const int kTiltExtFieldNumber = 2;
 
   // Where the carried device sits.
   // optional CameraExtrinsics device_ext = 3;
   bool has_device_ext() const;
-  const CameraExtrinsics& device_ext() const;
-  CameraExtrinsics* mutable_device_ext();
+  const ::zarvo::calibration::CameraExtrinsics& device_ext() const;
+  ::zarvo::calibration::CameraExtrinsics* mutable_device_ext();
   void clear_device_ext();
-  CameraExtrinsics* release_device_ext();
-  void set_allocated_device_ext(CameraExtrinsics* value);
+  ::zarvo::calibration::CameraExtrinsics* release_device_ext();
+  void set_allocated_device_ext(::zarvo::calibration::CameraExtrinsics* value);
   static const int kDeviceExtFieldNumber = 3;
 
   // Radians in one pan unit.
@@ -2722,7 +2746,7 @@ class ZARVO_CALIBRATION_EXPORT PanTiltSystemParameters : public calibration_inte
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 128;  // above the tags of all fields
 
@@ -2732,7 +2756,7 @@ class ZARVO_CALIBRATION_EXPORT PanTiltSystemParameters : public calibration_inte
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_pan_ext();
@@ -2769,9 +2793,9 @@ class ZARVO_CALIBRATION_EXPORT PanTiltSystemParameters : public calibration_inte
   ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
-  CameraExtrinsics* pan_ext_;
-  CameraExtrinsics* tilt_ext_;
-  CameraExtrinsics* device_ext_;
+  ::zarvo::calibration::CameraExtrinsics* pan_ext_;
+  ::zarvo::calibration::CameraExtrinsics* tilt_ext_;
+  ::zarvo::calibration::CameraExtrinsics* device_ext_;
   float rads_per_pan_unit_;
   float rads_per_tilt_unit_;
   float pan_offset_;
@@ -2789,7 +2813,8 @@ class ZARVO_CALIBRATION_EXPORT PanTiltSystemParameters : public calibration_inte
 };
 
 // A pan-tilt-zoom camera: its optics and the mount that moves it.
-class ZARVO_CALIBRATION_EXPORT PTZCameraParameters : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT PTZCameraParameters
+    : public ::zarvo::calibration_internal::Record {
  public:
   PTZCameraParameters();
   // A deep copy: holds strings and sub-messages of its own.
@@ -2805,10 +2830,10 @@ class ZARVO_CALIBRATION_EXPORT PTZCameraParameters : public calibration_internal
   static const PTZCameraParameters& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(PTZCameraParameters* other);
@@ -2836,28 +2861,28 @@ class ZARVO_CALIBRATION_EXPORT PTZCameraParameters : public calibration_internal
   // The optics, over the zoom range.
   // optional PTZIntrinsics intrinsics = 1;
   bool has_intrinsics() const;
-  const PTZIntrinsics& intrinsics() const;
-  PTZIntrinsics* mutable_intrinsics();
+  const ::zarvo::calibration::PTZIntrinsics& intrinsics() const;
+  ::zarvo::calibration::PTZIntrinsics* mutable_intrinsics();
   void clear_intrinsics();
-  PTZIntrinsics* release_intrinsics();
-  void set_allocated_intrinsics(PTZIntrinsics* value);
+  ::zarvo::calibration::PTZIntrinsics* release_intrinsics();
+  void set_allocated_intrinsics(::zarvo::calibration::PTZIntrinsics* value);
   static const int kIntrinsicsFieldNumber = 1;
 
   // The mount that pans and tilts the camera.
   // optional PanTiltSystemParameters pan_tilt = 2;
   bool has_pan_tilt() const;
-  const PanTiltSystemParameters& pan_tilt() const;
-  PanTiltSystemParameters* mutable_pan_tilt();
+  const ::zarvo::calibration::PanTiltSystemParameters& pan_tilt() const;
+  ::zarvo::calibration::PanTiltSystemParameters* mutable_pan_tilt();
   void clear_pan_tilt();
-  PanTiltSystemParameters* release_pan_tilt();
-  void set_allocated_pan_tilt(PanTiltSystemParameters* value);
+  ::zarvo::calibration::PanTiltSystemParameters* release_pan_tilt();
+  void set_allocated_pan_tilt(::zarvo::calibration::PanTiltSystemParameters* value);
   static const int kPanTiltFieldNumber = 2;
 
  private:
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 24;  // above the tags of all fields
 
@@ -2867,7 +2892,7 @@ class ZARVO_CALIBRATION_EXPORT PTZCameraParameters : public calibration_internal
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_intrinsics();
@@ -2878,15 +2903,16 @@ class ZARVO_CALIBRATION_EXPORT PTZCameraParameters : public calibration_internal
   ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
-  PTZIntrinsics* intrinsics_;
-  PanTiltSystemParameters* pan_tilt_;
+  ::zarvo::calibration::PTZIntrinsics* intrinsics_;
+  ::zarvo::calibration::PanTiltSystemParameters* pan_tilt_;
 
   static PTZCameraParameters* default_instance_;
 };
 
 // A pan-tilt-zoom camera head as a whole: the camera, a laser on a pan-tilt mount, and the
 // cameras beside them.
-class ZARVO_CALIBRATION_EXPORT PTZSystemCalibration : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT PTZSystemCalibration
+    : public ::zarvo::calibration_internal::Record {
  public:
   PTZSystemCalibration();
   // A deep copy: holds strings and sub-messages of its own.
@@ -2902,10 +2928,10 @@ class ZARVO_CALIBRATION_EXPORT PTZSystemCalibration : public calibration_interna
   static const PTZSystemCalibration& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap(PTZSystemCalibration* other);
@@ -2933,39 +2959,39 @@ class ZARVO_CALIBRATION_EXPORT PTZSystemCalibration : public calibration_interna
   // The pan-tilt-zoom camera.
   // optional PTZCameraParameters ptz_camera = 1;
   bool has_ptz_camera() const;
-  const PTZCameraParameters& ptz_camera() const;
-  PTZCameraParameters* mutable_ptz_camera();
+  const ::zarvo::calibration::PTZCameraParameters& ptz_camera() const;
+  ::zarvo::calibration::PTZCameraParameters* mutable_ptz_camera();
   void clear_ptz_camera();
-  PTZCameraParameters* release_ptz_camera();
-  void set_allocated_ptz_camera(PTZCameraParameters* value);
+  ::zarvo::calibration::PTZCameraParameters* release_ptz_camera();
+  void set_allocated_ptz_camera(::zarvo::calibration::PTZCameraParameters* value);
   static const int kPtzCameraFieldNumber = 1;
 
   // The mount that carries the laser.
   // optional PanTiltSystemParameters laser = 2;
   bool has_laser() const;
-  const PanTiltSystemParameters& laser() const;
-  PanTiltSystemParameters* mutable_laser();
+  const ::zarvo::calibration::PanTiltSystemParameters& laser() const;
+  ::zarvo::calibration::PanTiltSystemParameters* mutable_laser();
   void clear_laser();
-  PanTiltSystemParameters* release_laser();
-  void set_allocated_laser(PanTiltSystemParameters* value);
+  ::zarvo::calibration::PanTiltSystemParameters* release_laser();
+  void set_allocated_laser(::zarvo::calibration::PanTiltSystemParameters* value);
   static const int kLaserFieldNumber = 2;
 
   // The other cameras of the same system. Every intrinsics in them must have its required fields
   // set.
   // optional RobotCalibration other_cameras = 3;
   bool has_other_cameras() const;
-  const RobotCalibration& other_cameras() const;
-  RobotCalibration* mutable_other_cameras();
+  const ::zarvo::calibration::RobotCalibration& other_cameras() const;
+  ::zarvo::calibration::RobotCalibration* mutable_other_cameras();
   void clear_other_cameras();
-  RobotCalibration* release_other_cameras();
-  void set_allocated_other_cameras(RobotCalibration* value);
+  ::zarvo::calibration::RobotCalibration* release_other_cameras();
+  void set_allocated_other_cameras(::zarvo::calibration::RobotCalibration* value);
   static const int kOtherCamerasFieldNumber = 3;
 
  private:
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
-  friend class calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 32;  // above the tags of all fields
 
@@ -2975,7 +3001,7 @@ class ZARVO_CALIBRATION_EXPORT PTZSystemCalibration : public calibration_interna
   void SetCachedSize(int size) const override;
   ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
       const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
-      calibration_internal::MessageReader* reader);
+      ::zarvo::calibration_internal::MessageReader* reader);
   ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
       ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
   void set_has_ptz_camera();
@@ -2988,9 +3014,9 @@ class ZARVO_CALIBRATION_EXPORT PTZSystemCalibration : public calibration_interna
   ZARVO_CALIBRATION_RECORD_METADATA
   ::google::protobuf::uint32 _has_bits_[1];
   mutable int _cached_size_;
-  PTZCameraParameters* ptz_camera_;
-  PanTiltSystemParameters* laser_;
-  RobotCalibration* other_cameras_;
+  ::zarvo::calibration::PTZCameraParameters* ptz_camera_;
+  ::zarvo::calibration::PanTiltSystemParameters* laser_;
+  ::zarvo::calibration::RobotCalibration* other_cameras_;
 
   static PTZSystemCalibration* default_instance_;
 };
@@ -3057,16 +3083,21 @@ inline void MarkerPositionInfo::clear_marker_id() {
 
 // repeated MarkerPositionInfo pos = 1;
 inline int MarkerPositionSet::pos_size() const { return pos_.size(); }
-inline const MarkerPositionInfo& MarkerPositionSet::pos(int index) const { return pos_.Get(index); }
-inline MarkerPositionInfo* MarkerPositionSet::mutable_pos(int index) { return pos_.Mutable(index); }
-inline MarkerPositionInfo* MarkerPositionSet::add_pos() {
-  return calibration_internal::AppendElement(&pos_);
+inline const ::zarvo::calibration::MarkerPositionInfo& MarkerPositionSet::pos(int index) const {
+  return pos_.Get(index);
 }
-inline const ::google::protobuf::RepeatedPtrField<MarkerPositionInfo>& MarkerPositionSet::pos()
-    const {
+inline ::zarvo::calibration::MarkerPositionInfo* MarkerPositionSet::mutable_pos(int index) {
+  return pos_.Mutable(index);
+}
+inline ::zarvo::calibration::MarkerPositionInfo* MarkerPositionSet::add_pos() {
+  return ::zarvo::calibration_internal::AppendElement(&pos_);
+}
+inline const ::google::protobuf::RepeatedPtrField<::zarvo::calibration::MarkerPositionInfo>&
+    MarkerPositionSet::pos() const {
   return pos_;
 }
-inline ::google::protobuf::RepeatedPtrField<MarkerPositionInfo>* MarkerPositionSet::mutable_pos() {
+inline ::google::protobuf::RepeatedPtrField<::zarvo::calibration::MarkerPositionInfo>*
+    MarkerPositionSet::mutable_pos() {
   return &pos_;
 }
 inline void MarkerPositionSet::clear_pos() { pos_.Clear(); }
@@ -3301,10 +3332,10 @@ inline void CameraIntrinsics::set_x_bin(const ::std::string& value) {
   x_bin_.Set(value);
 }
 inline void CameraIntrinsics::set_x_bin(::std::string&& value) {
-  *mutable_x_bin() = std::move(value);
+  *mutable_x_bin() = ::std::move(value);
 }
 inline void CameraIntrinsics::set_x_bin(const char* value) { mutable_x_bin()->assign(value); }
-inline void CameraIntrinsics::set_x_bin(const char* value, size_t size) {
+inline void CameraIntrinsics::set_x_bin(const char* value, ::std::size_t size) {
   mutable_x_bin()->assign(value, size);
 }
 inline ::std::string* CameraIntrinsics::mutable_x_bin() {
@@ -3386,20 +3417,23 @@ inline void CameraIntrinsics::clear_bin_size() {
 
 // repeated CameraIntrinsicsSamplePoints sample_points = 16;
 inline int CameraIntrinsics::sample_points_size() const { return sample_points_.size(); }
-inline const CameraIntrinsicsSamplePoints& CameraIntrinsics::sample_points(int index) const {
+inline const ::zarvo::calibration::CameraIntrinsicsSamplePoints& CameraIntrinsics::sample_points(
+    int index) const {
   return sample_points_.Get(index);
 }
-inline CameraIntrinsicsSamplePoints* CameraIntrinsics::mutable_sample_points(int index) {
+inline ::zarvo::calibration::CameraIntrinsicsSamplePoints* CameraIntrinsics::mutable_sample_points(
+    int index) {
   return sample_points_.Mutable(index);
 }
-inline CameraIntrinsicsSamplePoints* CameraIntrinsics::add_sample_points() {
-  return calibration_internal::AppendElement(&sample_points_);
+inline ::zarvo::calibration::CameraIntrinsicsSamplePoints* CameraIntrinsics::add_sample_points() {
+  return ::zarvo::calibration_internal::AppendElement(&sample_points_);
 }
-inline const ::google::protobuf::RepeatedPtrField<CameraIntrinsicsSamplePoints>&
-    CameraIntrinsics::sample_points() const {
+inline const
+    ::google::protobuf::RepeatedPtrField<::zarvo::calibration::CameraIntrinsicsSamplePoints>&
+        CameraIntrinsics::sample_points() const {
   return sample_points_;
 }
-inline ::google::protobuf::RepeatedPtrField<CameraIntrinsicsSamplePoints>*
+inline ::google::protobuf::RepeatedPtrField<::zarvo::calibration::CameraIntrinsicsSamplePoints>*
     CameraIntrinsics::mutable_sample_points() {
   return &sample_points_;
 }
@@ -3501,10 +3535,10 @@ inline void CalibrationImage::set_format(const ::std::string& value) {
   format_.Set(value);
 }
 inline void CalibrationImage::set_format(::std::string&& value) {
-  *mutable_format() = std::move(value);
+  *mutable_format() = ::std::move(value);
 }
 inline void CalibrationImage::set_format(const char* value) { mutable_format()->assign(value); }
-inline void CalibrationImage::set_format(const char* value, size_t size) {
+inline void CalibrationImage::set_format(const char* value, ::std::size_t size) {
   mutable_format()->assign(value, size);
 }
 inline ::std::string* CalibrationImage::mutable_format() {
@@ -3538,10 +3572,10 @@ inline void CalibrationImage::set_imgdata(const ::std::string& value) {
   imgdata_.Set(value);
 }
 inline void CalibrationImage::set_imgdata(::std::string&& value) {
-  *mutable_imgdata() = std::move(value);
+  *mutable_imgdata() = ::std::move(value);
 }
 inline void CalibrationImage::set_imgdata(const char* value) { mutable_imgdata()->assign(value); }
-inline void CalibrationImage::set_imgdata(const void* value, size_t size) {
+inline void CalibrationImage::set_imgdata(const void* value, ::std::size_t size) {
   mutable_imgdata()->assign(static_cast<const char*>(value), size);
 }
 inline ::std::string* CalibrationImage::mutable_imgdata() {
@@ -3700,15 +3734,21 @@ inline void FocusInfoItem::clear_valid_max() {
 
 // repeated FocusInfoItem focus = 1;
 inline int FocusInfo::focus_size() const { return focus_.size(); }
-inline const FocusInfoItem& FocusInfo::focus(int index) const { return focus_.Get(index); }
-inline FocusInfoItem* FocusInfo::mutable_focus(int index) { return focus_.Mutable(index); }
-inline FocusInfoItem* FocusInfo::add_focus() {
-  return calibration_internal::AppendElement(&focus_);
+inline const ::zarvo::calibration::FocusInfoItem& FocusInfo::focus(int index) const {
+  return focus_.Get(index);
 }
-inline const ::google::protobuf::RepeatedPtrField<FocusInfoItem>& FocusInfo::focus() const {
+inline ::zarvo::calibration::FocusInfoItem* FocusInfo::mutable_focus(int index) {
+  return focus_.Mutable(index);
+}
+inline ::zarvo::calibration::FocusInfoItem* FocusInfo::add_focus() {
+  return ::zarvo::calibration_internal::AppendElement(&focus_);
+}
+inline const ::google::protobuf::RepeatedPtrField<::zarvo::calibration::FocusInfoItem>&
+    FocusInfo::focus() const {
   return focus_;
 }
-inline ::google::protobuf::RepeatedPtrField<FocusInfoItem>* FocusInfo::mutable_focus() {
+inline ::google::protobuf::RepeatedPtrField<::zarvo::calibration::FocusInfoItem>*
+    FocusInfo::mutable_focus() {
   return &focus_;
 }
 inline void FocusInfo::clear_focus() { focus_.Clear(); }
@@ -3730,25 +3770,26 @@ inline void CameraExtrinsics::clear_a() { a_.Clear(); }
 inline bool CameraCalibration::has_intrinsics() const { return (_has_bits_[0] & 0x1u) != 0; }
 inline void CameraCalibration::set_has_intrinsics() { _has_bits_[0] |= 0x1u; }
 inline void CameraCalibration::clear_has_intrinsics() { _has_bits_[0] &= ~0x1u; }
-inline const CameraIntrinsics& CameraCalibration::intrinsics() const {
+inline const ::zarvo::calibration::CameraIntrinsics& CameraCalibration::intrinsics() const {
   return intrinsics_ != nullptr ? *intrinsics_ : *default_instance_->intrinsics_;
 }
-inline CameraIntrinsics* CameraCalibration::mutable_intrinsics() {
+inline ::zarvo::calibration::CameraIntrinsics* CameraCalibration::mutable_intrinsics() {
   set_has_intrinsics();
-  if (intrinsics_ == nullptr) intrinsics_ = new CameraIntrinsics;
+  if (intrinsics_ == nullptr) intrinsics_ = new ::zarvo::calibration::CameraIntrinsics;
   return intrinsics_;
 }
 inline void CameraCalibration::clear_intrinsics() {
   if (intrinsics_ != nullptr) intrinsics_->Clear();
   clear_has_intrinsics();
 }
-inline CameraIntrinsics* CameraCalibration::release_intrinsics() {
+inline ::zarvo::calibration::CameraIntrinsics* CameraCalibration::release_intrinsics() {
   clear_has_intrinsics();
-  CameraIntrinsics* released = intrinsics_;
+  ::zarvo::calibration::CameraIntrinsics* released = intrinsics_;
   intrinsics_ = nullptr;
   return released;
 }
-inline void CameraCalibration::set_allocated_intrinsics(CameraIntrinsics* value) {
+inline void CameraCalibration::set_allocated_intrinsics(
+    ::zarvo::calibration::CameraIntrinsics* value) {
   delete intrinsics_;
   intrinsics_ = value;
   if (value != nullptr) {
@@ -3762,25 +3803,26 @@ inline void CameraCalibration::set_allocated_intrinsics(CameraIntrinsics* value)
 inline bool CameraCalibration::has_intrinsics_image() const { return (_has_bits_[0] & 0x2u) != 0; }
 inline void CameraCalibration::set_has_intrinsics_image() { _has_bits_[0] |= 0x2u; }
 inline void CameraCalibration::clear_has_intrinsics_image() { _has_bits_[0] &= ~0x2u; }
-inline const CalibrationImage& CameraCalibration::intrinsics_image() const {
+inline const ::zarvo::calibration::CalibrationImage& CameraCalibration::intrinsics_image() const {
   return intrinsics_image_ != nullptr ? *intrinsics_image_ : *default_instance_->intrinsics_image_;
 }
-inline CalibrationImage* CameraCalibration::mutable_intrinsics_image() {
+inline ::zarvo::calibration::CalibrationImage* CameraCalibration::mutable_intrinsics_image() {
   set_has_intrinsics_image();
-  if (intrinsics_image_ == nullptr) intrinsics_image_ = new CalibrationImage;
+  if (intrinsics_image_ == nullptr) intrinsics_image_ = new ::zarvo::calibration::CalibrationImage;
   return intrinsics_image_;
 }
 inline void CameraCalibration::clear_intrinsics_image() {
   if (intrinsics_image_ != nullptr) intrinsics_image_->Clear();
   clear_has_intrinsics_image();
 }
-inline CalibrationImage* CameraCalibration::release_intrinsics_image() {
+inline ::zarvo::calibration::CalibrationImage* CameraCalibration::release_intrinsics_image() {
   clear_has_intrinsics_image();
-  CalibrationImage* released = intrinsics_image_;
+  ::zarvo::calibration::CalibrationImage* released = intrinsics_image_;
   intrinsics_image_ = nullptr;
   return released;
 }
-inline void CameraCalibration::set_allocated_intrinsics_image(CalibrationImage* value) {
+inline void CameraCalibration::set_allocated_intrinsics_image(
+    ::zarvo::calibration::CalibrationImage* value) {
   delete intrinsics_image_;
   intrinsics_image_ = value;
   if (value != nullptr) {
@@ -3794,25 +3836,26 @@ inline void CameraCalibration::set_allocated_intrinsics_image(CalibrationImage* 
 inline bool CameraCalibration::has_extrinsics() const { return (_has_bits_[0] & 0x4u) != 0; }
 inline void CameraCalibration::set_has_extrinsics() { _has_bits_[0] |= 0x4u; }
 inline void CameraCalibration::clear_has_extrinsics() { _has_bits_[0] &= ~0x4u; }
-inline const CameraExtrinsics& CameraCalibration::extrinsics() const {
+inline const ::zarvo::calibration::CameraExtrinsics& CameraCalibration::extrinsics() const {
   return extrinsics_ != nullptr ? *extrinsics_ : *default_instance_->extrinsics_;
 }
-inline CameraExtrinsics* CameraCalibration::mutable_extrinsics() {
+inline ::zarvo::calibration::CameraExtrinsics* CameraCalibration::mutable_extrinsics() {
   set_has_extrinsics();
-  if (extrinsics_ == nullptr) extrinsics_ = new CameraExtrinsics;
+  if (extrinsics_ == nullptr) extrinsics_ = new ::zarvo::calibration::CameraExtrinsics;
   return extrinsics_;
 }
 inline void CameraCalibration::clear_extrinsics() {
   if (extrinsics_ != nullptr) extrinsics_->Clear();
   clear_has_extrinsics();
 }
-inline CameraExtrinsics* CameraCalibration::release_extrinsics() {
+inline ::zarvo::calibration::CameraExtrinsics* CameraCalibration::release_extrinsics() {
   clear_has_extrinsics();
-  CameraExtrinsics* released = extrinsics_;
+  ::zarvo::calibration::CameraExtrinsics* released = extrinsics_;
   extrinsics_ = nullptr;
   return released;
 }
-inline void CameraCalibration::set_allocated_extrinsics(CameraExtrinsics* value) {
+inline void CameraCalibration::set_allocated_extrinsics(
+    ::zarvo::calibration::CameraExtrinsics* value) {
   delete extrinsics_;
   extrinsics_ = value;
   if (value != nullptr) {
@@ -3826,25 +3869,26 @@ inline void CameraCalibration::set_allocated_extrinsics(CameraExtrinsics* value)
 inline bool CameraCalibration::has_extrinsics_image() const { return (_has_bits_[0] & 0x8u) != 0; }
 inline void CameraCalibration::set_has_extrinsics_image() { _has_bits_[0] |= 0x8u; }
 inline void CameraCalibration::clear_has_extrinsics_image() { _has_bits_[0] &= ~0x8u; }
-inline const CalibrationImage& CameraCalibration::extrinsics_image() const {
+inline const ::zarvo::calibration::CalibrationImage& CameraCalibration::extrinsics_image() const {
   return extrinsics_image_ != nullptr ? *extrinsics_image_ : *default_instance_->extrinsics_image_;
 }
-inline CalibrationImage* CameraCalibration::mutable_extrinsics_image() {
+inline ::zarvo::calibration::CalibrationImage* CameraCalibration::mutable_extrinsics_image() {
   set_has_extrinsics_image();
-  if (extrinsics_image_ == nullptr) extrinsics_image_ = new CalibrationImage;
+  if (extrinsics_image_ == nullptr) extrinsics_image_ = new ::zarvo::calibration::CalibrationImage;
   return extrinsics_image_;
 }
 inline void CameraCalibration::clear_extrinsics_image() {
   if (extrinsics_image_ != nullptr) extrinsics_image_->Clear();
   clear_has_extrinsics_image();
 }
-inline CalibrationImage* CameraCalibration::release_extrinsics_image() {
+inline ::zarvo::calibration::CalibrationImage* CameraCalibration::release_extrinsics_image() {
   clear_has_extrinsics_image();
-  CalibrationImage* released = extrinsics_image_;
+  ::zarvo::calibration::CalibrationImage* released = extrinsics_image_;
   extrinsics_image_ = nullptr;
   return released;
 }
-inline void CameraCalibration::set_allocated_extrinsics_image(CalibrationImage* value) {
+inline void CameraCalibration::set_allocated_extrinsics_image(
+    ::zarvo::calibration::CalibrationImage* value) {
   delete extrinsics_image_;
   extrinsics_image_ = value;
   if (value != nullptr) {
@@ -3864,10 +3908,10 @@ inline void CameraCalibration::set_name(const ::std::string& value) {
   name_.Set(value);
 }
 inline void CameraCalibration::set_name(::std::string&& value) {
-  *mutable_name() = std::move(value);
+  *mutable_name() = ::std::move(value);
 }
 inline void CameraCalibration::set_name(const char* value) { mutable_name()->assign(value); }
-inline void CameraCalibration::set_name(const char* value, size_t size) {
+inline void CameraCalibration::set_name(const char* value, ::std::size_t size) {
   mutable_name()->assign(value, size);
 }
 inline ::std::string* CameraCalibration::mutable_name() {
@@ -3901,10 +3945,10 @@ inline void CameraCalibration::set_model(const ::std::string& value) {
   model_.Set(value);
 }
 inline void CameraCalibration::set_model(::std::string&& value) {
-  *mutable_model() = std::move(value);
+  *mutable_model() = ::std::move(value);
 }
 inline void CameraCalibration::set_model(const char* value) { mutable_model()->assign(value); }
-inline void CameraCalibration::set_model(const char* value, size_t size) {
+inline void CameraCalibration::set_model(const char* value, ::std::size_t size) {
   mutable_model()->assign(value, size);
 }
 inline ::std::string* CameraCalibration::mutable_model() {
@@ -3938,10 +3982,10 @@ inline void CameraCalibration::set_serial(const ::std::string& value) {
   serial_.Set(value);
 }
 inline void CameraCalibration::set_serial(::std::string&& value) {
-  *mutable_serial() = std::move(value);
+  *mutable_serial() = ::std::move(value);
 }
 inline void CameraCalibration::set_serial(const char* value) { mutable_serial()->assign(value); }
-inline void CameraCalibration::set_serial(const char* value, size_t size) {
+inline void CameraCalibration::set_serial(const char* value, ::std::size_t size) {
   mutable_serial()->assign(value, size);
 }
 inline ::std::string* CameraCalibration::mutable_serial() {
@@ -3969,20 +4013,21 @@ inline void CameraCalibration::set_allocated_serial(::std::string* value) {
 
 // repeated CameraCalibration camera = 1;
 inline int RobotCalibration::camera_size() const { return camera_.size(); }
-inline const CameraCalibration& RobotCalibration::camera(int index) const {
+inline const ::zarvo::calibration::CameraCalibration& RobotCalibration::camera(int index) const {
   return camera_.Get(index);
 }
-inline CameraCalibration* RobotCalibration::mutable_camera(int index) {
+inline ::zarvo::calibration::CameraCalibration* RobotCalibration::mutable_camera(int index) {
   return camera_.Mutable(index);
 }
-inline CameraCalibration* RobotCalibration::add_camera() {
-  return calibration_internal::AppendElement(&camera_);
+inline ::zarvo::calibration::CameraCalibration* RobotCalibration::add_camera() {
+  return ::zarvo::calibration_internal::AppendElement(&camera_);
 }
-inline const ::google::protobuf::RepeatedPtrField<CameraCalibration>& RobotCalibration::camera()
-    const {
+inline const ::google::protobuf::RepeatedPtrField<::zarvo::calibration::CameraCalibration>&
+    RobotCalibration::camera() const {
   return camera_;
 }
-inline ::google::protobuf::RepeatedPtrField<CameraCalibration>* RobotCalibration::mutable_camera() {
+inline ::google::protobuf::RepeatedPtrField<::zarvo::calibration::CameraCalibration>*
+    RobotCalibration::mutable_camera() {
   return &camera_;
 }
 inline void RobotCalibration::clear_camera() { camera_.Clear(); }
@@ -4017,12 +4062,12 @@ inline void CalibrationMetadataProto::set_base_serial(const ::std::string& value
   base_serial_.Set(value);
 }
 inline void CalibrationMetadataProto::set_base_serial(::std::string&& value) {
-  *mutable_base_serial() = std::move(value);
+  *mutable_base_serial() = ::std::move(value);
 }
 inline void CalibrationMetadataProto::set_base_serial(const char* value) {
   mutable_base_serial()->assign(value);
 }
-inline void CalibrationMetadataProto::set_base_serial(const char* value, size_t size) {
+inline void CalibrationMetadataProto::set_base_serial(const char* value, ::std::size_t size) {
   mutable_base_serial()->assign(value, size);
 }
 inline ::std::string* CalibrationMetadataProto::mutable_base_serial() {
@@ -4060,12 +4105,12 @@ inline void CalibrationMetadataProto::set_audio_serial(const ::std::string& valu
   audio_serial_.Set(value);
 }
 inline void CalibrationMetadataProto::set_audio_serial(::std::string&& value) {
-  *mutable_audio_serial() = std::move(value);
+  *mutable_audio_serial() = ::std::move(value);
 }
 inline void CalibrationMetadataProto::set_audio_serial(const char* value) {
   mutable_audio_serial()->assign(value);
 }
-inline void CalibrationMetadataProto::set_audio_serial(const char* value, size_t size) {
+inline void CalibrationMetadataProto::set_audio_serial(const char* value, ::std::size_t size) {
   mutable_audio_serial()->assign(value, size);
 }
 inline ::std::string* CalibrationMetadataProto::mutable_audio_serial() {
@@ -4127,25 +4172,29 @@ inline void GyroscopeCalibrationProto::clear_gyroscope_gain() {
 inline bool GyroscopeCalibrationProto::has_metadata() const { return (_has_bits_[0] & 0x2u) != 0; }
 inline void GyroscopeCalibrationProto::set_has_metadata() { _has_bits_[0] |= 0x2u; }
 inline void GyroscopeCalibrationProto::clear_has_metadata() { _has_bits_[0] &= ~0x2u; }
-inline const CalibrationMetadataProto& GyroscopeCalibrationProto::metadata() const {
+inline const ::zarvo::calibration::CalibrationMetadataProto& GyroscopeCalibrationProto::metadata()
+    const {
   return metadata_ != nullptr ? *metadata_ : *default_instance_->metadata_;
 }
-inline CalibrationMetadataProto* GyroscopeCalibrationProto::mutable_metadata() {
+inline ::zarvo::calibration::CalibrationMetadataProto* GyroscopeCalibrationProto::mutable_metadata()
+    {
   set_has_metadata();
-  if (metadata_ == nullptr) metadata_ = new CalibrationMetadataProto;
+  if (metadata_ == nullptr) metadata_ = new ::zarvo::calibration::CalibrationMetadataProto;
   return metadata_;
 }
 inline void GyroscopeCalibrationProto::clear_metadata() {
   if (metadata_ != nullptr) metadata_->Clear();
   clear_has_metadata();
 }
-inline CalibrationMetadataProto* GyroscopeCalibrationProto::release_metadata() {
+inline ::zarvo::calibration::CalibrationMetadataProto* GyroscopeCalibrationProto::release_metadata()
+    {
   clear_has_metadata();
-  CalibrationMetadataProto* released = metadata_;
+  ::zarvo::calibration::CalibrationMetadataProto* released = metadata_;
   metadata_ = nullptr;
   return released;
 }
-inline void GyroscopeCalibrationProto::set_allocated_metadata(CalibrationMetadataProto* value) {
+inline void GyroscopeCalibrationProto::set_allocated_metadata(
+    ::zarvo::calibration::CalibrationMetadataProto* value) {
   delete metadata_;
   metadata_ = value;
   if (value != nullptr) {
@@ -4163,25 +4212,27 @@ inline bool CameraCalibrationAdjustmentProto::has_params() const {
 }
 inline void CameraCalibrationAdjustmentProto::set_has_params() { _has_bits_[0] |= 0x1u; }
 inline void CameraCalibrationAdjustmentProto::clear_has_params() { _has_bits_[0] &= ~0x1u; }
-inline const CameraExtrinsics& CameraCalibrationAdjustmentProto::params() const {
+inline const ::zarvo::calibration::CameraExtrinsics& CameraCalibrationAdjustmentProto::params()
+    const {
   return params_ != nullptr ? *params_ : *default_instance_->params_;
 }
-inline CameraExtrinsics* CameraCalibrationAdjustmentProto::mutable_params() {
+inline ::zarvo::calibration::CameraExtrinsics* CameraCalibrationAdjustmentProto::mutable_params() {
   set_has_params();
-  if (params_ == nullptr) params_ = new CameraExtrinsics;
+  if (params_ == nullptr) params_ = new ::zarvo::calibration::CameraExtrinsics;
   return params_;
 }
 inline void CameraCalibrationAdjustmentProto::clear_params() {
   if (params_ != nullptr) params_->Clear();
   clear_has_params();
 }
-inline CameraExtrinsics* CameraCalibrationAdjustmentProto::release_params() {
+inline ::zarvo::calibration::CameraExtrinsics* CameraCalibrationAdjustmentProto::release_params() {
   clear_has_params();
-  CameraExtrinsics* released = params_;
+  ::zarvo::calibration::CameraExtrinsics* released = params_;
   params_ = nullptr;
   return released;
 }
-inline void CameraCalibrationAdjustmentProto::set_allocated_params(CameraExtrinsics* value) {
+inline void CameraCalibrationAdjustmentProto::set_allocated_params(
+    ::zarvo::calibration::CameraExtrinsics* value) {
   delete params_;
   params_ = value;
   if (value != nullptr) {
@@ -4197,26 +4248,29 @@ inline bool CameraCalibrationAdjustmentProto::has_metadata() const {
 }
 inline void CameraCalibrationAdjustmentProto::set_has_metadata() { _has_bits_[0] |= 0x2u; }
 inline void CameraCalibrationAdjustmentProto::clear_has_metadata() { _has_bits_[0] &= ~0x2u; }
-inline const CalibrationMetadataProto& CameraCalibrationAdjustmentProto::metadata() const {
+inline const ::zarvo::calibration::CalibrationMetadataProto&
+    CameraCalibrationAdjustmentProto::metadata() const {
   return metadata_ != nullptr ? *metadata_ : *default_instance_->metadata_;
 }
-inline CalibrationMetadataProto* CameraCalibrationAdjustmentProto::mutable_metadata() {
+inline ::zarvo::calibration::CalibrationMetadataProto*
+    CameraCalibrationAdjustmentProto::mutable_metadata() {
   set_has_metadata();
-  if (metadata_ == nullptr) metadata_ = new CalibrationMetadataProto;
+  if (metadata_ == nullptr) metadata_ = new ::zarvo::calibration::CalibrationMetadataProto;
   return metadata_;
 }
 inline void CameraCalibrationAdjustmentProto::clear_metadata() {
   if (metadata_ != nullptr) metadata_->Clear();
   clear_has_metadata();
 }
-inline CalibrationMetadataProto* CameraCalibrationAdjustmentProto::release_metadata() {
+inline ::zarvo::calibration::CalibrationMetadataProto*
+    CameraCalibrationAdjustmentProto::release_metadata() {
   clear_has_metadata();
-  CalibrationMetadataProto* released = metadata_;
+  ::zarvo::calibration::CalibrationMetadataProto* released = metadata_;
   metadata_ = nullptr;
   return released;
 }
 inline void CameraCalibrationAdjustmentProto::set_allocated_metadata(
-    CalibrationMetadataProto* value) {
+    ::zarvo::calibration::CalibrationMetadataProto* value) {
   delete metadata_;
   metadata_ = value;
   if (value != nullptr) {
@@ -4276,26 +4330,31 @@ inline bool BaseCalibrationProto::has_global_transform() const {
 }
 inline void BaseCalibrationProto::set_has_global_transform() { _has_bits_[0] |= 0x8u; }
 inline void BaseCalibrationProto::clear_has_global_transform() { _has_bits_[0] &= ~0x8u; }
-inline const CameraCalibrationAdjustmentProto& BaseCalibrationProto::global_transform() const {
+inline const ::zarvo::calibration::CameraCalibrationAdjustmentProto&
+    BaseCalibrationProto::global_transform() const {
   return global_transform_ != nullptr ? *global_transform_ : *default_instance_->global_transform_;
 }
-inline CameraCalibrationAdjustmentProto* BaseCalibrationProto::mutable_global_transform() {
+inline ::zarvo::calibration::CameraCalibrationAdjustmentProto*
+    BaseCalibrationProto::mutable_global_transform() {
   set_has_global_transform();
-  if (global_transform_ == nullptr) global_transform_ = new CameraCalibrationAdjustmentProto;
+  if (global_transform_ == nullptr) {
+    global_transform_ = new ::zarvo::calibration::CameraCalibrationAdjustmentProto;
+  }
   return global_transform_;
 }
 inline void BaseCalibrationProto::clear_global_transform() {
   if (global_transform_ != nullptr) global_transform_->Clear();
   clear_has_global_transform();
 }
-inline CameraCalibrationAdjustmentProto* BaseCalibrationProto::release_global_transform() {
+inline ::zarvo::calibration::CameraCalibrationAdjustmentProto*
+    BaseCalibrationProto::release_global_transform() {
   clear_has_global_transform();
-  CameraCalibrationAdjustmentProto* released = global_transform_;
+  ::zarvo::calibration::CameraCalibrationAdjustmentProto* released = global_transform_;
   global_transform_ = nullptr;
   return released;
 }
 inline void BaseCalibrationProto::set_allocated_global_transform(
-    CameraCalibrationAdjustmentProto* value) {
+    ::zarvo::calibration::CameraCalibrationAdjustmentProto* value) {
   delete global_transform_;
   global_transform_ = value;
   if (value != nullptr) {
@@ -4309,25 +4368,31 @@ inline void BaseCalibrationProto::set_allocated_global_transform(
 inline bool BaseCalibrationProto::has_gyroscope_cal() const { return (_has_bits_[0] & 0x10u) != 0; }
 inline void BaseCalibrationProto::set_has_gyroscope_cal() { _has_bits_[0] |= 0x10u; }
 inline void BaseCalibrationProto::clear_has_gyroscope_cal() { _has_bits_[0] &= ~0x10u; }
-inline const GyroscopeCalibrationProto& BaseCalibrationProto::gyroscope_cal() const {
+inline const ::zarvo::calibration::GyroscopeCalibrationProto& BaseCalibrationProto::gyroscope_cal()
+    const {
   return gyroscope_cal_ != nullptr ? *gyroscope_cal_ : *default_instance_->gyroscope_cal_;
 }
-inline GyroscopeCalibrationProto* BaseCalibrationProto::mutable_gyroscope_cal() {
+inline ::zarvo::calibration::GyroscopeCalibrationProto* BaseCalibrationProto::mutable_gyroscope_cal(
+    ) {
   set_has_gyroscope_cal();
-  if (gyroscope_cal_ == nullptr) gyroscope_cal_ = new GyroscopeCalibrationProto;
+  if (gyroscope_cal_ == nullptr) {
+    gyroscope_cal_ = new ::zarvo::calibration::GyroscopeCalibrationProto;
+  }
   return gyroscope_cal_;
 }
 inline void BaseCalibrationProto::clear_gyroscope_cal() {
   if (gyroscope_cal_ != nullptr) gyroscope_cal_->Clear();
   clear_has_gyroscope_cal();
 }
-inline GyroscopeCalibrationProto* BaseCalibrationProto::release_gyroscope_cal() {
+inline ::zarvo::calibration::GyroscopeCalibrationProto* BaseCalibrationProto::release_gyroscope_cal(
+    ) {
   clear_has_gyroscope_cal();
-  GyroscopeCalibrationProto* released = gyroscope_cal_;
+  ::zarvo::calibration::GyroscopeCalibrationProto* released = gyroscope_cal_;
   gyroscope_cal_ = nullptr;
   return released;
 }
-inline void BaseCalibrationProto::set_allocated_gyroscope_cal(GyroscopeCalibrationProto* value) {
+inline void BaseCalibrationProto::set_allocated_gyroscope_cal(
+    ::zarvo::calibration::GyroscopeCalibrationProto* value) {
   delete gyroscope_cal_;
   gyroscope_cal_ = value;
   if (value != nullptr) {
@@ -4387,9 +4452,11 @@ inline void FocusCheckProto::set_name(const ::std::string& value) {
   set_has_name();
   name_.Set(value);
 }
-inline void FocusCheckProto::set_name(::std::string&& value) { *mutable_name() = std::move(value); }
+inline void FocusCheckProto::set_name(::std::string&& value) {
+  *mutable_name() = ::std::move(value);
+}
 inline void FocusCheckProto::set_name(const char* value) { mutable_name()->assign(value); }
-inline void FocusCheckProto::set_name(const char* value, size_t size) {
+inline void FocusCheckProto::set_name(const char* value, ::std::size_t size) {
   mutable_name()->assign(value, size);
 }
 inline ::std::string* FocusCheckProto::mutable_name() {
@@ -4431,20 +4498,21 @@ inline void FocusCheckProto::clear_ok() {
 
 // repeated FocusCheckProto spots = 1;
 inline int FocusCheckSetProto::spots_size() const { return spots_.size(); }
-inline const FocusCheckProto& FocusCheckSetProto::spots(int index) const {
+inline const ::zarvo::calibration::FocusCheckProto& FocusCheckSetProto::spots(int index) const {
   return spots_.Get(index);
 }
-inline FocusCheckProto* FocusCheckSetProto::mutable_spots(int index) {
+inline ::zarvo::calibration::FocusCheckProto* FocusCheckSetProto::mutable_spots(int index) {
   return spots_.Mutable(index);
 }
-inline FocusCheckProto* FocusCheckSetProto::add_spots() {
-  return calibration_internal::AppendElement(&spots_);
+inline ::zarvo::calibration::FocusCheckProto* FocusCheckSetProto::add_spots() {
+  return ::zarvo::calibration_internal::AppendElement(&spots_);
 }
-inline const ::google::protobuf::RepeatedPtrField<FocusCheckProto>& FocusCheckSetProto::spots()
-    const {
+inline const ::google::protobuf::RepeatedPtrField<::zarvo::calibration::FocusCheckProto>&
+    FocusCheckSetProto::spots() const {
   return spots_;
 }
-inline ::google::protobuf::RepeatedPtrField<FocusCheckProto>* FocusCheckSetProto::mutable_spots() {
+inline ::google::protobuf::RepeatedPtrField<::zarvo::calibration::FocusCheckProto>*
+    FocusCheckSetProto::mutable_spots() {
   return &spots_;
 }
 inline void FocusCheckSetProto::clear_spots() { spots_.Clear(); }
@@ -4637,20 +4705,21 @@ inline void PTZIntrinsics::clear_height() {
 
 // repeated PTZIntrinsicsItem samples = 5;
 inline int PTZIntrinsics::samples_size() const { return samples_.size(); }
-inline const PTZIntrinsicsItem& PTZIntrinsics::samples(int index) const {
+inline const ::zarvo::calibration::PTZIntrinsicsItem& PTZIntrinsics::samples(int index) const {
   return samples_.Get(index);
 }
-inline PTZIntrinsicsItem* PTZIntrinsics::mutable_samples(int index) {
+inline ::zarvo::calibration::PTZIntrinsicsItem* PTZIntrinsics::mutable_samples(int index) {
   return samples_.Mutable(index);
 }
-inline PTZIntrinsicsItem* PTZIntrinsics::add_samples() {
-  return calibration_internal::AppendElement(&samples_);
+inline ::zarvo::calibration::PTZIntrinsicsItem* PTZIntrinsics::add_samples() {
+  return ::zarvo::calibration_internal::AppendElement(&samples_);
 }
-inline const ::google::protobuf::RepeatedPtrField<PTZIntrinsicsItem>& PTZIntrinsics::samples()
-    const {
+inline const ::google::protobuf::RepeatedPtrField<::zarvo::calibration::PTZIntrinsicsItem>&
+    PTZIntrinsics::samples() const {
   return samples_;
 }
-inline ::google::protobuf::RepeatedPtrField<PTZIntrinsicsItem>* PTZIntrinsics::mutable_samples() {
+inline ::google::protobuf::RepeatedPtrField<::zarvo::calibration::PTZIntrinsicsItem>*
+    PTZIntrinsics::mutable_samples() {
   return &samples_;
 }
 inline void PTZIntrinsics::clear_samples() { samples_.Clear(); }
@@ -4719,25 +4788,26 @@ inline void PTZIntrinsics::clear_zoom_max() {
 inline bool PanTiltSystemParameters::has_pan_ext() const { return (_has_bits_[0] & 0x1u) != 0; }
 inline void PanTiltSystemParameters::set_has_pan_ext() { _has_bits_[0] |= 0x1u; }
 inline void PanTiltSystemParameters::clear_has_pan_ext() { _has_bits_[0] &= ~0x1u; }
-inline const CameraExtrinsics& PanTiltSystemParameters::pan_ext() const {
+inline const ::zarvo::calibration::CameraExtrinsics& PanTiltSystemParameters::pan_ext() const {
   return pan_ext_ != nullptr ? *pan_ext_ : *default_instance_->pan_ext_;
 }
-inline CameraExtrinsics* PanTiltSystemParameters::mutable_pan_ext() {
+inline ::zarvo::calibration::CameraExtrinsics* PanTiltSystemParameters::mutable_pan_ext() {
   set_has_pan_ext();
-  if (pan_ext_ == nullptr) pan_ext_ = new CameraExtrinsics;
+  if (pan_ext_ == nullptr) pan_ext_ = new ::zarvo::calibration::CameraExtrinsics;
   return pan_ext_;
 }
 inline void PanTiltSystemParameters::clear_pan_ext() {
   if (pan_ext_ != nullptr) pan_ext_->Clear();
   clear_has_pan_ext();
 }
-inline CameraExtrinsics* PanTiltSystemParameters::release_pan_ext() {
+inline ::zarvo::calibration::CameraExtrinsics* PanTiltSystemParameters::release_pan_ext() {
   clear_has_pan_ext();
-  CameraExtrinsics* released = pan_ext_;
+  ::zarvo::calibration::CameraExtrinsics* released = pan_ext_;
   pan_ext_ = nullptr;
   return released;
 }
-inline void PanTiltSystemParameters::set_allocated_pan_ext(CameraExtrinsics* value) {
+inline void PanTiltSystemParameters::set_allocated_pan_ext(
+    ::zarvo::calibration::CameraExtrinsics* value) {
   delete pan_ext_;
   pan_ext_ = value;
   if (value != nullptr) {
@@ -4751,25 +4821,26 @@ inline void PanTiltSystemParameters::set_allocated_pan_ext(CameraExtrinsics* val
 inline bool PanTiltSystemParameters::has_tilt_ext() const { return (_has_bits_[0] & 0x2u) != 0; }
 inline void PanTiltSystemParameters::set_has_tilt_ext() { _has_bits_[0] |= 0x2u; }
 inline void PanTiltSystemParameters::clear_has_tilt_ext() { _has_bits_[0] &= ~0x2u; }
-inline const CameraExtrinsics& PanTiltSystemParameters::tilt_ext() const {
+inline const ::zarvo::calibration::CameraExtrinsics& PanTiltSystemParameters::tilt_ext() const {
   return tilt_ext_ != nullptr ? *tilt_ext_ : *default_instance_->tilt_ext_;
 }
-inline CameraExtrinsics* PanTiltSystemParameters::mutable_tilt_ext() {
+inline ::zarvo::calibration::CameraExtrinsics* PanTiltSystemParameters::mutable_tilt_ext() {
   set_has_tilt_ext();
-  if (tilt_ext_ == nullptr) tilt_ext_ = new CameraExtrinsics;
+  if (tilt_ext_ == nullptr) tilt_ext_ = new ::zarvo::calibration::CameraExtrinsics;
   return tilt_ext_;
 }
 inline void PanTiltSystemParameters::clear_tilt_ext() {
   if (tilt_ext_ != nullptr) tilt_ext_->Clear();
   clear_has_tilt_ext();
 }
-inline CameraExtrinsics* PanTiltSystemParameters::release_tilt_ext() {
+inline ::zarvo::calibration::CameraExtrinsics* PanTiltSystemParameters::release_tilt_ext() {
   clear_has_tilt_ext();
-  CameraExtrinsics* released = tilt_ext_;
+  ::zarvo::calibration::CameraExtrinsics* released = tilt_ext_;
   tilt_ext_ = nullptr;
   return released;
 }
-inline void PanTiltSystemParameters::set_allocated_tilt_ext(CameraExtrinsics* value) {
+inline void PanTiltSystemParameters::set_allocated_tilt_ext(
+    ::zarvo::calibration::CameraExtrinsics* value) {
   delete tilt_ext_;
   tilt_ext_ = value;
   if (value != nullptr) {
@@ -4783,25 +4854,26 @@ inline void PanTiltSystemParameters::set_allocated_tilt_ext(CameraExtrinsics* va
 inline bool PanTiltSystemParameters::has_device_ext() const { return (_has_bits_[0] & 0x4u) != 0; }
 inline void PanTiltSystemParameters::set_has_device_ext() { _has_bits_[0] |= 0x4u; }
 inline void PanTiltSystemParameters::clear_has_device_ext() { _has_bits_[0] &= ~0x4u; }
-inline const CameraExtrinsics& PanTiltSystemParameters::device_ext() const {
+inline const ::zarvo::calibration::CameraExtrinsics& PanTiltSystemParameters::device_ext() const {
   return device_ext_ != nullptr ? *device_ext_ : *default_instance_->device_ext_;
 }
-inline CameraExtrinsics* PanTiltSystemParameters::mutable_device_ext() {
+inline ::zarvo::calibration::CameraExtrinsics* PanTiltSystemParameters::mutable_device_ext() {
   set_has_device_ext();
-  if (device_ext_ == nullptr) device_ext_ = new CameraExtrinsics;
+  if (device_ext_ == nullptr) device_ext_ = new ::zarvo::calibration::CameraExtrinsics;
   return device_ext_;
 }
 inline void PanTiltSystemParameters::clear_device_ext() {
   if (device_ext_ != nullptr) device_ext_->Clear();
   clear_has_device_ext();
 }
-inline CameraExtrinsics* PanTiltSystemParameters::release_device_ext() {
+inline ::zarvo::calibration::CameraExtrinsics* PanTiltSystemParameters::release_device_ext() {
   clear_has_device_ext();
-  CameraExtrinsics* released = device_ext_;
+  ::zarvo::calibration::CameraExtrinsics* released = device_ext_;
   device_ext_ = nullptr;
   return released;
 }
-inline void PanTiltSystemParameters::set_allocated_device_ext(CameraExtrinsics* value) {
+inline void PanTiltSystemParameters::set_allocated_device_ext(
+    ::zarvo::calibration::CameraExtrinsics* value) {
   delete device_ext_;
   device_ext_ = value;
   if (value != nullptr) {
@@ -5003,25 +5075,26 @@ inline void PanTiltSystemParameters::clear_max_model_error() {
 inline bool PTZCameraParameters::has_intrinsics() const { return (_has_bits_[0] & 0x1u) != 0; }
 inline void PTZCameraParameters::set_has_intrinsics() { _has_bits_[0] |= 0x1u; }
 inline void PTZCameraParameters::clear_has_intrinsics() { _has_bits_[0] &= ~0x1u; }
-inline const PTZIntrinsics& PTZCameraParameters::intrinsics() const {
+inline const ::zarvo::calibration::PTZIntrinsics& PTZCameraParameters::intrinsics() const {
   return intrinsics_ != nullptr ? *intrinsics_ : *default_instance_->intrinsics_;
 }
-inline PTZIntrinsics* PTZCameraParameters::mutable_intrinsics() {
+inline ::zarvo::calibration::PTZIntrinsics* PTZCameraParameters::mutable_intrinsics() {
   set_has_intrinsics();
-  if (intrinsics_ == nullptr) intrinsics_ = new PTZIntrinsics;
+  if (intrinsics_ == nullptr) intrinsics_ = new ::zarvo::calibration::PTZIntrinsics;
   return intrinsics_;
 }
 inline void PTZCameraParameters::clear_intrinsics() {
   if (intrinsics_ != nullptr) intrinsics_->Clear();
   clear_has_intrinsics();
 }
-inline PTZIntrinsics* PTZCameraParameters::release_intrinsics() {
+inline ::zarvo::calibration::PTZIntrinsics* PTZCameraParameters::release_intrinsics() {
   clear_has_intrinsics();
-  PTZIntrinsics* released = intrinsics_;
+  ::zarvo::calibration::PTZIntrinsics* released = intrinsics_;
   intrinsics_ = nullptr;
   return released;
 }
-inline void PTZCameraParameters::set_allocated_intrinsics(PTZIntrinsics* value) {
+inline void PTZCameraParameters::set_allocated_intrinsics(
+    ::zarvo::calibration::PTZIntrinsics* value) {
   delete intrinsics_;
   intrinsics_ = value;
   if (value != nullptr) {
@@ -5035,25 +5108,26 @@ inline void PTZCameraParameters::set_allocated_intrinsics(PTZIntrinsics* value) 
 inline bool PTZCameraParameters::has_pan_tilt() const { return (_has_bits_[0] & 0x2u) != 0; }
 inline void PTZCameraParameters::set_has_pan_tilt() { _has_bits_[0] |= 0x2u; }
 inline void PTZCameraParameters::clear_has_pan_tilt() { _has_bits_[0] &= ~0x2u; }
-inline const PanTiltSystemParameters& PTZCameraParameters::pan_tilt() const {
+inline const ::zarvo::calibration::PanTiltSystemParameters& PTZCameraParameters::pan_tilt() const {
   return pan_tilt_ != nullptr ? *pan_tilt_ : *default_instance_->pan_tilt_;
 }
-inline PanTiltSystemParameters* PTZCameraParameters::mutable_pan_tilt() {
+inline ::zarvo::calibration::PanTiltSystemParameters* PTZCameraParameters::mutable_pan_tilt() {
   set_has_pan_tilt();
-  if (pan_tilt_ == nullptr) pan_tilt_ = new PanTiltSystemParameters;
+  if (pan_tilt_ == nullptr) pan_tilt_ = new ::zarvo::calibration::PanTiltSystemParameters;
   return pan_tilt_;
 }
 inline void PTZCameraParameters::clear_pan_tilt() {
   if (pan_tilt_ != nullptr) pan_tilt_->Clear();
   clear_has_pan_tilt();
 }
-inline PanTiltSystemParameters* PTZCameraParameters::release_pan_tilt() {
+inline ::zarvo::calibration::PanTiltSystemParameters* PTZCameraParameters::release_pan_tilt() {
   clear_has_pan_tilt();
-  PanTiltSystemParameters* released = pan_tilt_;
+  ::zarvo::calibration::PanTiltSystemParameters* released = pan_tilt_;
   pan_tilt_ = nullptr;
   return released;
 }
-inline void PTZCameraParameters::set_allocated_pan_tilt(PanTiltSystemParameters* value) {
+inline void PTZCameraParameters::set_allocated_pan_tilt(
+    ::zarvo::calibration::PanTiltSystemParameters* value) {
   delete pan_tilt_;
   pan_tilt_ = value;
   if (value != nullptr) {
@@ -5069,25 +5143,26 @@ inline void PTZCameraParameters::set_allocated_pan_tilt(PanTiltSystemParameters*
 inline bool PTZSystemCalibration::has_ptz_camera() const { return (_has_bits_[0] & 0x1u) != 0; }
 inline void PTZSystemCalibration::set_has_ptz_camera() { _has_bits_[0] |= 0x1u; }
 inline void PTZSystemCalibration::clear_has_ptz_camera() { _has_bits_[0] &= ~0x1u; }
-inline const PTZCameraParameters& PTZSystemCalibration::ptz_camera() const {
+inline const ::zarvo::calibration::PTZCameraParameters& PTZSystemCalibration::ptz_camera() const {
   return ptz_camera_ != nullptr ? *ptz_camera_ : *default_instance_->ptz_camera_;
 }
-inline PTZCameraParameters* PTZSystemCalibration::mutable_ptz_camera() {
+inline ::zarvo::calibration::PTZCameraParameters* PTZSystemCalibration::mutable_ptz_camera() {
   set_has_ptz_camera();
-  if (ptz_camera_ == nullptr) ptz_camera_ = new PTZCameraParameters;
+  if (ptz_camera_ == nullptr) ptz_camera_ = new ::zarvo::calibration::PTZCameraParameters;
   return ptz_camera_;
 }
 inline void PTZSystemCalibration::clear_ptz_camera() {
   if (ptz_camera_ != nullptr) ptz_camera_->Clear();
   clear_has_ptz_camera();
 }
-inline PTZCameraParameters* PTZSystemCalibration::release_ptz_camera() {
+inline ::zarvo::calibration::PTZCameraParameters* PTZSystemCalibration::release_ptz_camera() {
   clear_has_ptz_camera();
-  PTZCameraParameters* released = ptz_camera_;
+  ::zarvo::calibration::PTZCameraParameters* released = ptz_camera_;
   ptz_camera_ = nullptr;
   return released;
 }
-inline void PTZSystemCalibration::set_allocated_ptz_camera(PTZCameraParameters* value) {
+inline void PTZSystemCalibration::set_allocated_ptz_camera(
+    ::zarvo::calibration::PTZCameraParameters* value) {
   delete ptz_camera_;
   ptz_camera_ = value;
   if (value != nullptr) {
@@ -5101,25 +5176,26 @@ inline void PTZSystemCalibration::set_allocated_ptz_camera(PTZCameraParameters* 
 inline bool PTZSystemCalibration::has_laser() const { return (_has_bits_[0] & 0x2u) != 0; }
 inline void PTZSystemCalibration::set_has_laser() { _has_bits_[0] |= 0x2u; }
 inline void PTZSystemCalibration::clear_has_laser() { _has_bits_[0] &= ~0x2u; }
-inline const PanTiltSystemParameters& PTZSystemCalibration::laser() const {
+inline const ::zarvo::calibration::PanTiltSystemParameters& PTZSystemCalibration::laser() const {
   return laser_ != nullptr ? *laser_ : *default_instance_->laser_;
 }
-inline PanTiltSystemParameters* PTZSystemCalibration::mutable_laser() {
+inline ::zarvo::calibration::PanTiltSystemParameters* PTZSystemCalibration::mutable_laser() {
   set_has_laser();
-  if (laser_ == nullptr) laser_ = new PanTiltSystemParameters;
+  if (laser_ == nullptr) laser_ = new ::zarvo::calibration::PanTiltSystemParameters;
   return laser_;
 }
 inline void PTZSystemCalibration::clear_laser() {
   if (laser_ != nullptr) laser_->Clear();
   clear_has_laser();
 }
-inline PanTiltSystemParameters* PTZSystemCalibration::release_laser() {
+inline ::zarvo::calibration::PanTiltSystemParameters* PTZSystemCalibration::release_laser() {
   clear_has_laser();
-  PanTiltSystemParameters* released = laser_;
+  ::zarvo::calibration::PanTiltSystemParameters* released = laser_;
   laser_ = nullptr;
   return released;
 }
-inline void PTZSystemCalibration::set_allocated_laser(PanTiltSystemParameters* value) {
+inline void PTZSystemCalibration::set_allocated_laser(
+    ::zarvo::calibration::PanTiltSystemParameters* value) {
   delete laser_;
   laser_ = value;
   if (value != nullptr) {
@@ -5133,25 +5209,26 @@ inline void PTZSystemCalibration::set_allocated_laser(PanTiltSystemParameters* v
 inline bool PTZSystemCalibration::has_other_cameras() const { return (_has_bits_[0] & 0x4u) != 0; }
 inline void PTZSystemCalibration::set_has_other_cameras() { _has_bits_[0] |= 0x4u; }
 inline void PTZSystemCalibration::clear_has_other_cameras() { _has_bits_[0] &= ~0x4u; }
-inline const RobotCalibration& PTZSystemCalibration::other_cameras() const {
+inline const ::zarvo::calibration::RobotCalibration& PTZSystemCalibration::other_cameras() const {
   return other_cameras_ != nullptr ? *other_cameras_ : *default_instance_->other_cameras_;
 }
-inline RobotCalibration* PTZSystemCalibration::mutable_other_cameras() {
+inline ::zarvo::calibration::RobotCalibration* PTZSystemCalibration::mutable_other_cameras() {
   set_has_other_cameras();
-  if (other_cameras_ == nullptr) other_cameras_ = new RobotCalibration;
+  if (other_cameras_ == nullptr) other_cameras_ = new ::zarvo::calibration::RobotCalibration;
   return other_cameras_;
 }
 inline void PTZSystemCalibration::clear_other_cameras() {
   if (other_cameras_ != nullptr) other_cameras_->Clear();
   clear_has_other_cameras();
 }
-inline RobotCalibration* PTZSystemCalibration::release_other_cameras() {
+inline ::zarvo::calibration::RobotCalibration* PTZSystemCalibration::release_other_cameras() {
   clear_has_other_cameras();
-  RobotCalibration* released = other_cameras_;
+  ::zarvo::calibration::RobotCalibration* released = other_cameras_;
   other_cameras_ = nullptr;
   return released;
 }
-inline void PTZSystemCalibration::set_allocated_other_cameras(RobotCalibration* value) {
+inline void PTZSystemCalibration::set_allocated_other_cameras(
+    ::zarvo::calibration::RobotCalibration* value) {
   delete other_cameras_;
   other_cameras_ = value;
   if (value != nullptr) {

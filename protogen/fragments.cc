@@ -41,7 +41,8 @@ Variables FieldVariables(const Message& message, const Field& field) {
       {"tag", std::to_string(field.tag()) + "u"},
       {"tag_size", std::to_string(field.tag_size())},
       {"mask", Hex(field.bit())},
-      {"type", field.kind == Kind::kMessage ? field.message_type : names.type},
+      {"type", field.kind == Kind::kMessage ? field.message_class : names.type},
+      {"message", field.message_type},
       {"Wire", names.wire},
       {"default", field.default_value},
   };

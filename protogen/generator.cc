@@ -39,26 +39,28 @@ const char kSourceTop[] = R"(
 #include "calibration_common/internal/writers.h"
 
 $open_namespaces$
-using ::google::protobuf::uint32;
-using ::google::protobuf::uint8;
-using ::google::protobuf::internal::WireFormat;
-using ::google::protobuf::internal::WireFormatLite;
-using ::google::protobuf::io::CodedInputStream;
-using ::google::protobuf::io::CodedOutputStream;
-
 namespace {
 
-namespace internal = calibration_internal;
+namespace internal = ::zarvo::calibration_internal;
+
+// What there is once for the file, in a namespace so that no member of a class can hide it.
+namespace file {
 
 const char kSchemaPath[] = "$file$";
 const char kSourcePath[] = "$base$.pb.cc";
 
-// dynamic_cast, after the usual case that a comparison of addresses settles (all but an element of a
-// block).
+// dynamic_cast, after the usual case that a comparison of addresses settles (all but an element of
+// a block).
 template <typename T>
 const T* Cast(const ::google::protobuf::Message& message) {
   return &typeid(message) == &typeid(T) ? static_cast<const T*>(&message)
                                         : dynamic_cast<const T*>(&message);
+}
+
+// Lets a default instance's member point at the default instance of its class.
+template <typename T>
+void LinkToDefaultInstance(T** member) {
+  *member = const_cast<T*>(&T::default_instance());
 }
 
 // Reports that the merge at `line` was asked to merge a message into itself. Ends the process.
@@ -67,7 +69,7 @@ const T* Cast(const ::google::protobuf::Message& message) {
       ::google::protobuf::internal::LogMessage(::google::protobuf::LOGLEVEL_FATAL, kSourcePath,
                                                __LINE__)
       << "CHECK failed: false: " << kSourcePath << ":" << line;
-  std::abort();
+  ::std::abort();
 }
 
 )";

@@ -93,11 +93,11 @@ const char kElementDeletes[] = R"(
 
   // An object that a parse, a merge or a copy made as an element may share its allocation with
   // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
-  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t size) {
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
 #ifdef __cpp_aligned_new
-  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, size_t,
+  ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t,
                                                               ::std::align_val_t alignment) {
     ::operator delete(object, alignment);
   }
@@ -105,7 +105,8 @@ const char kElementDeletes[] = R"(
 )";
 
 const char kClassTop[] = R"(
-class ZARVO_CALIBRATION_EXPORT $class$ : public calibration_internal::Record {
+class ZARVO_CALIBRATION_EXPORT $class$
+    : public ::zarvo::calibration_internal::Record {
  public:
   $class$();
   // A deep copy: holds strings and sub-messages of its own.
@@ -121,10 +122,10 @@ $deletes$
   static const $class$& default_instance();
 
   const ::google::protobuf::UnknownFieldSet& unknown_fields() const {
-    return calibration_internal::UnknownFields(_internal_metadata_);
+    return ::zarvo::calibration_internal::UnknownFields(_internal_metadata_);
   }
   ::google::protobuf::UnknownFieldSet* mutable_unknown_fields() {
-    return calibration_internal::MutableUnknownFields(&_internal_metadata_);
+    return ::zarvo::calibration_internal::MutableUnknownFields(&_internal_metadata_);
   }
 
   void Swap($class$* other);
@@ -150,6 +151,29 @@ $deletes$
   static void InitAsDefaultInstance();
 
 )";
+
+const char kPrivate[] = R"(
+ private:
+  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_$id$();
+  friend struct protobuf_Layouts_$id$;
+  friend class ::zarvo::calibration_internal::MessageReader;
+
+  static const ::google::protobuf::uint32 kTagsEnd = $tags_end$;  // above the tags of all fields
+
+  void SharedCtor();
+  void SharedDtor();
+  void InternalSwap($class$* other);
+  void SetCachedSize(int size) const override;
+  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(
+      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,
+      ::zarvo::calibration_internal::MessageReader* reader);
+  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(
+      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);
+)";
+
+const char kPrivateIfRequired[] =
+    "  ZARVO_CALIBRATION_HIDDEN ::google::protobuf::uint32 RequiredFieldsByteSizeFallback() "
+    "const;\n";
 
 const char kClassBottom[] = R"(
 
@@ -178,28 +202,8 @@ std::string ClassDefinition(const File& file, const RenderedMessage& rendered) {
   for (const Field& field : message.fields)
     out += Indent(FieldDeclarations(field, rendered.of(&field)), 2) + "\n";
 
-  std::string privates =
-      " private:\n"
-      "  friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_$id$();\n"
-      "  friend struct protobuf_Layouts_$id$;\n"
-      "  friend class calibration_internal::MessageReader;\n\n"
-      "  static const ::google::protobuf::uint32 kTagsEnd = $tags_end$;"
-      "  // above the tags of all fields\n\n"
-      "  void SharedCtor();\n"
-      "  void SharedDtor();\n"
-      "  void InternalSwap($class$* other);\n"
-      "  void SetCachedSize(int size) const override;\n"
-      "  ZARVO_CALIBRATION_HIDDEN const ::google::protobuf::uint8* MergeBuffered(\n"
-      "      const ::google::protobuf::uint8* p, const ::google::protobuf::uint8* end,\n"
-      "      calibration_internal::MessageReader* reader);\n"
-      "  ZARVO_CALIBRATION_HIDDEN bool MergeLengthDelimited(\n"
-      "      ::google::protobuf::uint32 tag, ::google::protobuf::io::CodedInputStream* input);\n";
-  if (!message.required.empty()) {
-    privates +=
-        "  ZARVO_CALIBRATION_HIDDEN "
-        "::google::protobuf::uint32 RequiredFieldsByteSizeFallback() const;\n";
-  }
-  out += Fill(privates, variables);
+  out += Fill(kPrivate, variables);
+  if (!message.required.empty()) out += kPrivateIfRequired;
   for (const Field& field : message.fields) {
     if (field.repeated) continue;
     out += "  void set_has_" + field.name + "();\n  void clear_has_" + field.name + "();\n";
@@ -211,6 +215,18 @@ std::string ClassDefinition(const File& file, const RenderedMessage& rendered) {
 }
 
 }  // namespace
+
+std::set<std::string> ClassFunctions() {
+  // What the containers of the run-times call on elements, whose class must not hide it.
+  std::set<std::string> names = {
+      "GetArena",  "GetArenaForAllocation", "GetMaybeArenaPointer", "GetOwningArena",
+      "SpaceUsed", "SpaceUsedLong"};
+  for (const std::string& name :
+       FunctionsDeclaredIn(kClassTop + std::string(kPrivate) + kPrivateIfRequired)) {
+    names.insert(name);
+  }
+  return names;
+}
 
 std::string RenderHeader(const File& file, const std::vector<RenderedMessage>& messages) {
   Variables variables = {{"file", file.name}, {"id", file.identifier}};

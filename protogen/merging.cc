@@ -8,8 +8,8 @@ namespace {
 
 const char kMethods[] = R"(
 void $class$::MergeFrom(const ::google::protobuf::Message& from) {
-  if (&from == this) MergeFromFail(__LINE__);
-  const $class$* source = Cast<$class$>(from);
+  if (&from == this) file::MergeFromFail(__LINE__);
+  const $class$* source = file::Cast<$class$>(from);
   if (source == nullptr) {
     ::google::protobuf::internal::ReflectionOps::Merge(from, this);
   } else {
@@ -18,7 +18,7 @@ void $class$::MergeFrom(const ::google::protobuf::Message& from) {
 }
 
 void $class$::MergeFrom(const $class$& from) {
-  if (&from == this) MergeFromFail(__LINE__);
+  if (&from == this) file::MergeFromFail(__LINE__);
 $merges$  if (from._internal_metadata_.have_unknown_fields()) {
     internal::MergeUnknownFields(from._internal_metadata_, &_internal_metadata_);
   }
@@ -104,14 +104,14 @@ std::string InitializationChecks(const Message& message) {
     checks += Fill("if ((_has_bits_[0] & $mask$) != $mask$) return false;\n", mask);
   }
   for (const Field* field : message.reaching_required) {
-    checks +=
-        Fill(field->repeated ? R"(
-for (int i = $name$_size(); --i >= 0;) {
-  if (!$name$(i).IsInitialized()) return false;
+    checks += Fill(field->repeated
+                       ? R"(
+for (int i = $name$_.size(); --i >= 0;) {
+  if (!$name$_.Get(i).IsInitialized()) return false;
 }
 )"
-                             : "if (has_$name$() && !$name$().IsInitialized()) return false;\n",
-             {{"name", field->name}});
+                       : "if (has_$name$() && !this->$name$().IsInitialized()) return false;\n",
+                   {{"name", field->name}});
   }
   return checks + "return true;\n";
 }
@@ -122,7 +122,8 @@ std::string RenderMerging(const RenderedMessage& rendered) {
   const Message& message = *rendered.message;
   std::string merges;
   for (const Field* field : message.repeated) merges += rendered.of(field).merge;
-  if (!message.singular_groups.empty()) merges += "const uint32 bits = from._has_bits_[0];\n";
+  if (!message.singular_groups.empty())
+    merges += "const internal::uint32 bits = from._has_bits_[0];\n";
   for (const Group& group : message.singular_groups) merges += MergeGroup(group, rendered);
   return Fill(kMethods, {{"class", message.name},
                          {"merges", Indent(merges, 2)},

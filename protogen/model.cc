@@ -126,7 +126,10 @@ Field BuildField(const FieldDescriptor& descriptor) {
   field.required = descriptor.is_required();
   field.number = descriptor.number();
   field.index = descriptor.index();
-  if (field.kind == Kind::kMessage) field.message_type = descriptor.message_type()->name();
+  if (field.kind == Kind::kMessage) {
+    field.message_type = descriptor.message_type()->name();
+    field.message_class = "::" + Replace(descriptor.message_type()->full_name(), ".", "::");
+  }
   SetDefault(descriptor, &field);
   field.declaration = Declaration(descriptor, field);
   return field;

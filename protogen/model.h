@@ -22,6 +22,7 @@ struct Field {
   int number;
   int index;                  // position in the declaration, which is the has-bit number
   std::string message_type;   // kMessage only
+  std::string message_class;  // kMessage only: its class as no other name can hide it
   std::string default_value;  // a C++ literal; scalars only
   bool zero_default;          // a scalar that starts out as 0 or false
 

@@ -25,9 +25,8 @@ std::string ClearGroup(const Group& group, const RenderedMessage& rendered) {
 std::string Links(const Message& message) {
   std::string links;
   for (const Field* field : message.sub_messages) {
-    links +=
-        Fill("default_instance_->$name$_ = const_cast<$type$*>(&$type$::default_instance());\n",
-             FieldVariables(message, *field));
+    links += Fill("file::LinkToDefaultInstance(&default_instance_->$name$_);\n",
+                  FieldVariables(message, *field));
   }
   return links;
 }
@@ -86,11 +85,11 @@ $initializes$  _has_bits_[0] = 0;
 void $class$::SharedDtor() {$destroys$}
 
 const ::google::protobuf::Descriptor* $class$::descriptor() {
-  protobuf_AssignDescriptorsOnce();
-  return descriptors_[$i$];
+  file::AssignDescriptorsOnce();
+  return file::descriptors[$i$];
 }
 
-::google::protobuf::Metadata $class$::GetMetadata() const { return MetadataOf($i$); }
+::google::protobuf::Metadata $class$::GetMetadata() const { return file::MetadataOf($i$); }
 
 $class$* $class$::New() const { return New(nullptr); }
 
@@ -109,9 +108,9 @@ void $class$::Swap($class$* other) {
 }
 
 __attribute__((noinline)) void $class$::InternalSwap($class$* other) {
-$swaps$  std::swap(_has_bits_[0], other->_has_bits_[0]);
+$swaps$  ::std::swap(_has_bits_[0], other->_has_bits_[0]);
   internal::SwapUnknownFields(&_internal_metadata_, &other->_internal_metadata_);
-  std::swap(_cached_size_, other->_cached_size_);
+  ::std::swap(_cached_size_, other->_cached_size_);
 }
 
 void $class$::Clear() {

@@ -10,7 +10,8 @@ namespace protogen {
 namespace {
 
 const char kMethods[] = R"(
-const uint8* $class$::MergeBuffered(const uint8* p, const uint8* end, internal::MessageReader*$reader$) {
+const internal::uint8* $class$::MergeBuffered(
+    const internal::uint8* p, const internal::uint8* end, internal::MessageReader*$reader$) {
   while (p != end) {
     switch ($tag$) {
 $takes$      default:
@@ -20,11 +21,12 @@ $takes$      default:
   return p;
 }
 
-__attribute__((cold)) bool $class$::MergeLengthDelimited(uint32 tag, CodedInputStream* input) {
+__attribute__((cold)) bool $class$::MergeLengthDelimited(
+    internal::uint32 tag, internal::CodedInputStream* input) {
 $reads$  return internal::KeepUnknownField(input, tag, mutable_unknown_fields());
 }
 
-bool $class$::MergePartialFromCodedStream(CodedInputStream* input) {
+bool $class$::MergePartialFromCodedStream(internal::CodedInputStream* input) {
   return internal::MessageReader::MergeFromStream(this, input);
 }
 )";

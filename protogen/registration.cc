@@ -6,14 +6,14 @@ namespace protogen {
 namespace {
 
 const char kState[] = R"(
-bool registration_done_ = false;
-internal::Once protobuf_AssignDescriptors_once_;
-internal::FileReflection<$message_count$, $field_count$> file_reflection_;
+bool registration_done = false;
+internal::Once assign_descriptors_once;
+internal::FileReflection<$message_count$, $field_count$> reflection;
 
-// By message index.
-const ::google::protobuf::Descriptor* descriptors_[$message_count$];
-internal::Reflection* reflections_[$message_count$];
-const ::google::protobuf::Message* default_instances_[$message_count$];
+// Arrays by message index.
+const ::google::protobuf::Descriptor* descriptors[$message_count$];
+internal::Reflection* reflections[$message_count$];
+const ::google::protobuf::Message* default_instances[$message_count$];
 
 // The canonical encoding of the file's FileDescriptorProto.
 const char kSerializedSchema[] =
@@ -22,25 +22,27 @@ const int kSerializedSchemaSize = $size$;
 static_assert(sizeof(kSerializedSchema) == kSerializedSchemaSize + 1,
               "kSerializedSchemaSize is not the size of the literals above");
 
-__attribute__((noinline)) void protobuf_AssignDescriptorsOnce() {
-  protobuf_AssignDescriptors_once_.Call(&protobuf_AssignDesc_$id$);
+__attribute__((noinline)) void AssignDescriptorsOnce() {
+  assign_descriptors_once.Call(&protobuf_AssignDesc_$id$);
 }
 
-void protobuf_RegisterTypes(const std::string&) {
-  protobuf_AssignDescriptorsOnce();
+void RegisterTypes(const ::std::string&) {
+  AssignDescriptorsOnce();
   for (int i = 0; i < $message_count$; ++i) {
-    ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(descriptors_[i],
-                                                                         default_instances_[i]);
+    ::google::protobuf::MessageFactory::InternalRegisterGeneratedMessage(descriptors[i],
+                                                                         default_instances[i]);
   }
 }
 
 __attribute__((noinline)) ::google::protobuf::Metadata MetadataOf(int index) {
-  protobuf_AssignDescriptorsOnce();
+  AssignDescriptorsOnce();
   ::google::protobuf::Metadata metadata;
-  metadata.descriptor = descriptors_[index];
-  metadata.reflection = reflections_[index];
+  metadata.descriptor = descriptors[index];
+  metadata.reflection = reflections[index];
   return metadata;
 }
+
+typedef protobuf_Layouts_$id$ Layouts;
 
 )";
 
@@ -51,50 +53,48 @@ struct protobuf_Layouts_$id$ {
 $offset_declarations$  static const internal::MessageLayout kMessages[$message_count$];
 };
 
-typedef protobuf_Layouts_$id$ Layouts;
-
 // Of classes with virtual functions and a base, offsetof is only conditionally supported; g++ and
 // clang++ do support it.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Winvalid-offsetof"
 $offset_definitions$
-const internal::MessageLayout Layouts::kMessages[$message_count$] = {
+const internal::MessageLayout file::Layouts::kMessages[$message_count$] = {
 $layouts$};
 #pragma GCC diagnostic pop
 
 __attribute__((cold)) void protobuf_AddDesc_$id$() {
-  if (registration_done_) return;
-  registration_done_ = true;
-  internal::VerifyVersion(kSourcePath);
-  ::google::protobuf::DescriptorPool::InternalAddGeneratedFile(kSerializedSchema,
-                                                               kSerializedSchemaSize);
-  file_reflection_.Register(kSchemaPath, &protobuf_RegisterTypes, Layouts::kMessages);
-$news$$links$  file_reflection_.SetDefaultInstances(default_instances_);
+  if (file::registration_done) return;
+  file::registration_done = true;
+  internal::VerifyVersion(file::kSourcePath);
+  ::google::protobuf::DescriptorPool::InternalAddGeneratedFile(file::kSerializedSchema,
+                                                               file::kSerializedSchemaSize);
+  file::reflection.Register(file::kSchemaPath, &file::RegisterTypes, file::Layouts::kMessages);
+$news$$links$  file::reflection.SetDefaultInstances(file::default_instances);
   ::google::protobuf::internal::OnShutdown(&protobuf_ShutdownFile_$id$);
 }
 
 void protobuf_AssignDesc_$id$() {
   protobuf_AddDesc_$id$();
-  const ::google::protobuf::FileDescriptor* file =
-      ::google::protobuf::DescriptorPool::generated_pool()->FindFileByName(kSchemaPath);
-  if (file == nullptr) {
+  const ::google::protobuf::FileDescriptor* schema =
+      ::google::protobuf::DescriptorPool::generated_pool()->FindFileByName(file::kSchemaPath);
+  if (schema == nullptr) {
     ::google::protobuf::internal::LogFinisher() =
-        ::google::protobuf::internal::LogMessage(::google::protobuf::LOGLEVEL_FATAL, kSourcePath,
-                                                 __LINE__)
+        ::google::protobuf::internal::LogMessage(::google::protobuf::LOGLEVEL_FATAL,
+                                                 file::kSourcePath, __LINE__)
         << "CHECK failed: file != NULL: ";
   }
-  file_reflection_.BeginAssign();
+  file::reflection.BeginAssign();
   for (int i = 0; i < $message_count$; ++i) {
-    descriptors_[i] = file->message_type(i);
-    reflections_[i] = file_reflection_.New(i, descriptors_[i], default_instances_[i],
-                                           Layouts::kMessages[i]);
+    file::descriptors[i] = schema->message_type(i);
+    file::reflections[i] = file::reflection.New(
+        i, file::descriptors[i], file::default_instances[i], file::Layouts::kMessages[i]);
   }
 }
 
 void protobuf_ShutdownFile_$id$() {
   for (int i = 0; i < $message_count$; ++i) {
-    delete default_instances_[i];
-    file_reflection_.Delete(reflections_[i]);
+    delete file::default_instances[i];
+    file::reflection.Delete(file::reflections[i]);
   }
 }
 
@@ -126,17 +126,17 @@ std::string RenderRegistration(const File& file) {
     }
     one["offsets"] = offsets;
 
-    all["offset_declarations"] += Fill("  static const int $class$_offsets_[$count$];\n", one);
+    all["offset_declarations"] += Fill("  static const int offsets_of_$class$[$count$];\n", one);
     all["offset_definitions"] +=
-        Fill("const int Layouts::$class$_offsets_[$count$] = {\n$offsets$};\n", one);
+        Fill("const int file::Layouts::offsets_of_$class$[$count$] = {\n$offsets$};\n", one);
     all["layouts"] += Fill(
-        "    {$class$_offsets_, $count$,\n"
+        "    {offsets_of_$class$, $count$,\n"
         "     __builtin_offsetof($class$, _has_bits_),\n"
         "     __builtin_offsetof($class$, _internal_metadata_),\n"
         "     sizeof($class$)},\n",
         one);
     all["news"] +=
-        Fill("  default_instances_[$i$] = $class$::default_instance_ = new $class$;\n", one);
+        Fill("  file::default_instances[$i$] = $class$::default_instance_ = new $class$;\n", one);
     all["links"] += Fill("  $class$::InitAsDefaultInstance();\n", one);
 
     all["default_instances"] += Fill(R"(
@@ -148,7 +148,7 @@ const $class$& $class$::default_instance() {
 )",
                                      one);
   }
-  return Fill(kState, all) + "}  // namespace\n" + Fill(kFunctions, all);
+  return Fill(kState, all) + "}  // namespace file\n}  // namespace\n" + Fill(kFunctions, all);
 }
 
 }  // namespace protogen

@@ -3,6 +3,7 @@
 #ifndef PROTOGEN_RENDERERS_H_
 #define PROTOGEN_RENDERERS_H_
 
+#include <set>
 #include <string>
 #include <vector>
 
@@ -21,6 +22,9 @@ struct RenderedMessage {
 
 // The public header, whole.
 std::string RenderHeader(const File& file, const std::vector<RenderedMessage>& messages);
+
+// The names of the functions that are called on the class of any message, whatever its fields.
+std::set<std::string> ClassFunctions();
 
 // The part of the source that is there once for the file.
 std::string RenderRegistration(const File& file);

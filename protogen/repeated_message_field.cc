@@ -24,7 +24,9 @@ void clear_$name$();
 inline int $class$::$name$_size() const { return $name$_.size(); }
 inline const $type$& $class$::$name$(int index) const { return $name$_.Get(index); }
 inline $type$* $class$::mutable_$name$(int index) { return $name$_.Mutable(index); }
-inline $type$* $class$::add_$name$() { return calibration_internal::AppendElement(&$name$_); }
+inline $type$* $class$::add_$name$() {
+  return ::zarvo::calibration_internal::AppendElement(&$name$_);
+}
 inline const ::google::protobuf::RepeatedPtrField<$type$>& $class$::$name$() const {
   return $name$_;
 }
@@ -39,18 +41,18 @@ if (!internal::Advance(&p, reader->TakeElements<$tag$>(p, end, &$name$_))) retur
                   variables);
   out.read = Fill("return internal::MessageReader::ReadElement(input, &$name$_);\n", variables);
   out.write_to_stream = Fill(R"(
-for (const $type$& element : $name$_) internal::WriteMessage($number$, element, output);
+for (const auto& element : $name$_) internal::WriteMessage($number$, element, output);
 )",
                              variables);
   out.write_to_array = Fill(R"(
-for (const $type$& element : $name$_) {
+for (const auto& element : $name$_) {
   target = internal::WriteMessageToArray($number$, element, target);
 }
 )",
                             variables);
   out.size = Fill(R"(
-total_size += $tag_size$ * static_cast<uint32>($name$_size());
-for (const $type$& element : $name$_) total_size += internal::MessageSize(element);
+total_size += $tag_size$ * static_cast<internal::uint32>($name$_.size());
+for (const auto& element : $name$_) total_size += internal::MessageSize(element);
 )",
                   variables);
   out.merge = Fill("internal::MergeElements(from.$name$_, &$name$_);\n", variables);

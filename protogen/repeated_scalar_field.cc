@@ -51,8 +51,8 @@ internal::WriteElements<$tag$>($name$_, output);
 target = internal::WriteElementsToArray<$tag$>($name$_, target);
 )",
                             variables);
-  out.size =
-      Fill("total_size += $element_size$ * static_cast<uint32>($name$_size());\n", variables);
+  out.size = Fill("total_size += $element_size$ * static_cast<internal::uint32>($name$_.size());\n",
+                  variables);
   out.merge = Fill("$name$_.MergeFrom(from.$name$_);\n", variables);
   return out;
 }

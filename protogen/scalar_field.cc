@@ -9,7 +9,7 @@ Fragments RenderScalar(const Field& field, const Variables& variables) {
   out.member = Fill("$type$ $name$_;\n", variables);
   out.initialize = Fill("$name$_ = $default$;\n", variables);
   out.clear = out.initialize;
-  out.swap = Fill("std::swap($name$_, other->$name$_);\n", variables);
+  out.swap = Fill("::std::swap($name$_, other->$name$_);\n", variables);
 
   out.declarations = Fill(R"(
 bool has_$name$() const;
@@ -36,21 +36,21 @@ if (!internal::Advance(&p, internal::TakeValue<$tag_size$>(p, end, &$name$_))) r
 set_has_$name$();
 )",
                   variables);
-  out.write_to_stream = Fill(
-      "if (has_$name$()) WireFormatLite::Write$Wire$($number$, $name$(), output);\n", variables);
+  out.write_to_stream =
+      Fill("if (has_$name$()) internal::WireFormatLite::Write$Wire$($number$, $name$_, output);\n",
+           variables);
   // An integer's varint takes much code inline.
-  const std::string writer = field.fixed_size() != 0 ? "WireFormatLite::" : "internal::";
+  const std::string writer = field.fixed_size() != 0 ? "internal::WireFormatLite::" : "internal::";
   out.write_to_array = Fill(
-      "if (has_$name$()) target = " + writer + "Write$Wire$ToArray($number$, $name$(), target);\n",
+      "if (has_$name$()) target = " + writer + "Write$Wire$ToArray($number$, $name$_, target);\n",
       variables);
   if (field.fixed_size() != 0) {
     out.size = Fill("if (has_$name$()) total_size += $tag_size$ + " +
                         std::to_string(field.fixed_size()) + ";\n",
                     variables);
   } else {
-    out.size =
-        Fill("if (has_$name$()) total_size += $tag_size$ + internal::$Wire$Size($name$());\n",
-             variables);
+    out.size = Fill("if (has_$name$()) total_size += $tag_size$ + internal::$Wire$Size($name$_);\n",
+                    variables);
   }
   out.merge = Fill("if (bits & $mask$) $name$_ = from.$name$_;\n", variables);
   return out;

@@ -5,13 +5,13 @@ namespace protogen {
 namespace {
 
 const char kMethods[] = R"(
-void $class$::SerializeWithCachedSizes(CodedOutputStream* output) const {
+void $class$::SerializeWithCachedSizes(internal::CodedOutputStream* output) const {
 $to_stream$  if (_internal_metadata_.have_unknown_fields()) {
-    WireFormat::SerializeUnknownFields(unknown_fields(), output);
+    ::google::protobuf::internal::WireFormat::SerializeUnknownFields(unknown_fields(), output);
   }
 }
 
-uint8* $class$::SerializeWithCachedSizesToArray(uint8* target) const {
+internal::uint8* $class$::SerializeWithCachedSizesToArray(internal::uint8* target) const {
 $to_array$  if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -19,7 +19,7 @@ $to_array$  if (_internal_metadata_.have_unknown_fields()) {
 }
 
 int $class$::ByteSize() const {
-  uint32 total_size = 0;
+  internal::uint32 total_size = 0;
 $sizes$  if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
@@ -30,8 +30,8 @@ $sizes$  if (_internal_metadata_.have_unknown_fields()) {
 
 const char kRequiredFallback[] = R"(
 
-uint32 $class$::RequiredFieldsByteSizeFallback() const {
-  uint32 total_size = 0;
+internal::uint32 $class$::RequiredFieldsByteSizeFallback() const {
+  internal::uint32 total_size = 0;
 $sizes$  return total_size;
 }
 )";

@@ -12,8 +12,8 @@ Fragments RenderSubMessage(const Variables& variables) {
   out.initialize = Fill("$name$_ = nullptr;\n", variables);
   out.destroy = Fill("delete $name$_;\n", variables);
   out.clear =
-      Fill("if (has_$name$() && $name$_ != nullptr) $name$_->$type$::Clear();\n", variables);
-  out.swap = Fill("std::swap($name$_, other->$name$_);\n", variables);
+      Fill("if (has_$name$() && $name$_ != nullptr) $name$_->$message$::Clear();\n", variables);
+  out.swap = Fill("::std::swap($name$_, other->$name$_);\n", variables);
 
   out.declarations = Fill(R"(
 bool has_$name$() const;
@@ -61,13 +61,15 @@ if (!internal::Advance(&p, reader->TakeMessage<$tag_size$>(p, end, mutable_$name
                   variables);
   out.read =
       Fill("return internal::MessageReader::ReadMessage(input, mutable_$name$());\n", variables);
-  out.write_to_stream =
-      Fill("if (has_$name$()) internal::WriteMessage($number$, $name$(), output);\n", variables);
+  out.write_to_stream = Fill(
+      "if (has_$name$()) internal::WriteMessage($number$, this->$name$(), output);\n", variables);
   out.write_to_array = Fill(
-      "if (has_$name$()) target = internal::WriteMessageToArray($number$, $name$(), target);\n",
+      "if (has_$name$()) target = internal::WriteMessageToArray($number$, this->$name$(), "
+      "target);\n",
       variables);
-  out.size = Fill("if (has_$name$()) total_size += $tag_size$ + internal::MessageSize($name$());\n",
-                  variables);
+  out.size =
+      Fill("if (has_$name$()) total_size += $tag_size$ + internal::MessageSize(this->$name$());\n",
+           variables);
   out.merge = Fill("if (bits & $mask$) mutable_$name$()->MergeFrom(from.$name$());\n", variables);
   return out;
 }

@@ -4,6 +4,7 @@
 #include <cctype>
 #include <cstdio>
 #include <cstdlib>
+#include <regex>
 #include <sstream>
 
 namespace protogen {
@@ -115,7 +116,7 @@ std::string FitLines(const std::string& code) {
 std::string Comment(const std::vector<std::string>& lines) {
   std::string result;
   for (const std::string& line : lines) {
-    const std::string text = line.substr(0, line.find_last_not_of(' ') + 1);
+    const std::string text = line.substr(0, line.find_last_not_of(" \t\r\v\f") + 1);
     result += text.empty() ? "//" : "// " + text;
     // Neither a backslash nor the trigraph for one may end the line.
     if (!text.empty() && (text.back() == '\\' || text.back() == '/')) result += " .";
@@ -138,6 +139,15 @@ std::string CloseNamespaces(const std::vector<std::string>& names) {
   std::string lines;
   for (const std::string& name : names) lines.insert(0, "}  // namespace " + name + "\n");
   return lines;
+}
+
+std::vector<std::string> FunctionsDeclaredIn(const std::string& code) {
+  static const std::regex comment("//[^\n]*"), function("(^|[^:\\w$])(\\w+)\\(");
+  const std::string text = std::regex_replace(code, comment, "");
+  std::vector<std::string> names;
+  for (std::sregex_iterator match(text.begin(), text.end(), function), end; match != end; ++match)
+    names.push_back((*match)[2]);
+  return names;
 }
 
 std::string Replace(std::string text, const std::string& from, const std::string& to) {

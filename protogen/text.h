@@ -37,6 +37,10 @@ std::string SectionTitle(const std::string& title);
 std::string OpenNamespaces(const std::vector<std::string>& names);
 std::string CloseNamespaces(const std::vector<std::string>& names);
 
+// The names behind which a parenthesis opens in `code`, but for those that are qualified and those
+// in comments.
+std::vector<std::string> FunctionsDeclaredIn(const std::string& code);
+
 // Replaces every `from` in `text`.
 std::string Replace(std::string text, const std::string& from, const std::string& to);
 

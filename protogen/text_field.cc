@@ -10,7 +10,7 @@ Fragments RenderText(const Field& field, const Variables& field_variables) {
   variables["data"] = field.kind == Kind::kBytes ? "static_cast<const char*>(value)" : "value";
 
   Fragments out;
-  out.member = Fill("calibration_internal::StringField $name$_;\n", variables);
+  out.member = Fill("::zarvo::calibration_internal::StringField $name$_;\n", variables);
   out.initialize = Fill("$name$_.Init();\n", variables);
   out.destroy = Fill("$name$_.Destroy();\n", variables);
   out.clear = Fill("if (has_$name$()) $name$_.Clear();\n", variables);
@@ -22,7 +22,7 @@ const ::std::string& $name$() const;
 void set_$name$(const ::std::string& value);
 void set_$name$(::std::string&& value);
 void set_$name$(const char* value);
-void set_$name$($pointer$ value, size_t size);
+void set_$name$($pointer$ value, ::std::size_t size);
 ::std::string* mutable_$name$();
 void clear_$name$();
 ::std::string* release_$name$();
@@ -35,9 +35,9 @@ inline void $class$::set_$name$(const ::std::string& value) {
   set_has_$name$();
   $name$_.Set(value);
 }
-inline void $class$::set_$name$(::std::string&& value) { *mutable_$name$() = std::move(value); }
+inline void $class$::set_$name$(::std::string&& value) { *mutable_$name$() = ::std::move(value); }
 inline void $class$::set_$name$(const char* value) { mutable_$name$()->assign(value); }
-inline void $class$::set_$name$($pointer$ value, size_t size) {
+inline void $class$::set_$name$($pointer$ value, ::std::size_t size) {
   mutable_$name$()->assign($data$, size);
 }
 inline ::std::string* $class$::mutable_$name$() {
@@ -69,13 +69,15 @@ if (!internal::Advance(&p, internal::TakeString($tag_size$, p, end, mutable_$nam
                   variables);
   out.read = Fill("return internal::ReadString(input, mutable_$name$());\n", variables);
   out.write_to_stream = Fill(
-      "if (has_$name$()) WireFormatLite::Write$Wire$MaybeAliased($number$, $name$(), output);\n",
+      "if (has_$name$()) internal::WireFormatLite::Write$Wire$MaybeAliased($number$, "
+      "$name$_.Get(), output);\n",
       variables);
-  out.write_to_array =
-      Fill("if (has_$name$()) target = internal::WriteTextToArray($number$, $name$(), target);\n",
+  out.write_to_array = Fill(
+      "if (has_$name$()) target = internal::WriteTextToArray($number$, $name$_.Get(), target);\n",
+      variables);
+  out.size =
+      Fill("if (has_$name$()) total_size += $tag_size$ + internal::StringSize($name$_.Get());\n",
            variables);
-  out.size = Fill("if (has_$name$()) total_size += $tag_size$ + internal::StringSize($name$());\n",
-                  variables);
   out.merge = Fill(R"(
 if (bits & $mask$) {
   set_has_$name$();

@@ -57,7 +57,7 @@ TEST_F(CommandTest, WritesBothFilesAndSaysNothing) {
   EXPECT_EQ(result.output, "");
   const std::string header = ReadFile(Out() + "/dir/a.pb.h");
   const std::string source = ReadFile(Out() + "/dir/a.pb.cc");
-  EXPECT_NE(header.find("class ZARVO_CALIBRATION_EXPORT A "), std::string::npos) << header;
+  EXPECT_NE(header.find("class ZARVO_CALIBRATION_EXPORT A\n"), std::string::npos) << header;
   EXPECT_NE(source.find("#include \"dir/a.pb.h\""), std::string::npos) << source;
 }
 
