@@ -2,9 +2,14 @@
 // is no renderer.
 #include <google/protobuf/descriptor.pb.h>
 
+#include <algorithm>
+#include <cctype>
 #include <map>
 #include <set>
+#include <sstream>
 
+#include "protogen/renderers.h"
+#include "protogen/reserved_names.h"
 #include "protogen/schema.h"
 #include "protogen/text.h"
 
@@ -31,6 +36,20 @@ auto HasJsonName(const T& field, long) -> decltype(!field.json_name().empty()) {
 template <typename T>
 bool HasJsonName(const T&, ...) {
   return false;
+}
+
+bool IsLowerCase(const std::string& name) {
+  return std::islower(static_cast<unsigned char>(name[0])) != 0 &&
+         std::none_of(name.begin(), name.end(),
+                      [](unsigned char c) { return std::isupper(c) != 0; });
+}
+
+// A single capital letter will do.
+bool IsCamelCase(const std::string& name) {
+  const auto is_lower = [](unsigned char c) { return std::islower(c) != 0; };
+  return std::isupper(static_cast<unsigned char>(name[0])) != 0 &&
+         name.find('_') == std::string::npos &&
+         (name.size() == 1 || std::any_of(name.begin(), name.end(), is_lower));
 }
 
 class RefusalFinder {
@@ -80,11 +99,15 @@ class RefusalFinder {
       RefuseAt(*file_.service(i), "services are not served (" + file_.service(i)->name() + ")");
     }
     for (int i = 0; i < file_.extension_count(); ++i) RefuseExtension(*file_.extension(i));
+    // The name stands in a literal, in an #include and in a comment.
+    if (file_.name().find_first_of("\"\\?\r\n") != std::string::npos) {
+      Refuse(1,
+             "the file's name must be free of quotes, backslashes, question marks and line ends");
+    }
     if (file_.message_type_count() == 0) Refuse(1, "there is no message to generate a class for");
   }
 
-  // The generated code names the run-time binding, which lives in zarvo::calibration, as code in
-  // there or below does.
+  // In and below zarvo::calibration there is nothing that a message could meet.
   void CheckPackage() {
     const std::string& package = file_.package();
     const std::string home = "zarvo.calibration";
@@ -93,6 +116,16 @@ class RefusalFinder {
     } else if (package != home && package.compare(0, home.size() + 1, home + ".") != 0) {
       RefusePath({FileDescriptorProto::kPackageFieldNumber},
                  "the package must be " + home + " or below it; it is " + package);
+    }
+    std::istringstream names(package);
+    for (std::string name; std::getline(names, name, '.');) {
+      if (!IsLowerCase(name)) {
+        RefusePath({FileDescriptorProto::kPackageFieldNumber},
+                   name + ": package names must be in lower case and begin with a letter");
+      } else if (!TakenBy(name).empty()) {
+        RefusePath({FileDescriptorProto::kPackageFieldNumber},
+                   name + ": the package's name is taken by " + TakenBy(name));
+      }
     }
   }
 
@@ -122,53 +155,7 @@ class RefusalFinder {
     google::protobuf::DescriptorProto proto;
     message.CopyTo(&proto);
     if (proto.has_options()) RefuseAt(message, message.name() + ": message options are not served");
-    static const std::set<std::string> reserved = {"ByteSize",
-                                                   "ByteSizeLong",
-                                                   "ClassData",
-                                                   "Clear",
-                                                   "CodedInputStream",
-                                                   "CodedOutputStream",
-                                                   "CopyFrom",
-                                                   "EndsMessage",
-                                                   "GetArena",
-                                                   "GetCachedSize",
-                                                   "GetClassData",
-                                                   "GetDescriptor",
-                                                   "GetMetadata",
-                                                   "GetReflection",
-                                                   "GetTypeName",
-                                                   "InitAsDefaultInstance",
-                                                   "InternalSwap",
-                                                   "IsInitialized",
-                                                   "Layouts",
-                                                   "MergeBuffered",
-                                                   "MergeFrom",
-                                                   "MergeFromFail",
-                                                   "MergeLengthDelimited",
-                                                   "MergePartialFromCodedStream",
-                                                   "Message",
-                                                   "MessageLite",
-                                                   "Metadata",
-                                                   "New",
-                                                   "Record",
-                                                   "Reflection",
-                                                   "RequiredFieldsByteSizeFallback",
-                                                   "SerializeWithCachedSizes",
-                                                   "SerializeWithCachedSizesToArray",
-                                                   "SetCachedSize",
-                                                   "SharedCtor",
-                                                   "SharedDtor",
-                                                   "SpaceUsed",
-                                                   "Swap",
-                                                   "WireFormat",
-                                                   "WireFormatLite"};
-    if (reserved.count(message.name()) != 0) {
-      RefuseAt(message,
-               message.name() + ": the message's name is one that the generated code uses");
-    }
-    if (message.name()[0] < 'A' || message.name()[0] > 'Z') {
-      RefuseAt(message, message.name() + ": message names must begin with a capital letter");
-    }
+    CheckMessageName(message);
     if (message.field_count() > kMaxFields) {
       RefuseAt(message, message.name() + " has " + std::to_string(message.field_count()) +
                             " fields; at most " + std::to_string(kMaxFields) +
@@ -177,8 +164,23 @@ class RefusalFinder {
     if (message.field_count() == 0) {
       RefuseAt(message, message.name() + " has no fields; a class needs at least one");
     }
-    std::map<std::string, std::string> taken = ClassMembers();
+    std::map<std::string, std::string> taken;
+    for (const std::string& function : class_functions_) taken[function] = "every class";
     for (int i = 0; i < message.field_count(); ++i) CheckField(*message.field(i), &taken);
+  }
+
+  // CamelCase is what keeps messages apart from macros and from the generator's own names.
+  void CheckMessageName(const Descriptor& message) {
+    const std::string& name = message.name();
+    if (!IsCamelCase(name)) {
+      RefuseAt(message, name +
+                            ": message names must be in CamelCase: letters and digits, the first a "
+                            "capital, small ones among them");
+    } else if (!TakenBy(name).empty()) {
+      RefuseAt(message, name + ": the message's name is taken by " + TakenBy(name));
+    } else if (class_functions_.count(name) != 0) {
+      RefuseAt(message, name + ": the message's name is that of a function of every class");
+    }
   }
 
   void CheckField(const FieldDescriptor& field, std::map<std::string, std::string>* taken) {
@@ -256,57 +258,18 @@ class RefusalFinder {
   // Every name that the field's accessors take must be free; `taken` maps a name to what took it.
   void CheckNames(const FieldDescriptor& field, const std::string& name,
                   std::map<std::string, std::string>* taken) {
-    if (field.name() != field.lowercase_name()) {
-      RefuseAt(field, name + ": field names must be in lower case");
-    }
-    static const std::set<std::string> keywords = {
-        "alignas",       "alignof",     "and",
-        "and_eq",        "asm",         "auto",
-        "bitand",        "bitor",       "bool",
-        "break",         "case",        "catch",
-        "char",          "char16_t",    "char32_t",
-        "char8_t",       "class",       "co_await",
-        "co_return",     "co_yield",    "compl",
-        "concept",       "const",       "const_cast",
-        "consteval",     "constexpr",   "constinit",
-        "continue",      "decltype",    "default",
-        "delete",        "do",          "double",
-        "dynamic_cast",  "else",        "enum",
-        "explicit",      "export",      "extern",
-        "false",         "float",       "for",
-        "friend",        "goto",        "if",
-        "inline",        "int",         "long",
-        "mutable",       "namespace",   "new",
-        "noexcept",      "not",         "not_eq",
-        "nullptr",       "operator",    "or",
-        "or_eq",         "private",     "protected",
-        "public",        "register",    "reinterpret_cast",
-        "requires",      "return",      "short",
-        "signed",        "sizeof",      "static",
-        "static_assert", "static_cast", "struct",
-        "switch",        "template",    "this",
-        "thread_local",  "throw",       "true",
-        "try",           "typedef",     "typeid",
-        "typename",      "union",       "unsigned",
-        "using",         "virtual",     "void",
-        "volatile",      "wchar_t",     "while",
-        "xor",           "xor_eq"};
-    if (keywords.count(field.name()) != 0) {
-      RefuseAt(field, name + ": the field's name is a C++ keyword");
-    }
-    // What the writers' local variables, the types in the class and a macro go by.
-    static const std::set<std::string> reserved = {
-        "errno", "i", "n", "output", "size_t", "target", "total_size", "uint32", "uint8"};
-    if (reserved.count(field.name()) != 0) {
-      RefuseAt(field, name + ": the field's name is one that the generated code uses");
+    if (!IsLowerCase(field.name())) {
+      RefuseAt(field, name + ": field names must be in lower case and begin with a letter");
     }
     const std::string& x = field.name();
     for (const std::string& accessor :
          {x, "has_" + x, "set_" + x, "clear_" + x, "mutable_" + x, "release_" + x,
           "set_allocated_" + x, "add_" + x, x + "_size", x + "_", "set_has_" + x, "clear_has_" + x,
           "k" + CamelCase(x) + "FieldNumber"}) {
+      std::string owner = TakenBy(accessor);
       const auto entry = taken->emplace(accessor, "the field " + x);
-      if (!entry.second) RefuseAccessor(field, name, accessor, entry.first->second);
+      if (!entry.second) owner = entry.first->second;
+      if (!owner.empty()) RefuseAccessor(field, name, accessor, owner);
     }
   }
 
@@ -315,19 +278,8 @@ class RefusalFinder {
     RefuseAt(field, name + ": its accessor name " + accessor + " is taken by " + owner);
   }
 
-  // Names that every class has of its own or from the run-time, as far as a field name could meet
-  // them.
-  static std::map<std::string, std::string> ClassMembers() {
-    std::map<std::string, std::string> names;
-    for (const char* member :
-         {"descriptor", "default_instance", "unknown_fields", "mutable_unknown_fields",
-          "_internal_metadata_", "_has_bits_", "_cached_size_", "default_instance_"}) {
-      names[member] = "every class";
-    }
-    return names;
-  }
-
   const FileDescriptor& file_;
+  const std::set<std::string> class_functions_ = ClassFunctions();
   std::vector<std::string> refusals_;
 };
 

@@ -116,14 +116,13 @@ using LongName =
 // In the order of the file.
 const std::vector<Shape>& Shapes() {
   static const std::vector<Shape> all = ShapesOf(
-      ::testing::Types<shapes::OneFloat, shapes::OneBool, shapes::OneText, shapes::OneRepeated,
-                       shapes::OneSubMessage, shapes::OneElementList, shapes::Defaults,
-                       shapes::AllRequired, shapes::SomeRequired, shapes::Bools, shapes::Wide,
-                       shapes::Runs, shapes::GapsBetweenNumbers, shapes::OneRun,
-                       shapes::ManyNeighbours, shapes::TwoByteTags, shapes::NumbersFirst,
-                       shapes::PartsFirst, shapes::OnlyRepeated, shapes::OnlyTexts,
-                       shapes::Reaching, shapes::Far, shapes::Names, LongName, shapes::LongNames,
-                       shapes::Comments>());
+      ::testing::Types<
+          shapes::OneFloat, shapes::OneBool, shapes::OneText, shapes::OneRepeated,
+          shapes::OneSubMessage, shapes::OneElementList, shapes::Defaults, shapes::AllRequired,
+          shapes::SomeRequired, shapes::Bools, shapes::Wide, shapes::Runs,
+          shapes::GapsBetweenNumbers, shapes::OneRun, shapes::ManyNeighbours, shapes::TwoByteTags,
+          shapes::NumbersFirst, shapes::PartsFirst, shapes::OnlyRepeated, shapes::OnlyTexts,
+          shapes::Reaching, shapes::Far, LongName, shapes::LongNames, shapes::Comments>());
   return all;
 }
 
@@ -645,38 +644,6 @@ TEST(ShapesAccessorsTest, ThirtyTwoFields) {
   EXPECT_FALSE(record.has_s31());
   EXPECT_TRUE(record.has_i30());
   EXPECT_EQ(HasBits(record), 0x5F080FFFu);
-}
-
-TEST(ShapesAccessorsTest, NamesThatMeanSomethingElseElsewhere) {
-  shapes::Names record;
-  record.set_value(1);
-  record.set_size("2", 1);
-  record.set_index(3);
-  record.mutable_message()->set_x(4);
-  record.add_tag(5);
-  record.set_tag(0, 6);
-  record.add_input()->set_x(7);
-  record.set_from("8");
-  shapes::OneText* other = new shapes::OneText;
-  other->set_x("9");
-  record.set_allocated_other(other);
-  record.set_source(10);
-  record.mutable_released();
-  const std::unique_ptr<shapes::OneText> released(record.release_released());
-  EXPECT_NE(released, nullptr);
-  record.set_wire("11");
-  record.mutable_runtime();
-  record.add_std(12);
-  record.set_file(true);
-  record.set_google(true);
-  record.set_zarvo(13);
-  record.set_names(14);
-  record.set_file_reflection(15);
-  EXPECT_TRUE(EqualByReflection(
-      record, FromText<shapes::Names>(
-                  "value: 1 size: '2' index: 3 message { x: 4 } tag: 6 input { x: 7 } from: '8' "
-                  "other { x: '9' } source: 10 wire: '11' runtime { } std: 12 file: true "
-                  "google: true zarvo: 13 names: 14 file_reflection: 15")));
 }
 
 TEST(ShapesAccessorsTest, FieldNumbers) {

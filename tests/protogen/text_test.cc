@@ -5,8 +5,9 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cctype>
+#include <cmath>
 #include <cstdlib>
-#include <cstring>
 #include <limits>
 #include <random>
 #include <string>
@@ -118,13 +119,31 @@ TEST(TextTest, CommentLines) {
 // A backslash at the end of a line would draw the next line into the comment, and in C++11 so would
 // the trigraph that stands for one.
 TEST(TextTest, CommentsEndWithTheirLine) {
-  for (const std::string last : {"\\", "C:\\", "a \\ ", "\?\?/", "what\?\?/"}) {
+  for (const std::string last : {"\\", "C:\\", "a \\ ", "a \\ \t\r", "\?\?/", "what\?\?/"}) {
     const std::string comment = Comment({last});
     std::string text = comment.substr(0, comment.size() - 1);
-    while (!text.empty() && text.back() == ' ') text.pop_back();  // compilers overlook spaces
+    while (std::isspace(static_cast<unsigned char>(text.back())) != 0)
+      text.pop_back();  // overlooked
     EXPECT_NE(text.back(), '\\') << comment;
     EXPECT_TRUE(text.size() < 3 || text.compare(text.size() - 3, 3, "\?\?/") != 0) << comment;
   }
+}
+
+TEST(TextTest, SectionTitlesAndNamespaces) {
+  EXPECT_EQ(SectionTitle("Title"), "// Title " + std::string(90, '-') + "\n");
+  EXPECT_EQ(SectionTitle(std::string(100, 'x')), "// " + std::string(100, 'x') + " \n");
+  EXPECT_EQ(OpenNamespaces({"a", "b"}), "namespace a {\nnamespace b {\n");
+  EXPECT_EQ(CloseNamespaces({"a", "b"}), "}  // namespace b\n}  // namespace a\n");
+}
+
+TEST(TextTest, FunctionsDeclaredIn) {
+  EXPECT_EQ(FunctionsDeclaredIn("// Calls f() and\n"
+                                "  int Get(int index) const;  // of g(x)\n"
+                                "  ~$class$() override;\n"
+                                "  void set() { ::other::Set(value); }\n"
+                                "  MACRO bool operator==(const X& x);\n"
+                                "  int member_;\n"),
+            (std::vector<std::string>{"Get", "set"}));
 }
 
 TEST(TextTest, ReplaceDoesNotLookAtWhatItPutIn) {
@@ -184,7 +203,8 @@ void CheckFloat(float value) {
   char* end;
   const float back = std::strtof(literal.c_str(), &end);
   EXPECT_STREQ(end, "f");
-  EXPECT_EQ(std::memcmp(&back, &value, sizeof value), 0);
+  EXPECT_EQ(back, value);
+  EXPECT_EQ(std::signbit(back), std::signbit(value));
 }
 
 void CheckDouble(double value) {
@@ -195,7 +215,8 @@ void CheckDouble(double value) {
   char* end;
   const double back = std::strtod(literal.c_str(), &end);
   EXPECT_STREQ(end, "");
-  EXPECT_EQ(std::memcmp(&back, &value, sizeof value), 0);
+  EXPECT_EQ(back, value);
+  EXPECT_EQ(std::signbit(back), std::signbit(value));
 }
 
 TEST(TextTest, FloatingPointLiteralsAreExact) {
