@@ -42,8 +42,7 @@ namespace file {
 const char kSchemaPath[] = "calibration_common/calibration.proto";
 const char kSourcePath[] = "calibration_common/calibration.pb.cc";
 
-// dynamic_cast, after the usual case that a comparison of addresses settles (all but an element of
-// a block).
+// dynamic_cast, after the usual case, which a comparison of addresses settles.
 template <typename T>
 const T* Cast(const ::google::protobuf::Message& message) {
   return &typeid(message) == &typeid(T) ? static_cast<const T*>(&message)

@@ -59,7 +59,7 @@ inline const uint8* TakeValue(const uint8* p, const uint8* end, int32* value) {
   *value = static_cast<int32>(number);
   return behind;
 }
-// Of the two kinds that are rare, not inline.
+// int64 and bool are rare: not inline.
 template <int kTagSize>
 const uint8* TakeValue(const uint8* p, const uint8* end, int64* value) {
   uint64 number;
