@@ -5,6 +5,12 @@
 
 namespace calib {
 
+namespace {
+
+constexpr double kShortest = 1e-290;
+
+}  // namespace
+
 void Axis::Cover(double value) {
   low_ = empty_ ? value : std::min(low_, value);
   high_ = empty_ ? value : std::max(high_, value);
@@ -16,8 +22,10 @@ void Axis::Pad() {
   const double largest = std::max(std::abs(low_), std::abs(high_));
   const bool single = length() <= largest * 1e-12;
   const double room = !single ? length() * 0.04 : largest > 0 ? largest * 0.1 : 1;
-  low_ -= room;
-  high_ += room;
+  // Steps of a shorter axis would underflow.
+  const double at_least = length() + 2 * room < kShortest ? kShortest : room;
+  low_ -= at_least;
+  high_ += at_least;
 }
 
 double Axis::Position(double value, double start, double end) const {
