@@ -1,8 +1,9 @@
 #include "calib/tools/foreign.h"
 
-#include <yaml-cpp/yaml.h>
-
+#include <cerrno>
 #include <cmath>
+#include <cstdlib>
+#include <limits>
 
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
@@ -33,10 +34,37 @@ bool LooksLikeXml(const std::string& text) {
   return begin != std::string::npos && text[begin] == '<';
 }
 
-// Reads a number as YAML spells them; false if it is none.
-template <typename T>
-bool Read(const ForeignTree& node, T* value) {
-  return node.kind == Kind::kText && YAML::convert<T>::decode(YAML::Node(node.text), *value);
+constexpr char kDigits[] = "0123456789";
+
+// Whether the text is a whole number with a leading zero, which is octal in YAML 1.1 and decimal in
+// YAML 1.2.
+bool IsAmbiguous(const std::string& text) {
+  const size_t first = text.find_first_not_of("+-");
+  return first < 2 && first + 1 < text.size() && text[first] == '0' &&
+         text.find_first_not_of(kDigits, first) == std::string::npos;
+}
+
+// Reads a number of the decimal notation; false if the text is none.
+bool ReadNumber(const std::string& text, double* number) {
+  if (text.empty() || text.find_first_not_of("0123456789+-.eE") != std::string::npos) return false;
+  char* end = nullptr;
+  *number = std::strtod(text.c_str(), &end);
+  return end == text.c_str() + text.size();
+}
+
+// Reads a whole number, decimal or hexadecimal ("0x1f").
+bool ReadCount(const std::string& text, int32_t* count) {
+  const bool hexadecimal = text.compare(0, 2, "0x") == 0 || text.compare(0, 2, "0X") == 0;
+  const size_t first = hexadecimal ? 2 : text.compare(0, 1, "+") == 0 ? 1 : 0;
+  const char* digits = hexadecimal ? "0123456789abcdefABCDEF" : kDigits;
+  if (first == text.size() || text.find_first_not_of(digits, first) != std::string::npos) {
+    return false;
+  }
+  errno = 0;
+  const long long value = std::strtoll(text.c_str() + first, nullptr, hexadecimal ? 16 : 10);
+  if (errno != 0 || value > std::numeric_limits<int32_t>::max()) return false;
+  *count = static_cast<int32_t>(value);
+  return true;
 }
 
 }  // namespace
@@ -99,10 +127,20 @@ Foreign Foreign::At(const std::vector<std::string>& keys) const {
          "Add it, or check that --from names the tool that wrote the file.");
 }
 
+void Foreign::RefuseAmbiguous() const {
+  if (node_->kind != Kind::kText || !IsAmbiguous(node_->text)) return;
+  Refuse("is " + Spell(*node_) +
+             ", which is octal for some readers and decimal for others: it begins with 0",
+         "Write it without the leading zero.");
+}
+
 double Foreign::Number() const {
   notebook_->used.insert(path_);
+  RefuseAmbiguous();
   double value = 0;
-  if (Read(*node_, &value) && std::isfinite(value)) return value;
+  if (node_->kind == Kind::kText && ReadNumber(node_->text, &value) && std::isfinite(value)) {
+    return value;
+  }
   const bool several = node_->text.find(' ') != std::string::npos;
   Refuse("is " + Spell(*node_) + ", expected a number",
          several ? "Put commas between the numbers." : "Correct it there.");
@@ -110,8 +148,9 @@ double Foreign::Number() const {
 
 int32_t Foreign::Count() const {
   notebook_->used.insert(path_);
+  RefuseAmbiguous();
   int32_t value = 0;
-  if (Read(*node_, &value) && value >= 0) return value;
+  if (node_->kind == Kind::kText && ReadCount(node_->text, &value)) return value;
   Refuse("is " + Spell(*node_) + ", expected a whole number that is not negative",
          "Correct it there.");
 }
@@ -137,6 +176,14 @@ std::vector<double> Foreign::Numbers() const {
   std::vector<double> numbers;
   for (size_t i = 0; i < node_->items.size(); ++i) numbers.push_back(Element(i).Number());
   return numbers;
+}
+
+void Foreign::CheckFloats(const std::vector<double>& numbers) const {
+  for (size_t i = 0; i < numbers.size(); ++i) {
+    if (std::abs(numbers[i]) <= std::numeric_limits<float>::max()) continue;
+    Element(i).Refuse("is " + Spell(*Element(i).node_) + ", too large for the field, a float",
+                      "Correct it there.");
+  }
 }
 
 std::vector<double> Foreign::Rows(size_t rows, size_t columns) const {

@@ -34,6 +34,8 @@ class Foreign {
   int32_t Count() const;
   std::string Text() const;
   std::vector<double> Numbers() const;
+  // Throws Failure if a float cannot hold one of the numbers, which are those of this list.
+  void CheckFloats(const std::vector<double>& numbers) const;
   // A list of lists of numbers, by rows.
   std::vector<double> Rows(size_t rows, size_t columns) const;
 
@@ -57,6 +59,7 @@ class Foreign {
           std::shared_ptr<Notebook> notebook);
 
   Foreign Element(size_t index) const;
+  void RefuseAmbiguous() const;
   void CollectUnused() const;
   bool AnyUsedBelow() const;
   std::string Place() const;

@@ -1,5 +1,9 @@
 // Kalibr camchain: a map of cameras, cam0, cam1 and so on. A camchain-imucam has in addition where
 // each camera sits relative to the IMU.
+#include <cmath>
+#include <cstdint>
+#include <limits>
+
 #include "calib/tools/import_common.h"
 #include "calib/tools/importers.h"
 
@@ -73,15 +77,19 @@ void StoreExtrinsics(const Foreign& chain, CameraCalibration* camera) {
   }
 }
 
+bool IsPixelCount(double number) {
+  return number >= 1 && number <= std::numeric_limits<int32_t>::max() &&
+         number == std::floor(number);
+}
+
 void StoreCamera(const Foreign& chain, CameraCalibration* camera) {
   CameraIntrinsics* intrinsics = camera->mutable_intrinsics();
   StoreProjection(chain, intrinsics);
   StoreNamedDistortion(chain, intrinsics);
   const Foreign resolution = chain.At({"resolution"});
   const std::vector<double> size = resolution.Numbers();
-  if (size.size() != 2 || size[0] != static_cast<int32_t>(size[0]) ||
-      size[1] != static_cast<int32_t>(size[1])) {
-    resolution.Refuse("expected [width, height], two whole numbers", "Correct it there.");
+  if (size.size() != 2 || !IsPixelCount(size[0]) || !IsPixelCount(size[1])) {
+    resolution.Refuse("expected [width, height], two whole numbers from 1", "Correct it there.");
   }
   intrinsics->set_width(static_cast<int32_t>(size[0]));
   intrinsics->set_height(static_cast<int32_t>(size[1]));

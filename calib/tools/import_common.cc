@@ -11,8 +11,11 @@ std::vector<double> MatrixData(const Foreign& matrix, int32_t rows, int32_t colu
   const Foreign actual_rows = matrix.At({"rows"}), actual_columns = matrix.At({"cols"});
   const Foreign data = matrix.At({"data"});
   std::vector<double> numbers = data.Numbers();
-  const int64_t size = int64_t{actual_rows.Count()} * actual_columns.Count() * channels;
-  if (size != static_cast<int64_t>(numbers.size())) {
+  // Below 2^31 each, and few channels: 64 bits without a sign hold the product.
+  const uint64_t size = uint64_t{1} * static_cast<uint32_t>(actual_rows.Count()) *
+                        static_cast<uint32_t>(actual_columns.Count()) *
+                        static_cast<uint32_t>(channels);
+  if (size != numbers.size()) {
     const std::string each = channels == 1 ? "" : " of " + std::to_string(channels) + " channels";
     data.Refuse("has " + std::to_string(numbers.size()) +
                     " numbers, but rows: " + actual_rows.Text() +

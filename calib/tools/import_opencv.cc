@@ -45,6 +45,8 @@ void StoreSamples(const Foreign& file, CameraIntrinsics* intrinsics) {
     if (on_target[i] != on_target[2]) return target->NotKept("its third coordinates differ");
   }
   const std::vector<double> in_image = OpenCvMatrix(*image, 0, 0, 2);
+  target->At({"data"}).CheckFloats(on_target);
+  image->At({"data"}).CheckFloats(in_image);
   const size_t points = on_target.size() / 3;
   if (points == 0 || in_image.size() % (2 * points) != 0) {
     image->Refuse("has " + std::to_string(in_image.size() / 2) +
