@@ -42,6 +42,17 @@ std::unique_ptr<Message> Decode(Format format, const Descriptor* type, const std
   return record;
 }
 
+std::unique_ptr<Message> DecodeIfFits(Format format, const Descriptor* type,
+                                      const std::string& bytes) {
+  try {
+    if (format != Format::kJson) return Decode(format, type, "", bytes);
+    std::unique_ptr<Message> record(MessageFactory::generated_factory()->GetPrototype(type)->New());
+    return FitsJson(bytes, record.get()) ? std::move(record) : nullptr;
+  } catch (const Failure&) {
+    return nullptr;
+  }
+}
+
 std::string Encode(Format format, const Message& record) {
   if (format == Format::kBinary) return EncodeBinary(record);
   CheckNothingUnknown(format, record);

@@ -21,6 +21,11 @@ std::unique_ptr<google::protobuf::Message> Decode(Format format,
                                                   const std::string& name,
                                                   const std::string& bytes);
 
+// The same, but null if the bytes are no such record; does not find out where and why.
+std::unique_ptr<google::protobuf::Message> DecodeIfFits(Format format,
+                                                        const google::protobuf::Descriptor* type,
+                                                        const std::string& bytes);
+
 std::string Encode(Format format, const google::protobuf::Message& record);
 
 }  // namespace calib

@@ -10,6 +10,7 @@
 #include <google/protobuf/util/type_resolver.h>
 #include <google/protobuf/util/type_resolver_util.h>
 
+#include <algorithm>
 #include <memory>
 
 #include "calib/console/failure.h"
@@ -56,17 +57,21 @@ class NothingRequired : public TypeResolver {
   std::unique_ptr<TypeResolver> resolver_;
 };
 
-// Hands out `slow_from` bytes at once and the rest one by one: the converter stops asking at the
-// first byte that it cannot make sense of.
-class SlowStream : public google::protobuf::io::ZeroCopyInputStream {
+// Hands out the bytes before `low` at once, those from there to `high` in pieces, and the rest at
+// once: the converter stops asking at the first piece that it cannot make sense of.
+class PiecewiseStream : public google::protobuf::io::ZeroCopyInputStream {
  public:
-  SlowStream(const std::string& bytes, size_t slow_from) : bytes_(bytes), slow_from_(slow_from) {}
+  PiecewiseStream(const std::string& bytes, size_t low, size_t high, size_t piece)
+      : bytes_(bytes), low_(low), high_(high), piece_(piece) {}
 
   bool Next(const void** data, int* size) override {
     if (position_ == bytes_.size()) return false;
+    const size_t end = position_ < low_    ? low_
+                       : position_ < high_ ? std::min(position_ + piece_, high_)
+                                           : bytes_.size();
     *data = &bytes_[position_];
-    *size = position_ < slow_from_ ? static_cast<int>(slow_from_ - position_) : 1;
-    position_ += static_cast<size_t>(*size);
+    *size = static_cast<int>(end - position_);
+    position_ = end;
     return true;
   }
   void BackUp(int count) override { position_ -= static_cast<size_t>(count); }
@@ -77,7 +82,7 @@ class SlowStream : public google::protobuf::io::ZeroCopyInputStream {
 
  private:
   const std::string& bytes_;
-  const size_t slow_from_;
+  const size_t low_, high_, piece_;
   size_t position_ = 0;
 };
 
@@ -88,17 +93,19 @@ Status ToBinary(const Message& record, google::protobuf::io::ZeroCopyInputStream
   return google::protobuf::util::JsonToBinaryStream(&resolver, UrlOf(record), json, &output);
 }
 
-// How many bytes can be read, at most and to within a block, without a syntax error.
+Status ToBinary(const Message& record, const std::string& json, std::string* binary) {
+  ArrayInputStream input(json.data(), static_cast<int>(json.size()));
+  return ToBinary(record, &input, binary);
+}
+
+// How many bytes the converter takes before it gives up.
 size_t SyntaxErrorOffset(const Message& record, const std::string& json) {
-  constexpr int kBlock = 4096;
-  std::string ignored;
-  ArrayInputStream blocks(json.data(), static_cast<int>(json.size()), kBlock);
-  if (ToBinary(record, &blocks, &ignored).ok()) return json.size();
-  const size_t read = static_cast<size_t>(blocks.ByteCount());
-  SlowStream slow(json, read > kBlock ? (read - 1) / kBlock * kBlock : 0);
-  ignored.clear();
-  if (ToBinary(record, &slow, &ignored).ok()) return json.size();
-  return static_cast<size_t>(slow.ByteCount());
+  return FindStop(json.size(), [&](size_t low, size_t high, size_t piece) {
+    PiecewiseStream pieces(json, low, high, piece);
+    std::string ignored;
+    (void)ToBinary(record, &pieces, &ignored);
+    return static_cast<size_t>(pieces.ByteCount());
+  });
 }
 
 [[noreturn]] void Refuse(const std::string& name, const Message& record, const std::string& json,
@@ -121,11 +128,17 @@ size_t SyntaxErrorOffset(const Message& record, const std::string& json) {
 }  // namespace
 
 void DecodeJson(const std::string& name, const std::string& bytes, Message* record) {
-  ArrayInputStream input(bytes.data(), static_cast<int>(bytes.size()));
   std::string binary;
-  const Status status = ToBinary(*record, &input, &binary);
+  const Status status = ToBinary(*record, bytes, &binary);
   if (!status.ok()) Refuse(name, *record, bytes, status.ToString());
   DecodeBinary(name, binary, record);
+}
+
+bool FitsJson(const std::string& bytes, Message* record) {
+  std::string binary;
+  if (!ToBinary(*record, bytes, &binary).ok()) return false;
+  DecodeBinary("", binary, record);
+  return true;
 }
 
 std::string EncodeJson(const Message& record) {

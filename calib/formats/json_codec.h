@@ -11,6 +11,8 @@ namespace calib {
 
 void DecodeJson(const std::string& name, const std::string& bytes,
                 google::protobuf::Message* record);
+// Reads the bytes if they are such a record; does not find out where and why they are not.
+bool FitsJson(const std::string& bytes, google::protobuf::Message* record);
 std::string EncodeJson(const google::protobuf::Message& record);
 
 }  // namespace calib

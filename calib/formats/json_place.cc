@@ -75,6 +75,19 @@ std::string LineAndColumn(const std::string& text, size_t offset) {
   return std::to_string(line) + ":" + std::to_string(offset - line_start + 1);
 }
 
+size_t FindStop(size_t size,
+                const std::function<size_t(size_t low, size_t high, size_t piece)>& read) {
+  size_t low = 0, high = size;  // it gives up behind the first, and not behind the second
+  while (high - low > 1) {
+    const size_t piece = (high - low + kPieces - 1) / kPieces;
+    const size_t taken = read(low, high, piece);
+    if (taken <= low || taken > high) break;  // it made something else of other pieces
+    low += (taken - low - 1) / piece * piece;
+    high = taken;
+  }
+  return high;
+}
+
 std::string DescribeJsonError(const std::string& json, const Descriptor* type,
                               const std::string& message) {
   std::string path, what;

@@ -4,12 +4,22 @@
 
 #include <google/protobuf/descriptor.h>
 
+#include <cstddef>
+#include <functional>
 #include <string>
 
 namespace calib {
 
 // The place of a byte in the text as "LINE:COLUMN", both counted from 1.
 std::string LineAndColumn(const std::string& text, size_t offset);
+
+// How many bytes of a text of `size` bytes a reader takes before it gives up. `read` has it read
+// the text, handed out at once up to `low`, from there to `high` in pieces of `piece` bytes, and
+// then the rest at once, and returns how many bytes were handed out. Asks for at most kPieces
+// pieces a reading, since a reader may begin a token anew with each, and for few readings.
+constexpr size_t kPieces = 16;
+size_t FindStop(size_t size,
+                const std::function<size_t(size_t low, size_t high, size_t piece)>& read);
 
 // The converter's message for an error of meaning, which is "(PATH) NAME: WHAT" or "PATH: WHAT",
 // spelled as ":LINE:COLUMN: PATH: WHAT"; without line and column if they cannot be found.

@@ -31,13 +31,9 @@ Format InputFormat(const std::string& path, const InputFlags& flags, const NameF
 std::string FittingTypes(Format format, const std::string& bytes) {
   std::string fitting;
   for (const Descriptor* type : RecordTypes()) {
-    try {
-      const std::unique_ptr<Message> record = Decode(format, type, "", bytes);
-      if (!record->IsInitialized() || !FindUnknownFields(*record).empty()) continue;
-      fitting += (fitting.empty() ? "" : ", ") + type->name();
-    } catch (const Failure&) {
-      // The bytes are no record of this type.
-    }
+    const std::unique_ptr<Message> record = DecodeIfFits(format, type, bytes);
+    if (!record || !record->IsInitialized() || !FindUnknownFields(*record).empty()) continue;
+    fitting += (fitting.empty() ? "" : ", ") + type->name();
   }
   return fitting;
 }
