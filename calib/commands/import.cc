@@ -58,13 +58,15 @@ const Descriptor* OutputType(const Flags& flags, bool several_cameras) {
 void Import(const Flags& flags) {
   const Source* source = kSources;
   while (source->name != flags.source) ++source;
-  std::vector<Foreign> files;
-  for (const std::string& path : flags.paths) {
-    files.push_back(Foreign::Parse(InputName(path), Readable(InputName(path), ReadFile(path))));
-  }
   RobotCalibration robot;
-  source->import(files, &robot);
-  for (const Foreign& file : files) file.Report();
+  {
+    std::vector<Foreign> files;
+    for (const std::string& path : flags.paths) {
+      files.push_back(Foreign::Parse(InputName(path), Readable(InputName(path), ReadFile(path))));
+    }
+    source->import(files, &robot);
+    for (const Foreign& file : files) file.Report();
+  }  // the record may be as large again
   OutputFlags output = flags.output;
   if (flags.output_path == "-" && output.format.empty()) output.format = "text";
   const bool several = source->several_cameras || robot.camera_size() > 1;

@@ -1,5 +1,6 @@
 #include "calib/tools/foreign.h"
 
+#include <algorithm>
 #include <cerrno>
 #include <cmath>
 #include <cstdlib>
@@ -15,20 +16,6 @@ using Kind = ForeignTree::Kind;
 
 namespace {
 
-// What was found, as short as a message wants it.
-std::string Spell(const ForeignTree& node) {
-  switch (node.kind) {
-    case Kind::kMap:
-      return "a map";
-    case Kind::kList:
-      return "a list of " + std::to_string(node.items.size());
-    case Kind::kText:
-      return "'" + (node.text.size() > 40 ? node.text.substr(0, 40) + "..." : node.text) + "'";
-    default:
-      return "nothing";
-  }
-}
-
 bool LooksLikeXml(const std::string& text) {
   const size_t begin = text.find_first_not_of(" \t\r\n\xef\xbb\xbf");
   return begin != std::string::npos && text[begin] == '<';
@@ -38,10 +25,10 @@ constexpr char kDigits[] = "0123456789";
 
 // Whether the text is a whole number with a leading zero, which is octal in YAML 1.1 and decimal in
 // YAML 1.2.
-bool IsAmbiguous(const std::string& text) {
+bool IsAmbiguous(std::string_view text) {
   const size_t first = text.find_first_not_of("+-");
   return first < 2 && first + 1 < text.size() && text[first] == '0' &&
-         text.find_first_not_of(kDigits, first) == std::string::npos;
+         text.find_first_not_of(kDigits, first) == std::string_view::npos;
 }
 
 // Reads a number of the decimal notation; false if the text is none.
@@ -69,18 +56,36 @@ bool ReadCount(const std::string& text, int32_t* count) {
 
 }  // namespace
 
-Foreign::Foreign(std::string file, std::string path, const ForeignTree* node,
+Foreign::Foreign(std::string file, std::string path, Index index,
                  std::shared_ptr<Notebook> notebook)
-    : file_(std::move(file)), path_(std::move(path)), node_(node), notebook_(std::move(notebook)) {}
+    : file_(std::move(file)),
+      path_(std::move(path)),
+      index_(index),
+      notebook_(std::move(notebook)) {}
+
+std::string Foreign::Spell() const {
+  switch (tree().kind(index_)) {
+    case Kind::kMap:
+      return "a map";
+    case Kind::kList:
+      return "a list of " + std::to_string(tree().items(index_));
+    case Kind::kText: {
+      const std::string_view text = tree().text(index_);
+      return "'" + std::string(text.substr(0, 40)) + (text.size() > 40 ? "...'" : "'");
+    }
+    default:
+      return "nothing";
+  }
+}
 
 Foreign Foreign::Parse(const std::string& file, const std::string& text) {
   const auto notebook = std::make_shared<Notebook>();
   notebook->tree = LooksLikeXml(text) ? LoadXml(file, text) : LoadYaml(file, text);
-  return Foreign(file, "", &notebook->tree, notebook);
+  return Foreign(file, "", 0, notebook);
 }
 
 std::string Foreign::Place() const {
-  return file_ + PlaceOf(*node_) + ": " + (path_.empty() ? "" : path_ + ": ");
+  return file_ + tree().PlaceOf(index_) + ": " + (path_.empty() ? "" : path_ + ": ");
 }
 
 void Foreign::Refuse(const std::string& what, const std::string& remedy) const {
@@ -88,34 +93,55 @@ void Foreign::Refuse(const std::string& what, const std::string& remedy) const {
 }
 
 void Foreign::Remark(const std::string& what) const {
-  notebook_->remarks.emplace(node_->line, Place() + what);
+  notebook_->remarks.emplace(tree().line(index_), Place() + what);
 }
 
-void Foreign::NotKept(const std::string& why) const {
-  Remark((node_->kind == Kind::kText ? Spell(*node_) + " " : "") + "not kept: " + why);
+std::string Foreign::NotKeptText(const std::string& why) const {
+  return (IsText() ? Spell() + " " : "") + "not kept: " + why;
 }
 
-std::vector<std::pair<std::string, Foreign>> Foreign::Entries() const {
-  if (node_->kind != Kind::kMap) {
-    Refuse("is " + Spell(*node_) + ", expected a map of keys and values",
+void Foreign::NotKept(const std::string& why) const { Remark(NotKeptText(why)); }
+
+void Foreign::CheckKeys() const {
+  if (tree().kind(index_) != Kind::kMap) {
+    Refuse("is " + Spell() + ", expected a map of keys and values",
            "Check its layout, and that --from names the tool that wrote the file.");
   }
-  std::vector<std::pair<std::string, Foreign>> entries;
-  std::set<std::string> keys;
-  for (size_t i = 0; i < node_->items.size(); ++i) {
-    const std::string& key = node_->keys[i];
-    const Foreign value(file_, JoinPath(path_, key), &node_->items[i], notebook_);
-    if (!keys.insert(key).second) value.Refuse("is there twice", "Leave one of them out.");
-    entries.emplace_back(key, value);
+  if (!notebook_->checked.insert(index_).second) return;
+  std::vector<Index> entries;
+  entries.reserve(tree().items(index_));
+  Index entry = tree().First(index_);
+  for (uint32_t left = tree().items(index_); left > 0; --left, entry = tree().Next(entry)) {
+    entries.push_back(entry);
   }
-  return entries;
+  const auto key = [this](Index index) { return tree().key(index); };
+  std::sort(entries.begin(), entries.end(), [&](Index a, Index b) {
+    const int order = key(a).compare(key(b));
+    return order != 0 ? order < 0 : a < b;
+  });
+  Index twice = 0;
+  for (size_t i = 1; i < entries.size(); ++i) {
+    if (key(entries[i]) != key(entries[i - 1])) continue;
+    if (twice == 0 || entries[i] < twice) twice = entries[i];
+  }
+  if (twice != 0) Entry(twice).Refuse("is there twice", "Leave one of them out.");
+}
+
+void Foreign::ForEachEntry(
+    const std::function<void(const std::string& key, const Foreign& value)>& visit) const {
+  CheckKeys();
+  Index entry = tree().First(index_);
+  for (uint32_t left = tree().items(index_); left > 0; --left, entry = tree().Next(entry)) {
+    visit(std::string(tree().key(entry)), Entry(entry));
+  }
 }
 
 std::optional<Foreign> Foreign::Find(const std::vector<std::string>& keys) const {
-  const auto entries = Entries();
+  CheckKeys();
   for (const std::string& key : keys) {
-    for (const auto& entry : entries) {
-      if (entry.first == key) return entry.second;
+    Index entry = tree().First(index_);
+    for (uint32_t left = tree().items(index_); left > 0; --left, entry = tree().Next(entry)) {
+      if (tree().key(entry) == key) return Entry(entry);
     }
   }
   return std::nullopt;
@@ -128,21 +154,25 @@ Foreign Foreign::At(const std::vector<std::string>& keys) const {
 }
 
 void Foreign::RefuseAmbiguous() const {
-  if (node_->kind != Kind::kText || !IsAmbiguous(node_->text)) return;
-  Refuse("is " + Spell(*node_) +
+  if (!IsText() || !IsAmbiguous(tree().text(index_))) return;
+  Refuse("is " + Spell() +
              ", which is octal for some readers and decimal for others: it begins with 0",
          "Write it without the leading zero.");
 }
 
 double Foreign::Number() const {
   notebook_->used.insert(path_);
+  return Value();
+}
+
+double Foreign::Value() const {
   RefuseAmbiguous();
   double value = 0;
-  if (node_->kind == Kind::kText && ReadNumber(node_->text, &value) && std::isfinite(value)) {
+  if (IsText() && ReadNumber(std::string(tree().text(index_)), &value) && std::isfinite(value)) {
     return value;
   }
-  const bool several = node_->text.find(' ') != std::string::npos;
-  Refuse("is " + Spell(*node_) + ", expected a number",
+  const bool several = IsText() && tree().text(index_).find(' ') != std::string_view::npos;
+  Refuse("is " + Spell() + ", expected a number",
          several ? "Put commas between the numbers." : "Correct it there.");
 }
 
@@ -150,39 +180,48 @@ int32_t Foreign::Count() const {
   notebook_->used.insert(path_);
   RefuseAmbiguous();
   int32_t value = 0;
-  if (node_->kind == Kind::kText && ReadCount(node_->text, &value)) return value;
-  Refuse("is " + Spell(*node_) + ", expected a whole number that is not negative",
-         "Correct it there.");
+  if (IsText() && ReadCount(std::string(tree().text(index_)), &value)) return value;
+  Refuse("is " + Spell() + ", expected a whole number that is not negative", "Correct it there.");
 }
 
 std::string Foreign::Text() const {
   notebook_->used.insert(path_);
-  if (node_->kind != Kind::kText) {
-    Refuse("is " + Spell(*node_) + ", expected text", "Correct it there.");
+  if (!IsText()) {
+    Refuse("is " + Spell() + ", expected text", "Correct it there.");
   }
-  return node_->text;
+  return std::string(tree().text(index_));
 }
 
-Foreign Foreign::Element(size_t index) const {
-  return Foreign(file_, path_ + "[" + std::to_string(index) + "]", &node_->items[index], notebook_);
+Foreign Foreign::Entry(Index entry) const {
+  return Foreign(file_, JoinPath(path_, std::string(tree().key(entry))), entry, notebook_);
+}
+
+Foreign Foreign::Element(Index element, size_t number) const {
+  return Foreign(file_, path_ + "[" + std::to_string(number) + "]", element, notebook_);
 }
 
 std::vector<double> Foreign::Numbers() const {
   notebook_->used.insert(path_);
-  if (node_->kind != Kind::kList) {
-    Refuse("is " + Spell(*node_) + ", expected a list of numbers",
+  if (tree().kind(index_) != Kind::kList) {
+    Refuse("is " + Spell() + ", expected a list of numbers",
            "Write it like [1.0, 2.0], with commas.");
   }
+  const uint32_t size = tree().items(index_);
   std::vector<double> numbers;
-  for (size_t i = 0; i < node_->items.size(); ++i) numbers.push_back(Element(i).Number());
+  numbers.reserve(size);
+  Index element = tree().First(index_);
+  for (; numbers.size() < size; element = tree().Next(element)) {
+    numbers.push_back(Element(element, numbers.size()).Value());
+  }
   return numbers;
 }
 
 void Foreign::CheckFloats(const std::vector<double>& numbers) const {
-  for (size_t i = 0; i < numbers.size(); ++i) {
+  Index element = tree().First(index_);
+  for (size_t i = 0; i < numbers.size(); ++i, element = tree().Next(element)) {
     if (std::abs(numbers[i]) <= std::numeric_limits<float>::max()) continue;
-    Element(i).Refuse("is " + Spell(*Element(i).node_) + ", too large for the field, a float",
-                      "Correct it there.");
+    const Foreign large = Element(element, i);
+    large.Refuse("is " + large.Spell() + ", too large for the field, a float", "Correct it there.");
   }
 }
 
@@ -190,15 +229,17 @@ std::vector<double> Foreign::Rows(size_t rows, size_t columns) const {
   notebook_->used.insert(path_);
   const std::string expected =
       std::to_string(rows) + " rows of " + std::to_string(columns) + " numbers";
-  if (node_->kind != Kind::kList || node_->items.size() != rows) {
-    Refuse("is " + Spell(*node_) + ", expected " + expected, "Correct it there.");
+  if (tree().kind(index_) != Kind::kList || tree().items(index_) != rows) {
+    Refuse("is " + Spell() + ", expected " + expected, "Correct it there.");
   }
   std::vector<double> numbers;
-  for (size_t row = 0; row < rows; ++row) {
-    const std::vector<double> part = Element(row).Numbers();
+  Index element = tree().First(index_);
+  for (size_t row = 0; row < rows; ++row, element = tree().Next(element)) {
+    const Foreign list = Element(element, row);
+    const std::vector<double> part = list.Numbers();
     if (part.size() != columns) {
-      Element(row).Refuse("has " + std::to_string(part.size()) + " numbers, expected " + expected,
-                          "Correct it there.");
+      list.Refuse("has " + std::to_string(part.size()) + " numbers, expected " + expected,
+                  "Correct it there.");
     }
     numbers.insert(numbers.end(), part.begin(), part.end());
   }
@@ -211,15 +252,23 @@ bool Foreign::AnyUsedBelow() const {
          (next != notebook_->used.end() && next->compare(0, path_.size() + 1, path_ + ".") == 0);
 }
 
-void Foreign::CollectUnused() const {
+void Foreign::ReportUnused(Remarks::const_iterator* next) const {
   if (notebook_->used.count(path_) != 0) return;
-  if (node_->kind != Kind::kMap || !AnyUsedBelow()) return NotKept("no field of a record holds it");
-  for (const auto& entry : Entries()) entry.second.CollectUnused();
+  if (tree().kind(index_) == Kind::kMap && AnyUsedBelow()) {
+    ForEachEntry([next](const std::string&, const Foreign& value) { value.ReportUnused(next); });
+    return;
+  }
+  const Remarks& remarks = notebook_->remarks;
+  for (; *next != remarks.end() && (*next)->first <= tree().line(index_); ++*next) {
+    Note((*next)->second);
+  }
+  Note(Place() + NotKeptText("no field of a record holds it"));
 }
 
 void Foreign::Report() const {
-  CollectUnused();
-  for (const auto& remark : notebook_->remarks) Note(remark.second);
+  Remarks::const_iterator next = notebook_->remarks.begin();
+  ReportUnused(&next);
+  for (; next != notebook_->remarks.end(); ++next) Note(next->second);
 }
 
 }  // namespace calib

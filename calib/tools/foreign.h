@@ -5,12 +5,12 @@
 #define CALIB_TOOLS_FOREIGN_H_
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <optional>
 #include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "calib/tools/foreign_tree.h"
@@ -24,8 +24,9 @@ class Foreign {
 
   const std::string& path() const { return path_; }
 
-  // The entries of a map. Throws Failure if it is none, or has a key twice.
-  std::vector<std::pair<std::string, Foreign>> Entries() const;
+  // Visits the entries of a map. Throws Failure if it is none, or has a key twice.
+  void ForEachEntry(
+      const std::function<void(const std::string& key, const Foreign& value)>& visit) const;
   // The entry under the first of the keys that is there: tools have renamed theirs.
   std::optional<Foreign> Find(const std::vector<std::string>& keys) const;
   Foreign At(const std::vector<std::string>& keys) const;
@@ -48,24 +49,35 @@ class Foreign {
   void Report() const;
 
  private:
+  using Index = ForeignTree::Index;
+  using Remarks = std::multimap<int, std::string>;  // by line
   // What is common to all values of a file.
   struct Notebook {
     ForeignTree tree;
-    std::set<std::string> used;               // paths
-    std::multimap<int, std::string> remarks;  // by line
+    std::set<std::string> used;  // paths
+    std::set<Index> checked;     // maps that have no key twice
+    Remarks remarks;
   };
 
-  Foreign(std::string file, std::string path, const ForeignTree* node,
-          std::shared_ptr<Notebook> notebook);
+  Foreign(std::string file, std::string path, Index index, std::shared_ptr<Notebook> notebook);
 
-  Foreign Element(size_t index) const;
-  void RefuseAmbiguous() const;
-  void CollectUnused() const;
-  bool AnyUsedBelow() const;
+  const ForeignTree& tree() const { return notebook_->tree; }
+  bool IsText() const { return tree().kind(index_) == ForeignTree::Kind::kText; }
+  // What was found, as short as a message wants it.
+  std::string Spell() const;
   std::string Place() const;
+  std::string NotKeptText(const std::string& why) const;
+  Foreign Entry(Index entry) const;
+  Foreign Element(Index element, size_t number) const;
+  double Value() const;  // the number, without marking it as used
+  void RefuseAmbiguous() const;
+  void CheckKeys() const;
+  bool AnyUsedBelow() const;
+  // Prints what was not used, and the remarks on lines up to there, from `next` on.
+  void ReportUnused(Remarks::const_iterator* next) const;
 
   std::string file_, path_;
-  const ForeignTree* node_;  // in the notebook's tree
+  Index index_;  // in the notebook's tree
   std::shared_ptr<Notebook> notebook_;
 };
 

@@ -21,17 +21,15 @@ bool IsBlank(char c) { return std::isspace(static_cast<unsigned char>(c)) != 0; 
   throw Failure(file + (line > 0 ? ":" + std::to_string(line) : "") + ": " + what, remedy);
 }
 
-// The pieces of text that begins at `line`, counted from 1.
-std::vector<ForeignTree> Pieces(const std::string& text, int line) {
-  std::vector<ForeignTree> pieces;
+// Adds the pieces of text that begins at `line`, counted from 1; returns how many.
+uint32_t AddPieces(const std::string& text, int line, ForeignTree* tree) {
+  uint32_t pieces = 0;
   for (size_t at = 0; at < text.size();) {
     if (IsBlank(text[at])) {
       line += text[at++] == '\n' ? 1 : 0;
       continue;
     }
-    ForeignTree piece;
-    piece.kind = Kind::kText;
-    piece.line = line - 1;
+    const auto piece = tree->Add(line - 1, -1);
     const bool quoted = text[at] == '"';
     const size_t begin = at + (quoted ? 1 : 0);
     at = begin;
@@ -39,44 +37,46 @@ std::vector<ForeignTree> Pieces(const std::string& text, int line) {
       line += text[at] == '\n' ? 1 : 0;
       at += quoted && text[at] == '\\' && at + 1 < text.size() ? 2 : 1;
     }
-    piece.text = text.substr(begin, at - begin);
+    tree->SetText(piece, std::string_view(text).substr(begin, at - begin));
     at += quoted ? 1 : 0;
-    pieces.push_back(piece);
+    ++pieces;
   }
   return pieces;
 }
 
-ForeignTree Load(const std::string& file, const tinyxml2::XMLElement& element);
+ForeignTree::Index Load(const std::string& file, const tinyxml2::XMLElement& element,
+                        ForeignTree* tree);
 
-void LoadChildren(const std::string& file, const tinyxml2::XMLElement& element, ForeignTree* tree) {
-  bool texts = false;
+void LoadChildren(const std::string& file, const tinyxml2::XMLElement& element,
+                  ForeignTree::Index index, ForeignTree* tree) {
+  uint32_t texts = 0, listed = 0, named = 0;
   for (const auto* node = element.FirstChild(); node != nullptr; node = node->NextSibling()) {
     if (const auto* child = node->ToElement()) {
-      tree->items.push_back(Load(file, *child));
-      const std::string name = child->Name();
-      if (name != "_") tree->keys.push_back(name);
-    } else if (node->ToText() != nullptr) {
-      for (ForeignTree& piece : Pieces(node->Value(), node->GetLineNum())) {
-        tree->items.push_back(std::move(piece));
-        texts = true;
+      const ForeignTree::Index item = Load(file, *child, tree);
+      const std::string_view name = child->Name();
+      if (name == "_") {
+        ++listed;
+      } else {
+        tree->SetKey(item, name);
+        ++named;
       }
+    } else if (node->ToText() != nullptr) {
+      texts += AddPieces(node->Value(), node->GetLineNum(), tree);
     }
   }
-  const bool data = std::string(element.Name()) == "data";
-  if (tree->items.empty() && !data) return;
-  if (!tree->keys.empty() && tree->keys.size() != tree->items.size()) {
+  const bool data = std::string_view(element.Name()) == "data";
+  if (texts + listed + named == 0 && !data) return;
+  if (named != 0 && texts + listed != 0) {
     Refuse(file, element.GetLineNum(),
            std::string("<") + element.Name() + "> has named elements, and other things beside them",
            "Correct it there.");
   }
-  const bool single = texts && tree->items.size() == 1 && !data;
-  tree->kind = !tree->keys.empty() ? Kind::kMap : single ? Kind::kText : Kind::kList;
-  if (!single) return;
-  tree->text = tree->items[0].text;
-  tree->items.clear();
+  tree->Close(index, named != 0 ? Kind::kMap : Kind::kList, texts + listed + named);
+  if (texts == 1 && listed == 0 && !data) tree->Unwrap(index);
 }
 
-ForeignTree Load(const std::string& file, const tinyxml2::XMLElement& element) {
+ForeignTree::Index Load(const std::string& file, const tinyxml2::XMLElement& element,
+                        ForeignTree* tree) {
   const auto* attribute = element.FirstAttribute();
   while (attribute != nullptr && attribute->Name() == std::string("type_id")) {
     attribute = attribute->Next();
@@ -87,10 +87,9 @@ ForeignTree Load(const std::string& file, const tinyxml2::XMLElement& element) {
                "', which OpenCV does not write",
            "Take it out, or check that --from names the tool that wrote the file.");
   }
-  ForeignTree tree;
-  tree.line = element.GetLineNum() - 1;
-  LoadChildren(file, element, &tree);
-  return tree;
+  const ForeignTree::Index index = tree->Add(element.GetLineNum() - 1, -1);
+  LoadChildren(file, element, index, tree);
+  return index;
 }
 
 // What is wrong in the line that the reader names.
@@ -134,7 +133,9 @@ ForeignTree LoadXml(const std::string& file, const std::string& text) {
     Refuse(file, next->GetLineNum(), "a document of its own begins here",
            "Bring in one document at a time: split the file there.");
   }
-  return Load(file, *root);
+  ForeignTree tree;
+  Load(file, *root, &tree);
+  return tree;
 }
 
 }  // namespace calib

@@ -1,6 +1,15 @@
-// YAML: maps, lists and text are those of the tree; tags and anchors are not kept, and an alias is
-// the tree that it stands for.
+// YAML, read by its events: maps, lists and text are those of the tree, tags and anchors are not
+// kept, and an alias is what it stands for. It stands for it without a copy, unless that is text;
+// still, a list of aliases to a list of aliases and so on makes more than anybody can read, so that
+// all of a file's aliases may stand for no more than a file of that size could hold.
+#include <yaml-cpp/eventhandler.h>
 #include <yaml-cpp/yaml.h>
+
+#include <algorithm>
+#include <istream>
+#include <map>
+#include <streambuf>
+#include <vector>
 
 #include "calib/console/failure.h"
 #include "calib/tools/foreign_tree.h"
@@ -8,77 +17,266 @@
 namespace calib {
 namespace {
 
+using Index = ForeignTree::Index;
 using Kind = ForeignTree::Kind;
 
-// Aliases let a small file stand for a huge or an endless tree.
-constexpr int kMostValues = 1 << 22, kDeepest = 64;
+constexpr size_t kDeepest = 64;
+// What aliases may stand for in any file, however small, in bytes.
+constexpr uint64_t kAliasesAtLeast = uint64_t{256} << 10;
+// The reader holds all of a list or map back that may turn out to be a key, at up to 180 bytes for
+// each byte.
+constexpr size_t kMostHeldBack = size_t{64} << 10;
 
-std::string LineAndColumn(const YAML::Mark& mark) {
-  if (mark.is_null()) return "";
-  return ":" + std::to_string(mark.line + 1) + ":" + std::to_string(mark.column + 1);
-}
+constexpr char kDocumentStart[] = "--- ";
+constexpr size_t kDocumentStartSize = sizeof kDocumentStart - 1;
 
-class Loader {
+struct Place {
+  int line, column;  // counted from 0; -1 if there is none
+};
+
+// The bytes of a file, for the reader. A file that is a flow list or map as a whole, such as JSON,
+// is handed out with the mark of a document's start before it, behind which no key can stand.
+class Source : public std::streambuf {
  public:
-  explicit Loader(const std::string& file) : file_(file) {}
+  explicit Source(const std::string& text) : text_(text) {
+    const size_t first = text.find_first_not_of(" \t\r\n\xef\xbb\xbf");
+    if (first == std::string::npos || (text[first] != '{' && text[first] != '[')) return;
+    if (first > 0 && text[first - 1] != '\n' && text[first - 1] != '\xbf') return;
+    start_ = first;
+    start_line_ = static_cast<int>(
+        std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(first), '\n'));
+  }
 
-  ForeignTree Load(const YAML::Node& node, const YAML::Mark& mark, int depth) {
-    if (++values_ > kMostValues || depth > kDeepest) {
-      throw Failure(file_ + LineAndColumn(node.Mark()) + ": is nested too deep, or too large",
-                    "Check that it is the file you meant.");
+  // Where the mark lies in the file.
+  Place PlaceOf(const YAML::Mark& mark) const {
+    if (mark.is_null()) return {-1, -1};
+    return {mark.line, mark.line == start_line_
+                           ? std::max(mark.column - static_cast<int>(kDocumentStartSize), 0)
+                           : mark.column};
+  }
+
+  // Says that the reader has got somewhere, here.
+  void Arrived(Place place) {
+    arrived_at_ = place;
+    handed_out_ = 0;
+  }
+  bool HoldsTooMuch() const { return handed_out_ > kMostHeldBack; }
+  Place arrived_at() const { return arrived_at_; }
+
+ protected:
+  int_type underflow() override {
+    if (HoldsTooMuch()) throw YAML::Exception(YAML::Mark::null_mark(), "");
+    if (position_ == start_ && !start_done_) {
+      start_done_ = true;
+      HandOut(kDocumentStart, kDocumentStartSize);
+    } else {
+      const size_t end = position_ < start_ ? std::min(start_, text_.size()) : text_.size();
+      const size_t size = std::min<size_t>(end - position_, 2048);
+      if (size == 0) return traits_type::eof();
+      HandOut(text_.data() + position_, size);
+      position_ += size;
+      handed_out_ += size;
     }
-    ForeignTree tree;
-    tree.line = mark.line;
-    tree.column = mark.column;
-    if (node.IsScalar()) {
-      tree.kind = Kind::kText;
-      tree.text = node.Scalar();
-    } else if (node.IsSequence()) {
-      tree.kind = Kind::kList;
-      for (const YAML::Node& item : node) {
-        tree.items.push_back(Load(item, item.Mark(), depth + 1));
-      }
-    } else if (node.IsMap()) {
-      tree.kind = Kind::kMap;
-      for (const auto& entry : node) LoadEntry(entry.first, entry.second, depth, &tree);
-    }
-    return tree;
+    return traits_type::to_int_type(*gptr());
   }
 
  private:
-  void LoadEntry(const YAML::Node& key, const YAML::Node& value, int depth, ForeignTree* map) {
-    if (!key.IsScalar()) {
-      throw Failure(file_ + LineAndColumn(key.Mark()) + ": is a key that is no text",
-                    "Correct it there.");
+  void HandOut(const char* bytes, size_t size) {
+    char* begin = const_cast<char*>(bytes);  // NOLINT: the base class only reads
+    setg(begin, begin, begin + size);
+  }
+
+  const std::string& text_;
+  size_t position_ = 0;
+  size_t start_ = std::string::npos;  // where the mark goes
+  int start_line_ = -1;
+  bool start_done_ = false;
+  size_t handed_out_ = 0;  // since it got somewhere
+  Place arrived_at_ = {0, 0};
+};
+
+std::string Spell(Place place) {
+  if (place.line < 0) return "";
+  return ":" + std::to_string(place.line + 1) + ":" + std::to_string(place.column + 1);
+}
+
+class Loader : public YAML::EventHandler {
+ public:
+  Loader(const std::string& file, uint64_t size, Source* source)
+      : file_(file), most_aliased_(size + kAliasesAtLeast), source_(source) {}
+
+  ForeignTree Take() { return std::move(tree_); }
+
+  void OnDocumentStart(const YAML::Mark&) override { anchors_.clear(); }
+  void OnDocumentEnd() override {}
+
+  void OnNull(const YAML::Mark& mark, YAML::anchor_t anchor) override {
+    const Place place = Arrive(mark);
+    if (open_.empty()) return;  // a document of nothing
+    if (ExpectsKey()) RefuseKey(place);
+    const Index index = AddValue(place);
+    Remember(anchor, {index, Kind::kNothing, 0, ""});
+  }
+
+  void OnScalar(const YAML::Mark& mark, const std::string&, YAML::anchor_t anchor,
+                const std::string& text) override {
+    const Place place = Arrive(mark);
+    AddText(place, text);
+    if (anchor != 0) Remember(anchor, {0, Kind::kText, text.size() + 1, text});
+  }
+
+  void OnAlias(const YAML::Mark& mark, YAML::anchor_t anchor) override {
+    const Place place = Arrive(mark);
+    const auto found = anchors_.find(anchor);
+    if (found == anchors_.end()) Refuse(place, "is an alias of the value that it is in");
+    const Anchor target = found->second;
+    aliased_ += target.weight;
+    if (aliased_ > most_aliased_) {
+      Refuse(place, "the aliases up to here stand for more than the whole file");
     }
+    weight_ += target.weight;
+    if (target.kind == Kind::kText) return AddText(place, target.text);
+    if (ExpectsKey()) RefuseKey(place);
+    const Index index = AddValue(place);
+    if (target.kind != Kind::kNothing) tree_.SetAlias(index, target.index);
+  }
+
+  void OnSequenceStart(const YAML::Mark& mark, const std::string&, YAML::anchor_t anchor,
+                       YAML::EmitterStyle::value) override {
+    Begin(mark, Kind::kList, anchor);
+  }
+  void OnSequenceEnd() override { End(); }
+  void OnMapStart(const YAML::Mark& mark, const std::string&, YAML::anchor_t anchor,
+                  YAML::EmitterStyle::value) override {
+    Begin(mark, Kind::kMap, anchor);
+  }
+  void OnMapEnd() override { End(); }
+
+ private:
+  struct Anchor {
+    Index index;
+    Kind kind;
+    uint64_t weight;   // about as many bytes as it takes in a file
+    std::string text;  // if that is what it is
+  };
+  // A list or a map whose end is still to come.
+  struct Open {
+    Index index;
+    Kind kind;
+    YAML::anchor_t anchor;
+    uint64_t weight_before;
+    uint32_t items = 0;
+    bool has_key = false;  // of a map: the next is its value
+    std::string key;
+    Place key_place = {-1, -1};
+  };
+
+  [[noreturn]] void Refuse(Place place, const std::string& what) const {
+    throw Failure(file_ + Spell(place) + ": " + what, "Check that it is the file you meant.");
+  }
+  [[noreturn]] void RefuseKey(Place place) const {
+    throw Failure(file_ + Spell(place) + ": is a key that is no text", "Correct it there.");
+  }
+
+  Place Arrive(const YAML::Mark& mark) {
+    const Place place = source_->PlaceOf(mark);
+    source_->Arrived(place);
+    return place;
+  }
+
+  bool ExpectsKey() const {
+    return !open_.empty() && open_.back().kind == Kind::kMap && !open_.back().has_key;
+  }
+
+  void Remember(YAML::anchor_t anchor, Anchor target) {
+    if (anchor != 0) anchors_[anchor] = std::move(target);
+  }
+
+  void AddText(Place place, const std::string& text) {
+    weight_ += text.size() + 1;
+    if (ExpectsKey()) {
+      open_.back().has_key = true;
+      open_.back().key = text;
+      open_.back().key_place = place;
+      return;
+    }
+    tree_.SetText(AddValue(place), text);
+  }
+
+  Index AddValue(Place place) {
+    ++weight_;
+    if (open_.empty() && !tree_.empty()) {
+      throw Failure(file_ + Spell(place) + ": a document of its own begins here",
+                    "Bring in one document at a time: split the file where it says '---'.");
+    }
+    if (open_.empty() || open_.back().kind != Kind::kMap) {
+      if (!open_.empty()) ++open_.back().items;
+      return tree_.Add(place.line, place.column);
+    }
+    Open& map = open_.back();
     // A value of several lines begins below its key.
-    const bool below = key.Mark().line < value.Mark().line;
-    map->items.push_back(Load(value, below ? key.Mark() : value.Mark(), depth + 1));
-    map->keys.push_back(key.Scalar());
+    if (map.key_place.line < place.line) place = map.key_place;
+    const Index index = tree_.Add(place.line, place.column);
+    tree_.SetKey(index, map.key);
+    map.has_key = false;
+    ++map.items;
+    return index;
+  }
+
+  void Begin(const YAML::Mark& mark, Kind kind, YAML::anchor_t anchor) {
+    const Place place = Arrive(mark);
+    if (ExpectsKey()) RefuseKey(place);
+    if (open_.size() == kDeepest) {
+      Refuse(place, "is nested more than " + std::to_string(kDeepest) + " deep");
+    }
+    const uint64_t before = weight_;
+    Open open;
+    open.index = AddValue(place);
+    open.kind = kind;
+    open.anchor = anchor;
+    open.weight_before = before;
+    open_.push_back(open);
+  }
+
+  void End() {
+    const Open& open = open_.back();
+    tree_.Close(open.index, open.kind, open.items);
+    Remember(open.anchor, {open.index, open.kind, weight_ - open.weight_before, ""});
+    open_.pop_back();
   }
 
   const std::string& file_;
-  int values_ = 0;
+  const uint64_t most_aliased_;
+  Source* source_;
+  ForeignTree tree_;
+  std::vector<Open> open_;
+  std::map<YAML::anchor_t, Anchor> anchors_;
+  uint64_t weight_ = 0, aliased_ = 0;
 };
 
 }  // namespace
 
 ForeignTree LoadYaml(const std::string& file, const std::string& text) {
-  std::vector<YAML::Node> documents;
+  Source source(text);
+  Loader loader(file, text.size(), &source);
   try {
-    for (const YAML::Node& document : YAML::LoadAll(text)) {
-      if (document.IsDefined() && !document.IsNull()) documents.push_back(document);
+    std::istream stream(&source);
+    YAML::Parser parser(stream);
+    while (parser.HandleNextDocument(loader)) {
     }
   } catch (const YAML::Exception& error) {
-    throw Failure(file + LineAndColumn(error.mark) + ": " + error.msg,
+    if (source.HoldsTooMuch()) {
+      throw Failure(file + Spell(source.arrived_at()) + ": more than " +
+                        std::to_string(kMostHeldBack >> 10) +
+                        " KiB without a value follow, or a list or map that may be a key",
+                    "Write a list of that length behind its key, in the same line.");
+    }
+    throw Failure(file + Spell(source.PlaceOf(error.mark)) + ": " + error.msg,
                   "The file is no YAML; correct it there.");
   }
-  if (documents.empty()) throw Failure(file + ": is empty", "Check that it is the file you meant.");
-  if (documents.size() > 1) {
-    throw Failure(file + LineAndColumn(documents[1].Mark()) + ": a document of its own begins here",
-                  "Bring in one document at a time: split the file where it says '---'.");
-  }
-  return Loader(file).Load(documents[0], documents[0].Mark(), 0);
+  ForeignTree tree = loader.Take();
+  if (tree.empty()) throw Failure(file + ": is empty", "Check that it is the file you meant.");
+  return tree;
 }
 
 }  // namespace calib

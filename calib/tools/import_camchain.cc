@@ -99,12 +99,12 @@ void StoreCamera(const Foreign& chain, CameraCalibration* camera) {
 }  // namespace
 
 void ImportCamchain(const Foreign& file, zarvo::calibration::RobotCalibration* robot) {
-  for (const auto& entry : file.Entries()) {
-    if (!IsCameraKey(entry.first)) continue;
+  file.ForEachEntry([robot](const std::string& key, const Foreign& chain) {
+    if (!IsCameraKey(key)) return;
     CameraCalibration* camera = robot->add_camera();
-    camera->set_name(entry.first);
-    StoreCamera(entry.second, camera);
-  }
+    camera->set_name(key);
+    StoreCamera(chain, camera);
+  });
   if (robot->camera_size() == 0) {
     file.Refuse("has no cam0", "Check that --from names the tool that wrote the file.");
   }
