@@ -5,7 +5,6 @@
 #include <cstdio>
 #include <exception>
 #include <iostream>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -14,6 +13,7 @@
 #include "calib/console/build_info.h"
 #include "calib/console/closest.h"
 #include "calib/console/failure.h"
+#include "calib/console/out_of_memory.h"
 
 namespace calib {
 namespace {
@@ -75,8 +75,6 @@ int Run(int argc, char** argv) {
     return Report(error.what(), "'" + command + " --help' tells how it is used.");
   } catch (const Failure& failure) {
     return Report(failure.what(), failure.remedy());
-  } catch (const std::bad_alloc&) {
-    return Report("out of memory", "The record is too large for this machine.");
   } catch (const std::exception& error) {
     return Report(error.what(), "");
   }
@@ -87,12 +85,8 @@ int Run(int argc, char** argv) {
 }  // namespace calib
 
 int main(int argc, char** argv) {
-  int status = calib::kTrouble;
-  try {
-    status = calib::Run(argc, argv);
-  } catch (...) {  // there was no memory left to tell of it otherwise
-    std::fputs("calib: out of memory\n", stderr);
-  }
+  calib::EndWhenOutOfMemory();
+  const int status = calib::Run(argc, argv);
   // Frees what the run-time and the records keep, so that leak checkers see a clean exit.
   google::protobuf::ShutdownProtobufLibrary();
   return status;

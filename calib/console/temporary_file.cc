@@ -51,6 +51,11 @@ TemporaryFile::TemporaryFile(const std::string& folder) : path_(folder + ".calib
 TemporaryFile::~TemporaryFile() {
   const struct sigaction* before = before_;
   for (const int number : kSignals) sigaction(number, before++, nullptr);
+  removed_path[0] = '\0';
+}
+
+void TemporaryFile::RemoveIfThere() {
+  if (removed_path[0] != '\0') unlink(removed_path);
 }
 
 }  // namespace calib

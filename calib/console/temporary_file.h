@@ -20,6 +20,9 @@ class TemporaryFile {
   TemporaryFile(const TemporaryFile&) = delete;
   TemporaryFile& operator=(const TemporaryFile&) = delete;
 
+  // Removes the file that there is, if any; allocates nothing.
+  static void RemoveIfThere();
+
   int fd() const { return fd_; }
   const std::string& path() const { return path_; }
 
