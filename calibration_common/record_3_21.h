@@ -210,7 +210,7 @@ class ZARVO_CALIBRATION_EXPORT Record : public Message {
   bool SerializePartialToOstream(::std::ostream* output) const {
     const int size = ByteSize();
     if (static_cast<size_t>(size) <= kFlatSize) {
-      const ::std::unique_ptr<uint8[]> flat(new uint8[static_cast<size_t>(size)]);
+      const ::std::unique_ptr<uint8[]> flat(new uint8[static_cast<unsigned>(size)]);
       CheckWritten(SerializeWithCachedSizesToArray(flat.get()) - flat.get(), size);
       output->write(reinterpret_cast<const char*>(flat.get()), size);
       return output->good();

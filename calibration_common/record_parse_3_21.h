@@ -103,6 +103,7 @@ class FieldCollector {
         ptr = context->ParseGroup(this, ptr, tag);
         if (ptr != nullptr) AppendVarint(tag + 1);  // the end-group tag of the same number
         return ptr;
+      case WireFormatLite::WIRETYPE_END_GROUP:
       default:
         return nullptr;
     }

@@ -1,9 +1,12 @@
 # Defines calibration_options, the compiler options that every target of this project shares:
 # warnings (CALIBRATION_WERROR makes them errors) and sanitizers (CALIBRATION_SANITIZE). They do not
-# reach users.
+# reach users, and stand behind the options of a project that this one is a part of.
 
 add_library(calibration_options INTERFACE)
 target_compile_options(calibration_options INTERFACE -Wall -Wextra -Wpedantic)
+# The library asks messages for their classes; a project that does without run-time type information
+# itself can still be given records.
+target_compile_options(calibration_options INTERFACE -frtti)
 if(CALIBRATION_WERROR)
   target_compile_options(calibration_options INTERFACE -Werror)
 endif()

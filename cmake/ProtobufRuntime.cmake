@@ -106,6 +106,16 @@ function(calibration_find_protobuf_runtime error)
     set_target_properties(
       calibration_protobuf_runtime PROPERTIES IMPORTED_LOCATION "${library}"
                                               INTERFACE_INCLUDE_DIRECTORIES "${include_dir}")
+    # The headers of the 3.0 series do not see by themselves that there is no type information.
+    if(series STREQUAL "3.0")
+      set(no_rtti "$<IN_LIST:-fno-rtti,$<TARGET_PROPERTY:COMPILE_OPTIONS>>")
+      if(" ${CMAKE_CXX_FLAGS} " MATCHES " -fno-rtti ")
+        set(no_rtti 1)
+      endif()
+      set_target_properties(
+        calibration_protobuf_runtime PROPERTIES INTERFACE_COMPILE_DEFINITIONS
+                                                "$<${no_rtti}:GOOGLE_PROTOBUF_NO_RTTI>")
+    endif()
   endif()
   set(${error} "" PARENT_SCOPE)
   set(CALIBRATION_PROTOBUF_VERSION "${version}" PARENT_SCOPE)

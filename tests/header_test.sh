@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
-# The public header compiles without a warning in every standard that users may have, alone and as a
-# file's first include, and may be included twice and by several files of one program. It takes no
-# names from them: all its macros begin with ZARVO_CALIBRATION_, and who says
+# The public header compiles without a warning, whatever users ask to be warned of, in every standard
+# that they may have, alone and as a file's first include, and may be included twice and by several
+# files of one program. It takes no names from them: all its macros begin with ZARVO_CALIBRATION_, and who says
 # `using namespace zarvo::calibration` may call namespaces of his own as he likes.
 #
 #   header_test.sh COMPILER SOURCE-FOLDER [RUN-TIME-INCLUDE-FOLDER]
@@ -35,9 +35,12 @@ int $unit() {
 END
 done
 
+warnings=(-Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wswitch-enum)
+[[ $compiler != g++ ]] || warnings+=(-Wuseless-cast)
+
 compile() {
   echo "$compiler $*"
-  "$compiler" -Wall -Wextra -Wpedantic -Werror -I "$source_folder" \
+  "$compiler" "${warnings[@]}" -Werror -I "$source_folder" \
     ${runtime_folder:+-isystem "$runtime_folder"} "$@"
 }
 

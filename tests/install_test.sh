@@ -8,8 +8,8 @@
 # find_package      the README's CMakeLists.txt, on a tree that was moved; versions asked for
 # pkg_config        the README's compiler call
 # series            a run-time of another series than the library's is refused, in one sentence
-# add_subdirectory, fetch_content
-#                   the sources as a part of another project
+# add_subdirectory  the sources as a part of another project, whose own compiler options are severe
+# fetch_content     the same, fetched by CMake
 set -euo pipefail
 
 check=$1 build=$2 source=$3 runtime=$4 version=$5
@@ -181,8 +181,15 @@ case $check in
 
   add_subdirectory)
     make_program
-    sed -i "s,^find_package.*,add_subdirectory($source calibration)," "$folder/robot/CMakeLists.txt"
-    build_and_run "$folder/robot" "$runtime" -DCMAKE_BUILD_TYPE=Debug
+    added="add_compile_options(\${options})\nadd_subdirectory($source calibration)"
+    sed -i "s,^find_package.*,$added," "$folder/robot/CMakeLists.txt"
+    options="-Wall -Wextra -Wconversion -Wsign-conversion -Wuseless-cast -Wswitch-enum -Werror"
+    options+=" -fno-rtti"
+    for way in "-DCMAKE_CXX_FLAGS=$options" "-Doptions=${options// /;}"; do
+      rm -rf "$folder/robot/build"
+      build_and_run "$folder/robot" "$runtime" -DCMAKE_BUILD_TYPE=Debug \
+        -DCMAKE_CXX_COMPILER=g++ "$way"
+    done
     # The library alone: no generator, no example, no test, nothing to install.
     targets=$(cmake --build "$folder/robot/build" --target help)
     if grep -E 'protogen|stereo_rig|_test|descriptor_set' <<<"$targets"; then

@@ -83,7 +83,7 @@ inline const uint8* FindBody(const uint8* p, const uint8* end, size_t* length) {
   uint64 announced;
   const uint8* body = ReadVarint(p, end, &announced);
   if (body == nullptr || announced > static_cast<uint64>(end - body)) return nullptr;
-  *length = static_cast<size_t>(announced);
+  *length = announced;
   return body;
 }
 

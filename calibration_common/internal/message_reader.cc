@@ -35,7 +35,7 @@ const uint8* TakeUnknown(const uint8* p, const uint8* end, uint32 tags_end,
     }
     const int number = WireFormatLite::GetTagFieldNumber(tag);
     if (number == 0) return p;
-    // No more than four cases, so that this is no jump by a table, which takes longer.
+    // Four cases and the default: with more, this would be a jump by a table, which takes longer.
     const WireFormatLite::WireType wire_type = WireFormatLite::GetTagWireType(tag);
     switch (wire_type) {
       case WireFormatLite::WIRETYPE_VARINT: {
@@ -70,6 +70,8 @@ const uint8* TakeUnknown(const uint8* p, const uint8* end, uint32 tags_end,
         q += length;
         break;
       }
+      case WireFormatLite::WIRETYPE_START_GROUP:
+      case WireFormatLite::WIRETYPE_END_GROUP:
       default:
         if (group_reader == nullptr || wire_type != WireFormatLite::WIRETYPE_START_GROUP) return p;
         q = group_reader->TakeGroup(number, q, end, unknown);

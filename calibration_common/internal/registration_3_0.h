@@ -28,7 +28,7 @@ struct Once {
 };
 
 // Ties one schema file's classes to the run-time's descriptors and reflection.
-template <int kMessageCount, int kFieldCount>
+template <unsigned kMessageCount, unsigned kFieldCount>
 class FileReflection {
  public:
   void Register(const char* file_name, void (*register_types)(const ::std::string&),

@@ -50,7 +50,7 @@ class Once {
 // the reflection objects itself, from a DescriptorTable, and may do so behind our back when its
 // message factory is asked first; so the table must be complete once the file is loaded. Has
 // no constructor: REQUIRES static storage, which is zero from the start.
-template <int kMessageCount, int kFieldCount>
+template <unsigned kMessageCount, unsigned kFieldCount>
 class FileReflection {
  public:
   // The type-registration callback of the 3.0 series is not needed: the factory reads the types
@@ -58,7 +58,7 @@ class FileReflection {
   void Register(const char* file_name, void (* /* register_types */)(const ::std::string&),
                 const MessageLayout* layouts) {
     int next = 0;
-    for (int i = 0; i < kMessageCount; ++i) {
+    for (unsigned i = 0; i < kMessageCount; ++i) {
       const MessageLayout& layout = layouts[i];
       schemas_[i].offsets_index = next;
       offsets_[next++] = static_cast<uint32>(layout.has_bits_offset);
@@ -111,7 +111,7 @@ class FileReflection {
   static ::google::protobuf::internal::once_flag once_;
 };
 
-template <int kMessageCount, int kFieldCount>
+template <unsigned kMessageCount, unsigned kFieldCount>
 ::google::protobuf::internal::once_flag FileReflection<kMessageCount, kFieldCount>::once_;
 
 }  // namespace calibration_internal

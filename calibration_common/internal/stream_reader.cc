@@ -118,6 +118,10 @@ bool KeepUnknownField(CodedInputStream* input, uint32 tag, UnknownFieldSet* unkn
     }
     case WireFormatLite::WIRETYPE_START_GROUP:
       return KeepGroup(input, number, unknown);
+    case WireFormatLite::WIRETYPE_VARINT:
+    case WireFormatLite::WIRETYPE_FIXED64:
+    case WireFormatLite::WIRETYPE_FIXED32:
+    case WireFormatLite::WIRETYPE_END_GROUP:
     default:
       return AddOrUndo(unknown, [&] {
         return ::google::protobuf::internal::WireFormat::SkipField(input, tag, unknown);
@@ -149,6 +153,7 @@ StreamField::Kind StreamField::Read(CodedInputStream* input, Metadata* metadata)
       if (!input->ReadRaw(target, 4)) return kMalformed;
       target += 4;
       break;
+    case WireFormatLite::WIRETYPE_END_GROUP:
     default:  // 6 and 7, which do not exist
       return kMalformed;
   }

@@ -107,7 +107,8 @@ uint8* WriteUnknownFieldsToArray(const UnknownFieldSet& fields, uint8* target) {
       case UnknownField::TYPE_LENGTH_DELIMITED:
         target = WriteTextBehindTagToArray(field.length_delimited(), target);
         break;
-      default:  // a group
+      case UnknownField::TYPE_GROUP:
+      default:
         target = WriteUnknownFieldsToArray(field.group(), target);
         target = WireFormatLite::WriteTagToArray(field.number(), WireFormatLite::WIRETYPE_END_GROUP,
                                                  target);
