@@ -368,6 +368,32 @@ TEST(SerializationTest, RepeatedNumbersOfEveryCount) {
   }
 }
 
+// A million of them and more go to a stream as a few do.
+TEST(SerializationTest, RepeatedNumbersInAnyNumber) {
+  constexpr int kCount = (1 << 20) + 65;
+  CameraIntrinsics doubles;
+  FocusInfoItem floats;
+  WireWriter double_bytes;
+  WireWriter float_bytes;
+  for (int i = 1; i <= kCount; ++i) {
+    doubles.add_k(i);
+    floats.add_transfer_function(static_cast<float>(i));
+    double_bytes.Tag(CameraIntrinsics::kKFieldNumber, kFixed64).Double(i);
+    float_bytes.Tag(FocusInfoItem::kTransferFunctionFieldNumber, kFixed32)
+        .Float(static_cast<float>(i));
+  }
+  const auto expect = [](const Message& record, const std::string& expected) {
+    const int size = static_cast<int>(expected.size());
+    for (const Calls* calls : BothCalls(record)) {
+      ASSERT_EQ(calls->size(record), size);
+      EXPECT_TRUE(ToArray(*calls, record, size) == expected);
+      EXPECT_TRUE(ToStream(*calls, record, size, 4096) == expected);
+    }
+  };
+  expect(doubles, double_bytes.bytes());
+  expect(floats, float_bytes.bytes());
+}
+
 TEST(SerializationTest, DeclaredDefaultsAreWrittenWhenPresent) {
   int defaults = 0;
   for (const MessageRow& message : Schema()) {
@@ -580,6 +606,39 @@ TEST(SerializationTest, EveryCallWritesTheSame) {
           EXPECT_TRUE(exit.write(record, &written));
           EXPECT_TRUE(written == expected);
         }
+      }
+    }
+  }
+}
+
+// Several hundred KB, of numbers, of sub-messages, of texts and of unknown fields: more than any
+// call takes at once.
+TEST(SerializationTest, EveryCallWritesLargeRecords) {
+  std::vector<std::unique_ptr<Message>> records;
+  CameraIntrinsics intrinsics;
+  for (int i = 0; i < 45000; ++i) intrinsics.add_k(i);
+  records.emplace_back(new CameraIntrinsics(intrinsics));
+  RobotCalibration robot;
+  const std::unique_ptr<Message> camera = FullRecord("CameraCalibration");
+  for (int i = 0; i < 400; ++i) robot.add_camera()->MergeFrom(*camera);
+  robot.add_camera()->mutable_intrinsics()->CopyFrom(intrinsics);
+  robot.mutable_camera(0)->set_name(std::string(100000, 'n'));
+  records.emplace_back(new RobotCalibration(robot));
+  CalibrationMetadataProto metadata;
+  for (int i = 0; i < 80000; ++i) metadata.mutable_unknown_fields()->AddFixed32(100, 7);
+  records.emplace_back(new CalibrationMetadataProto(metadata));
+
+  for (const auto& record : records) {
+    const std::string expected = EncodeByTable(*record);
+    EXPECT_GT(expected.size(), 390000u);
+    ExpectWrites(*record, expected);
+    for (const Calls* calls : BothCalls(*record)) {
+      for (const Exit& exit : calls->exits) {
+        if (!exit.partial && !record->IsInitialized()) continue;
+        SCOPED_TRACE(record->GetTypeName() + ", " + exit.name);
+        std::string written;
+        EXPECT_TRUE(exit.write(*record, &written));
+        EXPECT_TRUE(written == expected);
       }
     }
   }
