@@ -82,6 +82,34 @@ TEST_P(NestingTest, ALimitOfTheCallers) {
   }
 }
 
+// Where a sub-message or a group ends, what it took of the limit is given back: sub-messages and
+// groups in pairs, on every level, need as much as one of each.
+TEST_P(NestingTest, ALevelThatIsLeftIsGivenBack) {
+  for (const Path& path : PathsFrom(message_)) {
+    const int levels = static_cast<int>(path.numbers.size());
+    std::string bytes = Groups(100, 1) + Groups(100, 1);
+    for (int i = levels - 1; i >= 0; --i) {
+      const std::string nested = Nested(path.numbers[static_cast<size_t>(i)], bytes);
+      bytes = nested + nested;
+    }
+    for (const int block : {1, 5, 64, 4096}) {
+      for (const bool on_class : {true, false}) {
+        for (const int limit : {levels, levels + 1}) {
+          ArrayInputStream stream(bytes.data(), static_cast<int>(bytes.size()), block);
+          CodedInputStream input(&stream);
+          input.SetRecursionLimit(limit);
+          const std::unique_ptr<Message> record(instance_->New());
+          const bool merged = on_class ? MergeOnClass(record.get(), &input)
+                                       : record->MergePartialFromCodedStream(&input);
+          ASSERT_EQ(merged && input.ConsumedEntireMessage(), limit > levels)
+              << levels << " sub-messages, limit " << limit << ", blocks of " << block
+              << (on_class ? ", class" : ", Message&");
+        }
+      }
+    }
+  }
+}
+
 TEST_P(NestingTest, TwentyThousandGroupsAreRefused) {
   std::string open;
   for (int i = 0; i < 20000; ++i) open += Tag(100, kStartGroup);
