@@ -109,7 +109,8 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionInfo
 
 
   // An object that a parse, a merge or a copy made as an element may share its allocation with
-  // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
+  // others. Deleting it frees what is its own. It must not be deleted past these functions, by the
+  // global operator.
   ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
@@ -347,7 +348,8 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsicsSamplePoints
 
 
   // An object that a parse, a merge or a copy made as an element may share its allocation with
-  // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
+  // others. Deleting it frees what is its own. It must not be deleted past these functions, by the
+  // global operator.
   ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
@@ -914,7 +916,8 @@ class ZARVO_CALIBRATION_EXPORT FocusInfoItem
 
 
   // An object that a parse, a merge or a copy made as an element may share its allocation with
-  // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
+  // others. Deleting it frees what is its own. It must not be deleted past these functions, by the
+  // global operator.
   ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
@@ -1267,7 +1270,8 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibration
 
 
   // An object that a parse, a merge or a copy made as an element may share its allocation with
-  // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
+  // others. Deleting it frees what is its own. It must not be deleted past these functions, by the
+  // global operator.
   ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
@@ -1991,7 +1995,8 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckProto
 
 
   // An object that a parse, a merge or a copy made as an element may share its allocation with
-  // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
+  // others. Deleting it frees what is its own. It must not be deleted past these functions, by the
+  // global operator.
   ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
@@ -2221,7 +2226,8 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsicsItem
 
 
   // An object that a parse, a merge or a copy made as an element may share its allocation with
-  // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
+  // others. Deleting it frees what is its own. It must not be deleted past these functions, by the
+  // global operator.
   ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }

@@ -92,7 +92,8 @@ struct protobuf_Layouts_$id$;
 const char kElementDeletes[] = R"(
 
   // An object that a parse, a merge or a copy made as an element may share its allocation with
-  // others. `delete` frees what is its own; `::delete`, which passes these by, must not be used.
+  // others. Deleting it frees what is its own. It must not be deleted past these functions, by the
+  // global operator.
   ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }

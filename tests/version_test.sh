@@ -11,7 +11,8 @@ fail() {
   exit 1
 }
 
-newest=$(sed -n '/^## /{s///p;q}' "$source/CHANGELOG.md")
+# What comes after the newest version is "Unreleased".
+newest=$(sed -n '/^## Unreleased$/d; /^## /{s///p;q}' "$source/CHANGELOG.md")
 [[ $newest == "$version" ]] ||
   fail "CHANGELOG.md begins with version '$newest', CMakeLists.txt says $version"
 
