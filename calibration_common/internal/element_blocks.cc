@@ -33,7 +33,7 @@ bool IsAligned(const void* address) {
 
 // An element, the address of the owner, and what keeps the next element at its offset.
 ::std::size_t Stride(::std::size_t size) {
-  return (size + sizeof(BlockOwner*) + kNewAlignment - 1) / kNewAlignment * kNewAlignment;
+  return (size + sizeof(void*) + kNewAlignment - 1) / kNewAlignment * kNewAlignment;
 }
 
 BlockOwner** OwnerOf(void* slot, ::std::size_t size) {
@@ -46,11 +46,11 @@ BlockOwner** OwnerOf(void* slot, ::std::size_t size) {
 // sizes are such as elements have.
 bool NewAlignsStrictly() {
 #if defined(__STDCPP_DEFAULT_NEW_ALIGNMENT__) && __STDCPP_DEFAULT_NEW_ALIGNMENT__ >= 16
-  const int kSizes = 8, kOfEach = 3;
+  const ::std::size_t kSizes = 8, kOfEach = 3;
   void* probes[kSizes * kOfEach];
   bool strict = true;
-  for (int i = 0; i < kSizes * kOfEach; ++i) {
-    probes[i] = ::operator new(static_cast< ::std::size_t>(40 + i / kOfEach * 16), ::std::nothrow);
+  for (::std::size_t i = 0; i < kSizes * kOfEach; ++i) {
+    probes[i] = ::operator new(40 + i / kOfEach * 16, ::std::nothrow);
     strict = strict && IsAligned(probes[i]);
   }
   for (void* probe : probes) ::operator delete(probe);
