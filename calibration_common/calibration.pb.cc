@@ -771,6 +771,7 @@ void MarkerPositionInfo::SerializeWithCachedSizes(internal::CodedOutputStream* o
 
 internal::uint8* MarkerPositionInfo::SerializeWithCachedSizesToArray(
     internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if ((_has_bits_[0] & 0x7u) == 0x7u) {
     target = internal::WriteRunToArray<13u>(target, x_, y_, z_);
   } else {
@@ -970,6 +971,7 @@ void MarkerPositionSet::SerializeWithCachedSizes(internal::CodedOutputStream* ou
 }
 
 internal::uint8* MarkerPositionSet::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   for (const auto& element : pos_) {
     target = internal::WriteMessageToArray(1, element, target);
   }
@@ -982,15 +984,15 @@ internal::uint8* MarkerPositionSet::SerializeWithCachedSizesToArray(internal::ui
 }
 
 int MarkerPositionSet::ByteSize() const {
-  internal::uint32 total_size = 0;
-  total_size += 1 * static_cast<internal::uint32>(pos_.size());
+  internal::uint64 total_size = 0;
+  total_size += 1 * static_cast<internal::uint64>(pos_.size());
   for (const auto& element : pos_) total_size += internal::MessageSize(element);
-  total_size += 9 * static_cast<internal::uint32>(head_center_.size());
-  total_size += 9 * static_cast<internal::uint32>(nav_center_.size());
+  total_size += 9 * static_cast<internal::uint64>(head_center_.size());
+  total_size += 9 * static_cast<internal::uint64>(nav_center_.size());
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -1165,6 +1167,7 @@ void CameraIntrinsicsSamplePoints::SerializeWithCachedSizes(
 
 internal::uint8* CameraIntrinsicsSamplePoints::SerializeWithCachedSizesToArray(
     internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if ((_has_bits_[0] & 0xFu) == 0xFu) {
     target = internal::WriteRunToArray<13u>(target, img_x_, img_y_, tgt_x_, tgt_y_);
   } else {
@@ -1542,6 +1545,7 @@ void CameraIntrinsics::SerializeWithCachedSizes(internal::CodedOutputStream* out
 }
 
 internal::uint8* CameraIntrinsics::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if ((_has_bits_[0] & 0x1Fu) == 0x1Fu) {
     target = internal::WriteRunToArray<9u>(target, fx_, fy_, skew_, cx_, cy_);
   } else {
@@ -1591,7 +1595,7 @@ internal::uint8* CameraIntrinsics::SerializeWithCachedSizesToArray(internal::uin
 }
 
 int CameraIntrinsics::ByteSize() const {
-  internal::uint32 total_size = 0;
+  internal::uint64 total_size = 0;
   if ((_has_bits_[0] & 0x1Fu) == 0x1Fu) {
     total_size += 45;
   } else {
@@ -1612,14 +1616,14 @@ int CameraIntrinsics::ByteSize() const {
     if (has_tgt_width()) total_size += 2 + internal::Int32Size(tgt_width_);
     if (has_tgt_height()) total_size += 2 + internal::Int32Size(tgt_height_);
   }
-  total_size += 9 * static_cast<internal::uint32>(k_.size());
-  total_size += 9 * static_cast<internal::uint32>(p_.size());
-  total_size += 2 * static_cast<internal::uint32>(sample_points_.size());
+  total_size += 9 * static_cast<internal::uint64>(k_.size());
+  total_size += 9 * static_cast<internal::uint64>(p_.size());
+  total_size += 2 * static_cast<internal::uint64>(sample_points_.size());
   for (const auto& element : sample_points_) total_size += internal::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -1857,6 +1861,7 @@ void CalibrationImage::SerializeWithCachedSizes(internal::CodedOutputStream* out
 }
 
 internal::uint8* CalibrationImage::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if (has_width()) target = internal::WriteInt32ToArray(1, width_, target);
   if (has_height()) target = internal::WriteInt32ToArray(2, height_, target);
   if (has_stride()) target = internal::WriteInt32ToArray(3, stride_, target);
@@ -1869,7 +1874,7 @@ internal::uint8* CalibrationImage::SerializeWithCachedSizesToArray(internal::uin
 }
 
 int CalibrationImage::ByteSize() const {
-  internal::uint32 total_size = 0;
+  internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0x1Fu) {
     if (has_width()) total_size += 1 + internal::Int32Size(width_);
     if (has_height()) total_size += 1 + internal::Int32Size(height_);
@@ -1880,7 +1885,7 @@ int CalibrationImage::ByteSize() const {
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -2128,6 +2133,7 @@ void FocusInfoItem::SerializeWithCachedSizes(internal::CodedOutputStream* output
 }
 
 internal::uint8* FocusInfoItem::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if (has_target_id()) target = internal::WriteInt32ToArray(1, target_id_, target);
   if ((_has_bits_[0] & 0x3Cu) == 0x3Cu) {
     target =
@@ -2158,7 +2164,7 @@ internal::uint8* FocusInfoItem::SerializeWithCachedSizesToArray(internal::uint8*
 }
 
 int FocusInfoItem::ByteSize() const {
-  internal::uint32 total_size = 0;
+  internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0xBFu) {
     if (has_target_id()) total_size += 1 + internal::Int32Size(target_id_);
     if (has_target_code()) total_size += 1 + internal::Int32Size(target_code_);
@@ -2169,11 +2175,11 @@ int FocusInfoItem::ByteSize() const {
     if (has_valid_min()) total_size += 1 + internal::Int32Size(valid_min_);
   }
   if (has_valid_max()) total_size += 1 + internal::Int32Size(valid_max_);
-  total_size += 5 * static_cast<internal::uint32>(transfer_function_.size());
+  total_size += 5 * static_cast<internal::uint64>(transfer_function_.size());
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -2332,6 +2338,7 @@ void FocusInfo::SerializeWithCachedSizes(internal::CodedOutputStream* output) co
 }
 
 internal::uint8* FocusInfo::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   for (const auto& element : focus_) {
     target = internal::WriteMessageToArray(1, element, target);
   }
@@ -2342,13 +2349,13 @@ internal::uint8* FocusInfo::SerializeWithCachedSizesToArray(internal::uint8* tar
 }
 
 int FocusInfo::ByteSize() const {
-  internal::uint32 total_size = 0;
-  total_size += 1 * static_cast<internal::uint32>(focus_.size());
+  internal::uint64 total_size = 0;
+  total_size += 1 * static_cast<internal::uint64>(focus_.size());
   for (const auto& element : focus_) total_size += internal::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -2485,6 +2492,7 @@ void CameraExtrinsics::SerializeWithCachedSizes(internal::CodedOutputStream* out
 }
 
 internal::uint8* CameraExtrinsics::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   target = internal::WriteElementsToArray<9u>(a_, target);
   if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
@@ -2493,12 +2501,12 @@ internal::uint8* CameraExtrinsics::SerializeWithCachedSizesToArray(internal::uin
 }
 
 int CameraExtrinsics::ByteSize() const {
-  internal::uint32 total_size = 0;
-  total_size += 9 * static_cast<internal::uint32>(a_.size());
+  internal::uint64 total_size = 0;
+  total_size += 9 * static_cast<internal::uint64>(a_.size());
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -2725,6 +2733,7 @@ void CameraCalibration::SerializeWithCachedSizes(internal::CodedOutputStream* ou
 }
 
 internal::uint8* CameraCalibration::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if (has_intrinsics()) target = internal::WriteMessageToArray(1, this->intrinsics(), target);
   if (has_intrinsics_image()) {
     target = internal::WriteMessageToArray(2, this->intrinsics_image(), target);
@@ -2743,7 +2752,7 @@ internal::uint8* CameraCalibration::SerializeWithCachedSizesToArray(internal::ui
 }
 
 int CameraCalibration::ByteSize() const {
-  internal::uint32 total_size = 0;
+  internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0x7Fu) {
     if (has_intrinsics()) total_size += 1 + internal::MessageSize(this->intrinsics());
     if (has_intrinsics_image()) total_size += 1 + internal::MessageSize(this->intrinsics_image());
@@ -2756,7 +2765,7 @@ int CameraCalibration::ByteSize() const {
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -2909,6 +2918,7 @@ void RobotCalibration::SerializeWithCachedSizes(internal::CodedOutputStream* out
 }
 
 internal::uint8* RobotCalibration::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   for (const auto& element : camera_) {
     target = internal::WriteMessageToArray(1, element, target);
   }
@@ -2919,13 +2929,13 @@ internal::uint8* RobotCalibration::SerializeWithCachedSizesToArray(internal::uin
 }
 
 int RobotCalibration::ByteSize() const {
-  internal::uint32 total_size = 0;
-  total_size += 1 * static_cast<internal::uint32>(camera_.size());
+  internal::uint64 total_size = 0;
+  total_size += 1 * static_cast<internal::uint64>(camera_.size());
   for (const auto& element : camera_) total_size += internal::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -3113,6 +3123,7 @@ void CalibrationMetadataProto::SerializeWithCachedSizes(internal::CodedOutputStr
 
 internal::uint8* CalibrationMetadataProto::SerializeWithCachedSizesToArray(
     internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if (has_time()) target = internal::WriteInt64ToArray(1, time_, target);
   if (has_base_serial()) target = internal::WriteTextToArray(2, base_serial_.Get(), target);
   if (has_audio_serial()) target = internal::WriteTextToArray(3, audio_serial_.Get(), target);
@@ -3126,7 +3137,7 @@ internal::uint8* CalibrationMetadataProto::SerializeWithCachedSizesToArray(
 }
 
 int CalibrationMetadataProto::ByteSize() const {
-  internal::uint32 total_size = 0;
+  internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0xFu) {
     if (has_time()) total_size += 1 + internal::Int64Size(time_);
     if (has_base_serial()) total_size += 1 + internal::StringSize(base_serial_.Get());
@@ -3136,7 +3147,7 @@ int CalibrationMetadataProto::ByteSize() const {
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -3309,6 +3320,7 @@ void GyroscopeCalibrationProto::SerializeWithCachedSizes(
 
 internal::uint8* GyroscopeCalibrationProto::SerializeWithCachedSizesToArray(
     internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if (has_gyroscope_gain()) {
     target = internal::WireFormatLite::WriteFloatToArray(1, gyroscope_gain_, target);
   }
@@ -3320,7 +3332,7 @@ internal::uint8* GyroscopeCalibrationProto::SerializeWithCachedSizesToArray(
 }
 
 int GyroscopeCalibrationProto::ByteSize() const {
-  internal::uint32 total_size = 0;
+  internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0x3u) {
     if (has_gyroscope_gain()) total_size += 1 + 4;
     if (has_metadata()) total_size += 1 + internal::MessageSize(this->metadata());
@@ -3328,7 +3340,7 @@ int GyroscopeCalibrationProto::ByteSize() const {
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -3499,6 +3511,7 @@ void CameraCalibrationAdjustmentProto::SerializeWithCachedSizes(
 
 internal::uint8* CameraCalibrationAdjustmentProto::SerializeWithCachedSizesToArray(
     internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if (has_params()) target = internal::WriteMessageToArray(1, this->params(), target);
   if (has_metadata()) target = internal::WriteMessageToArray(2, this->metadata(), target);
   if (_internal_metadata_.have_unknown_fields()) {
@@ -3508,7 +3521,7 @@ internal::uint8* CameraCalibrationAdjustmentProto::SerializeWithCachedSizesToArr
 }
 
 int CameraCalibrationAdjustmentProto::ByteSize() const {
-  internal::uint32 total_size = 0;
+  internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0x3u) {
     if (has_params()) total_size += 1 + internal::MessageSize(this->params());
     if (has_metadata()) total_size += 1 + internal::MessageSize(this->metadata());
@@ -3516,7 +3529,7 @@ int CameraCalibrationAdjustmentProto::ByteSize() const {
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -3719,6 +3732,7 @@ void BaseCalibrationProto::SerializeWithCachedSizes(internal::CodedOutputStream*
 
 internal::uint8* BaseCalibrationProto::SerializeWithCachedSizesToArray(
     internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if (has_wheel_base()) {
     target = internal::WireFormatLite::WriteFloatToArray(1, wheel_base_, target);
   }
@@ -3739,7 +3753,7 @@ internal::uint8* BaseCalibrationProto::SerializeWithCachedSizesToArray(
 }
 
 int BaseCalibrationProto::ByteSize() const {
-  internal::uint32 total_size = 0;
+  internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0x1Fu) {
     if (has_wheel_base()) total_size += 1 + 4;
     if (has_base_width()) total_size += 1 + 4;
@@ -3750,7 +3764,7 @@ int BaseCalibrationProto::ByteSize() const {
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -3941,6 +3955,7 @@ void FocusCheckProto::SerializeWithCachedSizes(internal::CodedOutputStream* outp
 }
 
 internal::uint8* FocusCheckProto::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if (has_value_at_cutoff()) {
     target = internal::WireFormatLite::WriteFloatToArray(1, value_at_cutoff_, target);
   }
@@ -3955,18 +3970,18 @@ internal::uint8* FocusCheckProto::SerializeWithCachedSizesToArray(internal::uint
 }
 
 int FocusCheckProto::ByteSize() const {
-  internal::uint32 total_size = 0;
+  internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0x1Bu) {
     if (has_value_at_cutoff()) total_size += 1 + 4;
     if (has_cutoff()) total_size += 1 + 4;
     if (has_name()) total_size += 1 + internal::StringSize(name_.Get());
     if (has_ok()) total_size += 1 + 1;
   }
-  total_size += 5 * static_cast<internal::uint32>(bins_.size());
+  total_size += 5 * static_cast<internal::uint64>(bins_.size());
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -4115,6 +4130,7 @@ void FocusCheckSetProto::SerializeWithCachedSizes(internal::CodedOutputStream* o
 
 internal::uint8* FocusCheckSetProto::SerializeWithCachedSizesToArray(
     internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   for (const auto& element : spots_) {
     target = internal::WriteMessageToArray(1, element, target);
   }
@@ -4125,13 +4141,13 @@ internal::uint8* FocusCheckSetProto::SerializeWithCachedSizesToArray(
 }
 
 int FocusCheckSetProto::ByteSize() const {
-  internal::uint32 total_size = 0;
-  total_size += 1 * static_cast<internal::uint32>(spots_.size());
+  internal::uint64 total_size = 0;
+  total_size += 1 * static_cast<internal::uint64>(spots_.size());
   for (const auto& element : spots_) total_size += internal::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -4350,6 +4366,7 @@ void PTZIntrinsicsItem::SerializeWithCachedSizes(internal::CodedOutputStream* ou
 }
 
 internal::uint8* PTZIntrinsicsItem::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if ((_has_bits_[0] & 0x1FFu) == 0x1FFu) {
     target =
         internal::WriteRunToArray<9u>(target, zoom_, fxy_, cx_, cy_, k1_, k4_, p1_, p2_,
@@ -4633,6 +4650,7 @@ void PTZIntrinsics::SerializeWithCachedSizes(internal::CodedOutputStream* output
 }
 
 internal::uint8* PTZIntrinsics::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if (has_zx()) target = internal::WireFormatLite::WriteDoubleToArray(1, zx_, target);
   if (has_zy()) target = internal::WireFormatLite::WriteDoubleToArray(2, zy_, target);
   if (has_width()) target = internal::WriteInt32ToArray(3, width_, target);
@@ -4651,7 +4669,7 @@ internal::uint8* PTZIntrinsics::SerializeWithCachedSizesToArray(internal::uint8*
 }
 
 int PTZIntrinsics::ByteSize() const {
-  internal::uint32 total_size = 0;
+  internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0xEFu) {
     if (has_zx()) total_size += 1 + 8;
     if (has_zy()) total_size += 1 + 8;
@@ -4662,12 +4680,12 @@ int PTZIntrinsics::ByteSize() const {
     if (has_zoom_min()) total_size += 1 + internal::Int32Size(zoom_min_);
   }
   if (has_zoom_max()) total_size += 1 + internal::Int32Size(zoom_max_);
-  total_size += 1 * static_cast<internal::uint32>(samples_.size());
+  total_size += 1 * static_cast<internal::uint64>(samples_.size());
   for (const auto& element : samples_) total_size += internal::MessageSize(element);
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -4995,6 +5013,7 @@ void PanTiltSystemParameters::SerializeWithCachedSizes(internal::CodedOutputStre
 
 internal::uint8* PanTiltSystemParameters::SerializeWithCachedSizesToArray(
     internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if (has_pan_ext()) target = internal::WriteMessageToArray(1, this->pan_ext(), target);
   if (has_tilt_ext()) target = internal::WriteMessageToArray(2, this->tilt_ext(), target);
   if (has_device_ext()) target = internal::WriteMessageToArray(3, this->device_ext(), target);
@@ -5035,7 +5054,7 @@ internal::uint8* PanTiltSystemParameters::SerializeWithCachedSizesToArray(
 }
 
 int PanTiltSystemParameters::ByteSize() const {
-  internal::uint32 total_size = 0;
+  internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0xFFu) {
     if (has_pan_ext()) total_size += 1 + internal::MessageSize(this->pan_ext());
     if (has_tilt_ext()) total_size += 1 + internal::MessageSize(this->tilt_ext());
@@ -5058,7 +5077,7 @@ int PanTiltSystemParameters::ByteSize() const {
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -5248,6 +5267,7 @@ void PTZCameraParameters::SerializeWithCachedSizes(internal::CodedOutputStream* 
 
 internal::uint8* PTZCameraParameters::SerializeWithCachedSizesToArray(
     internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if (has_intrinsics()) target = internal::WriteMessageToArray(1, this->intrinsics(), target);
   if (has_pan_tilt()) target = internal::WriteMessageToArray(2, this->pan_tilt(), target);
   if (_internal_metadata_.have_unknown_fields()) {
@@ -5257,7 +5277,7 @@ internal::uint8* PTZCameraParameters::SerializeWithCachedSizesToArray(
 }
 
 int PTZCameraParameters::ByteSize() const {
-  internal::uint32 total_size = 0;
+  internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0x3u) {
     if (has_intrinsics()) total_size += 1 + internal::MessageSize(this->intrinsics());
     if (has_pan_tilt()) total_size += 1 + internal::MessageSize(this->pan_tilt());
@@ -5265,7 +5285,7 @@ int PTZCameraParameters::ByteSize() const {
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 
@@ -5444,6 +5464,7 @@ void PTZSystemCalibration::SerializeWithCachedSizes(internal::CodedOutputStream*
 
 internal::uint8* PTZSystemCalibration::SerializeWithCachedSizesToArray(
     internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
   if (has_ptz_camera()) target = internal::WriteMessageToArray(1, this->ptz_camera(), target);
   if (has_laser()) target = internal::WriteMessageToArray(2, this->laser(), target);
   if (has_other_cameras()) target = internal::WriteMessageToArray(3, this->other_cameras(), target);
@@ -5454,7 +5475,7 @@ internal::uint8* PTZSystemCalibration::SerializeWithCachedSizesToArray(
 }
 
 int PTZSystemCalibration::ByteSize() const {
-  internal::uint32 total_size = 0;
+  internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0x7u) {
     if (has_ptz_camera()) total_size += 1 + internal::MessageSize(this->ptz_camera());
     if (has_laser()) total_size += 1 + internal::MessageSize(this->laser());
@@ -5463,7 +5484,7 @@ int PTZSystemCalibration::ByteSize() const {
   if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = internal::SizeOrTooLarge(total_size);
   return _cached_size_;
 }
 

@@ -38,6 +38,9 @@ using ::google::protobuf::io::EpsCopyOutputStream;
 using ::google::protobuf::io::ZeroCopyInputStream;
 using ::google::protobuf::io::ZeroCopyOutputStream;
 
+// Whether the run-time lets SerializeWithCachedSizesToArray() write what has a size of -1.
+const bool kAskedToWriteTooLarge = false;
+
 class ZARVO_CALIBRATION_EXPORT Record : public Message {
  public:
   Record() {}
@@ -52,9 +55,9 @@ class ZARVO_CALIBRATION_EXPORT Record : public Message {
   virtual uint8* SerializeWithCachedSizesToArray(uint8* target) const = 0;
   virtual void CopyFrom(const Message& from) = 0;
 
-  // What 3.21 asks. A size of 2 GiB or more has wrapped around and comes out as an impossible one,
-  // which the run-time refuses to write.
-  size_t ByteSizeLong() const final { return static_cast<size_t>(ByteSize()); }
+  // What 3.21 asks. That of a record of 2 GiB or more is 2^32 - 1, which the run-time refuses to
+  // write, in another message, too.
+  size_t ByteSizeLong() const final { return static_cast<unsigned>(ByteSize()); }
 
   const char* _InternalParse(const char* ptr, ParseContext* context) final;
   uint8* _InternalSerialize(uint8* target, EpsCopyOutputStream* stream) const final;

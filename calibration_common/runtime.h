@@ -4,7 +4,9 @@
 // differs between the series that are served stands in headers for each, under the same names:
 //
 //   Record
-//       the base class of every record; on the 3.0 series the run-time's Message itself
+//       the base class of every record
+//   kAskedToWriteTooLarge
+//       whether SerializeWithCachedSizesToArray() is called for a record of 2 GiB or more
 //   ZARVO_CALIBRATION_RECORD_METADATA
 //       declares the metadata word where the base class does not bring one
 //   UnknownFields, MutableUnknownFields, SwapUnknownFields

@@ -5,7 +5,6 @@
 
 #include <google/protobuf/arenastring.h>
 #include <google/protobuf/generated_message_util.h>
-#include <google/protobuf/message.h>
 #include <google/protobuf/metadata.h>
 #include <google/protobuf/repeated_field.h>
 #include <google/protobuf/unknown_field_set.h>
@@ -13,13 +12,14 @@
 
 #include <string>
 
+#include "calibration_common/record_3_0.h"
+
 #define ZARVO_CALIBRATION_RECORD_METADATA \
   ::google::protobuf::internal::InternalMetadataWithArena _internal_metadata_;
 
 namespace zarvo {
 namespace calibration_internal {
 
-typedef ::google::protobuf::Message Record;
 typedef ::google::protobuf::internal::InternalMetadataWithArena Metadata;
 
 inline const ::google::protobuf::UnknownFieldSet& UnknownFields(const Metadata& metadata) {

@@ -51,7 +51,7 @@ for (const auto& element : $name$_) {
 )",
                             variables);
   out.size = Fill(R"(
-total_size += $tag_size$ * static_cast<internal::uint32>($name$_.size());
+total_size += $tag_size$ * static_cast<internal::uint64>($name$_.size());
 for (const auto& element : $name$_) total_size += internal::MessageSize(element);
 )",
                   variables);

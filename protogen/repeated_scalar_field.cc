@@ -51,7 +51,7 @@ internal::WriteElements<$tag$>($name$_, output);
 target = internal::WriteElementsToArray<$tag$>($name$_, target);
 )",
                             variables);
-  out.size = Fill("total_size += $element_size$ * static_cast<internal::uint32>($name$_.size());\n",
+  out.size = Fill("total_size += $element_size$ * static_cast<internal::uint64>($name$_.size());\n",
                   variables);
   out.merge = Fill("$name$_.MergeFrom(from.$name$_);\n", variables);
   return out;

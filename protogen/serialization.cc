@@ -1,4 +1,6 @@
 // Sizing, and writing in field-number order.
+#include <algorithm>
+
 #include "protogen/renderers.h"
 
 namespace protogen {
@@ -12,6 +14,7 @@ $to_stream$  if (_internal_metadata_.have_unknown_fields()) {
 }
 
 internal::uint8* $class$::SerializeWithCachedSizesToArray(internal::uint8* target) const {
+  if (internal::kAskedToWriteTooLarge && _cached_size_ < 0) return target;
 $to_array$  if (_internal_metadata_.have_unknown_fields()) {
     target = internal::WriteUnknownFieldsToArray(unknown_fields(), target);
   }
@@ -19,11 +22,11 @@ $to_array$  if (_internal_metadata_.have_unknown_fields()) {
 }
 
 int $class$::ByteSize() const {
-  internal::uint32 total_size = 0;
+  internal::uint$bits$ total_size = 0;
 $sizes$  if (_internal_metadata_.have_unknown_fields()) {
     return internal::SizeWithUnknownFields(total_size, _internal_metadata_, &_cached_size_);
   }
-  _cached_size_ = static_cast<int>(total_size);
+  _cached_size_ = $size$;
   return _cached_size_;
 }
 )";
@@ -132,6 +135,12 @@ if ((_has_bits_[0] & $mask$) == $mask$) {
          any;
 }
 
+// Whether all values of the message's own fields fit into 32 bits together.
+bool IsBounded(const Message& message) {
+  return std::all_of(message.fields.begin(), message.fields.end(),
+                     [](const Field& field) { return !field.repeated && field.is_scalar(); });
+}
+
 // Required fields have a fixed size.
 std::string SizeOfRequired(const Message& message) {
   return Fill(R"(
@@ -154,7 +163,11 @@ std::string RenderSerialization(const RenderedMessage& rendered) {
   if (!message.required.empty()) sizes += SizeOfRequired(message);
   for (const Group& group : message.optional_groups) sizes += SizeOfGroup(group, rendered);
   for (const Field* field : message.repeated) sizes += rendered.of(field).size;
+  const bool bounded = IsBounded(message);
   std::string out = Fill(kMethods, {{"class", message.name},
+                                    {"bits", bounded ? "32" : "64"},
+                                    {"size", bounded ? "static_cast<int>(total_size)"
+                                                     : "internal::SizeOrTooLarge(total_size)"},
                                     {"to_stream", Indent(to_stream, 2)},
                                     {"to_array", Indent(WritesToArray(rendered), 2)},
                                     {"sizes", Indent(sizes, 2)}});

@@ -1,7 +1,5 @@
 #include "calibration_common/internal/unknown_fields.h"
 
-#include <google/protobuf/wire_format.h>
-
 #include "calibration_common/internal/writers.h"
 
 namespace zarvo {
@@ -64,6 +62,36 @@ void AppendFields(const UnknownFieldSet& from, UnknownFieldSet* to) {
   to->DeleteSubrange(old_count, 1);
 }
 
+// Not WireFormat::ComputeUnknownFieldsSize(), whose sum has 32 bits in the 3.0 series.
+uint64 SizeOfFields(const UnknownFieldSet& fields) {
+  uint64 size = 0;
+  for (int i = 0; i < fields.field_count(); ++i) {
+    const UnknownField& field = fields.field(i);
+    // The wire type's bits make no tag longer.
+    const uint32 tag_size = static_cast<uint32>(
+        CodedOutputStream::VarintSize32(static_cast<uint32>(field.number()) << 3));
+    size += tag_size;
+    switch (field.type()) {  // no more than four cases: see TakeUnknown()
+      case UnknownField::TYPE_VARINT:
+        size += static_cast<uint32>(CodedOutputStream::VarintSize64(field.varint()));
+        break;
+      case UnknownField::TYPE_FIXED32:
+        size += 4;
+        break;
+      case UnknownField::TYPE_FIXED64:
+        size += 8;
+        break;
+      case UnknownField::TYPE_LENGTH_DELIMITED:
+        size += StringSize(field.length_delimited());
+        break;
+      case UnknownField::TYPE_GROUP:
+      default:
+        size += SizeOfFields(field.group()) + tag_size;
+    }
+  }
+  return size;
+}
+
 }  // namespace
 
 // The set of the 3.0 series has its fields in a list of its own, which must not exist without any.
@@ -80,11 +108,8 @@ void MergeUnknownFields(const Metadata& from, Metadata* to) {
   AppendFields(UnknownFields(from), MutableUnknownFields(to));
 }
 
-int SizeWithUnknownFields(uint32 known_size, const Metadata& metadata, int* cached_size) {
-  *cached_size = static_cast<int>(
-      known_size +
-      static_cast<uint32>(::google::protobuf::internal::WireFormat::ComputeUnknownFieldsSize(
-          UnknownFields(metadata))));
+int SizeWithUnknownFields(uint64 known_size, const Metadata& metadata, int* cached_size) {
+  *cached_size = SizeOrTooLarge(known_size + SizeOfFields(UnknownFields(metadata)));
   return *cached_size;
 }
 

@@ -34,7 +34,7 @@ auto AddOrUndo(UnknownFieldSet* fields, Add add) -> decltype(add()) {
 void ClearUnknownFields(Metadata* metadata);
 void MergeUnknownFields(const Metadata& from, Metadata* to);
 // `known_size` and the size of the unknown fields, which *cached_size is set to, too.
-int SizeWithUnknownFields(uint32 known_size, const Metadata& metadata, int* cached_size);
+int SizeWithUnknownFields(uint64 known_size, const Metadata& metadata, int* cached_size);
 uint8* WriteUnknownFieldsToArray(const UnknownFieldSet& fields, uint8* target);
 
 }  // namespace calibration_internal

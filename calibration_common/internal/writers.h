@@ -1,11 +1,13 @@
 // What the writers and the size computation share: the encoded size of values, and a sub-message in
 // a flat buffer.
 //
-// Sizes are counted in unsigned 32-bit arithmetic and without an overflow test; records of 2 GiB
-// and more are not supported.
+// A record has at most INT_MAX bytes. Sums of sizes that can be more have 64 bits, which all that
+// fits into a memory fits into; the size of what is larger is told, and kept, as -1. A sub-message
+// of that size counts as 2^32 - 1 bytes, so that what is around it is too large, too.
 #ifndef ZARVO_CALIBRATION_INTERNAL_WRITERS_H_
 #define ZARVO_CALIBRATION_INTERNAL_WRITERS_H_
 
+#include <climits>
 #include <cstring>
 #include <string>
 
@@ -22,18 +24,22 @@ inline uint32 Int64Size(int64 value) {
   return static_cast<uint32>(CodedOutputStream::VarintSize64(static_cast<uint64>(value)));
 }
 
-// A length prefix and as many bytes.
-inline uint32 LengthDelimitedSize(uint32 length) {
+// A length prefix and as many bytes. Of more than 2^32 - 1 bytes the prefix is not looked at whole:
+// they are too many with any.
+inline uint64 LengthDelimitedSize(uint64 length) {
   if (length < 0x80) return 1 + length;
-  return static_cast<uint32>(CodedOutputStream::VarintSize32(length)) + length;
+  return static_cast<uint32>(CodedOutputStream::VarintSize32(static_cast<uint32>(length))) + length;
 }
-inline uint32 StringSize(const ::std::string& value) {
-  return LengthDelimitedSize(static_cast<uint32>(value.size()));
-}
+inline uint64 StringSize(const ::std::string& value) { return LengthDelimitedSize(value.size()); }
 // Computes the sub-message's size anew.
 template <typename T>
-inline uint32 MessageSize(const T& message) {
+inline uint64 MessageSize(const T& message) {
   return LengthDelimitedSize(static_cast<uint32>(message.T::ByteSize()));
+}
+
+// What ByteSize() returns for a record of `size` bytes.
+inline int SizeOrTooLarge(uint64 size) {
+  return size <= static_cast<uint64>(INT_MAX) ? static_cast<int>(size) : -1;
 }
 
 // These return the position behind what they write.

@@ -1,0 +1,53 @@
+// The base class of every record on the 3.0 series, whose messages are asked what the classes
+// implement.
+//
+// Record stands between for one reason: the run-time's calls that write into an array do not look
+// at a size of -1, that of a record of 2 GiB or more. Calls on a concrete class refuse it here.
+// Through a Message& the run-time goes on: SerializeWithCachedSizesToArray() then writes nothing,
+// upon which the run-time reports, as a fatal error, that the size and what was written differ.
+#ifndef ZARVO_CALIBRATION_RECORD_3_0_H_
+#define ZARVO_CALIBRATION_RECORD_3_0_H_
+
+#include <google/protobuf/message.h>
+#include <google/protobuf/stubs/common.h>
+
+#include <cstddef>
+
+#include "calibration_common/attributes.h"
+
+namespace zarvo {
+namespace calibration_internal {
+
+using ::google::protobuf::Message;
+using ::google::protobuf::uint8;
+
+// Whether the run-time lets SerializeWithCachedSizesToArray() write what has a size of -1.
+const bool kAskedToWriteTooLarge = true;
+
+class ZARVO_CALIBRATION_EXPORT Record : public Message {
+ public:
+  // They accept, refuse, write and report what the run-time's own do: see
+  // google/protobuf/message_lite.h. What becomes of missing required fields depends on how the
+  // run-time was built.
+  bool SerializeToArray(void* data, int size) const {
+    if (IsInitialized()) return SerializePartialToArray(data, size);
+    return ByteSize() >= 0 && Message::SerializeToArray(data, size);
+  }
+  bool SerializePartialToArray(void* data, int size) const {
+    const int needed = ByteSize();
+    if (needed < 0) {
+      GOOGLE_LOG(ERROR) << GetTypeName() << " exceeded maximum protobuf size of 2GB";
+      return false;
+    }
+    if (size < needed) return false;
+    uint8* start = static_cast<uint8*>(data);
+    const ::std::ptrdiff_t written = SerializeWithCachedSizesToArray(start) - start;
+    GOOGLE_CHECK_EQ(written, needed) << GetTypeName() << " was modified while it was serialized.";
+    return true;
+  }
+};
+
+}  // namespace calibration_internal
+}  // namespace zarvo
+
+#endif  // ZARVO_CALIBRATION_RECORD_3_0_H_
