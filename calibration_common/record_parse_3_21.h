@@ -33,12 +33,12 @@ class FieldCollector {
   explicit FieldCollector(::std::string* out) : out_(out), stop_(kEnd) {}
 
   // Appends fields until the end of the stream or a limit (kEnd), a tag that ends a message
-  // (kEndTag), or `max_bytes` (kFull). Null if a field is cut off (kCutOff); then what there is of
-  // it has been appended, unless it is a varint or of fixed size.
+  // (kEndTag), or `max_bytes` (kFull). Null if a field is cut off or malformed (kCutOff), of which
+  // nothing is appended then: how much the context hands over of it depends on its blocks.
   const char* Collect(const char* ptr, ParseContext* context, size_t max_bytes) {
     stop_ = kCutOff;
     size_t whole = out_->size();
-    while (!context->Done(&ptr)) {
+    while (ptr != nullptr && !context->Done(&ptr)) {
       whole = out_->size();
       if (whole >= max_bytes) {
         stop_ = kFull;
@@ -46,7 +46,7 @@ class FieldCollector {
       }
       uint32 tag;
       ptr = ::google::protobuf::internal::ReadTag(ptr, &tag);
-      if (ptr == nullptr) return nullptr;
+      if (ptr == nullptr) break;
       if (tag == 0 || WireFormatLite::GetTagWireType(tag) == WireFormatLite::WIRETYPE_END_GROUP) {
         context->SetLastTag(tag);
         stop_ = kEndTag;
@@ -54,10 +54,9 @@ class FieldCollector {
       }
       ptr = CollectField(tag, ptr, context);
       stop_ = kCutOff;  // a group has been collected by this call, too
-      if (ptr == nullptr) return nullptr;
     }
-    if (ptr == nullptr) {
-      out_->resize(whole);  // the last value was read beyond the end
+    if (ptr == nullptr) {  // also where Done() finds that the last value was read beyond the end
+      out_->resize(whole);
     } else {
       stop_ = kEnd;
     }
@@ -146,7 +145,7 @@ inline const char* Record::MergeFromBlock(const char* ptr, int size, ParseContex
 }
 
 // The rest comes in any pieces: whole fields are collected and merged in turn, which comes to the
-// same as merging them at once. Where one is cut off, what there is of it is merged, too.
+// same as merging them at once. Of one that is cut off or malformed nothing is merged.
 inline const char* Record::MergeFieldByField(const char* ptr, ParseContext* context) {
   ::std::string fields;
   FieldCollector collector(&fields);
