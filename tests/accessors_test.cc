@@ -754,12 +754,14 @@ TEST(AccessorsTest, ReadingWritesNothing) {
   CameraCalibration shared;
   FillFully(&shared);
   const CameraCalibration& record = shared;
-  std::vector<std::thread> readers;
   std::vector<double> sums(4, 0);
+  std::vector<std::thread> readers;
+  readers.reserve(sums.size());
   for (double& sum : sums) {
     readers.emplace_back([&record, &sum] {
-      sum += record.intrinsics().fx() + record.name().size() + record.extrinsics().a_size();
-      sum += record.has_model() + BaseCalibrationProto::default_instance().wheel_base();
+      sum += record.intrinsics().fx() + static_cast<double>(record.name().size());
+      sum += record.extrinsics().a_size() + (record.has_model() ? 1 : 0);
+      sum += static_cast<double>(BaseCalibrationProto::default_instance().wheel_base());
       sum += PTZSystemCalibration::default_instance().laser().pan_ext().a_size();
     });
   }

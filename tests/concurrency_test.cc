@@ -41,6 +41,7 @@ constexpr int kThreads = 8;
 void RunTogether(const std::function<void(int)>& work) {
   std::atomic<int> waiting{kThreads};
   std::vector<std::thread> threads;
+  threads.reserve(kThreads);
   for (int i = 0; i < kThreads; ++i) {
     threads.emplace_back([i, &waiting, &work] {
       --waiting;

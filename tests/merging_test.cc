@@ -30,7 +30,6 @@ namespace calibration {
 namespace testing {
 namespace {
 
-using ::google::protobuf::FieldDescriptor;
 using ::google::protobuf::Message;
 using ::google::protobuf::Reflection;
 

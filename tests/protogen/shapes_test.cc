@@ -152,7 +152,7 @@ void CheckRead(const Shape& shape, const std::string& bytes, const Message& expe
 // Writes a record with all writers, compares with what a dynamic message writes, reads it back.
 std::string CheckRoundTrip(const Shape& shape, const Message& record) {
   const LogSilencer silencer;
-  const std::string bytes = Written(shape, record);
+  std::string bytes = Written(shape, record);
   EXPECT_TRUE(bytes == DynamicTwin(record)->SerializePartialAsString())
       << "a dynamic message writes other bytes";
   CheckRead(shape, bytes, record);
@@ -198,6 +198,12 @@ TEST(ShapesFileTest, EveryMessageIsTested) {
   }
 }
 
+// Of two floating-point numbers, which may be NaNs or zeros of either sign.
+template <class T>
+bool SameBits(T a, T b) {
+  return std::memcmp(&a, &b, sizeof a) == 0;  // NOLINT(bugprone-suspicious-memory-comparison)
+}
+
 // Scalars of an empty record hold what the schema declares, in the object itself.
 void CheckDefaults(const Message& record) {
   ForEachField(record, [&](const FieldDescriptor* f) {
@@ -209,13 +215,13 @@ void CheckDefaults(const Message& record) {
     EXPECT_FALSE(r->HasField(record, f));
     switch (f->cpp_type()) {
       case FieldDescriptor::CPPTYPE_DOUBLE: {
-        const double value = r->GetDouble(record, f), expected = f->default_value_double();
-        EXPECT_EQ(std::memcmp(&value, &expected, sizeof value), 0) << value;
+        const double value = r->GetDouble(record, f);
+        EXPECT_TRUE(SameBits(value, f->default_value_double())) << value;
         break;
       }
       case FieldDescriptor::CPPTYPE_FLOAT: {
-        const float value = r->GetFloat(record, f), expected = f->default_value_float();
-        EXPECT_EQ(std::memcmp(&value, &expected, sizeof value), 0) << value;
+        const float value = r->GetFloat(record, f);
+        EXPECT_TRUE(SameBits(value, f->default_value_float())) << value;
         break;
       }
       case FieldDescriptor::CPPTYPE_INT32:
@@ -402,7 +408,9 @@ TEST_P(ShapesTest, EncodingsOfRepeatedNumbers) {
     const int number = f->number();
     const auto values = [&](int first, int count) {
       WireWriter out;
-      for (int i = 0; i < count; ++i) is_double ? out.Double(first + i) : out.Float(first + i);
+      for (int i = 0; i < count; ++i) {
+        is_double ? out.Double(first + i) : out.Float(static_cast<float>(first + i));
+      }
       return out.bytes();
     };
     const auto one = [&](int value) {
@@ -421,7 +429,8 @@ TEST_P(ShapesTest, EncodingsOfRepeatedNumbers) {
     std::string single;
     for (int i = 0; i < 40; ++i) {
       const Reflection* r = expected->GetReflection();
-      is_double ? r->AddDouble(expected.get(), f, i) : r->AddFloat(expected.get(), f, i);
+      is_double ? r->AddDouble(expected.get(), f, i)
+                : r->AddFloat(expected.get(), f, static_cast<float>(i));
       single += one(i);
     }
     EXPECT_TRUE(Written(shape(), *expected) == single);
@@ -533,11 +542,6 @@ T FromText(const std::string& text) {
   T record;
   EXPECT_TRUE(::google::protobuf::TextFormat::ParseFromString(text, &record)) << text;
   return record;
-}
-
-template <class T>
-bool SameBits(T a, T b) {
-  return std::memcmp(&a, &b, sizeof a) == 0;
 }
 
 TEST(ShapesAccessorsTest, Defaults) {

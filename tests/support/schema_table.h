@@ -14,6 +14,7 @@ namespace testing {
 constexpr char kSchemaFile[] = "calibration_common/calibration.proto";
 constexpr char kPackage[] = "zarvo.calibration";
 
+// NOLINTBEGIN(bugprone-macro-parentheses): these are terms of sums.
 constexpr int kMessageCount = 0
 #define MESSAGE(Class) +1
 #include "tests/support/schema.def"
@@ -29,6 +30,7 @@ constexpr size_t kEncodedSchemaSize = 0
 #define ENCODED_SIZE(bytes) +bytes
 #include "tests/support/schema.def"
     ;
+// NOLINTEND(bugprone-macro-parentheses)
 
 enum class Label { kOptional, kRequired, kRepeated };
 enum class Kind { kDouble, kFloat, kInt32, kInt64, kBool, kString, kBytes, kMessage };
