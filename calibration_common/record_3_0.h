@@ -1,10 +1,11 @@
-// The base class of every record on the 3.0 series, whose messages are asked what the classes
-// implement.
+// The base class of every record on the 3.0 series, whose messages have the virtual functions that
+// the classes implement.
 //
-// Record stands between for one reason: the run-time's calls that write into an array do not look
-// at a size of -1, that of a record of 2 GiB or more. Calls on a concrete class refuse it here.
-// Through a Message& the run-time goes on: SerializeWithCachedSizesToArray() then writes nothing,
-// upon which the run-time reports, as a fatal error, that the size and what was written differ.
+// Record stands between Message and the classes for one reason: the run-time's calls that write
+// into an array do not look at a size of -1, that of a record of 2 GiB or more. Calls on a concrete
+// class refuse it here. Through a Message& the run-time goes on: SerializeWithCachedSizesToArray()
+// then writes nothing, upon which the run-time reports, as a fatal error, that the size and what
+// was written differ.
 #ifndef ZARVO_CALIBRATION_RECORD_3_0_H_
 #define ZARVO_CALIBRATION_RECORD_3_0_H_
 
@@ -26,9 +27,8 @@ const bool kAskedToWriteTooLarge = true;
 
 class ZARVO_CALIBRATION_EXPORT Record : public Message {
  public:
-  // They accept, refuse, write and report what the run-time's own do: see
-  // google/protobuf/message_lite.h. What becomes of missing required fields depends on how the
-  // run-time was built.
+  // What the run-time's own do (see google/protobuf/message_lite.h), but that they refuse a size of
+  // -1. What becomes of missing required fields depends on how the run-time was built.
   bool SerializeToArray(void* data, int size) const {
     if (IsInitialized()) return SerializePartialToArray(data, size);
     return ByteSize() >= 0 && Message::SerializeToArray(data, size);

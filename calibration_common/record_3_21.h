@@ -1,11 +1,11 @@
 // The base class of every record on 3.21.
 //
 // 3.21 asks its messages other questions than the 3.0 series did: it parses through ParseContext
-// and writes through EpsCopyOutputStream. Record stands between: it declares the 3.0-series
-// virtuals, which the classes implement, and answers 3.21's own through them, so that code that
-// only knows a Message& works (record_parse_3_21.h, record_write_3_21.h). Calls on a concrete class
-// do not take that way: Record declares the run-time's parse and serialize calls again, with plain
-// bodies over the coded streams.
+// and writes through EpsCopyOutputStream. Record stands between Message and the classes: it
+// declares the 3.0-series virtuals, which the classes implement, and answers 3.21's own through
+// them, so that code that only knows a Message& works (record_parse_3_21.h, record_write_3_21.h).
+// Calls on a concrete class do not take that way: Record declares the run-time's parse and
+// serialize calls again, with plain bodies over the coded streams.
 #ifndef ZARVO_CALIBRATION_RECORD_3_21_H_
 #define ZARVO_CALIBRATION_RECORD_3_21_H_
 
@@ -55,8 +55,8 @@ class ZARVO_CALIBRATION_EXPORT Record : public Message {
   virtual uint8* SerializeWithCachedSizesToArray(uint8* target) const = 0;
   virtual void CopyFrom(const Message& from) = 0;
 
-  // What 3.21 asks. That of a record of 2 GiB or more is 2^32 - 1, which the run-time refuses to
-  // write, in another message, too.
+  // What 3.21 asks. That of a record of 2 GiB or more is 2^32 - 1: more than the run-time writes,
+  // as is the size of a message around it.
   size_t ByteSizeLong() const final { return static_cast<unsigned>(ByteSize()); }
 
   const char* _InternalParse(const char* ptr, ParseContext* context) final;

@@ -145,7 +145,8 @@ inline const char* Record::MergeFromBlock(const char* ptr, int size, ParseContex
 }
 
 // The rest comes in any pieces: whole fields are collected and merged in turn, which comes to the
-// same as merging them at once. Of one that is cut off or malformed nothing is merged.
+// same as merging them at once. Of one that is cut off nothing is merged; of a sub-message
+// that is malformed inside, what is in front of the defect.
 inline const char* Record::MergeFieldByField(const char* ptr, ParseContext* context) {
   ::std::string fields;
   FieldCollector collector(&fields);

@@ -6,7 +6,8 @@
 //   Record
 //       the base class of every record
 //   kAskedToWriteTooLarge
-//       whether SerializeWithCachedSizesToArray() is called for a record of 2 GiB or more
+//       whether the run-time's own calls reach SerializeWithCachedSizesToArray() of a record of
+//       2 GiB or more
 //   ZARVO_CALIBRATION_RECORD_METADATA
 //       declares the metadata word where the base class does not bring one
 //   UnknownFields, MutableUnknownFields, SwapUnknownFields

@@ -8,13 +8,15 @@
 
 namespace record_log {
 
-// Appends a record of one of the calibration classes. False if it lacks a required field or the
-// stream fails.
+// Appends a record of one of the calibration classes. False if it lacks a required field, is of 2
+// GiB or more, or the stream fails.
 template <class Record>
 bool Append(const Record& record, google::protobuf::io::ZeroCopyOutputStream* stream) {
   if (!record.IsInitialized()) return false;
+  const int size = record.ByteSize();
+  if (size < 0) return false;
   google::protobuf::io::CodedOutputStream output(stream);
-  output.WriteVarint32(static_cast<google::protobuf::uint32>(record.ByteSize()));
+  output.WriteVarint32(static_cast<google::protobuf::uint32>(size));
   record.SerializeWithCachedSizes(&output);
   return !output.HadError();
 }

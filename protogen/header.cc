@@ -52,9 +52,10 @@ const char kTop[] = R"(
 // Partial calls accept those); what was read before stays in the object. Only a failed allocation
 // throws (std::bad_alloc). SerializeWithCachedSizes() and SerializeWithCachedSizesToArray() take
 // all lengths from the last ByteSize(): the object must not have changed since, and the array must
-// have room for that many bytes. Of a record of 2 GiB or more, ByteSize() is -1, and no call writes
-// it: they return false. Fields that a class does not know are kept in unknown_fields() and written
-// behind the known ones.
+// have room for that many bytes. Of a record of 2 GiB or more, ByteSize() is -1; these two must not
+// be called for it, and the calls that write a whole record refuse it: they return false, or an
+// empty string. Fields that a class does not know are kept in unknown_fields() and written behind
+// the known ones.
 //
 // Generic code reaches the same objects through descriptor() and the run-time's reflection.
 #ifndef $guard$

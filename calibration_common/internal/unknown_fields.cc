@@ -95,8 +95,8 @@ uint64 SizeOfFields(const UnknownFieldSet& fields) {
 }  // namespace
 
 // The set of the 3.0 series has its fields in a list of its own, which must not exist without any.
-// Of the public calls only this size tells whether there is one, and only deleting no fields ends
-// it.
+// Of the public calls only SpaceUsedExcludingSelf() tells whether there is one, and only deleting
+// no fields frees it.
 void CutBackTo(int count, UnknownFieldSet* fields) {
   const int more = fields->field_count() - count;
   if (more > 0 || fields->SpaceUsedExcludingSelf() > 0) fields->DeleteSubrange(count, more);

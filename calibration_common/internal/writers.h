@@ -1,9 +1,9 @@
-// What the writers and the size computation share: the encoded size of values, and a sub-message in
-// a flat buffer.
+// What the writers and the size computation share: encoded sizes, and writing texts, sub-messages
+// and repeated numbers to an array or a stream.
 //
-// A record has at most INT_MAX bytes. Sums of sizes that can be more have 64 bits, which all that
-// fits into a memory fits into; the size of what is larger is told, and kept, as -1. A sub-message
-// of that size counts as 2^32 - 1 bytes, so that what is around it is too large, too.
+// A record has at most INT_MAX bytes. Sums that can be larger have 64 bits, which no list of
+// elements exceeds; a record of such a sum is sized as -1. As a sub-message it counts as 2^32 - 1
+// bytes, so that what is around it is too large as well.
 #ifndef ZARVO_CALIBRATION_INTERNAL_WRITERS_H_
 #define ZARVO_CALIBRATION_INTERNAL_WRITERS_H_
 
@@ -24,8 +24,8 @@ inline uint32 Int64Size(int64 value) {
   return static_cast<uint32>(CodedOutputStream::VarintSize64(static_cast<uint64>(value)));
 }
 
-// A length prefix and as many bytes. Of more than 2^32 - 1 bytes the prefix is not looked at whole:
-// they are too many with any.
+// A length prefix and as many bytes. Of more than 2^32 - 1 bytes the prefix comes out too short,
+// which does not matter: they are too many all the same.
 inline uint64 LengthDelimitedSize(uint64 length) {
   if (length < 0x80) return 1 + length;
   return static_cast<uint32>(CodedOutputStream::VarintSize32(static_cast<uint32>(length))) + length;

@@ -154,6 +154,9 @@ void ExpectTooLarge(const T& record) {
   const LogSilencer no_remark_on_the_size;
   EXPECT_EQ(record.ByteSize(), -1);
   EXPECT_EQ(record.GetCachedSize(), -1);
+#if GOOGLE_PROTOBUF_VERSION >= 3021000
+  EXPECT_EQ(record.ByteSizeLong(), std::numeric_limits<uint32_t>::max());
+#endif
   ExpectNothingIsWritten<T>(record);
   ExpectArraysAreLeftAlone<T>(record);
   ExpectNothingIsWritten<Message>(record);

@@ -81,7 +81,15 @@ TEST_P(TruncationTest, EveryPrefixOfARecordWithSeveralElements) {
 // cut. Through Message& on 3.21, a stream hands over whole values of the outermost message only,
 // unless all of the bytes, and how many they are, are known at once.
 TEST_P(TruncationTest, ARefusedPrefixLeavesWhatIsInFrontOfTheCut) {
-  const std::string bytes = SmallFullRecord(message_.name)->SerializePartialAsString();
+  const std::string unknown = Tag(100, kLengthDelimited) +
+                              "\x03"
+                              "abc" +
+                              WireWriter().Group(101, Tag(102, kVarint) + "\x01").bytes();
+  std::string bytes = unknown + SmallFullRecord(message_.name)->SerializePartialAsString();
+  for (const FieldRow& field : message_) {
+    if (field.kind == Kind::kMessage) bytes += Nested(field.number, unknown);
+  }
+  bytes += unknown;
   const auto bytes_left = [this](const std::function<void(Message*)>& read) {
     const std::unique_ptr<Message> record = NewRecord(message_.name);
     read(record.get());

@@ -26,7 +26,7 @@ Folded* Find(const void* begin) {
   return at == folded.end() ? nullptr : &*at;
 }
 
-// Null if it cannot be had.
+// Null if the system does not give the mappings; what was mapped by then stays.
 void* MapFolded(size_t size) {
   const int file = memfd_create("folded", MFD_CLOEXEC);
   if (file < 0 || ftruncate(file, kFold) != 0) return nullptr;

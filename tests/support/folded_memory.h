@@ -10,7 +10,7 @@ namespace zarvo {
 namespace calibration {
 namespace testing {
 
-// How much memory of this kind the program holds now.
+// How many blocks of folded memory the program holds now.
 int FoldedBlocks();
 
 }  // namespace testing
