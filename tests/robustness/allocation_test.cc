@@ -182,10 +182,7 @@ TYPED_TEST(AllocationOfRecordTest, Constructors) {
   some_fail([](auto attempt) {
     attempt([] { const std::unique_ptr<TypeParam> record(new TypeParam); });
   });
-  // Copies that nothing is done with are what is tried here.
-  // NOLINTBEGIN(performance-unnecessary-copy-initialization)
   ForEachFailure([&](auto attempt) { attempt([&] { const TypeParam copy(full); }); });
-  // NOLINTEND(performance-unnecessary-copy-initialization)
   some_fail([&](auto attempt) {
     attempt([&] { const std::unique_ptr<TypeParam> copy(new TypeParam(full)); });
   });
@@ -201,7 +198,7 @@ TYPED_TEST(AllocationOfRecordTest, Constructors) {
 template <class T>
 bool CopyAllocates(const T& record) {
   const long before = Allocations();
-  const T copy(record);  // NOLINT(performance-unnecessary-copy-initialization)
+  const T copy(record);
   return Allocations() != before;
 }
 
@@ -279,7 +276,7 @@ TYPED_TEST(AllocationOfRecordTest, UnknownFields) {
   AddUnknownFields(1, some.mutable_unknown_fields());
   int failures = ForEachFailure([&](auto attempt) {
     T record(some);
-    const T source(some);  // NOLINT(performance-unnecessary-copy-initialization)
+    const T source(some);
     if (attempt([&] { record.MergeFrom(source); })) {
       EXPECT_TRUE(EqualByReflection(record, some));
       EXPECT_TRUE(EqualByReflection(source, some));

@@ -147,7 +147,7 @@ TEST_P(NestingTest, TheDeepestRecordsNeedLittleStack) {
     longest += path.Wrap(Groups(100, kDefaultDepthLimit - levels));
   }
   ASSERT_TRUE(Judge(message_.name, longest));
-  RunOnStack(128 * 1024, [&] {
+  RunOnStack(size_t{128} * 1024, [&] {
     for (const bool on_class : {true, false}) {
       const std::unique_ptr<Message> record(instance_->New());
       const bool accepted =

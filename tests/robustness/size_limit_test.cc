@@ -85,9 +85,9 @@ class HugeRobot {
   // As an element: with its tag and its length.
   static int64_t EncodedSize(const CameraCalibration& camera) {
     const int size = camera.ByteSize();
-    return 1 +
-           ::google::protobuf::io::CodedOutputStream::VarintSize32(static_cast<uint32_t>(size)) +
-           size;
+    const auto prefix =
+        ::google::protobuf::io::CodedOutputStream::VarintSize32(static_cast<uint32_t>(size));
+    return int64_t{1} + static_cast<int64_t>(prefix) + size;
   }
 
   RobotCalibration robot_;

@@ -143,7 +143,8 @@ void FillFullyFrom(int* counter, Message* m) {
           add ? r->AddDouble(m, f, n + 0.125) : r->SetDouble(m, f, n + 0.125);
           break;
         case FieldDescriptor::CPPTYPE_FLOAT:
-          add ? r->AddFloat(m, f, n + 0.5f) : r->SetFloat(m, f, n + 0.5f);
+          add ? r->AddFloat(m, f, static_cast<float>(n) + 0.5f)
+              : r->SetFloat(m, f, static_cast<float>(n) + 0.5f);
           break;
         case FieldDescriptor::CPPTYPE_INT32:
           add ? r->AddInt32(m, f, n % 2 == 0 ? n * 1001 : -n)
