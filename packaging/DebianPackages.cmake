@@ -1,6 +1,6 @@
 # Sets up `cpack -G DEB`: one package for each component. scripts/package calls it the right way.
 #
-#   libcalibration-protolib1    Runtime; the number is the SONAME's, so that two may be installed
+#   libcalibration-protolibN    Runtime; N is the number in the SONAME, so that two may be installed
 #   libcalibration-protolib-dev Development
 #   calibration-tools           Tools, if the commands are built
 
