@@ -53,6 +53,7 @@ expect 2 "--growth prints a table of its own" benchmark --growth --cells size
 expect 2 "--against needs opponent or dynamic, not 'us'" benchmark --against us
 expect 2 "--output needs a value" package --output
 expect 2 "--count needs a number, not 'many'" mutate --count many
+expect 2 "--only needs a value" mutate --calib --only
 expect 2 "--slice needs I/N such as 1/4, not '5/4'" mutate --slice 5/4
 for script in fuzz soak; do
   expect 2 "SECONDS is missing" "$script"
