@@ -35,7 +35,8 @@ class Subject(NamedTuple):
 SUITES = ["parsing_test", "serialization_test", "object_model_test", "merging_test",
           "accessors_test", "element_blocks_test", "registration_test", "entrances_test",
           "fault_test", "nesting_test", "truncation_test", "damage_test", "rewriting_test",
-          "random_test", "schema_test", "allocation_test", "memory_test", "mutation_test",
+          "random_test", "schema_test", "stored_records_test", "loose_alignment_test",
+          "total_bytes_limit_test", "allocation_test", "memory_test", "mutation_test",
           "size_limit_test"]
 ARGUMENTS = {"mutation_test": ["--gtest_filter=-*ThreeBytes*:*EveryTwoBitFlip*"]}
 LIBRARY = Subject(["calibration_protolib", *SUITES], SUITES)
@@ -153,9 +154,13 @@ class Mutant(NamedTuple):
 
 def other_series(arguments):
     """What the names of the files end in that a build with these arguments does not use."""
-    prefix = next((a.split("=", 1)[1] for a in arguments if a.startswith("-DCMAKE_PREFIX_PATH=")),
-                  "/usr")
-    with open(f"{prefix}/include/google/protobuf/stubs/common.h", encoding="utf-8") as header:
+    prefixes = [os.environ.get("CMAKE_PREFIX_PATH", "/usr")]
+    prefixes += [a.split("=", 1)[1] for a in arguments if re.match("-DCMAKE_PREFIX_PATH[:=]", a)]
+    path = f"{prefixes[-1]}/include/google/protobuf/stubs/common.h"
+    if not os.path.exists(path):
+        sys.exit(f"mutate: there is no {path}: a protobuf run-time was expected in "
+                 f"{prefixes[-1]}, one folder")
+    with open(path, encoding="utf-8") as header:
         is_3_0 = re.search(r"define GOOGLE_PROTOBUF_VERSION 3000", header.read())
     return "_3_21" if is_3_0 else "_3_0"
 
