@@ -31,6 +31,23 @@ class FirstError : public google::protobuf::io::ErrorCollector {
   std::string place_, message_;
 };
 
+// Counts what is written to it, and keeps none of it.
+class SizeStream : public google::protobuf::io::ZeroCopyOutputStream {
+ public:
+  bool Next(void** data, int* size) override {
+    *data = block_;
+    *size = sizeof block_;
+    count_ += *size;
+    return true;
+  }
+  void BackUp(int count) override { count_ -= count; }
+  google::protobuf::int64 ByteCount() const override { return count_; }
+
+ private:
+  char block_[4096];
+  google::protobuf::int64 count_ = 0;
+};
+
 }  // namespace
 
 void DecodeText(const std::string& name, const std::string& bytes, Message* record) {
@@ -47,7 +64,10 @@ void DecodeText(const std::string& name, const std::string& bytes, Message* reco
 std::string EncodeText(const Message& record) {
   TextFormat::Printer printer;
   printer.SetUseShortRepeatedPrimitives(true);
+  // A text that grows is there twice at times, and up to twice as long as it need be.
+  SizeStream size;
   std::string text;
+  if (printer.Print(record, &size)) text.reserve(static_cast<size_t>(size.ByteCount()));
   if (!printer.PrintToString(record, &text)) {
     throw Failure("the record cannot be written as text", "Write it in the binary format.");
   }

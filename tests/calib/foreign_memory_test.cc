@@ -1,42 +1,17 @@
-// What a file of another tool takes in memory while it is read, as files that mean harm have it: at
-// most 40 bytes for each of its own and 20 MB, whether it is read or refused.
+// What a file of another tool takes in memory while it is read, as files that mean harm have it,
+// and while it becomes a record and its text: at most 40 bytes for each of its own and 20 MB,
+// whether it is read or refused.
 #include <gtest/gtest.h>
-#include <malloc.h>
 
-#include <algorithm>
-#include <atomic>
-#include <cstdlib>
-#include <new>
 #include <string>
+#include <utility>
 
 #include "calib/console/failure.h"
+#include "calib/formats/codec.h"
+#include "calib/tools/foreign.h"
 #include "calib/tools/foreign_tree.h"
-
-namespace {
-
-std::atomic<size_t> live{0}, peak{0};
-
-void* Allocate(size_t size) {
-  void* block = std::malloc(std::max<size_t>(size, 1));
-  if (block == nullptr) throw std::bad_alloc();
-  live += malloc_usable_size(block);
-  peak = std::max(peak.load(), live.load());
-  return block;
-}
-
-void Release(void* block) {
-  if (block != nullptr) live -= malloc_usable_size(block);
-  std::free(block);
-}
-
-}  // namespace
-
-void* operator new(size_t size) { return Allocate(size); }
-void* operator new[](size_t size) { return Allocate(size); }
-void operator delete(void* block) noexcept { Release(block); }
-void operator delete[](void* block) noexcept { Release(block); }
-void operator delete(void* block, size_t) noexcept { Release(block); }
-void operator delete[](void* block, size_t) noexcept { Release(block); }
+#include "calib/tools/importers.h"
+#include "tests/support/peak_memory.h"
 
 namespace calib {
 namespace {
@@ -68,15 +43,14 @@ class ForeignMemoryTest : public ::testing::TestWithParam<Case> {};
 
 TEST_P(ForeignMemoryTest, IsBoundedByTheFile) {
   const Case& given = GetParam();
-  const size_t before = live;
-  peak = before;
+  const zarvo::calibration::testing::PeakMemory memory;
   std::string refusal;
   try {
     given.load("file", given.text);
   } catch (const Failure& failure) {
     refusal = failure.what();
   }
-  EXPECT_LE(peak - before, 40 * given.text.size() + 20000000);
+  EXPECT_LE(memory.bytes(), 40 * given.text.size() + 20000000);
   EXPECT_EQ(refusal.empty(), given.refusal.empty()) << refusal;
   EXPECT_NE(refusal.find(given.refusal), std::string::npos) << refusal;
 }
@@ -105,6 +79,27 @@ INSTANTIATE_TEST_SUITE_P(
              Repeat("<opencv_storage><a>", "<_>1</_>", "</a></opencv_storage>"), ""},
         Case{"Pieces", LoadXml, Repeat("<opencv_storage><a>", "1 ", "</a></opencv_storage>"), ""}),
     [](const ::testing::TestParamInfo<Case>& info) { return std::string(info.param.name); });
+
+// As many points as a file of that size can have, each of which becomes a message and many lines.
+TEST(ImportMemoryTest, IsBoundedByTheFileToTheTextOfTheRecord) {
+  constexpr int kPoints = 1250000;
+  std::string file =
+      "K: {rows: 3, cols: 3, dt: d, data: [1, 0, 1, 0, 1, 1, 0, 0, 1]}\n"
+      "grid_points: {rows: 1, cols: 1, dt: 3f, data: [1, 1, 1]}\n"
+      "image_points:\n  rows: " +
+      std::to_string(kPoints) + "\n  cols: 1\n  dt: 2f\n  data: [1,1";
+  for (int i = 1; i < kPoints; ++i) file += ",1,1";
+  file += "]\n";
+  const size_t size = file.size();
+  const zarvo::calibration::testing::PeakMemory memory;
+  zarvo::calibration::RobotCalibration robot;
+  ImportOpenCv({Foreign::Parse("file", std::move(file))}, &robot);
+  EXPECT_EQ(robot.camera(0).intrinsics().sample_points_size(), kPoints);
+  EXPECT_LE(memory.bytes(), 40 * size + 20000000) << "while it is imported";
+  Encode(Format::kText, robot);
+  EXPECT_LE(memory.bytes(), 40 * size + 20000000) << "while the text is made";
+  RecordProperty("bytes_per_byte", std::to_string(1.0 * memory.bytes() / size));
+}
 
 }  // namespace
 }  // namespace calib
