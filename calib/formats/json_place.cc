@@ -1,8 +1,6 @@
-// Looks the field path up with the YAML reader, which keeps the mark of every value: JSON that the
-// converter found no fault with is YAML, too.
+// Follows the field path through the text, which the converter found no fault with: of what it
+// passes over, only where it ends matters, so that it takes no memory.
 #include "calib/formats/json_place.h"
-
-#include <yaml-cpp/yaml.h>
 
 #include <algorithm>
 #include <cstdlib>
@@ -15,7 +13,95 @@ using google::protobuf::FieldDescriptor;
 
 namespace {
 
-constexpr size_t kMostToSearch = size_t{16} << 20;
+// --- JSON by offsets; each that is returned may be the end of the text ---------------------------
+
+bool IsIn(const char* characters, char c) {
+  return std::char_traits<char>::find(characters, std::char_traits<char>::length(characters), c);
+}
+
+size_t SkipBlanks(const std::string& json, size_t at) {
+  return std::min(json.find_first_not_of(" \t\r\n", at), json.size());
+}
+
+bool Has(const std::string& json, size_t at, char c) { return at < json.size() && json[at] == c; }
+
+// Behind the text in quotes that begins there, or the word.
+size_t SkipText(const std::string& json, size_t at) {
+  const char quote = json[at];
+  if (quote != '"' && quote != '\'') {
+    return std::min(json.find_first_of(" \t\r\n,:{}[]\"'", at), json.size());
+  }
+  for (++at; at < json.size() && json[at] != quote; ++at) {
+    if (json[at] == '\\') ++at;
+  }
+  return std::min(at + 1, json.size());
+}
+
+// What that text says. Of escapes, those of letters are read, which are all that a field's name
+// has.
+std::string TextAt(const std::string& json, size_t at) {
+  const size_t end = SkipText(json, at);
+  if (!IsIn("\"'", json[at])) return json.substr(at, end - at);
+  std::string text;
+  for (++at; at + 1 < end; ++at) {
+    if (json.compare(at, 4, "\\u00") == 0 && at + 6 < end) {
+      text += static_cast<char>(std::strtol(json.substr(at + 4, 2).c_str(), nullptr, 16));
+      at += 5;
+    } else {
+      text += json[at];
+    }
+  }
+  return text;
+}
+
+// Behind the value that begins there.
+size_t SkipValue(const std::string& json, size_t at) {
+  int depth = 0;
+  for (at = SkipBlanks(json, at); at < json.size(); at = SkipBlanks(json, at)) {
+    if (IsIn("{[", json[at])) {
+      ++depth;
+      ++at;
+    } else if (IsIn("}]", json[at])) {
+      ++at;
+      if (--depth <= 0) break;
+    } else if (IsIn(",:", json[at])) {
+      if (depth == 0) break;
+      ++at;
+    } else {
+      at = SkipText(json, at);
+      if (depth == 0) break;
+    }
+  }
+  return at;
+}
+
+// Calls visit(key, at, value) for each entry of the map that begins there, with the offsets of
+// both; for something else, not at all.
+template <typename Visit>
+void ForEachEntry(const std::string& json, size_t at, Visit visit) {
+  while (Has(json, at, '{') || Has(json, at, ',')) {
+    at = SkipBlanks(json, at + 1);
+    if (at == json.size() || json[at] == '}') return;
+    const size_t colon = SkipBlanks(json, SkipText(json, at));
+    if (!Has(json, colon, ':')) return;
+    const size_t value = SkipBlanks(json, colon + 1);
+    visit(TextAt(json, at), at, value);
+    at = SkipBlanks(json, SkipValue(json, value));
+  }
+}
+
+// The element of the list that begins there; the list itself if it has none of that index.
+size_t ElementOf(const std::string& json, size_t list, int index) {
+  size_t at = list;
+  for (; Has(json, at, at == list ? '[' : ','); --index) {
+    at = SkipBlanks(json, at + 1);
+    if (index == 0) return at;
+    at = SkipBlanks(json, SkipValue(json, at));
+  }
+  return list;
+}
+
+// --- Fields --------------------------------------------------------------------------------------
 
 bool IsKeyOf(const FieldDescriptor* field, const std::string& key) {
   return key == field->name() || key == field->camelcase_name();
@@ -29,32 +115,27 @@ bool HasField(const Descriptor* type, const std::string& key) {
 }
 
 struct Finding {
-  YAML::Node node;
-  const Descriptor* type;  // of the message that the node holds; null for a value
+  size_t at;               // where the value begins
+  const Descriptor* type;  // of the message that it is; null for a value
 };
 
 // Follows a path such as "camera[0].intrinsics" from the top.
-Finding Follow(const YAML::Node& top, const Descriptor* type, const std::string& path) {
-  Finding at = {top, type};
+Finding Follow(const std::string& json, const Descriptor* type, const std::string& path) {
+  Finding found = {SkipBlanks(json, 0), type};
   std::istringstream elements(path);
-  for (std::string element; std::getline(elements, element, '.') && at.type != nullptr;) {
+  for (std::string element; std::getline(elements, element, '.') && found.type != nullptr;) {
     const size_t bracket = element.find('[');
-    const FieldDescriptor* field = at.type->FindFieldByName(element.substr(0, bracket));
-    if (field == nullptr || !at.node.IsMap()) break;
-    for (const auto& entry : YAML::Node(at.node)) {
-      if (IsKeyOf(field, entry.first.as<std::string>())) at.node.reset(entry.second);
+    const FieldDescriptor* field = found.type->FindFieldByName(element.substr(0, bracket));
+    if (field == nullptr || !Has(json, found.at, '{')) break;
+    ForEachEntry(json, found.at, [&](const std::string& key, size_t, size_t value) {
+      if (IsKeyOf(field, key)) found.at = value;
+    });
+    if (bracket != std::string::npos) {
+      found.at = ElementOf(json, found.at, std::atoi(element.c_str() + bracket + 1));
     }
-    if (bracket != std::string::npos && at.node.IsSequence()) {
-      at.node.reset(YAML::Node(at.node)[std::atoi(element.c_str() + bracket + 1)]);
-    }
-    at.type = field->message_type();
+    found.type = field->message_type();
   }
-  return at;
-}
-
-std::string PlaceOf(const YAML::Node& node) {
-  const YAML::Mark mark = node.Mark();
-  return ":" + std::to_string(mark.line + 1) + ":" + std::to_string(mark.column + 1);
+  return found;
 }
 
 // Splits the message into the path that the converter complains about, and the complaint.
@@ -92,23 +173,18 @@ std::string DescribeJsonError(const std::string& json, const Descriptor* type,
                               const std::string& message) {
   std::string path, what;
   Split(message, &path, &what);
-  std::string description = ": " + (path.empty() ? what : path + ": " + what);
-  if (json.size() > kMostToSearch) return description;
-  try {
-    const Finding at = Follow(YAML::Load(json), type, path);
-    if (what != "Cannot find field." || at.type == nullptr) return PlaceOf(at.node) + description;
-    for (const auto& entry : at.node) {
-      const std::string key = entry.first.as<std::string>();
-      if (HasField(at.type, key)) continue;
-      description = ": ";
-      description += path.empty() ? "" : path + ": ";
-      description += at.type->name() + " has no field '" + key + "'";
-      return PlaceOf(entry.first) + description;
-    }
-  } catch (const YAML::Exception&) {
-    // Without line and column, the path has to do.
+  const Finding found = Follow(json, type, path);
+  size_t place = found.at;
+  if (what == "Cannot find field." && found.type != nullptr) {
+    bool first = true;
+    ForEachEntry(json, found.at, [&](const std::string& key, size_t at, size_t) {
+      if (!first || HasField(found.type, key)) return;
+      first = false;
+      place = at;
+      what = found.type->name() + " has no field '" + key + "'";
+    });
   }
-  return description;
+  return ":" + LineAndColumn(json, place) + ": " + (path.empty() ? what : path + ": " + what);
 }
 
 }  // namespace calib

@@ -22,7 +22,7 @@ size_t FindStop(size_t size,
                 const std::function<size_t(size_t low, size_t high, size_t piece)>& read);
 
 // The converter's message for an error of meaning, which is "(PATH) NAME: WHAT" or "PATH: WHAT",
-// spelled as ":LINE:COLUMN: PATH: WHAT"; without line and column if they cannot be found.
+// spelled as ":LINE:COLUMN: PATH: WHAT"; the place is that of the innermost value that is found.
 std::string DescribeJsonError(const std::string& json, const google::protobuf::Descriptor* type,
                               const std::string& message);
 
