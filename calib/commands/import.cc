@@ -40,15 +40,6 @@ struct Flags {
   OutputFlags output;
 };
 
-// OpenCV begins its files with a directive that is no YAML; as a comment it keeps the lines' count.
-std::string Readable(const std::string& name, std::string text) {
-  if (text.compare(0, 6, "%YAML:") == 0) text[0] = '#';
-  if (text.compare(0, 2, "\x1f\x8b") == 0) {
-    throw Failure(name + ": is compressed", "Decompress it first, with gunzip.");
-  }
-  return text;
-}
-
 const Descriptor* OutputType(const Flags& flags, bool several_cameras) {
   if (!flags.type.empty()) return RecordType(flags.type);
   if (const Descriptor* named = FactsFromName(flags.output_path).type) return named;
@@ -62,7 +53,7 @@ void Import(const Flags& flags) {
   {
     std::vector<Foreign> files;
     for (const std::string& path : flags.paths) {
-      files.push_back(Foreign::Parse(InputName(path), Readable(InputName(path), ReadFile(path))));
+      files.push_back(Foreign::Parse(InputName(path), ReadFile(path)));
     }
     source->import(files, &robot);
     for (const Foreign& file : files) file.Report();

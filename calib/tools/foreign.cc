@@ -78,7 +78,12 @@ std::string Foreign::Spell() const {
   }
 }
 
-Foreign Foreign::Parse(const std::string& file, const std::string& text) {
+Foreign Foreign::Parse(const std::string& file, std::string text) {
+  if (text.compare(0, 2, "\x1f\x8b") == 0) {
+    throw Failure(file + ": is compressed", "Decompress it first, with gunzip.");
+  }
+  // OpenCV's directive is no YAML; as a comment it keeps the lines' count.
+  if (text.compare(0, 6, "%YAML:") == 0) text[0] = '#';
   const auto notebook = std::make_shared<Notebook>();
   notebook->tree = LooksLikeXml(text) ? LoadXml(file, text) : LoadYaml(file, text);
   return Foreign(file, "", 0, notebook);

@@ -20,7 +20,7 @@ namespace calib {
 class Foreign {
  public:
   // The one document of the file. Throws Failure where the syntax is wrong.
-  static Foreign Parse(const std::string& file, const std::string& text);
+  static Foreign Parse(const std::string& file, std::string text);
 
   const std::string& path() const { return path_; }
 

@@ -1,0 +1,201 @@
+// Any file that the command calib reads: it is refused, with the file's name and what is wrong, or
+// it makes a record that is read back as it was from each format that can hold it. No file takes
+// more memory than its size lets it.
+//
+// CALIB_READER names the reader that this target is about; see kReaders.
+#include <google/protobuf/message.h>
+
+#include <cstdio>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "calib/console/build_info.h"
+#include "calib/console/failure.h"
+#include "calib/fields/compare.h"
+#include "calib/formats/codec.h"
+#include "calib/tools/foreign.h"
+#include "calib/tools/foreign_tree.h"
+#include "calib/tools/importers.h"
+#include "fuzz/fuzzer.h"
+#include "tests/support/peak_memory.h"
+#include "tests/support/reflect.h"
+
+namespace calib {
+namespace {
+
+using google::protobuf::Descriptor;
+using google::protobuf::Message;
+using zarvo::calibration::RobotCalibration;
+using zarvo::calibration::testing::EqualByReflection;
+using zarvo::calibration::testing::Require;
+
+constexpr char kFile[] = "fuzz.file";
+
+// What calib notes on standard error goes nowhere as long as this lives.
+class SilentNotes {
+ public:
+  SilentNotes() : before_(stderr) {
+    static std::FILE* const nowhere = std::fopen("/dev/null", "w");
+    stderr = nowhere;
+  }
+  ~SilentNotes() { stderr = before_; }
+  SilentNotes(const SilentNotes&) = delete;
+  SilentNotes& operator=(const SilentNotes&) = delete;
+
+ private:
+  std::FILE* const before_;
+};
+
+// Whether the call is not refused.
+template <typename Call>
+bool Try(Call call) {
+  try {
+    call();
+    return true;
+  } catch (const Failure& failure) {
+    const std::string what = failure.what();
+    Require(what.compare(0, sizeof kFile - 1, kFile) == 0 && what.size() > sizeof kFile,
+            "a refusal names the file and what is wrong, unlike: " + what);
+    return false;
+  }
+}
+
+// --- Records -------------------------------------------------------------------------------------
+
+void CheckReadsBack(Format format, const Message& record) {
+  std::string bytes;
+  try {
+    bytes = Encode(format, record);
+  } catch (const Failure& failure) {
+    Require(format != Format::kBinary, "the binary format holds every record");
+    Require(!std::string(failure.what()).empty(), "a refusal to write says why");
+    return;
+  }
+  if (format == Format::kJson && !kReadsJson) return;
+  std::unique_ptr<Message> read;
+  Require(Try([&] { read = Decode(format, record.GetDescriptor(), kFile, bytes); }),
+          "what was written can be read");
+  // In text, a NaN loses its sign and its other bits, and with the 3.0 series, which reads no JSON,
+  // the largest float becomes infinity. What was read once stays as it is.
+  if (format == Format::kBinary) {
+    Require(EqualByReflection(record, *read), "a record is read as it was written");
+  } else if (kReadsJson) {
+    Require(Compare(record, *read, Tolerance()).empty(), "a record's text reads as the record");
+  }
+  const std::unique_ptr<Message> again =
+      Decode(format, record.GetDescriptor(), kFile, Encode(format, *read));
+  Require(EqualByReflection(*read, *again), "a record that was read is read as it was written");
+}
+
+void CheckReadsBack(const Message& record) {
+  for (const Format format : {Format::kBinary, Format::kText, Format::kJson}) {
+    CheckReadsBack(format, record);
+  }
+}
+
+// The first byte of the input chooses the type.
+template <Format format>
+void ReadRecord(const std::string& input) {
+  const auto chosen = zarvo::calibration::testing::TakeRecordInput(
+      reinterpret_cast<const uint8_t*>(input.data()), input.size());
+  const Descriptor* type = RecordType(chosen.type.name);
+  std::unique_ptr<Message> record;
+  Try([&] { record = Decode(format, type, kFile, chosen.bytes); });
+  const bool fits = DecodeIfFits(format, type, chosen.bytes) != nullptr;
+  Require(fits == (record != nullptr), "what fits is what can be read");
+  if (record != nullptr) CheckReadsBack(*record);
+}
+
+// --- Files of other tools ------------------------------------------------------------------------
+
+// Visits all values; returns how many there are.
+size_t Visit(const ForeignTree& tree, ForeignTree::Index index) {
+  using Kind = ForeignTree::Kind;
+  Require(tree.PlaceOf(index).size() < 30, "a place is a line and a column");
+  if (tree.kind(index) != Kind::kList && tree.kind(index) != Kind::kMap) {
+    Require(tree.kind(index) == Kind::kNothing || tree.text(index).data() != nullptr, "text");
+    return 1;
+  }
+  size_t values = 1;
+  ForeignTree::Index item = tree.First(index);
+  for (uint32_t left = tree.items(index); left > 0; --left, item = tree.Next(item)) {
+    Require(item < tree.size(), "an item is in the tree");
+    Require(tree.kind(index) == Kind::kMap || tree.key(item).empty(), "only entries have keys");
+    values += Visit(tree, item);
+  }
+  return values;
+}
+
+template <ForeignTree (*load)(const std::string& file, const std::string& text)>
+void ReadTree(const std::string& input) {
+  ForeignTree tree;
+  if (!Try([&] { tree = load(kFile, input); })) return;
+  // Aliases may stand for as much as the file, and 256 KiB.
+  Require(Visit(tree, 0) <= 2 * input.size() + (size_t{256} << 10) + 1,
+          "the values are no more than the file and its aliases have room for");
+}
+
+void ImportOneCamchain(const std::vector<Foreign>& files, RobotCalibration* robot) {
+  ImportCamchain(files[0], robot);
+}
+void ImportOneCameraInfo(const std::vector<Foreign>& files, RobotCalibration* robot) {
+  ImportCameraInfo(files[0], robot);
+}
+
+// A form feed stands between the two files of a stereo calibration.
+template <void (*import)(const std::vector<Foreign>& files, RobotCalibration* robot)>
+void Import(const std::string& input) {
+  const SilentNotes silent;
+  RobotCalibration robot;
+  const bool imported = Try([&] {
+    const size_t end = input.find('\f');
+    std::vector<Foreign> files = {Foreign::Parse(kFile, input.substr(0, end))};
+    if (end != std::string::npos) files.push_back(Foreign::Parse(kFile, input.substr(end + 1)));
+    import(files, &robot);
+    for (const Foreign& file : files) file.Report();
+  });
+  if (!imported) return;
+  for (const char* type : {"RobotCalibration", "CameraCalibration", "CameraIntrinsics"}) {
+    Try([&] { CheckReadsBack(ImportedRecord(kFile, RecordType(type), robot)); });
+  }
+}
+
+// --- The targets ---------------------------------------------------------------------------------
+
+struct Reader {
+  const char* name;
+  void (*read)(const std::string& input);
+};
+constexpr Reader kReaders[] = {{"yaml", ReadTree<LoadYaml>},
+                               {"xml", ReadTree<LoadXml>},
+                               {"camchain", Import<ImportOneCamchain>},
+                               {"camera_info", Import<ImportOneCameraInfo>},
+                               {"file_storage", Import<ImportOpenCv>},
+                               {"binary", ReadRecord<Format::kBinary>},
+                               {"text", ReadRecord<Format::kText>},
+                               {"json", ReadRecord<Format::kJson>}};
+
+const Reader& ReaderOfThisTarget() {
+  for (const Reader& reader : kReaders) {
+    if (reader.name == std::string(CALIB_READER)) return reader;
+  }
+  Require(false, "there is a reader " CALIB_READER);
+  std::abort();
+}
+
+}  // namespace
+}  // namespace calib
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
+  using zarvo::calibration::testing::Require;
+  zarvo::calibration::testing::SilenceTheRunTime();
+  static const calib::Reader& reader = calib::ReaderOfThisTarget();
+  if (size == 0) return 0;
+  const std::string input(reinterpret_cast<const char*>(data), size);
+  const zarvo::calibration::testing::PeakMemory memory;
+  reader.read(input);
+  Require(memory.bytes() <= 40 * size + 20000000,
+          "memory is bounded by the size: " + std::to_string(memory.bytes()) + " bytes");
+  return 0;
+}
