@@ -107,7 +107,12 @@ class Loader : public YAML::EventHandler {
 
   ForeignTree Take() { return std::move(tree_); }
 
-  void OnDocumentStart(const YAML::Mark&) override { anchors_.clear(); }
+  void OnDocumentStart(const YAML::Mark& mark) override {
+    anchors_.clear();
+    // In front of what can begin no document the reader makes documents of nothing for ever.
+    if (mark.pos == document_at_) Refuse(source_->PlaceOf(mark), "no value begins here");
+    document_at_ = mark.pos;
+  }
   void OnDocumentEnd() override {}
 
   void OnNull(const YAML::Mark& mark, YAML::anchor_t anchor) override {
@@ -252,6 +257,7 @@ class Loader : public YAML::EventHandler {
   std::vector<Open> open_;
   std::map<YAML::anchor_t, Anchor> anchors_;
   uint64_t weight_ = 0, aliased_ = 0;
+  int document_at_ = -1;  // in what was handed out
 };
 
 }  // namespace
