@@ -84,6 +84,8 @@ int Run(int argc, char** argv) {
 }  // namespace
 }  // namespace calib
 
+// What is thrown while the program is set up or an error is told may end it.
+// NOLINTNEXTLINE(bugprone-exception-escape)
 int main(int argc, char** argv) {
   calib::EndWhenOutOfMemory();
   const int status = calib::Run(argc, argv);
