@@ -14,13 +14,14 @@
 #include "calib/console/closest.h"
 #include "calib/console/failure.h"
 #include "calib/console/out_of_memory.h"
+#include "calib/console/printable.h"
 
 namespace calib {
 namespace {
 
 int Report(const std::string& message, const std::string& remedy) {
-  std::fprintf(stderr, "calib: %s\n", message.c_str());
-  if (!remedy.empty()) std::fprintf(stderr, "  %s\n", remedy.c_str());
+  std::fprintf(stderr, "calib: %s\n", PrintableLines(message).c_str());
+  if (!remedy.empty()) std::fprintf(stderr, "  %s\n", PrintableLines(remedy).c_str());
   return kTrouble;
 }
 

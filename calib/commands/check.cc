@@ -4,6 +4,7 @@
 #include "calib/commands/commands.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
+#include "calib/console/printable.h"
 #include "calib/fields/presence.h"
 #include "calib/fields/unknown.h"
 #include "calib/formats/record_reader.h"
@@ -46,7 +47,7 @@ int Check(const Flags& flags) {
       findings = Findings(record, flags.allow_unknown);
       if (findings.empty()) Print(Summary(record));
     } catch (const Failure& malformed) {
-      findings = std::string(malformed.what()) + "\n";
+      findings = PrintableLines(malformed.what()) + "\n";
     }
     if (findings.empty()) continue;
     Print(findings);

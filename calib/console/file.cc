@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "calib/console/failure.h"
+#include "calib/console/printable.h"
 #include "calib/console/progress.h"
 #include "calib/console/temporary_file.h"
 
@@ -176,6 +177,8 @@ void WriteFile(const std::string& path, const std::string& bytes) {
 
 void Print(const std::string& text) { WriteInPlace(STDOUT_FILENO, text, OutputName("-")); }
 
-void Note(const std::string& text) { std::fprintf(stderr, "calib: %s\n", text.c_str()); }
+void Note(const std::string& text) {
+  std::fprintf(stderr, "calib: %s\n", PrintableLines(text).c_str());
+}
 
 }  // namespace calib

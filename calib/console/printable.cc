@@ -36,6 +36,15 @@ std::string Printable(const std::string& text) {
   return result;
 }
 
+std::string PrintableLines(const std::string& text) {
+  std::string result;
+  size_t begin = 0;
+  for (size_t end; (end = text.find('\n', begin)) != std::string::npos; begin = end + 1) {
+    result += Printable(text.substr(begin, end - begin)) + "\n";
+  }
+  return result + Printable(text.substr(begin));
+}
+
 size_t CountCharacters(const std::string& text) {
   return static_cast<size_t>(
       std::count_if(text.begin(), text.end(), [](char c) { return (c & 0xc0) != 0x80; }));

@@ -1,4 +1,4 @@
-// Text of a record that is shown among the program's own: it may hold anything.
+// Text of a file that is shown among the program's own: it may hold anything.
 #ifndef CALIB_CONSOLE_PRINTABLE_H_
 #define CALIB_CONSOLE_PRINTABLE_H_
 
@@ -9,6 +9,9 @@ namespace calib {
 
 // The text in UTF-8, with U+FFFD in place of control characters and of octets that are not UTF-8.
 std::string Printable(const std::string& text);
+
+// The same of each line.
+std::string PrintableLines(const std::string& text);
 
 // The number of characters of text in UTF-8.
 size_t CountCharacters(const std::string& text);

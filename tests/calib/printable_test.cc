@@ -55,5 +55,12 @@ TEST(PrintableTest, MarksWhatIsNoCharacter) {
   }
 }
 
+TEST(PrintableTest, LeavesLinesApart) {
+  EXPECT_EQ(PrintableLines(""), "");
+  EXPECT_EQ(PrintableLines("\n\n"), "\n\n");
+  EXPECT_EQ(PrintableLines("a\x1b\nb\rc\n"), "a\ufffd\nb\ufffdc\n");
+  EXPECT_EQ(PrintableLines("a\n\tb"), "a\n\ufffdb");
+}
+
 }  // namespace
 }  // namespace calib
