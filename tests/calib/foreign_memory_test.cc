@@ -98,7 +98,8 @@ TEST(ImportMemoryTest, IsBoundedByTheFileToTheTextOfTheRecord) {
   EXPECT_LE(memory.bytes(), 40 * size + 20000000) << "while it is imported";
   Encode(Format::kText, robot);
   EXPECT_LE(memory.bytes(), 40 * size + 20000000) << "while the text is made";
-  RecordProperty("bytes_per_byte", std::to_string(1.0 * memory.bytes() / size));
+  RecordProperty("bytes_per_byte",
+                 std::to_string(static_cast<double>(memory.bytes()) / static_cast<double>(size)));
 }
 
 }  // namespace
