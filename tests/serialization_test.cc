@@ -349,13 +349,9 @@ TEST(SerializationTest, EveryBitOfAVarint) {
   }
 }
 
-TEST(SerializationTest, RepeatedNumbersOfEveryCount) {
-  for (int count = 0; count < 140; ++count) {
-    SCOPED_TRACE(count);
-    CameraIntrinsics doubles;
-    FocusInfoItem floats;
-    WireWriter double_bytes;
-    WireWriter float_bytes;
+// Records with `count` doubles and floats, and their bytes.
+struct RepeatedNumbers {
+  explicit RepeatedNumbers(int count) {
     for (int i = 1; i <= count; ++i) {
       doubles.add_k(i);
       floats.add_transfer_function(static_cast<float>(i));
@@ -363,25 +359,26 @@ TEST(SerializationTest, RepeatedNumbersOfEveryCount) {
       float_bytes.Tag(FocusInfoItem::kTransferFunctionFieldNumber, kFixed32)
           .Float(static_cast<float>(i));
     }
-    ExpectWrites(doubles, double_bytes.bytes());
-    ExpectWrites(floats, float_bytes.bytes());
+  }
+
+  CameraIntrinsics doubles;
+  FocusInfoItem floats;
+  WireWriter double_bytes;
+  WireWriter float_bytes;
+};
+
+TEST(SerializationTest, RepeatedNumbersOfEveryCount) {
+  for (int count = 0; count < 140; ++count) {
+    SCOPED_TRACE(count);
+    const RepeatedNumbers numbers(count);
+    ExpectWrites(numbers.doubles, numbers.double_bytes.bytes());
+    ExpectWrites(numbers.floats, numbers.float_bytes.bytes());
   }
 }
 
 // A million of them and more go to a stream as a few do.
 TEST(SerializationTest, RepeatedNumbersInAnyNumber) {
-  constexpr int kCount = (1 << 20) + 65;
-  CameraIntrinsics doubles;
-  FocusInfoItem floats;
-  WireWriter double_bytes;
-  WireWriter float_bytes;
-  for (int i = 1; i <= kCount; ++i) {
-    doubles.add_k(i);
-    floats.add_transfer_function(static_cast<float>(i));
-    double_bytes.Tag(CameraIntrinsics::kKFieldNumber, kFixed64).Double(i);
-    float_bytes.Tag(FocusInfoItem::kTransferFunctionFieldNumber, kFixed32)
-        .Float(static_cast<float>(i));
-  }
+  const RepeatedNumbers numbers((1 << 20) + 65);
   const auto expect = [](const Message& record, const std::string& expected) {
     const int size = static_cast<int>(expected.size());
     for (const Calls* calls : BothCalls(record)) {
@@ -390,8 +387,8 @@ TEST(SerializationTest, RepeatedNumbersInAnyNumber) {
       EXPECT_TRUE(ToStream(*calls, record, size, 4096) == expected);
     }
   };
-  expect(doubles, double_bytes.bytes());
-  expect(floats, float_bytes.bytes());
+  expect(numbers.doubles, numbers.double_bytes.bytes());
+  expect(numbers.floats, numbers.float_bytes.bytes());
 }
 
 TEST(SerializationTest, DeclaredDefaultsAreWrittenWhenPresent) {

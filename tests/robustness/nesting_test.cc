@@ -36,7 +36,21 @@ std::string Groups(int number, int depth) {
   return start + end;
 }
 
-class NestingTest : public EveryEntranceTest {};
+class NestingTest : public EveryEntranceTest {
+ protected:
+  // Whether a merge from a stream of blocks of that size and with that limit answers `expected`,
+  // and at the record's end.
+  bool AnswersWithin(int limit, const std::string& bytes, int block, bool on_class,
+                     bool expected) const {
+    ArrayInputStream stream(bytes.data(), static_cast<int>(bytes.size()), block);
+    CodedInputStream input(&stream);
+    input.SetRecursionLimit(limit);
+    const std::unique_ptr<Message> record(instance_->New());
+    const bool merged =
+        on_class ? MergeOnClass(record.get(), &input) : record->MergePartialFromCodedStream(&input);
+    return merged == expected && input.ConsumedEntireMessage() == expected;
+  }
+};
 
 INSTANTIATE_TEST_SUITE_P(AllRecords, NestingTest, ::testing::ValuesIn(MessageNames()), NameOf);
 
@@ -65,14 +79,8 @@ TEST_P(NestingTest, ALimitOfTheCallers) {
         const std::string bytes = path.Wrap(Groups(100, groups));
         for (const int block : {1, 5, 4096}) {
           for (const bool on_class : {true, false}) {
-            ArrayInputStream stream(bytes.data(), static_cast<int>(bytes.size()), block);
-            CodedInputStream input(&stream);
-            input.SetRecursionLimit(limit);
-            const std::unique_ptr<Message> record(instance_->New());
-            const bool merged = on_class ? MergeOnClass(record.get(), &input)
-                                         : record->MergePartialFromCodedStream(&input);
             const bool fits = levels + groups <= limit;
-            ASSERT_TRUE(merged == fits && input.ConsumedEntireMessage() == fits)
+            ASSERT_TRUE(AnswersWithin(limit, bytes, block, on_class, fits))
                 << levels << " sub-messages, " << groups << " groups, limit " << limit
                 << ", blocks of " << block << (on_class ? ", class" : ", Message&");
           }
@@ -95,13 +103,7 @@ TEST_P(NestingTest, ALevelThatIsLeftIsGivenBack) {
     for (const int block : {1, 5, 64, 4096}) {
       for (const bool on_class : {true, false}) {
         for (const int limit : {levels, levels + 1}) {
-          ArrayInputStream stream(bytes.data(), static_cast<int>(bytes.size()), block);
-          CodedInputStream input(&stream);
-          input.SetRecursionLimit(limit);
-          const std::unique_ptr<Message> record(instance_->New());
-          const bool merged = on_class ? MergeOnClass(record.get(), &input)
-                                       : record->MergePartialFromCodedStream(&input);
-          ASSERT_EQ(merged && input.ConsumedEntireMessage(), limit > levels)
+          ASSERT_TRUE(AnswersWithin(limit, bytes, block, on_class, limit > levels))
               << levels << " sub-messages, limit " << limit << ", blocks of " << block
               << (on_class ? ", class" : ", Message&");
         }
