@@ -4,12 +4,9 @@
 # such as peer/calibration.pb.h for peer.calibration; <target>_SOURCE is set to the source. The
 # classes are made while building and live in the build folder only.
 #
-# The 3.0-series run-times have no schema compiler that could be had along with them: no library is
-# made for those. On 3.21 a protoc that is missing or of another version is an error.
+# That needs a protoc of the run-time's own version. For the system's run-time it is an error if there
+# is none; a run-time elsewhere may have come without, and then no library is made.
 function(calibration_add_peer target package)
-  if(NOT CALIBRATION_PROTOBUF_VERSION MATCHES "^3\\.21\\.")
-    return()
-  endif()
   set(version "")
   find_program(CALIBRATION_PROTOC protoc)
   if(CALIBRATION_PROTOC)
@@ -17,6 +14,9 @@ function(calibration_add_peer target package)
     string(REGEX MATCH "[0-9.]+" version "${version}")
   endif()
   if(NOT version STREQUAL CALIBRATION_PROTOBUF_VERSION)
+    if(NOT CALIBRATION_PROTOBUF_INCLUDE_DIR STREQUAL "/usr/include")
+      return()
+    endif()
     message(FATAL_ERROR "${target} needs protoc ${CALIBRATION_PROTOBUF_VERSION}, that of the "
                         "run-time in use; found '${CALIBRATION_PROTOC}' of version '${version}': "
                         "install it (Debian's package protobuf-compiler), or leave out tests and "

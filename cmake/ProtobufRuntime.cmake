@@ -8,6 +8,24 @@
 # quietly take the system's; but as part of another project, whose CMAKE_PREFIX_PATH may be there
 # for other things, the system's will do.
 
+# calibration_find(<variable> path|library <argument>...)
+#
+# Sets <variable> to what find_path() or find_library() finds, in the caller's scope alone: neither a
+# variable of a user's nor one in the cache passes for it, and none is left in the cache (NO_CACHE,
+# which CMake has from 3.21 on).
+macro(calibration_find variable kind)
+  unset(calibration_found)
+  unset(calibration_found CACHE)
+  if(${kind} STREQUAL path)
+    find_path(calibration_found ${ARGN})
+  else()
+    find_library(calibration_found ${ARGN})
+  endif()
+  set(${variable} "${calibration_found}")
+  unset(calibration_found CACHE)
+  unset(calibration_found)
+endmacro()
+
 # calibration_find_protobuf_runtime(<error> [<series>])
 #
 # Defines the imported target calibration_protobuf_runtime and sets CALIBRATION_PROTOBUF_VERSION,
@@ -15,17 +33,14 @@
 # CALIBRATION_PROTOBUF_INCLUDE_DIR. Where that cannot be done, <error> is a sentence that says why;
 # otherwise it is empty.
 #
-# The run-time binding in calibration_common/ serves two series of run-times; any other version is
-# refused here rather than by a page of compiler errors. With <series>, no other series will do: a
-# library that is built on one cannot be used with another.
+# The run-time binding in calibration_common/ serves the run-times from 3.0 to 3.21; any other
+# version is refused here rather than by a page of compiler errors. With <series>, no other series
+# will do: a library that is built on one cannot be used with another.
 function(calibration_find_protobuf_runtime error)
-  set(supported "the 3.0 series (3.0.x) and the 3.21 series (3.21.x)")
+  set(supported "the versions 3.0.0 to 3.21.12")
   set(wanted "${ARGN}")
 
-  # Variables of the caller's, cached ones too, would pass for what was found.
-  set(include_dir include_dir-NOTFOUND)
-  set(library library-NOTFOUND)
-  find_path(include_dir google/protobuf/stubs/common.h NO_CACHE)
+  calibration_find(include_dir path google/protobuf/stubs/common.h)
   if(NOT include_dir)
     string(CONCAT message "No protobuf run-time found: google/protobuf/stubs/common.h is in no "
                           "folder of CMAKE_PREFIX_PATH ('${CMAKE_PREFIX_PATH}') nor of the system; "
@@ -35,14 +50,17 @@ function(calibration_find_protobuf_runtime error)
   endif()
 
   string(REGEX REPLACE "/$" "" include_dir "${include_dir}")
-  if(PROJECT_IS_TOP_LEVEL AND CMAKE_PREFIX_PATH AND NOT wanted)
+  if(CMAKE_SOURCE_DIR STREQUAL PROJECT_SOURCE_DIR AND CMAKE_PREFIX_PATH AND NOT wanted)
     set(named FALSE)
-    file(REAL_PATH "${include_dir}" found)
+    get_filename_component(real_include_dir "${include_dir}" REALPATH)
     foreach(entry IN LISTS CMAKE_PREFIX_PATH)
       if(IS_ABSOLUTE "${entry}")
-        file(REAL_PATH "${entry}" entry)
-        cmake_path(IS_PREFIX entry "${found}" below)
-        if(below)
+        # As it is named, and with its links followed: include may be a link itself.
+        string(REGEX REPLACE "/+$" "" entry "${entry}")
+        get_filename_component(real_entry "${entry}" REALPATH)
+        string(FIND "${include_dir}/" "${entry}/" at)
+        string(FIND "${real_include_dir}/" "${real_entry}/" real_at)
+        if(at EQUAL 0 OR real_at EQUAL 0)
           set(named TRUE)
         endif()
       endif()
@@ -71,16 +89,31 @@ function(calibration_find_protobuf_runtime error)
   math(EXPR patch "${number} % 1000")
   set(version "${major}.${minor}.${patch}")
   set(series "${major}.${minor}")
+  set(own_compiler "compile calibration_common/calibration.proto with that run-time's own compiler")
   if(wanted AND NOT wanted STREQUAL series)
+    if(version VERSION_LESS 3.0)
+      set(or "")
+    elseif(version VERSION_LESS 3.22)
+      set(or ", or use a calibration_protolib that was built for ${series}")
+    else()
+      set(or ", or ${own_compiler}")
+    endif()
     string(CONCAT message "calibration_protolib was built for the protobuf run-time of the "
                           "${wanted} series; the one found in ${include_dir} is version "
                           "${version}. Name the folder of a ${wanted} run-time in "
-                          "CMAKE_PREFIX_PATH, ahead of others, or use a calibration_protolib that "
-                          "was built for ${series}.")
+                          "CMAKE_PREFIX_PATH, ahead of others${or}.")
     set(${error} "${message}" PARENT_SCOPE)
     return()
   endif()
-  if(NOT series MATCHES "^3\\.(0|21)$")
+  if(NOT version VERSION_LESS 3.22)
+    string(CONCAT message "The protobuf run-time found in ${include_dir} is version ${version}, "
+                          "whose messages are built otherwise: calibration_protolib serves "
+                          "${supported}.\n  What to do instead: ${own_compiler} "
+                          "(docs/newer-run-times.md).")
+    set(${error} "${message}" PARENT_SCOPE)
+    return()
+  endif()
+  if(version VERSION_LESS 3.0)
     string(CONCAT message "The protobuf run-time found in ${include_dir} is "
                           "version ${version}; supported are ${supported}.")
     set(${error} "${message}" PARENT_SCOPE)
@@ -88,10 +121,10 @@ function(calibration_find_protobuf_runtime error)
   endif()
 
   get_filename_component(prefix "${include_dir}" DIRECTORY)
-  find_library(
-    library protobuf
+  calibration_find(
+    library library protobuf
     PATHS "${prefix}/lib/${CMAKE_LIBRARY_ARCHITECTURE}" "${prefix}/lib64" "${prefix}/lib"
-    NO_DEFAULT_PATH NO_CACHE)
+    NO_DEFAULT_PATH)
   if(NOT library)
     string(CONCAT message "The protobuf run-time ${version} has its headers in "
                           "${include_dir} but no library libprotobuf "
@@ -100,14 +133,21 @@ function(calibration_find_protobuf_runtime error)
     return()
   endif()
 
+  # What is done once for all threads needs them: a library of its own before glibc 2.34. By name,
+  # since the target Threads::Threads is not seen by other folders.
+  set(THREADS_PREFER_PTHREAD_FLAG FALSE)
+  find_package(Threads REQUIRED)
+
   # An imported target's headers count as system headers: their warnings are not ours.
   if(NOT TARGET calibration_protobuf_runtime)
     add_library(calibration_protobuf_runtime UNKNOWN IMPORTED GLOBAL)
     set_target_properties(
-      calibration_protobuf_runtime PROPERTIES IMPORTED_LOCATION "${library}"
-                                              INTERFACE_INCLUDE_DIRECTORIES "${include_dir}")
-    # The headers of the 3.0 series do not see by themselves that there is no type information.
-    if(series STREQUAL "3.0")
+      calibration_protobuf_runtime
+      PROPERTIES IMPORTED_LOCATION "${library}"
+                 INTERFACE_INCLUDE_DIRECTORIES "${include_dir}"
+                 INTERFACE_LINK_LIBRARIES "${CMAKE_THREAD_LIBS_INIT}")
+    # Earlier headers do not see by themselves that there is no type information.
+    if(version VERSION_LESS 3.12)
       set(no_rtti "$<IN_LIST:-fno-rtti,$<TARGET_PROPERTY:COMPILE_OPTIONS>>")
       if(" ${CMAKE_CXX_FLAGS} " MATCHES " -fno-rtti ")
         set(no_rtti 1)

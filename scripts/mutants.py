@@ -152,17 +152,20 @@ class Mutant(NamedTuple):
         return re.search(pattern, "\t".join(self.described()))
 
 
-def other_series(arguments):
-    """What the names of the files end in that a build with these arguments does not use."""
+def library_files(arguments):
+    """What is compiled of calibration_common/ with these arguments: not the headers for other
+    run-times."""
     prefixes = [os.environ.get("CMAKE_PREFIX_PATH", "/usr")]
     prefixes += [a.split("=", 1)[1] for a in arguments if re.match("-DCMAKE_PREFIX_PATH[:=]", a)]
-    path = f"{prefixes[-1]}/include/google/protobuf/stubs/common.h"
-    if not os.path.exists(path):
-        sys.exit(f"mutate: there is no {path}: a protobuf run-time was expected in "
-                 f"{prefixes[-1]}, one folder")
-    with open(path, encoding="utf-8") as header:
-        is_3_0 = re.search(r"define GOOGLE_PROTOBUF_VERSION 3000", header.read())
-    return "_3_21" if is_3_0 else "_3_0"
+    include = f"{prefixes[-1]}/include"
+    if not os.path.exists(f"{include}/google/protobuf/stubs/common.h"):
+        sys.exit(f"mutate: there is no {include}/google/protobuf/stubs/common.h: a protobuf "
+                 f"run-time was expected in {prefixes[-1]}, one folder")
+    sources = [file for file in sources_below("calibration_common") if file.endswith(".cc")]
+    command = [os.environ.get("CXX", "c++"), "-std=c++17", "-MM", "-I.", f"-I{include}", *sources]
+    rules = subprocess.run(command, cwd=ROOT, check=True, stdout=subprocess.PIPE, text=True).stdout
+    return [file for file in sources_below("calibration_common")
+            if file in rules.replace("\\\n", " ").split()]
 
 
 def sources_below(top):
@@ -181,8 +184,7 @@ def pools_of(is_calib, arguments):
     """All mutants there are, in lists, each with its share in a sample."""
     if is_calib:
         return [(all_mutants(sources_below("calib"), EVERYWHERE), 1)]
-    other = other_series(arguments)
-    files = [file for file in sources_below("calibration_common") if other not in file]
+    files = library_files(arguments)
     generated = [file for file in files if ".pb." in file]
     written = [file for file in files if ".pb." not in file]
     return [(all_mutants(generated, EVERYWHERE), 1 / 2), (all_mutants(written, EVERYWHERE), 1 / 2),

@@ -35,7 +35,7 @@ configure() {
   output=$(tr -s ' \n' ' ' <<<"$output")
 }
 
-supported="supported are the 3.0 series (3.0.x) and the 3.21 series (3.21.x)."
+supported="the versions 3.0.0 to 3.21.12"
 
 # expect_refusal NAME SENTENCE [ARGUMENT...]: of configuring, with one error and these words.
 expect_refusal() {
@@ -49,20 +49,26 @@ expect_refusal() {
 
 define='#define GOOGLE_PROTOBUF_VERSION'
 
-refused=(2006001=2.6.1 3001000=3.1.0 3012004=3.12.4 3020003=3.20.3 3022000=3.22.0 4021012=4.21.12)
-for case in "${refused[@]}"; do
-  number=${case%=*} version=${case#*=}
-  make_runtime "$number" "$define $number"
+# expect_unserved NUMBER VERSION REASON: by CMake with that reason, and by the compiler.
+expect_unserved() {
+  make_runtime "$1" "$define $1"
   touch "$prefix/lib/libprotobuf.so"
-  expect_refusal "version $number" \
-    "The protobuf run-time found in $prefix/include is version $version; $supported"
+  expect_refusal "version $1" "The protobuf run-time found in $prefix/include is version $2$3"
 
   if message=$("$compiler" -std=c++17 -fsyntax-only -I "$source_folder" -isystem "$prefix/include" \
     -x c++ "$source_folder/calibration_common/runtime.h" 2>&1) ||
-    [[ $message != *"serves the protobuf run-times 3.0 and 3.21"* ]]; then
-    fail "version $number: the compiler did not refuse it as one that is not served" "$message"
+    [[ $message != *"serves the protobuf run-times 3.0 to 3.21"* ]]; then
+    fail "version $1: the compiler did not refuse it as one that is not served" "$message"
   fi
-done
+}
+
+expect_unserved 2006001 2.6.1 "; supported are $supported."
+newer=", whose messages are built otherwise: calibration_protolib serves $supported. What \
+to do instead: compile calibration_common/calibration.proto with that run-time's own compiler \
+(docs/newer-run-times.md)."
+expect_unserved 3022000 3.22.0 "$newer"
+expect_unserved 4022000 4.22.0 "$newer"
+[[ -f $source_folder/docs/newer-run-times.md ]] || fail "the page that is named is not there" ""
 
 make_runtime unknown "#define PROTOBUF_VERSION 1"
 expect_refusal "no version" "is of unknown version, since"
@@ -71,7 +77,7 @@ make_runtime headers_only "$define 3021012"
 expect_refusal "no library" "no library libprotobuf below $prefix, where it was expected."
 
 # What is refused above is refused for its version alone.
-for number in 3000000 3000002 3021000 3021012; do
+for number in 3000000 3001000 3005002 3006001 3012004 3020003 3021012; do
   make_runtime "$number" "$define $number"
   touch "$prefix/lib/libprotobuf.so"
   configure
@@ -90,6 +96,13 @@ expected an absolute folder that holds the run-time's include and lib." \
 done
 configure "-DCMAKE_PREFIX_PATH=$folder/empty;$prefix/" -DCMAKE_INCLUDE_PATH=
 ((status == 0)) || fail "the second of two folders that were named: was refused" "$output"
+mkdir "$folder/linked"
+ln -s "$prefix/include" "$folder/linked/include"
+ln -s "$prefix/lib" "$folder/linked/lib"
+configure "-DCMAKE_PREFIX_PATH=$folder/linked"
+((status == 0)) || fail "a folder whose include is a link: was refused" "$output"
+found=$(grep -E '^(include_dir|library|calibration_found)[:=]' "$prefix/build/CMakeCache.txt") || true
+[[ -z $found ]] || fail "what was found is left in the cache, for others to fall over" "$found"
 
 # ...but by a project that includes this one, which names folders for other things.
 mkdir "$folder/user"

@@ -25,7 +25,7 @@ fail() {
 }
 
 [[ -r $build/left_out_tests.txt ]] || fail "$build is not configured with tests"
-shown=$(ctest --test-dir "$build" --show-only) || fail "ctest shows no tests of $build: $shown"
+shown=$(cd "$build" && ctest --show-only) || fail "ctest shows no tests of $build: $shown"
 registered=$(sed -n 's/^ *Test *#[0-9]*: //p' <<<"$shown" | LC_ALL=C sort)
 listed=$(sed '/^#/d' "$list" | LC_ALL=C sort)
 

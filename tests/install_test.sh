@@ -149,7 +149,7 @@ case $check in
       "$(find "$folder/installed" -name calibration_protolibConfig.cmake)")
     # refusal NUMBER VERSION: of a made-up run-time.
     for case in 2006001=2.6.1 3000000=3.0.0 3001000=3.1.0 3021012=3.21.12 3022000=3.22.0 \
-      4021012=4.21.12; do
+      4022000=4.22.0; do
       number=${case%=*} found=${case#*=}
       other=$folder/$number
       mkdir -p "$other/include/google/protobuf/stubs" "$other/lib"
@@ -163,7 +163,14 @@ case $check in
         continue
       fi
       expected="calibration_protolib was built for the protobuf run-time of the $built_for series; "
-      expected+="the one found in $other/include is version $found."
+      expected+="the one found in $other/include is version $found. Name the folder of a "
+      expected+="$built_for run-time in CMAKE_PREFIX_PATH, ahead of others"
+      case $found in
+        2.*) expected+="." ;;
+        3.22.* | 4.*) expected+=", or compile calibration_common/calibration.proto with that "
+          expected+="run-time's own compiler." ;;
+        *) expected+=", or use a calibration_protolib that was built for ${found%.*}." ;;
+      esac
       ((status != 0)) || fail "$found was accepted; expected: $expected"
       [[ $output == *"$expected"* && $(grep -o 'CMake Error' <<<"$output" | wc -l) == 1 ]] ||
         fail "$found: expected one error that says: $expected $output"

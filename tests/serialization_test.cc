@@ -33,6 +33,7 @@
 #include "tests/support/random_record.h"
 #include "tests/support/records.h"
 #include "tests/support/reflect.h"
+#include "tests/support/runtime_facts.h"
 #include "tests/support/sample_values.h"
 #include "tests/support/schema_table.h"
 #include "tests/support/sizes.h"
@@ -707,11 +708,7 @@ TEST(SerializationTest, SizingByReflection) {
     SCOPED_TRACE(type.name);
     const std::unique_ptr<Message> record = FullRecord(type.name);
     const int expected = static_cast<int>(EncodeByTable(*record).size());
-#if GOOGLE_PROTOBUF_VERSION >= 3021000
-    EXPECT_EQ(record->Message::ByteSizeLong(), static_cast<size_t>(expected));
-#else
-    EXPECT_EQ(record->Message::ByteSize(), expected);
-#endif
+    EXPECT_EQ(SizeByReflection(*record), static_cast<size_t>(expected));
     EXPECT_EQ(record->GetCachedSize(), expected);
   }
 }

@@ -1,11 +1,10 @@
-// Registration and reflection on the 3.0 series (see registration.h).
+// Reflection on 3.0 and 3.1 (see registration.h): objects that we make and own, one for each
+// message.
 #ifndef ZARVO_CALIBRATION_INTERNAL_REGISTRATION_3_0_H_
 #define ZARVO_CALIBRATION_INTERNAL_REGISTRATION_3_0_H_
 
 #include <google/protobuf/generated_message_reflection.h>
 #include <google/protobuf/message.h>
-#include <google/protobuf/stubs/common.h>
-#include <google/protobuf/stubs/once.h>
 
 #include <string>
 
@@ -13,19 +12,6 @@ namespace zarvo {
 namespace calibration_internal {
 
 typedef ::google::protobuf::internal::GeneratedMessageReflection Reflection;
-
-// Ends the process unless the run-time that is loaded can serve the classes.
-inline void VerifyVersion(const char* source_path) {
-  ::google::protobuf::internal::VerifyVersion(3000000, 3000000, source_path);
-}
-
-// Runs a function once for all threads. Has no constructor: a static Once is ready before any code
-// runs.
-struct Once {
-  void Call(void (*function)()) { ::google::protobuf::GoogleOnceInit(&state, function); }
-
-  ::google::protobuf::ProtobufOnceType state;
-};
 
 // Ties one schema file's classes to the run-time's descriptors and reflection.
 template <unsigned kMessageCount, unsigned kFieldCount>

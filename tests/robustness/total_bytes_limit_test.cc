@@ -18,6 +18,7 @@
 #include "tests/robustness/every_entrance.h"
 #include "tests/support/class_calls.h"
 #include "tests/support/random_record.h"
+#include "tests/support/runtime_facts.h"
 #include "tests/support/schema_table.h"
 #include "tests/support/wire_writer.h"
 
@@ -99,9 +100,8 @@ TEST(TotalBytesLimit, ARobotOf100MegabytesInOneBlock) {
   ASSERT_EQ(bytes.size(), size_t{100} * kMegabyte);
   ArrayInputStream stream(bytes.data(), static_cast<int>(bytes.size()));
   RobotCalibration robot;
-  const bool is_3_0 = GOOGLE_PROTOBUF_VERSION < 3001000;  // 64 MiB unless told otherwise
-  EXPECT_EQ(robot.ParseFromZeroCopyStream(&stream), !is_3_0);
-  EXPECT_EQ(robot.camera_size(), is_3_0 ? 64 : 100);
+  EXPECT_EQ(robot.ParseFromZeroCopyStream(&stream), !kStreamsEndAt64MiB);
+  EXPECT_EQ(robot.camera_size(), kStreamsEndAt64MiB ? 64 : 100);
 }
 
 // A length longer than need be is read by the stream's calls, which then look at the limit; the

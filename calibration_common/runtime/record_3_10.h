@@ -1,13 +1,13 @@
-// The base class of every record on 3.21.
+// The base class of every record from 3.10 on (see runtime.h).
 //
-// 3.21 asks its messages other questions than the 3.0 series did: it parses through ParseContext
-// and writes through EpsCopyOutputStream. Record stands between Message and the classes: it
-// declares the 3.0-series virtuals, which the classes implement, and answers 3.21's own through
-// them, so that code that only knows a Message& works (record_parse_3_21.h, record_write_3_21.h).
-// Calls on a concrete class do not take that way: Record declares the run-time's parse and
-// serialize calls again, with plain bodies over the coded streams.
-#ifndef ZARVO_CALIBRATION_RECORD_3_21_H_
-#define ZARVO_CALIBRATION_RECORD_3_21_H_
+// These run-times ask their messages other questions than the 3.0 series did: they parse through
+// ParseContext and write through EpsCopyOutputStream. Record stands between Message and the
+// classes: it declares the 3.0-series virtuals, which the classes implement, and answers the
+// run-time's own through them, so that code that only knows a Message& works (record_parse_3_10.h,
+// record_write_3_10.h). Calls on a concrete class do not take that way: Record declares the
+// run-time's parse and serialize calls again, with plain bodies over the coded streams.
+#ifndef ZARVO_CALIBRATION_RUNTIME_RECORD_3_10_H_
+#define ZARVO_CALIBRATION_RUNTIME_RECORD_3_10_H_
 
 #include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/io/zero_copy_stream.h>
@@ -38,13 +38,10 @@ using ::google::protobuf::io::EpsCopyOutputStream;
 using ::google::protobuf::io::ZeroCopyInputStream;
 using ::google::protobuf::io::ZeroCopyOutputStream;
 
-// Whether the run-time lets SerializeWithCachedSizesToArray() write what has a size of -1.
-const bool kAskedToWriteTooLarge = false;
-
-class ZARVO_CALIBRATION_EXPORT Record : public Message {
+class ZARVO_CALIBRATION_EXPORT Record : public RecordSerialize {
  public:
   Record() {}
-  ~Record() override { _internal_metadata_.Delete<UnknownFieldSet>(); }
+  ~Record() override { ZARVO_CALIBRATION_DELETE_BASE_METADATA }
 
   // What the classes implement.
   virtual Message* New() const = 0;
@@ -55,8 +52,8 @@ class ZARVO_CALIBRATION_EXPORT Record : public Message {
   virtual uint8* SerializeWithCachedSizesToArray(uint8* target) const = 0;
   virtual void CopyFrom(const Message& from) = 0;
 
-  // What 3.21 asks. That of a record of 2 GiB or more is 2^32 - 1: more than the run-time writes,
-  // as is the size of a message around it.
+  // What the run-time asks. The size of a record of 2 GiB or more is 2^32 - 1: more than the
+  // run-time writes, as is the size of a message around it.
   size_t ByteSizeLong() const final { return static_cast<unsigned>(ByteSize()); }
 
   const char* _InternalParse(const char* ptr, ParseContext* context) final;
@@ -65,7 +62,7 @@ class ZARVO_CALIBRATION_EXPORT Record : public Message {
   // The run-time's calls for a whole record, on a concrete class. They accept, refuse, write and
   // report what the run-time's own do: see google/protobuf/message_lite.h.
   bool MergeFromCodedStream(CodedInputStream* input) {
-    return MergePartialFromCodedStream(input) && IsInitializedWithErrors();
+    return MergePartialFromCodedStream(input) && HasAllRequired();
   }
   bool ParseFromCodedStream(CodedInputStream* input) {
     Clear();
@@ -84,7 +81,7 @@ class ZARVO_CALIBRATION_EXPORT Record : public Message {
     return ParsePartialFromCodedStream(&decoder) && decoder.ConsumedEntireMessage();
   }
   bool MergeFromBoundedZeroCopyStream(ZeroCopyInputStream* input, int size) {
-    return MergePartialFromBoundedZeroCopyStream(input, size) && IsInitializedWithErrors();
+    return MergePartialFromBoundedZeroCopyStream(input, size) && HasAllRequired();
   }
   bool MergePartialFromBoundedZeroCopyStream(ZeroCopyInputStream* input, int size) {
     if (size < 0) return false;
@@ -102,7 +99,7 @@ class ZARVO_CALIBRATION_EXPORT Record : public Message {
     return MergePartialFromBoundedZeroCopyStream(input, size);
   }
   bool MergeFromString(const ::std::string& data) {
-    return MergeFromBytes(data) && IsInitializedWithErrors();
+    return MergeFromBytes(data) && HasAllRequired();
   }
   bool ParseFromString(const ::std::string& data) {
     Clear();
@@ -113,7 +110,7 @@ class ZARVO_CALIBRATION_EXPORT Record : public Message {
     return MergeFromBytes(data);
   }
   bool ParseFromArray(const void* data, int size) {
-    return ParsePartialFromArray(data, size) && IsInitializedWithErrors();
+    return ParsePartialFromArray(data, size) && HasAllRequired();
   }
   bool ParsePartialFromArray(const void* data, int size) {
     Clear();
@@ -234,9 +231,7 @@ class ZARVO_CALIBRATION_EXPORT Record : public Message {
   }
 
  protected:
-  // The run-time takes two messages with one ClassData for comparable; all records share this one,
-  // and CopyFrom() and MergeFrom() look at the classes themselves.
-  const ClassData* GetClassData() const final;
+  ZARVO_CALIBRATION_RECORD_CLASS_DATA
 
  private:
   enum { kFlatSize = 1 << 16 };  // up to so many bytes are written to a std::ostream at once
@@ -253,6 +248,15 @@ class ZARVO_CALIBRATION_EXPORT Record : public Message {
     if (size < 0) return false;
     CodedInputStream input(static_cast<const uint8*>(data), size);
     return MergePartialFromCodedStream(&input) && input.ConsumedEntireMessage();
+  }
+
+  // Not the run-time's own call for it, which most releases keep to themselves.
+  bool HasAllRequired() const { return IsInitialized() || ReportMissing(); }
+  __attribute__((noinline)) bool ReportMissing() const {
+    GOOGLE_LOG(ERROR) << "Can't parse message of type \"" << GetTypeName()
+                      << "\" because it is missing required fields: "
+                      << InitializationErrorString();
+    return false;
   }
 
   // Ends the process or throws, as the run-time's own calls do. Not a check of the program's debug
@@ -272,16 +276,7 @@ class ZARVO_CALIBRATION_EXPORT Record : public Message {
   }
 };
 
-// The run-time takes two messages with one ClassData for comparable; all records share this one,
-// and CopyFrom() and MergeFrom() look at the classes themselves.
-inline const Message::ClassData* Record::GetClassData() const {
-  static const ClassData data = {
-      [](Message& to, const Message& from) { static_cast<Record&>(to).CopyFrom(from); },
-      [](Message& to, const Message& from) { to.MergeFrom(from); }};
-  return &data;
-}
-
 }  // namespace calibration_internal
 }  // namespace zarvo
 
-#endif  // ZARVO_CALIBRATION_RECORD_3_21_H_
+#endif  // ZARVO_CALIBRATION_RUNTIME_RECORD_3_10_H_

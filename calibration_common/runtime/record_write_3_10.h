@@ -1,14 +1,14 @@
-// How a record is written by code that only knows it as a Message&: 3.21 hands it an
-// EpsCopyOutputStream. Inline, so that the library need not export it.
-#ifndef ZARVO_CALIBRATION_RECORD_WRITE_3_21_H_
-#define ZARVO_CALIBRATION_RECORD_WRITE_3_21_H_
+// How a record is written by code that only knows it as a Message&: from 3.10 on the run-time hands
+// it an EpsCopyOutputStream. Inline, so that the library need not export it.
+#ifndef ZARVO_CALIBRATION_RUNTIME_RECORD_WRITE_3_10_H_
+#define ZARVO_CALIBRATION_RUNTIME_RECORD_WRITE_3_10_H_
 
 #include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/io/zero_copy_stream.h>
 
 #include <memory>
 
-#include "calibration_common/record_3_21.h"
+#include "calibration_common/runtime/record_3_10.h"
 
 namespace zarvo {
 namespace calibration_internal {
@@ -75,4 +75,4 @@ inline uint8* Record::_InternalSerialize(uint8* target, EpsCopyOutputStream* str
 }  // namespace calibration_internal
 }  // namespace zarvo
 
-#endif  // ZARVO_CALIBRATION_RECORD_WRITE_3_21_H_
+#endif  // ZARVO_CALIBRATION_RUNTIME_RECORD_WRITE_3_10_H_

@@ -1,10 +1,10 @@
-// How a record is read by code that only knows it as a Message&: 3.21 hands it a ParseContext.
-// Inline, so that the library need not export it.
+// How a record is read by code that only knows it as a Message&: from 3.10 on the run-time hands it
+// a ParseContext. Inline, so that the library need not export it.
 //
 // Where the rest of the message lies in the context's block, a coded stream reads it from there.
 // Elsewhere whole fields are collected and merged, 64 KiB at a time.
-#ifndef ZARVO_CALIBRATION_RECORD_PARSE_3_21_H_
-#define ZARVO_CALIBRATION_RECORD_PARSE_3_21_H_
+#ifndef ZARVO_CALIBRATION_RUNTIME_RECORD_PARSE_3_10_H_
+#define ZARVO_CALIBRATION_RUNTIME_RECORD_PARSE_3_10_H_
 
 #include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/parse_context.h>
@@ -14,7 +14,7 @@
 #include <cstdint>
 #include <string>
 
-#include "calibration_common/record_3_21.h"
+#include "calibration_common/runtime/record_3_10.h"
 
 namespace zarvo {
 namespace calibration_internal {
@@ -165,4 +165,4 @@ inline const char* Record::MergeFieldByField(const char* ptr, ParseContext* cont
 }  // namespace calibration_internal
 }  // namespace zarvo
 
-#endif  // ZARVO_CALIBRATION_RECORD_PARSE_3_21_H_
+#endif  // ZARVO_CALIBRATION_RUNTIME_RECORD_PARSE_3_10_H_
