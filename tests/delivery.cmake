@@ -3,7 +3,8 @@
 # sanitizers in it.
 if(CALIBRATION_SANITIZE)
   calibration_left_out("the build has sanitizers"
-    install_test.* abi_test.* package_test version_test interop_test guide_test reference_test)
+    install_test.* abi_test.* package_test version_test interop_test python_* guide_test
+    reference_test)
   return()
 endif()
 
@@ -68,7 +69,9 @@ target_link_libraries(exchange PRIVATE
 # Debian's interpreter, which sees Debian's packages; another may come first in PATH.
 set(python /usr/bin/python3)
 calibration_script_test(interop_test interop/interop_test.sh
-  $<TARGET_FILE:exchange> "${PROJECT_BINARY_DIR}" "${python}")
+  $<TARGET_FILE:exchange> "${PROJECT_BINARY_DIR}" "${python}"
+  "${PROJECT_SOURCE_DIR}/python/calibration_protolib")
+add_subdirectory(python)
 
 # --- Documents ---
 set(guide_arguments "${PROJECT_SOURCE_DIR}/docs/guide.md" "${PROJECT_SOURCE_DIR}/docs/python.md"

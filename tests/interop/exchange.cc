@@ -2,6 +2,7 @@
 //
 //   exchange write FOLDER COUNT SEED    writes random records of all types
 //   exchange check FOLDER               reads the records there
+//   exchange judge FOLDER               tells of each file there whether it is a record
 //
 // A record is two files: NUMBER.TYPE.binpb, its encoding, and NUMBER.TYPE.facts, its values as
 // text, one sorted line for each: path=value. Integers and bool are decimal, floating-point values
@@ -170,6 +171,19 @@ int Check(const std::filesystem::path& folder) {
   return failures == 0 ? 0 : 1;
 }
 
+int Judge(const std::filesystem::path& folder) {
+  std::set<std::string> verdicts;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    const std::filesystem::path& path = entry.path();
+    const std::string stem = path.stem().string();  // NUMBER.TYPE
+    const bool accepted =
+        NewRecord(stem.substr(stem.find('.') + 1))->ParseFromString(ReadFile(path));
+    verdicts.insert(path.filename().string() + (accepted ? " accepted" : " refused"));
+  }
+  for (const std::string& verdict : verdicts) std::cout << verdict << "\n";
+  return 0;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -178,6 +192,8 @@ int main(int argc, char** argv) {
     return Write(argv[2], std::atoi(argv[3]), static_cast<uint32_t>(std::atoi(argv[4])));
   }
   if (command == "check" && argc == 3) return Check(argv[2]);
-  std::cerr << "usage: exchange write FOLDER COUNT SEED | exchange check FOLDER\n";
+  if (command == "judge" && argc == 3) return Judge(argv[2]);
+  std::cerr << "usage: exchange write FOLDER COUNT SEED | exchange check FOLDER | exchange judge "
+               "FOLDER\n";
   return 2;
 }

@@ -1,9 +1,9 @@
 """The Python side of the exchange (exchange.cc describes the files; interop_test.sh how it goes).
 
-    exchange.py DESCRIPTOR-SET write FOLDER COUNT SEED
-    exchange.py DESCRIPTOR-SET check FOLDER
-
-Knows the records from the descriptor set alone.
+    exchange.py write FOLDER COUNT SEED
+    exchange.py check FOLDER
+    exchange.py damage FOLDER COUNT SEED    writes broken and odd records of all types
+    exchange.py judge FOLDER                tells of each file there whether it is a record
 """
 
 import math
@@ -12,10 +12,11 @@ import random
 import struct
 import sys
 
-from google.protobuf import descriptor_pb2, message_factory
 from google.protobuf.descriptor import FieldDescriptor
 
-PACKAGE = "zarvo.calibration."
+import calibration_protolib
+from calibration_protolib import records
+
 INT32 = [-2**31, -1, 0, 1, 127, 128, 16383, 16384, 2**31 - 1]
 INT64 = INT32 + [-2**63, 2**63 - 1, 2**35]
 DOUBLES = [0.0, -0.0, 1.0, -1.5, 5e-324, 1.7976931348623157e308, math.inf, -math.inf, math.nan]
@@ -23,11 +24,19 @@ FLOATS = [0.0, -0.0, 1.0, 0.4064, 1e-45, 3.4028234663852886e38, math.inf, -math.
 LENGTHS = [0, 0, 1, 7, 20, 127, 128, 300, 16384]
 
 
-def load(path):
-    """The record classes by name, without the package."""
-    files = descriptor_pb2.FileDescriptorSet.FromString(pathlib.Path(path).read_bytes())
-    classes = message_factory.GetMessages(files.file)
-    return {name[len(PACKAGE):]: classes[name] for name in sorted(classes)}
+# What is no field, or one that no program would write so: to be put into records.
+ODD = [
+    b"\0", b"\x0c", b"\x0e", b"\x0f",  # tags: zero, the end of a group, two unknown wire types
+    b"\x0b\x0c", b"\x0b\x14", b"\x0b", b"\xa3\x06\xa0\x06\1\xa4\x06",  # groups
+    b"\x88\x80\0\1", b"\xa0\x86\x80\x80\x70\1",  # long tags
+    b"\xa0\6" + b"\xff" * 9 + b"\1", b"\xa0\6" + b"\xff" * 10 + b"\1",  # long varints
+    b"\xa2\6\2ab", b"\xa2\6\3ab", b"\xa5\6abcd", b"\xa1\6abcdefgh",  # unknown fields
+    b"\xa2\6\x82\x80\0ab", b"\xa2\6" + b"\xff" * 9 + b"\1",  # long lengths
+    b"\x0b" * 100 + b"\x0c" * 100, b"\x0b" * 101 + b"\x0c" * 101,
+    b"\x32\x10" + bytes(16), b"\x32\x0f" + bytes(15), b"\x32\1\0",  # packed runs
+    b"\x0a\x10" + bytes(16), b"\x0a\x09" + b"\x0a\7" + bytes(7), b"\x0a\0",
+    b"\x08\1", b"\x09abcdefgh", b"\x0dabcd", b"\x80\1\1", b"\x82\1\x02\x0d\0",
+]
 
 
 def fill(rng, message, percent):
@@ -109,6 +118,58 @@ def write(classes, folder, count, seed):
         (folder / f"{i}.{name}.facts").write_text(facts_text(record))
 
 
+def damage(classes, folder, count, seed):
+    rng = random.Random(seed)
+    names = list(classes)
+    for i in range(count):
+        name = names[i % len(names)]
+        record = classes[name]()
+        fill(rng, record, rng.choice([10, 25, 90]))
+        data = damaged(rng, record.SerializeToString(), record.DESCRIPTOR)
+        (folder / f"{i}.{name}.binpb").write_bytes(data)
+
+
+def damaged(rng, data, descriptor):
+    """The encoded record with one thing done to it, in it or in a sub-message."""
+    below = [field for field in descriptor.fields if field.message_type is not None]
+    if below and rng.random() < 0.4:
+        field = rng.choice(below)
+        inner = getattr(calibration_protolib, field.message_type.name)()
+        fill(rng, inner, 25)
+        inner = damaged(rng, inner.SerializeToString(), field.message_type)
+        return data + varint(field.number << 3 | 2) + varint(len(inner)) + inner
+    place = rng.randrange(len(data) + 1)
+    kind = rng.randrange(6)
+    if kind == 0:
+        return data[:place]
+    if kind == 1 and data:
+        place = rng.randrange(len(data))
+        changed = bytes([data[place] ^ 1 << rng.randrange(8)])
+        return data[:place] + changed + data[place + 1:]
+    if kind == 2:
+        return data[:place] + rng.choice(ODD) + data[place:]
+    if kind == 3:
+        return rng.choice(ODD) + data
+    return data + rng.choice(ODD)
+
+
+def varint(value):
+    if value > 0x7F:
+        return bytes([value & 0x7F | 0x80]) + varint(value >> 7)
+    return bytes([value])
+
+
+def judge(classes, folder):
+    verdicts = []
+    for path in folder.iterdir():
+        try:
+            calibration_protolib.read(path, classes[path.name.split(".")[1]])
+            verdicts.append(f"{path.name} accepted")
+        except calibration_protolib.RecordError:
+            verdicts.append(f"{path.name} refused")
+    print("\n".join(sorted(verdicts)))
+
+
 def check(classes, folder):
     count = failures = 0
     for path in sorted(folder.glob("*.binpb")):
@@ -128,11 +189,12 @@ def check(classes, folder):
 
 
 def main():
-    classes = load(sys.argv[1])
-    command, folder = sys.argv[2], pathlib.Path(sys.argv[3])
-    if command == "write":
-        return write(classes, folder, int(sys.argv[4]), int(sys.argv[5]))
-    return check(classes, folder)
+    classes = {name: getattr(calibration_protolib, name) for name in records.__all__}
+    command, folder = sys.argv[1], pathlib.Path(sys.argv[2])
+    if command in ("write", "damage"):
+        making = write if command == "write" else damage
+        return making(classes, folder, int(sys.argv[3]), int(sys.argv[4]))
+    return judge(classes, folder) if command == "judge" else check(classes, folder)
 
 
 if __name__ == "__main__":

@@ -1,0 +1,18 @@
+"""The calibration records of a robot, read and written.
+
+    from calibration_protolib import RobotCalibration, read
+
+    robot = read("robot.RobotCalibration.binpb", RobotCalibration)
+
+The record classes are those of the run-time's Python, made from the schema's descriptor set when
+the package is imported (see `records`). Their fields are used as in any protocol buffers class;
+the functions here refuse what the C++ library refuses.
+"""
+
+from .files import read, read_log, write, write_log
+from .parsing import RecordError, parse
+from .records import *
+from .records import __all__ as _record_names
+
+__all__ = ["RecordError", "parse", "read", "read_log", "write", "write_log"]
+__all__ += _record_names
