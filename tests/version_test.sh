@@ -1,5 +1,6 @@
 #!/usr/bin/env bash
-# The version stands in one place, and the changelog tells of it.
+# The version stands in one place, and in setup.py, which pip may copy away from it; and the changelog
+# tells of it.
 #
 #   version_test.sh SOURCE-FOLDER VERSION
 set -euo pipefail
@@ -17,7 +18,8 @@ newest=$(sed -n '/^## Unreleased$/d; /^## /{s///p;q}' "$source/CHANGELOG.md")
   fail "CHANGELOG.md begins with version '$newest', CMakeLists.txt says $version"
 
 # Test data may look alike; build folders may be anywhere.
-places=(CMakeLists.txt calibration_common cmake docs examples packaging protogen scripts)
+places=(CMakeLists.txt calibration_common cmake docs examples packaging protogen python scripts)
 others=$(cd "$source" && grep -rnwF "$version" "${places[@]}" --exclude='*.md' || true)
-[[ $(wc -l <<<"$others") == 1 && $others == CMakeLists.txt:* ]] ||
-  fail "expected $version in CMakeLists.txt only, found:"$'\n'"$others"
+files=$(cut -d: -f1 <<<"$others")
+[[ $files == $'CMakeLists.txt\npython/setup.py' ]] ||
+  fail "expected $version once in CMakeLists.txt and python/setup.py, found:"$'\n'"$others"
