@@ -9,11 +9,11 @@ the package is imported (see `records`). Their fields are used as in any protoco
 the functions here refuse what the C++ library refuses.
 """
 
+from . import records
 from .arrays import to_numpy
 from .files import read, read_log, write, write_log
 from .parsing import RecordError, parse
 from .records import *
-from .records import __all__ as _record_names
 
 __all__ = ["RecordError", "parse", "read", "read_log", "to_numpy", "write", "write_log"]
-__all__ += _record_names
+__all__ += records.__all__

@@ -4,7 +4,7 @@ wrong, and no other.
 
     types_test.py PYTHON-FOLDER
 
-Ends with 77, for ctest's "Skipped", where mypy or numpy is not installed.
+Ends with 77, for ctest's "Skipped", where mypy or a numpy that has types is not installed.
 """
 
 import importlib.util
@@ -28,10 +28,12 @@ def check(folder, cache, *files):
 
 
 def main():
-    missing = [package for module, package in (("mypy", "mypy"), ("numpy", "python3-numpy"))
-               if importlib.util.find_spec(module) is None]
-    if missing:
-        print(f"skipped: needs Debian's {' and '.join(missing)}")
+    if importlib.util.find_spec("mypy") is None:
+        print("skipped: needs Debian's package mypy")
+        sys.exit(77)
+    numpy = importlib.util.find_spec("numpy")
+    if numpy is None or not pathlib.Path(numpy.origin).with_name("py.typed").exists():
+        print("skipped: needs Debian's package python3-numpy, 1.20 or newer")
         sys.exit(77)
     folder = pathlib.Path(sys.argv[1]).resolve()
     with tempfile.TemporaryDirectory() as cache:
