@@ -3,6 +3,7 @@
 #   libcalibration-protolibN    Runtime; N is the number in the SONAME, so that two may be installed
 #   libcalibration-protolib-dev Development
 #   calibration-tools           Tools, if the commands are built
+#   python3-calibration-protolib Python, which only these packages have: elsewhere pip installs it
 
 if(NOT CMAKE_INSTALL_PREFIX STREQUAL "/usr")
   message(FATAL_ERROR "CALIBRATION_PACKAGES: Debian's packages install below /usr, and the folder "
@@ -17,7 +18,8 @@ endif()
 set(runtime_package "libcalibration-protolib${PROJECT_VERSION_MAJOR}")
 set(development_package libcalibration-protolib-dev)
 set(tools_package calibration-tools)
-set(packages runtime development)
+set(python_package python3-calibration-protolib)
+set(packages runtime development python)
 if(TARGET calib)
   list(APPEND packages tools)
 endif()
@@ -57,6 +59,10 @@ programs, and the schema with its descriptor set for other languages.")
 set(CPACK_DEBIAN_TOOLS_DESCRIPTION
     "${PROJECT_DESCRIPTION} (commands)
 Commands that look at, check, convert and compare files of calibration records.")
+set(CPACK_DEBIAN_PYTHON_DESCRIPTION
+    "${PROJECT_DESCRIPTION} (Python 3)
+The Python package calibration_protolib: reads and writes the records, refuses
+what the shared library refuses, and hands numbers to numpy.")
 
 # The library's dependencies are read off it. The headers are used with the run-time's headers of
 # the series that the library was built for.
@@ -71,6 +77,24 @@ set(CPACK_DEBIAN_TOOLS_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS "${PROJECT_BINARY_DIR}")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS "${runtime_package} (= ${debian_version})")
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION utils)
+
+# The Python package, with the descriptor set beside it, so that a robot needs no development files.
+set(python_folder lib/python3/dist-packages)
+install(
+  DIRECTORY "${PROJECT_SOURCE_DIR}/python/calibration_protolib"
+  DESTINATION "${python_folder}"
+  COMPONENT Python
+  PATTERN __pycache__ EXCLUDE)
+install(
+  FILES "${descriptor_set}"
+  DESTINATION "${python_folder}/calibration_protolib"
+  COMPONENT Python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_ARCHITECTURE all)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_DEPENDS "python3 (>= 3.9), python3-protobuf (>= 3.12)")
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SUGGESTS python3-numpy)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_SECTION python)
+set(CPACK_DEBIAN_PYTHON_PACKAGE_CONTROL_EXTRA
+    "${CMAKE_CURRENT_SOURCE_DIR}/python/postinst" "${CMAKE_CURRENT_SOURCE_DIR}/python/prerm")
 
 # Every package tells its license and its history.
 string(TIMESTAMP date "%a, %d %b %Y %H:%M:%S +0000" UTC)

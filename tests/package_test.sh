@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# scripts/package makes Debian packages that install with what they depend on, and the program of
-# README.md builds against them and runs.
+# scripts/package makes Debian packages that install with what they depend on, the program of
+# README.md builds against them and runs, and Python reads the record that it writes.
 #
 #   package_test.sh SOURCE-FOLDER VERSION RUN-TIME-SERIES
 #
@@ -65,12 +65,20 @@ for file in bin/calib share/man/man1/calib.1 share/bash-completion/completions/c
   [[ $contents == *" ./usr/$file"* ]] || fail "calibration-tools does not hold $file: $contents"
 done
 
+contents=$(dpkg-deb --contents "$folder/packages/python3-calibration-protolib_$version-1_all.deb")
+for file in __init__.py records.pyi py.typed calibration.desc; do
+  [[ $contents == *" ./usr/lib/python3/dist-packages/calibration_protolib/$file"* ]] ||
+    fail "python3-calibration-protolib does not hold $file: $contents"
+done
+[[ $contents != *__pycache__* ]] || fail "python3-calibration-protolib holds what Python compiled"
+
 # --- Installation ---
 
 root=$folder/root
 mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates" "$root/var/lib/dpkg/triggers"
 # What is installed on this machine, but for these packages, should they be.
-awk -v RS= -v ORS='\n\n' '!/^Package: (libcalibration-protolib|calibration-tools)/' \
+awk -v RS= -v ORS='\n\n' \
+  '!/^Package: (libcalibration-protolib|calibration-tools|python3-calibration-protolib)/' \
   /var/lib/dpkg/status >"$root/var/lib/dpkg/status"
 echo 1 >"$root/var/lib/dpkg/info/format"
 quietly fakeroot dpkg --root="$root" --no-triggers --force-not-root --force-script-chrootless \
@@ -94,6 +102,13 @@ rm "$folder"/*.binpb
 (cd "$folder/robot" && quietly bash -c "$command")
 (cd "$folder" && robot/robot) || fail "the program built with pkg-config failed"
 expect_record "$folder"
+
+cat >"$folder/read.py" <<END
+from calibration_protolib import RobotCalibration, descriptor_set, read
+assert str(descriptor_set.find()).startswith("$root/usr/lib/python3/"), descriptor_set.find()
+assert read("$folder/robot.RobotCalibration.binpb", RobotCalibration).camera[0].name == "cam0"
+END
+PYTHONPATH=$root/usr/lib/python3/dist-packages quietly /usr/bin/python3 -B "$folder/read.py"
 
 # Removing takes away all that was installed.
 quietly fakeroot dpkg --root="$root" --no-triggers --force-not-root --force-script-chrootless \
