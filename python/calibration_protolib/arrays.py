@@ -49,7 +49,7 @@ def to_numpy(record: Message, field: str) -> "Array":
         raise ValueError(f"{record.DESCRIPTOR.name} has no field '{field}'")
     if descriptor.full_name == _IMAGE:
         return _rows(record)
-    if descriptor.label == FieldDescriptor.LABEL_REPEATED:
+    if wire.is_repeated(descriptor):
         if descriptor.type in _DTYPES:
             values = getattr(record, field)
             return numpy.fromiter(values, dtype=_DTYPES[descriptor.type], count=len(values))

@@ -7,6 +7,7 @@ some broken input pass, each its own.
 from typing import Any, Dict, Optional, Tuple
 
 from google.protobuf.descriptor import Descriptor, FieldDescriptor
+from google.protobuf.descriptor_pb2 import FieldDescriptorProto
 
 # How many levels of sub-messages and groups may lie below the record, as in C++.
 DEPTH_LIMIT = 100
@@ -49,9 +50,15 @@ def _table_of(descriptor: Descriptor) -> _Table:
                 table[field.number] = _table_of(field.message_type)
             elif field.type in (FieldDescriptor.TYPE_STRING, FieldDescriptor.TYPE_BYTES):
                 continue
-            elif field.label == FieldDescriptor.LABEL_REPEATED:
+            elif is_repeated(field):
                 table[field.number] = _FIXED_SIZE.get(field.type)
     return table
+
+
+def is_repeated(field: FieldDescriptor) -> bool:
+    """Releases of the run-time from 6.31 on have is_repeated, and from 7 on no label."""
+    known = getattr(field, "is_repeated", None)
+    return field.label == FieldDescriptorProto.LABEL_REPEATED if known is None else bool(known)
 
 
 def read_varint(data: bytes, position: int, end: int) -> Tuple[int, int]:

@@ -40,14 +40,16 @@ in_python write from_python 200 "$seed"
 
 in_python damage damaged 6000 "$seed"
 "$program" judge "$folder/damaged" >"$folder/cc_verdicts" 2>"$folder/log"
-in_python judge damaged >"$folder/python_verdicts" 2>"$folder/log"
-PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=python in_python judge damaged \
-  >"$folder/pure_python_verdicts" 2>"$folder/log"
+for implementation in default python; do
+  [[ $implementation == default ]] || export PROTOCOL_BUFFERS_PYTHON_IMPLEMENTATION=$implementation
+  in_python judge damaged >"$folder/${implementation}_verdicts" 2>"$folder/log" ||
+    fail "Python ($implementation) does not judge: $(tail -n 5 "$folder/log")"
+done
 for verdict in accepted refused; do
   (($(grep -c " $verdict$" "$folder/cc_verdicts") > 1000)) || fail "too few records are $verdict"
 done
-difference=$(diff "$folder/cc_verdicts" "$folder/python_verdicts") ||
+difference=$(diff "$folder/cc_verdicts" "$folder/default_verdicts") ||
   fail "C++ (<) and Python (>) do not accept the same:"$'\n'"$difference"
-accepted=$(grep -h " accepted$" "$folder/pure_python_verdicts" |
-  comm -23 - <(grep " accepted$" "$folder/cc_verdicts"))
+accepted=$(grep -h " accepted$" "$folder/python_verdicts" |
+  LC_ALL=C comm -23 - <(grep " accepted$" "$folder/cc_verdicts"))
 [[ -z $accepted ]] || fail "Python without C++ accepts what C++ refuses:"$'\n'"$accepted"

@@ -4,12 +4,15 @@ import io
 import os
 import pathlib
 import pickle
+import subprocess
+import sys
 import tempfile
+import types
 import unittest
 
 import calibration_protolib
 from calibration_protolib import (FocusCheckProto, RecordError, RobotCalibration, parse, parsing,
-                                  read, read_log, write, write_log)
+                                  read, read_log, wire, write, write_log)
 
 
 def complete():
@@ -44,6 +47,24 @@ class Classes(unittest.TestCase):
 
     def test_defaults(self):
         self.assertAlmostEqual(calibration_protolib.BaseCalibrationProto().wheel_base, 0.4064)
+
+    def test_they_are_made_by_either_name_that_the_run_time_has_for_it(self):
+        program = """
+from google.protobuf import descriptor_pb2, message_factory
+make = getattr(message_factory, "GetMessageClass", None) or \\
+    message_factory.MessageFactory().GetPrototype
+message_factory.GetMessageClass = make
+message_factory.MessageFactory = None
+from calibration_protolib import RobotCalibration, parse
+print(parse(b"\\x0a\\x02\\x2a\\0", RobotCalibration).camera[0].HasField("name"))
+"""
+        self.assertEqual(subprocess.check_output([sys.executable, "-c", program]), b"True\n")
+
+    def test_repeated_fields_are_known_by_either_name_that_the_run_time_has_for_it(self):
+        for fields in ({"is_repeated": True}, {"label": 3}, {"is_repeated": True, "label": 1}):
+            self.assertTrue(wire.is_repeated(types.SimpleNamespace(**fields)))
+        for fields in ({"is_repeated": False}, {"label": 1}, {"label": 2}):
+            self.assertFalse(wire.is_repeated(types.SimpleNamespace(**fields)))
 
     def test_pickle(self):
         self.assertEqual(pickle.loads(pickle.dumps(complete())), complete())

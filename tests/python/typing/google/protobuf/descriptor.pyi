@@ -7,7 +7,6 @@ class Descriptor:
     fields_by_name: Dict[str, FieldDescriptor]
 
 class FieldDescriptor:
-    LABEL_REPEATED: int
     TYPE_BYTES: int
     TYPE_DOUBLE: int
     TYPE_FLOAT: int
