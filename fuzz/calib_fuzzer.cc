@@ -5,7 +5,6 @@
 // CALIB_READER names the reader that this target is about; see kReaders.
 #include <google/protobuf/message.h>
 
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
@@ -32,20 +31,10 @@ using zarvo::calibration::testing::Require;
 
 constexpr char kFile[] = "fuzz.file";
 
-// What calib notes on standard error goes nowhere as long as this lives.
-class SilentNotes {
- public:
-  SilentNotes() : before_(stderr) {
-    static std::FILE* const nowhere = std::fopen("/dev/null", "w");
-    stderr = nowhere;
-  }
-  ~SilentNotes() { stderr = before_; }
-  SilentNotes(const SilentNotes&) = delete;
-  SilentNotes& operator=(const SilentNotes&) = delete;
-
- private:
-  std::FILE* const before_;
-};
+void CheckLeftover(const Leftover& leftover) {
+  Require(leftover.place.compare(0, sizeof kFile - 1, kFile) == 0, "a leftover has a place");
+  Require(!leftover.what.empty(), "a leftover is told");
+}
 
 // Whether the call is not refused.
 template <typename Call>
@@ -137,27 +126,30 @@ void ReadTree(const std::string& input) {
 }
 
 void ImportOneCamchain(const std::vector<Foreign>& files, RobotCalibration* robot) {
-  ImportCamchain(files[0], robot);
+  ImportCamchain(files[0], nullptr, robot);
 }
 void ImportOneCameraInfo(const std::vector<Foreign>& files, RobotCalibration* robot) {
-  ImportCameraInfo(files[0], robot);
+  ImportCameraInfo(files[0], nullptr, robot);
+}
+
+void ImportAnyOpenCv(const std::vector<Foreign>& files, RobotCalibration* robot) {
+  ImportOpenCv(files, nullptr, robot);
 }
 
 // A form feed stands between the two files of a stereo calibration.
 template <void (*import)(const std::vector<Foreign>& files, RobotCalibration* robot)>
 void Import(const std::string& input) {
-  const SilentNotes silent;
   RobotCalibration robot;
   const bool imported = Try([&] {
     const size_t end = input.find('\f');
     std::vector<Foreign> files = {Foreign::Parse(kFile, input.substr(0, end))};
     if (end != std::string::npos) files.push_back(Foreign::Parse(kFile, input.substr(end + 1)));
     import(files, &robot);
-    for (const Foreign& file : files) file.Report();
+    for (const Foreign& file : files) file.ForEachLeftover(CheckLeftover);
   });
   if (!imported) return;
   for (const char* type : {"RobotCalibration", "CameraCalibration", "CameraIntrinsics"}) {
-    Try([&] { CheckReadsBack(ImportedRecord(kFile, RecordType(type), robot)); });
+    Try([&] { CheckReadsBack(ImportedRecord(kFile, RecordType(type), robot, CheckLeftover)); });
   }
 }
 
@@ -171,7 +163,7 @@ constexpr Reader kReaders[] = {{"yaml", ReadTree<LoadYaml>},
                                {"xml", ReadTree<LoadXml>},
                                {"camchain", Import<ImportOneCamchain>},
                                {"camera_info", Import<ImportOneCameraInfo>},
-                               {"file_storage", Import<ImportOpenCv>},
+                               {"file_storage", Import<ImportAnyOpenCv>},
                                {"binary", ReadRecord<Format::kBinary>},
                                {"text", ReadRecord<Format::kText>},
                                {"json", ReadRecord<Format::kJson>}};

@@ -98,7 +98,12 @@ void Foreign::Refuse(const std::string& what, const std::string& remedy) const {
 }
 
 void Foreign::Remark(const std::string& what) const {
-  notebook_->remarks.emplace(tree().line(index_), Place() + what);
+  notebook_->remarks.emplace(tree().line(index_), Leftover{Place(), what});
+}
+
+void Foreign::Lose(const std::string& why) const {
+  notebook_->used.insert(path_);
+  notebook_->remarks.emplace(tree().line(index_), Leftover{Place(), why, true});
 }
 
 std::string Foreign::NotKeptText(const std::string& why) const {
@@ -163,6 +168,31 @@ void Foreign::RefuseAmbiguous() const {
   Refuse("is " + Spell() +
              ", which is octal for some readers and decimal for others: it begins with 0",
          "Write it without the leading zero.");
+}
+
+std::string Foreign::Peek() const {
+  return IsText() ? std::string(tree().text(index_)) : std::string();
+}
+
+bool Foreign::IsZero() const {
+  double number = 1;
+  switch (tree().kind(index_)) {
+    case Kind::kText:
+      return ReadNumber(Peek(), &number) && number == 0;
+    case Kind::kList: {
+      Index element = tree().First(index_);
+      for (uint32_t left = tree().items(index_); left > 0; --left, element = tree().Next(element)) {
+        if (!Element(element, 0).IsZero()) return false;
+      }
+      return true;
+    }
+    case Kind::kMap: {
+      const std::optional<Foreign> data = Find({"data"});
+      return data && data->IsZero();
+    }
+    default:
+      return true;
+  }
 }
 
 double Foreign::Number() const {
@@ -251,29 +281,35 @@ std::vector<double> Foreign::Rows(size_t rows, size_t columns) const {
   return numbers;
 }
 
+bool Foreign::IsUsed() const {
+  return notebook_->used.count(path_) != 0 || (tree().kind(index_) == Kind::kMap && AnyUsedBelow());
+}
+
 bool Foreign::AnyUsedBelow() const {
   const auto next = notebook_->used.lower_bound(path_ + ".");
   return path_.empty() ||
          (next != notebook_->used.end() && next->compare(0, path_.size() + 1, path_ + ".") == 0);
 }
 
-void Foreign::ReportUnused(Remarks::const_iterator* next) const {
+void Foreign::ForEachUnused(const LeftoverVisitor& visit, Remarks::const_iterator* next) const {
   if (notebook_->used.count(path_) != 0) return;
   if (tree().kind(index_) == Kind::kMap && AnyUsedBelow()) {
-    ForEachEntry([next](const std::string&, const Foreign& value) { value.ReportUnused(next); });
+    ForEachEntry([&visit, next](const std::string&, const Foreign& value) {
+      value.ForEachUnused(visit, next);
+    });
     return;
   }
   const Remarks& remarks = notebook_->remarks;
   for (; *next != remarks.end() && (*next)->first <= tree().line(index_); ++*next) {
-    Note((*next)->second);
+    visit((*next)->second);
   }
-  Note(Place() + NotKeptText("no field of a record holds it"));
+  visit({Place(), NotKeptText("no field of a record holds it")});
 }
 
-void Foreign::Report() const {
+void Foreign::ForEachLeftover(const LeftoverVisitor& visit) const {
   Remarks::const_iterator next = notebook_->remarks.begin();
-  ReportUnused(&next);
-  for (; next != notebook_->remarks.end(); ++next) Note(next->second);
+  ForEachUnused(visit, &next);
+  for (; next != notebook_->remarks.end(); ++next) visit(next->second);
 }
 
 }  // namespace calib

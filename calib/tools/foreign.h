@@ -1,6 +1,6 @@
 // A file that another tool wrote, value by value, in YAML or in OpenCV's XML. Reading a value marks
-// it as used; what nobody used is left for Report(), so that an importer cannot drop anything
-// silently. Every complaint names the file, the line, the column and the value's path.
+// it as used; what nobody used is visited by ForEachLeftover(), so that an importer cannot drop
+// anything silently. Every complaint names the file, the line, the column and the value's path.
 #ifndef CALIB_TOOLS_FOREIGN_H_
 #define CALIB_TOOLS_FOREIGN_H_
 
@@ -14,6 +14,7 @@
 #include <vector>
 
 #include "calib/tools/foreign_tree.h"
+#include "calib/tools/leftovers.h"
 
 namespace calib {
 
@@ -23,6 +24,15 @@ class Foreign {
   static Foreign Parse(const std::string& file, std::string text);
 
   const std::string& path() const { return path_; }
+
+  // A look at the value that does not mark it as used.
+  bool IsText() const { return tree().kind(index_) == ForeignTree::Kind::kText; }
+  std::string Peek() const;  // the text; "" if it is none
+  bool IsUsed() const;       // or what is in it
+  // Whether it is nothing but numbers that are 0, in a list or as the data of a matrix.
+  bool IsZero() const;
+  // What it is, as short as a message wants it.
+  std::string Spell() const;
 
   // Visits the entries of a map. Throws Failure if it is none, or has a key twice.
   void ForEachEntry(
@@ -41,16 +51,18 @@ class Foreign {
   std::vector<double> Rows(size_t rows, size_t columns) const;
 
   [[noreturn]] void Refuse(const std::string& what, const std::string& remedy) const;
-  // A remark is for the user to know; NotKept() makes one that the record does not have the value.
+  // A remark is for the user to know; NotKept() makes one that the record does not have the value,
+  // Lose() one that it has another lens for that, and that the value counts as used.
   void Remark(const std::string& what) const;
   void NotKept(const std::string& why) const;
-  // Prints all remarks, and NotKept() for what in and below this value was not used, topmost values
-  // only: at the end, so that a file that is refused is not commented on as well.
-  void Report() const;
+  void Lose(const std::string& why) const;
+  // Visits all remarks, and makes NotKept() of what in and below this value was not used, topmost
+  // values only.
+  void ForEachLeftover(const LeftoverVisitor& visit) const;
 
  private:
   using Index = ForeignTree::Index;
-  using Remarks = std::multimap<int, std::string>;  // by line
+  using Remarks = std::multimap<int, Leftover>;  // by line
   // What is common to all values of a file.
   struct Notebook {
     ForeignTree tree;
@@ -62,9 +74,6 @@ class Foreign {
   Foreign(std::string file, std::string path, Index index, std::shared_ptr<Notebook> notebook);
 
   const ForeignTree& tree() const { return notebook_->tree; }
-  bool IsText() const { return tree().kind(index_) == ForeignTree::Kind::kText; }
-  // What was found, as short as a message wants it.
-  std::string Spell() const;
   std::string Place() const;
   std::string NotKeptText(const std::string& why) const;
   Foreign Entry(Index entry) const;
@@ -73,8 +82,8 @@ class Foreign {
   void RefuseAmbiguous() const;
   void CheckKeys() const;
   bool AnyUsedBelow() const;
-  // Prints what was not used, and the remarks on lines up to there, from `next` on.
-  void ReportUnused(Remarks::const_iterator* next) const;
+  // Visits what was not used, and the remarks on lines up to there, from `next` on.
+  void ForEachUnused(const LeftoverVisitor& visit, Remarks::const_iterator* next) const;
 
   std::string file_, path_;
   Index index_;  // in the notebook's tree

@@ -4,7 +4,9 @@
 #include <cstdint>
 #include <limits>
 
+#include "calib/console/number.h"
 #include "calib/tools/import_common.h"
+#include "calib/tools/import_lens.h"
 #include "calib/tools/importers.h"
 
 namespace calib {
@@ -19,50 +21,46 @@ bool IsCameraKey(const std::string& key) {
          key.find_first_not_of("0123456789", 3) == std::string::npos;
 }
 
-struct Model {
-  const char* name;
-  size_t numbers_before_fx;
-};
-constexpr Model kModels[] = {{"pinhole", 0}, {"omni", 1}, {"eucm", 2}, {"ds", 2}};
-
-void StoreProjection(const Foreign& chain, CameraIntrinsics* intrinsics) {
-  const Foreign model = chain.At({"camera_model"}), list = chain.At({"intrinsics"});
-  const std::string name = model.Text();
-  for (const Model& known : kModels) {
-    if (name != known.name) continue;
-    const std::vector<double> numbers = list.Numbers();
-    if (numbers.size() != known.numbers_before_fx + 4) {
-      list.Refuse("has " + std::to_string(numbers.size()) + " numbers, but camera_model " + name +
-                      " takes " + std::to_string(known.numbers_before_fx + 4),
-                  "Check which of the two is wrong, and correct it.");
-    }
-    model.NotKept("a record does not tell the camera model");
-    if (known.numbers_before_fx > 0) {
-      list.Remark("the last four are kept, but not those before, which belong to " + name);
-    }
-    intrinsics->set_fx(numbers[known.numbers_before_fx]);
-    intrinsics->set_fy(numbers[known.numbers_before_fx + 1]);
-    intrinsics->set_skew(0);
-    intrinsics->set_cx(numbers[known.numbers_before_fx + 2]);
-    intrinsics->set_cy(numbers[known.numbers_before_fx + 3]);
-    return;
+// What belongs to a lens and stands before fx, as in "xi is 1.58".
+void LoseParameters(const Foreign& list, const std::vector<double>& numbers,
+                    const LensModel& model) {
+  std::string lost;
+  for (size_t i = 0; i < model.parameters.size(); ++i) {
+    if (numbers[i] == 0) continue;
+    lost += (lost.empty() ? "" : " and ") + model.parameters[i] + " is " + Shortest(numbers[i]);
   }
-  model.Refuse("'" + name + "' is no camera model", "Known are pinhole, omni, eucm and ds.");
+  if (!lost.empty()) list.Lose(lost + ", of " + model.name + ", which no field of a record holds");
 }
 
-void StoreNamedDistortion(const Foreign& chain, CameraIntrinsics* intrinsics) {
-  const std::optional<Foreign> model = chain.Find({"distortion_model"});
-  const std::optional<Foreign> list = chain.Find({"distortion_coeffs"});
-  if (!model || !list) return;
-  const std::string name = model->Text();
-  model->NotKept("a record does not tell the distortion model");
-  if (name == "radtan") {
-    StoreDistortion(*list, list->Numbers(), CoefficientOrder::kBrown, {4}, intrinsics);
-  } else if (name == "equidistant" || name == "equi") {
-    StoreDistortion(*list, list->Numbers(), CoefficientOrder::kFisheye, {4}, intrinsics);
-  } else if (name == "none") {
-    StoreDistortion(*list, list->Numbers(), CoefficientOrder::kFisheye, {0}, intrinsics);
-  }  // of others, the coefficients are reported as not kept
+void StoreProjection(const Foreign& chain, CameraIntrinsics* intrinsics) {
+  const Foreign name = chain.At({"camera_model"}), list = chain.At({"intrinsics"});
+  const LensModel* model = FindLensModel(name.Text());
+  if (model == nullptr) {
+    name.Refuse(name.Spell() + " is no camera model", "Known are pinhole, omni, eucm and ds.");
+  }
+  const size_t before_fx = model->parameters.size();
+  const std::vector<double> numbers = list.Numbers();
+  if (numbers.size() != before_fx + 4) {
+    list.Refuse("has " + std::to_string(numbers.size()) + " numbers, but camera_model " +
+                    name.Peek() + " takes " + std::to_string(before_fx + 4),
+                "Check which of the two is wrong, and correct it.");
+  }
+  LoseParameters(list, numbers, *model);
+  intrinsics->set_fx(numbers[before_fx]);
+  intrinsics->set_fy(numbers[before_fx + 1]);
+  intrinsics->set_skew(0);
+  intrinsics->set_cx(numbers[before_fx + 2]);
+  intrinsics->set_cy(numbers[before_fx + 3]);
+}
+
+void StoreDistortion(const Foreign& chain, const LensModel* chosen, CameraIntrinsics* intrinsics) {
+  const LensImport lens({chain}, chosen);
+  if (const auto list = chain.Find({"distortion_coeffs"})) {
+    lens.Store(*list, list->Numbers(), intrinsics);
+  } else {
+    lens.StoreNone();
+  }
+  lens.LoseUnread();
 }
 
 // A camera has one set of extrinsics. Where it sits relative to the IMU says the same for every
@@ -82,10 +80,10 @@ bool IsPixelCount(double number) {
          number == std::floor(number);
 }
 
-void StoreCamera(const Foreign& chain, CameraCalibration* camera) {
+void StoreCamera(const Foreign& chain, const LensModel* lens, CameraCalibration* camera) {
   CameraIntrinsics* intrinsics = camera->mutable_intrinsics();
   StoreProjection(chain, intrinsics);
-  StoreNamedDistortion(chain, intrinsics);
+  StoreDistortion(chain, lens, intrinsics);
   const Foreign resolution = chain.At({"resolution"});
   const std::vector<double> size = resolution.Numbers();
   if (size.size() != 2 || !IsPixelCount(size[0]) || !IsPixelCount(size[1])) {
@@ -98,12 +96,13 @@ void StoreCamera(const Foreign& chain, CameraCalibration* camera) {
 
 }  // namespace
 
-void ImportCamchain(const Foreign& file, zarvo::calibration::RobotCalibration* robot) {
-  file.ForEachEntry([robot](const std::string& key, const Foreign& chain) {
+void ImportCamchain(const Foreign& file, const LensModel* lens,
+                    zarvo::calibration::RobotCalibration* robot) {
+  file.ForEachEntry([lens, robot](const std::string& key, const Foreign& chain) {
     if (!IsCameraKey(key)) return;
     CameraCalibration* camera = robot->add_camera();
     camera->set_name(key);
-    StoreCamera(chain, camera);
+    StoreCamera(chain, lens, camera);
   });
   if (robot->camera_size() == 0) {
     file.Refuse("has no cam0", "Check that --from names the tool that wrote the file.");

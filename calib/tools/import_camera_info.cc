@@ -1,6 +1,7 @@
 // ROS camera_info: the files of the camera calibrator and of camera_info_manager, and messages as
 // rostopic and ros2 topic print them, which have other keys and lists in place of matrices.
 #include "calib/tools/import_common.h"
+#include "calib/tools/import_lens.h"
 #include "calib/tools/importers.h"
 
 namespace calib {
@@ -15,24 +16,16 @@ std::vector<double> Elements(const Foreign& value, bool message, int32_t rows, i
   return message ? value.Numbers() : MatrixData(value, rows, columns, 1);
 }
 
-void StoreNamedDistortion(const Foreign& file, bool message, CameraIntrinsics* intrinsics) {
-  const std::optional<Foreign> list =
-      message ? file.Find({"D", "d"}) : file.Find({"distortion_coefficients"});
-  const std::optional<Foreign> model = file.Find({"distortion_model"});
-  if (!list) return;
-  // Files from before there was a choice do not name the model.
-  const std::string name = model ? model->Text() : "plumb_bob";
-  if (model) model->NotKept("a record does not tell the distortion model");
-  if (name == "plumb_bob") {
-    StoreDistortion(*list, Elements(*list, message, 0, 0), CoefficientOrder::kBrown, {4, 5},
-                    intrinsics);
-  } else if (name == "rational_polynomial") {
-    StoreDistortion(*list, Elements(*list, message, 0, 0), CoefficientOrder::kBrown, {8, 12, 14},
-                    intrinsics);
-  } else if (name == "equidistant") {
-    StoreDistortion(*list, Elements(*list, message, 0, 0), CoefficientOrder::kFisheye, {4},
-                    intrinsics);
-  }  // of others, the coefficients are reported as not kept
+void StoreDistortion(const Foreign& file, bool message, const LensModel* chosen,
+                     CameraIntrinsics* intrinsics) {
+  const LensImport lens({file}, chosen);
+  if (const auto list = message ? file.Find({"D", "d"}) : file.Find({"distortion_coefficients"})) {
+    lens.Store(*list, Elements(*list, message, 0, 0), intrinsics);
+  } else {
+    lens.StoreNone();
+  }
+  lens.LoseParameters();
+  lens.LoseUnread();
 }
 
 void StoreRegion(const Foreign& message, CameraIntrinsics* intrinsics) {
@@ -49,13 +42,14 @@ void StoreRegion(const Foreign& message, CameraIntrinsics* intrinsics) {
 
 }  // namespace
 
-void ImportCameraInfo(const Foreign& file, zarvo::calibration::RobotCalibration* robot) {
+void ImportCameraInfo(const Foreign& file, const LensModel* lens,
+                      zarvo::calibration::RobotCalibration* robot) {
   const bool message = file.Find({"K", "k"}).has_value();
   CameraCalibration* camera = robot->add_camera();
   CameraIntrinsics* intrinsics = camera->mutable_intrinsics();
   const Foreign matrix = message ? file.At({"K", "k"}) : file.At({"camera_matrix"});
   StoreCameraMatrix(matrix, Elements(matrix, message, 3, 3), intrinsics);
-  StoreNamedDistortion(file, message, intrinsics);
+  StoreDistortion(file, message, lens, intrinsics);
   intrinsics->set_width(file.At({message ? "width" : "image_width"}).Count());
   intrinsics->set_height(file.At({message ? "height" : "image_height"}).Count());
   if (message) StoreRegion(file, intrinsics);

@@ -1,7 +1,5 @@
 #include "calib/tools/import_common.h"
 
-#include <algorithm>
-
 namespace calib {
 
 using zarvo::calibration::CameraIntrinsics;
@@ -59,26 +57,6 @@ void StoreTransform(const Foreign& origin, const std::vector<double>& matrix,
   }
   for (const double element : matrix) extrinsics->add_a(element);
   origin.Remark("kept as extrinsics, 4x4 by rows; not that it maps " + frames);
-}
-
-void StoreDistortion(const Foreign& origin, const std::vector<double>& list, CoefficientOrder order,
-                     const std::vector<size_t>& sizes, CameraIntrinsics* intrinsics) {
-  if (std::find(sizes.begin(), sizes.end(), list.size()) == sizes.end()) {
-    std::string expected;
-    for (const size_t size : sizes) {
-      expected += (expected.empty() ? "" : " or ") + std::to_string(size);
-    }
-    origin.Refuse("has " + std::to_string(list.size()) + " coefficients, expected " + expected,
-                  "Check it against the distortion model that the file names.");
-  }
-  for (size_t i = 0; i < std::min<size_t>(list.size(), 8); ++i) {
-    const bool tangential = order == CoefficientOrder::kBrown && (i == 2 || i == 3);
-    tangential ? intrinsics->add_p(list[i]) : intrinsics->add_k(list[i]);
-  }
-  if (list.size() > 8) {
-    origin.Remark("kept but for [8] to [" + std::to_string(list.size() - 1) +
-                  "], the thin prism and tilt, which k and p do not hold");
-  }
 }
 
 }  // namespace calib

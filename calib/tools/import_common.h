@@ -27,18 +27,6 @@ void StoreCameraMatrix(const Foreign& origin, const std::vector<double>& matrix,
 void StoreTransform(const Foreign& origin, const std::vector<double>& matrix,
                     const std::string& frames, zarvo::calibration::CameraExtrinsics* extrinsics);
 
-// The order that distortion coefficients are listed in.
-enum class CoefficientOrder {
-  kBrown,   // k1 k2 p1 p2 [k3 [k4 k5 k6 [s1 s2 s3 s4 [tx ty]]]]; only k and p have a field
-  kFisheye  // k1 k2 k3 k4
-};
-
-// Stores k and p of a list that was read from `origin`. Throws Failure if its length is none of
-// `sizes`.
-void StoreDistortion(const Foreign& origin, const std::vector<double>& list, CoefficientOrder order,
-                     const std::vector<size_t>& sizes,
-                     zarvo::calibration::CameraIntrinsics* intrinsics);
-
 }  // namespace calib
 
 #endif  // CALIB_TOOLS_IMPORT_COMMON_H_

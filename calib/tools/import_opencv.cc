@@ -3,6 +3,7 @@
 #include "calib/tools/import_opencv.h"
 
 #include "calib/tools/import_common.h"
+#include "calib/tools/import_lens.h"
 #include "calib/tools/importers.h"
 
 namespace calib {
@@ -68,16 +69,22 @@ void StoreSamples(const Foreign& file, CameraIntrinsics* intrinsics) {
 const std::vector<std::string> kMatrixKeys = {"camera_matrix", "Camera_Matrix", "cameraMatrix",
                                               "K"};
 
-void ImportCamera(const Foreign& file, CameraIntrinsics* intrinsics) {
-  const Foreign matrix = file.At(kMatrixKeys);
-  StoreCameraMatrix(matrix, OpenCvMatrix(matrix, 3, 3, 1), intrinsics);
-  const auto fisheye = file.Find({"fisheye_model"});
-  const bool is_fisheye = fisheye && fisheye->Count() != 0;
-  if (fisheye) fisheye->NotKept("a record does not tell the distortion model");
+void StoreDistortion(const Foreign& file, const LensModel* chosen, CameraIntrinsics* intrinsics) {
+  const LensImport lens({file}, chosen);
   if (const auto list =
           file.Find({"distortion_coefficients", "Distortion_Coefficients", "distCoeffs", "D"})) {
-    StoreOpenCvDistortion(*list, is_fisheye, intrinsics);
+    lens.Store(*list, OpenCvMatrix(*list, 0, 0, 1), intrinsics);
+  } else {
+    lens.StoreNone();
   }
+  lens.LoseParameters();
+  lens.LoseUnread();
+}
+
+void ImportCamera(const Foreign& file, const LensModel* lens, CameraIntrinsics* intrinsics) {
+  const Foreign matrix = file.At(kMatrixKeys);
+  StoreCameraMatrix(matrix, OpenCvMatrix(matrix, 3, 3, 1), intrinsics);
+  StoreDistortion(file, lens, intrinsics);
   if (const auto width = file.Find({"image_width", "image_Width"})) {
     intrinsics->set_width(width->Count());
   }
@@ -92,22 +99,15 @@ void ImportCamera(const Foreign& file, CameraIntrinsics* intrinsics) {
 
 }  // namespace
 
-void StoreOpenCvDistortion(const Foreign& list, bool fisheye, CameraIntrinsics* intrinsics) {
-  const std::vector<size_t> sizes =
-      fisheye ? std::vector<size_t>{4} : std::vector<size_t>{4, 5, 8, 12, 14};
-  StoreDistortion(list, OpenCvMatrix(list, 0, 0, 1),
-                  fisheye ? CoefficientOrder::kFisheye : CoefficientOrder::kBrown, sizes,
-                  intrinsics);
-}
-
-void ImportOpenCv(const std::vector<Foreign>& files, zarvo::calibration::RobotCalibration* robot) {
+void ImportOpenCv(const std::vector<Foreign>& files, const LensModel* lens,
+                  zarvo::calibration::RobotCalibration* robot) {
   const bool single = files.size() == 1 && files[0].Find(kMatrixKeys);
-  if (!single && ImportOpenCvStereo(files, robot)) return;
+  if (!single && ImportOpenCvStereo(files, lens, robot)) return;
   if (files.size() > 1) {
     files[1].Refuse("is a second file, but neither holds a stereo calibration (M1 and M2, R and T)",
                     "Bring in one camera at a time, and put them together with 'calib merge'.");
   }
-  ImportCamera(files[0], robot->add_camera()->mutable_intrinsics());
+  ImportCamera(files[0], lens, robot->add_camera()->mutable_intrinsics());
 }
 
 }  // namespace calib

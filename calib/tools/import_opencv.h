@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "calib/tools/foreign.h"
+#include "calib/tools/lens_models.h"
 #include "calibration_common/calibration.pb.h"
 
 namespace calib {
@@ -15,12 +16,8 @@ namespace calib {
 std::vector<double> OpenCvMatrix(const Foreign& matrix, int32_t rows, int32_t columns,
                                  int32_t channels);
 
-// Stores k and p of a list of distortion coefficients, in a fisheye's order or the usual one.
-void StoreOpenCvDistortion(const Foreign& list, bool fisheye,
-                           zarvo::calibration::CameraIntrinsics* intrinsics);
-
 // Returns whether the files hold what stereo calibration writes; if not, nothing was read.
-bool ImportOpenCvStereo(const std::vector<Foreign>& files,
+bool ImportOpenCvStereo(const std::vector<Foreign>& files, const LensModel* lens,
                         zarvo::calibration::RobotCalibration* robot);
 
 }  // namespace calib

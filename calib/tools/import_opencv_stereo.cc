@@ -2,6 +2,7 @@
 // coefficients of both cameras (M1, D1, M2, D2), in the other how they sit to each other (R, T) and
 // the rectification that follows from both.
 #include "calib/tools/import_common.h"
+#include "calib/tools/import_lens.h"
 #include "calib/tools/import_opencv.h"
 
 namespace calib {
@@ -37,11 +38,13 @@ void CheckPair(const std::vector<Foreign>& files, const std::string& a, const st
 }
 
 void StoreCamera(const std::vector<Foreign>& files, const std::string& number,
-                 CameraIntrinsics* intrinsics) {
+                 const LensImport& lens, CameraIntrinsics* intrinsics) {
   const auto matrix = FindIn(files, "M" + number);
   StoreCameraMatrix(*matrix, OpenCvMatrix(*matrix, 3, 3, 1), intrinsics);
   if (const auto list = FindIn(files, "D" + number)) {
-    StoreOpenCvDistortion(*list, false, intrinsics);
+    lens.Store(*list, OpenCvMatrix(*list, 0, 0, 1), intrinsics);
+  } else {
+    lens.StoreNone();
   }
 }
 
@@ -54,20 +57,23 @@ void StorePose(const Foreign& rotation, const Foreign& translation, CameraExtrin
                   r[6], r[7], r[8], t[2],  //
                   0, 0, 0, 1},
                  "from the first camera to the second", extrinsics);
-  translation.Remark("kept with R");
 }
 
 }  // namespace
 
-bool ImportOpenCvStereo(const std::vector<Foreign>& files, RobotCalibration* robot) {
+bool ImportOpenCvStereo(const std::vector<Foreign>& files, const LensModel* chosen,
+                        RobotCalibration* robot) {
   CheckPair(files, "M1", "M2");
   CheckPair(files, "R", "T");
   const bool intrinsics = FindIn(files, "M1").has_value(), pose = FindIn(files, "R").has_value();
   if (!intrinsics && !pose) return false;
+  const LensImport lens(files, chosen);
   for (const char* number : {"1", "2"}) {
     auto* camera = robot->add_camera();
-    if (intrinsics) StoreCamera(files, number, camera->mutable_intrinsics());
+    if (intrinsics) StoreCamera(files, number, lens, camera->mutable_intrinsics());
   }
+  lens.LoseParameters();
+  lens.LoseUnread();
   if (pose) {
     StorePose(*FindIn(files, "R"), *FindIn(files, "T"),
               robot->mutable_camera(1)->mutable_extrinsics());

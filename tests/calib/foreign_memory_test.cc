@@ -93,7 +93,7 @@ TEST(ImportMemoryTest, IsBoundedByTheFileToTheTextOfTheRecord) {
   const size_t size = file.size();
   const zarvo::calibration::testing::PeakMemory memory;
   zarvo::calibration::RobotCalibration robot;
-  ImportOpenCv({Foreign::Parse("file", std::move(file))}, &robot);
+  ImportOpenCv({Foreign::Parse("file", std::move(file))}, nullptr, &robot);
   EXPECT_EQ(robot.camera(0).intrinsics().sample_points_size(), kPoints);
   EXPECT_LE(memory.bytes(), 40 * size + 20000000) << "while it is imported";
   Encode(Format::kText, robot);

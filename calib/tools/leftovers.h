@@ -1,0 +1,33 @@
+// What a conversion does not keep, and how the user is told: what is harmless in one line, what
+// makes another lens by a refusal.
+#ifndef CALIB_TOOLS_LEFTOVERS_H_
+#define CALIB_TOOLS_LEFTOVERS_H_
+
+#include <CLI/CLI.hpp>
+#include <functional>
+#include <string>
+
+namespace calib {
+
+struct Leftover {
+  std::string place;  // as it stands before a message, with ": " at its end
+  std::string what;
+  bool lens = false;  // without it, points land elsewhere
+};
+using LeftoverVisitor = std::function<void(const Leftover&)>;
+
+// --verbose, --strict and, if a loss can be taken, --lossy.
+struct LeftoverFlags {
+  bool verbose = false, strict = false, lossy = false;
+
+  void AddTo(CLI::App* command, bool with_lossy);
+};
+
+// Says on standard error what `visit_all` visits, which is called several times. Throws Failure
+// where the flags do not let it be left behind. `name` is what all of it was in.
+void TellLeftovers(const std::string& name, const LeftoverFlags& flags,
+                   const std::function<void(const LeftoverVisitor&)>& visit_all);
+
+}  // namespace calib
+
+#endif  // CALIB_TOOLS_LEFTOVERS_H_

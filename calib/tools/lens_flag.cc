@@ -1,0 +1,25 @@
+#include "calib/tools/lens_flag.h"
+
+#include "calib/console/arguments.h"
+
+namespace calib {
+
+namespace {
+
+// Makes an alias the name; other words stay, and are refused as what they are.
+std::string ToName(std::string& word) {
+  const LensModel* model = FindLensModel(word);
+  if (model != nullptr && model->in_camera_info) word = model->name;
+  return "";
+}
+
+}  // namespace
+
+void LensFlag::AddTo(CLI::App* command, const std::string& description) {
+  std::vector<std::string> words = CameraInfoModels();
+  words.insert(words.begin(), "auto");
+  AddChoice(command, "--distortion-model", &name, words, description)
+      ->transform(CLI::Validator(ToName, ""));
+}
+
+}  // namespace calib

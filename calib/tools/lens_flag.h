@@ -1,0 +1,22 @@
+// The flag by which a user says what distortion coefficients mean where nothing else does.
+#ifndef CALIB_TOOLS_LENS_FLAG_H_
+#define CALIB_TOOLS_LENS_FLAG_H_
+
+#include <CLI/CLI.hpp>
+#include <string>
+
+#include "calib/tools/lens_models.h"
+
+namespace calib {
+
+// --distortion-model, by any name of the model.
+struct LensFlag {
+  std::string name = "auto";
+
+  void AddTo(CLI::App* command, const std::string& description);
+  const LensModel* model() const { return name == "auto" ? nullptr : FindLensModel(name); }
+};
+
+}  // namespace calib
+
+#endif  // CALIB_TOOLS_LENS_FLAG_H_
