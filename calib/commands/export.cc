@@ -7,6 +7,8 @@
 #include "calib/fields/parts.h"
 #include "calib/formats/record_reader.h"
 #include "calib/tools/exporters.h"
+#include "calib/tools/leftovers.h"
+#include "calib/tools/lens_flag.h"
 
 namespace calib {
 namespace {
@@ -16,10 +18,12 @@ using zarvo::calibration::CameraCalibration;
 using zarvo::calibration::CameraIntrinsics;
 
 struct Flags {
-  std::string path, tool, model;
+  std::string path, tool;
   std::string output_path = "-";
   InputFlags input;
   CameraFlag camera;
+  LensFlag lens;
+  LeftoverFlags leftovers;
 };
 
 // What is wrong with the value of --to; "" if it is right.
@@ -42,16 +46,35 @@ Part Only(const Record& record, const Flags& flags, const Descriptor* type) {
                 "Say which one with --camera N.");
 }
 
+// `camera_place` and `place` as in exporters.h.
+std::string ToRos(const std::string& name, const CameraCalibration& camera,
+                  const std::string& camera_place, const std::string& place, const Flags& flags) {
+  const LensModel& model = CameraInfoModel(camera.intrinsics(), place, flags.lens.model());
+  std::vector<Leftover> leftovers;
+  const std::string file =
+      CameraInfo(camera, camera_place, place, model,
+                 [&](const Leftover& leftover) { leftovers.push_back(leftover); });
+  TellLeftovers(name, flags.leftovers, [&](const LeftoverVisitor& visit) {
+    for (const Leftover& leftover : leftovers) visit(leftover);
+  });
+  if (flags.lens.model() == nullptr) {
+    Note(place + (place.back() == ':' ? " " : ": ") + CoefficientCounts(camera.intrinsics()) +
+         " are written as " + model.name);
+  }
+  return file;
+}
+
 std::string ToRos(const Record& record, const Flags& flags) {
+  const std::string file = record.name + ":";
   if (record.type == CameraIntrinsics::descriptor()) {
     CameraCalibration camera;
     camera.mutable_intrinsics()->CopyFrom(*record.message);
-    return CameraInfo(camera, record.name + ":", record.name + ":", flags.model);
+    return ToRos(record.name, camera, file, file, flags);
   }
   const Part part = Only(record, flags, CameraCalibration::descriptor());
-  const std::string place = record.name + ":" + (part.path.empty() ? "" : " " + part.path);
-  return CameraInfo(static_cast<const CameraCalibration&>(*part.message), place,
-                    record.name + ": " + JoinPath(part.path, "intrinsics"), flags.model);
+  return ToRos(record.name, static_cast<const CameraCalibration&>(*part.message),
+               file + (part.path.empty() ? "" : " " + part.path),
+               file + " " + JoinPath(part.path, "intrinsics"), flags);
 }
 
 }  // namespace
@@ -68,15 +91,18 @@ void AddExport(CLI::App* program, int* status) {
       ->type_name("OUT");
   flags->input.AddTo(command);
   flags->camera.AddTo(command);
-  AddChoice(command, "--distortion-model", &flags->model,
-            {"plumb_bob", "rational_polynomial", "equidistant"}, "What k and p mean");
+  flags->lens.AddTo(command,
+                    "What k and p mean; auto goes by their numbers: 4 k and no p are equidistant, "
+                    "else plumb_bob or rational_polynomial");
+  flags->leftovers.AddTo(command, false);
   command->footer(
-      "What camera_info has no key for is named on standard error. Its rectification is the "
-      "identity and its projection the camera matrix, as of a camera on its own. 'calib convert' "
-      "writes JSON.\n\n"
+      "What camera_info has no key for is counted on standard error, and listed by --verbose. Its "
+      "rectification is the identity and its projection the camera matrix, as of a camera on its "
+      "own. What no camera can have, such as a focal length of 0 or NaN, is refused. 'calib "
+      "convert' writes JSON.\n\n"
       "Examples:\n"
-      "  calib export --to ros --camera 0 --distortion-model plumb_bob \\\n"
-      "    rig.RobotCalibration.binpb");
+      "  calib export --to ros --camera 0 rig.RobotCalibration.binpb\n"
+      "  calib export --to ros --distortion-model plumb_bob cam.CameraCalibration.binpb");
   command->callback([flags, status] {
     const Record record = ReadRecord(flags->path, flags->input);
     WriteFile(flags->output_path, ToRos(record, *flags));
