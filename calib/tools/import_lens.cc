@@ -88,13 +88,12 @@ void LensImport::Read(const std::string& key, const Foreign& value) {
   }
   if (!MayNameLens(squeezed) || !value.IsText() || value.Peek().empty()) return;
   const LensModel* model = FindLensModel(value.Peek());
-  if (model == nullptr && HintsAtFisheye(SqueezeName(value.Peek()))) {
-    model = FindLensModel("fisheye");
-  }
+  const bool hint = model == nullptr && HintsAtFisheye(SqueezeName(value.Peek()));
+  if (hint) model = FindLensModel("fisheye");
   // A type or a model that is no lens may be anything else.
   if (model == nullptr && squeezed != "cameramodel") return;
   if (model != nullptr) value.Text();
-  words_.push_back({value, model});
+  words_.push_back({value, model, false, hint});
 }
 
 void LensImport::ReadSwitch(const Foreign& value) {
@@ -122,7 +121,7 @@ const LensModel* LensImport::ChosenDespite(const std::vector<Word>& told) const 
   const auto agrees = [this](const Word& word) { return word.model == chosen_; };
   if (std::any_of(told.begin(), told.end(), agrees)) return chosen_;
   for (const Word& word : told) {
-    if (word.model == nullptr || word.model->agreed != SIZE_MAX) {
+    if (word.hint || word.model == nullptr || word.model->agreed != SIZE_MAX) {
       word.value.Text();
       word.value.NotKept(std::string(kOption) + " says that it is " + chosen_->name);
     } else {

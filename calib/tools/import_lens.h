@@ -40,6 +40,7 @@ class LensImport {
     Foreign value;
     const LensModel* model;  // nullptr: none that is known
     bool sure = false;       // that the value is about a lens, whatever it says
+    bool hint = false;       // that it only mentions a fisheye
   };
 
   void Read(const std::string& key, const Foreign& value);

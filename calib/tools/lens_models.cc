@@ -19,7 +19,12 @@ bool IsCalled(const LensModel& model, const std::string& squeezed) {
 const std::vector<LensModel>& LensModels() {
   using Order = LensModel::Order;
   static const std::vector<LensModel> models = {
-      {"plumb_bob", {"radtan", "radial_tangential"}, Order::kBrown, {4, 5}, {}, true},
+      {"plumb_bob",
+       {"radtan", "radial_tangential", "pinhole_radtan"},
+       Order::kBrown,
+       {4, 5},
+       {},
+       true},
       {"rational_polynomial", {"rational", "radtan8"}, Order::kBrown, {8, 12, 14}, {}, true},
       {"equidistant",
        {"fisheye", "equi", "kannala_brandt", "kannala_brandt4", "kannala_brandt8", "kb", "kb4",

@@ -289,6 +289,10 @@ INSTANTIATE_TEST_SUITE_P(
         Whole("OptionAgrees", ImportCameraInfo, Ros("camera_model: fisheye\n", 4, kFour), kFisheyeK,
               kNone, "equidistant"),
         Refused("NoSwitch", OneOpenCv, OpenCv("fisheye_model: perhaps\n", 4, kFour), "'perhaps'"),
+        Refused("HintContradictsWord", OneOpenCv,
+                OpenCv("distortion_model: plumb_bob\nlens: 8 mm fisheye\n", 4, kFour), kOption),
+        Whole("OptionSettlesHint", OneOpenCv, OpenCv("lens: 8 mm fisheye\n", 5, kFive), kBobK,
+              kBrownP, "plumb_bob"),
         Whole("Unknown", ImportCameraInfo, Ros("distortion_model: division\n", 5, kFive), kBobK,
               kBrownP, "plumb_bob")),
     [](const auto& info) { return info.param.name; });
