@@ -2,7 +2,6 @@
 // elsewhere. One file a command (commands/); what they share lies in the folders beside it.
 #include <google/protobuf/stubs/common.h>
 
-#include <cstdio>
 #include <exception>
 #include <iostream>
 #include <string>
@@ -14,14 +13,12 @@
 #include "calib/console/closest.h"
 #include "calib/console/failure.h"
 #include "calib/console/out_of_memory.h"
-#include "calib/console/printable.h"
 
 namespace calib {
 namespace {
 
 int Report(const std::string& message, const std::string& remedy) {
-  std::fprintf(stderr, "calib: %s\n", PrintableLines(message).c_str());
-  if (!remedy.empty()) std::fprintf(stderr, "  %s\n", PrintableLines(remedy).c_str());
+  TellFailure(message, remedy);
   return kTrouble;
 }
 

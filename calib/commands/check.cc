@@ -1,5 +1,6 @@
 // calib check FILE...
 #include <memory>
+#include <optional>
 
 #include "calib/commands/commands.h"
 #include "calib/console/failure.h"
@@ -37,23 +38,33 @@ std::string Summary(const Record& record) {
          (IsEmpty(*record.message) ? ", in which nothing is set\n" : "\n");
 }
 
+// What there is to say of several files.
+std::string Count(size_t whole, size_t found, size_t failed) {
+  std::string count = std::to_string(whole + found + failed) + " files: " + std::to_string(whole) +
+                      " whole, " + std::to_string(found) + " with findings";
+  if (failed > 0) count += ", " + std::to_string(failed) + " that could not be checked";
+  return count + "\n";
+}
+
 int Check(const Flags& flags) {
-  int status = kFine;
+  size_t whole = 0, found = 0;
+  Failures failures(flags.paths.size());
   for (const std::string& path : flags.paths) {
+    std::optional<RecordFile> file;
+    if (!failures.Try([&] { file = ReadRecordFile(path, flags.input); })) continue;
     std::string findings;
-    const RecordFile file = ReadRecordFile(path, flags.input);
     try {
-      const Record record = DecodeRecord(file);
+      const Record record = DecodeRecord(*file);
       findings = Findings(record, flags.allow_unknown);
       if (findings.empty()) Print(Summary(record));
     } catch (const Failure& malformed) {
       findings = PrintableLines(malformed.what()) + "\n";
     }
-    if (findings.empty()) continue;
     Print(findings);
-    status = kFinding;
+    ++(findings.empty() ? whole : found);
   }
-  return status;
+  if (flags.paths.size() > 1) Print(Count(whole, found, failures.count()));
+  return failures.count() > 0 ? kTrouble : found > 0 ? kFinding : kFine;
 }
 
 }  // namespace
@@ -67,7 +78,8 @@ void AddCheck(CLI::App* program, int* status) {
                     "Accept unknown fields, as a newer schema makes them");
   command->footer(
       "Reports where a file is malformed and how, required fields that are not set, and unknown "
-      "fields: one line for each, or one that says that the record is whole.\n\n"
+      "fields: one line for each, or one that says that the record is whole. Of several files all "
+      "are checked, and the last line counts them.\n\n"
       "Exit status: 0 all are whole, 1 something was found, 2 a file could not be checked.\n\n"
       "Examples:\n"
       "  calib check rig.RobotCalibration.binpb\n"

@@ -64,9 +64,11 @@ void Import(const Flags& flags) {
   const google::protobuf::Message* record = nullptr;
   {
     std::vector<Foreign> files;
+    Failures failures(flags.paths.size());
     for (const std::string& path : flags.paths) {
-      files.push_back(Foreign::Parse(InputName(path), ReadFile(path)));
+      failures.Try([&] { files.push_back(Foreign::Parse(InputName(path), ReadFile(path))); });
     }
+    failures.ThrowIfAny();
     source->import(files, flags.lens.model(), &robot);
     const bool several = source->several_cameras || robot.camera_size() > 1;
     const Descriptor* type = OutputType(flags, several);

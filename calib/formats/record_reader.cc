@@ -16,16 +16,19 @@ Record ReadRecord(const std::string& path, const InputFlags& flags) {
 
 std::vector<Record> ReadRecords(const std::vector<std::string>& paths, const InputFlags& flags) {
   std::vector<Record> records;
+  Failures failures(paths.size());
   for (const std::string& path : paths) {
-    records.push_back(ReadRecord(path, flags));
-    const Record& first = records.front();
-    const Record& last = records.back();
-    if (last.type != first.type) {
-      throw Failure(last.name + ": is a " + last.type->name() + ", but " + first.name + " is a " +
-                        first.type->name(),
-                    "Name records of one type.");
-    }
+    failures.Try([&] {
+      Record record = ReadRecord(path, flags);
+      if (!records.empty() && record.type != records.front().type) {
+        throw Failure(record.name + ": is a " + record.type->name() + ", but " +
+                          records.front().name + " is a " + records.front().type->name(),
+                      "Name records of one type.");
+      }
+      records.push_back(std::move(record));
+    });
   }
+  failures.ThrowIfAny();
   return records;
 }
 
