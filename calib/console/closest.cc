@@ -2,20 +2,23 @@
 
 #include <algorithm>
 #include <numeric>
+#include <utility>
 
 namespace calib {
 namespace {
 
-// The number of letters to insert, remove or replace to make one word of the other.
+// The number of letters to insert, remove, replace or swap with the next one to make one word of
+// the other.
 size_t EditDistance(const std::string& a, const std::string& b) {
-  std::vector<size_t> row(b.size() + 1);
+  std::vector<size_t> before, last, row(b.size() + 1);
   std::iota(row.begin(), row.end(), 0);
   for (size_t i = 0; i < a.size(); ++i) {
-    size_t diagonal = row[0]++;
+    before = std::exchange(last, row);
+    row[0] = i + 1;
     for (size_t j = 0; j < b.size(); ++j) {
-      const size_t replaced = diagonal + (a[i] != b[j]);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, row[j] + 1, diagonal + 1});
+      row[j + 1] = std::min({last[j] + (a[i] != b[j]), last[j + 1] + 1, row[j] + 1});
+      const bool swapped = i > 0 && j > 0 && a[i] == b[j - 1] && a[i - 1] == b[j];
+      if (swapped) row[j + 1] = std::min(row[j + 1], before[j - 1] + 1);
     }
   }
   return row.back();

@@ -8,7 +8,6 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
-#include <cstdlib>
 #include <cstring>
 #include <utility>
 #include <vector>
@@ -99,13 +98,20 @@ mode_t ModeForNewFiles() {
   return 0666 & ~mask;
 }
 
-// Where a symbolic link leads, so that renaming replaces the file and not the link.
-std::string Resolved(const std::string& path) {
-  char* resolved = realpath(path.c_str(), nullptr);
-  if (resolved == nullptr) return path;
-  std::string result = resolved;
-  std::free(resolved);
-  return result;
+// Where a symbolic link leads, so that renaming replaces the file and not the link; if that file is
+// not there yet, where it will be.
+std::string Resolved(std::string path) {
+  constexpr int kMostLinks = 40;
+  for (int links = 0; links < kMostLinks; ++links) {
+    char target[PATH_MAX];
+    const ssize_t size = readlink(path.c_str(), target, sizeof target);
+    if (size < 0 || size == static_cast<ssize_t>(sizeof target)) break;
+    const std::string leads_to(target, static_cast<size_t>(size));
+    const size_t slash = path.find_last_of('/');
+    const bool absolute = leads_to.compare(0, 1, "/") == 0 || slash == std::string::npos;
+    path = absolute ? leads_to : path.substr(0, slash + 1) + leads_to;
+  }
+  return path;
 }
 
 // `name` is what the user calls the file at `path`.
@@ -128,8 +134,12 @@ void Replace(const std::string& name, const std::string& path, mode_t mode,
 
 }  // namespace
 
-std::string InputName(const std::string& path) { return path == "-" ? "standard input" : path; }
-std::string OutputName(const std::string& path) { return path == "-" ? "standard output" : path; }
+std::string InputName(const std::string& path) {
+  return path == "-" ? "standard input" : Printable(path);
+}
+std::string OutputName(const std::string& path) {
+  return path == "-" ? "standard output" : Printable(path);
+}
 
 std::string ReadFile(const std::string& path) {
   const std::string name = InputName(path);
@@ -164,15 +174,17 @@ std::string ReadFile(const std::string& path) {
 
 void WriteFile(const std::string& path, const std::string& bytes) {
   if (path == "-") return Print(bytes);
+  const std::string name = OutputName(path);
   struct stat status;
   const bool exists = stat(path.c_str(), &status) == 0;
-  if (exists && S_ISDIR(status.st_mode)) Fail(path, "cannot be written", EISDIR);
+  if (!exists && errno == ELOOP) Fail(name, "cannot be written", ELOOP);
+  if (exists && S_ISDIR(status.st_mode)) Fail(name, "cannot be written", EISDIR);
   if (exists && !S_ISREG(status.st_mode)) {
     const int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC);
-    if (fd < 0) Fail(path, "cannot be opened", errno);
-    return WriteInPlace(fd, bytes, path);
+    if (fd < 0) Fail(name, "cannot be opened", errno);
+    return WriteInPlace(fd, bytes, name);
   }
-  Replace(path, Resolved(path), exists ? status.st_mode & 07777 : ModeForNewFiles(), bytes);
+  Replace(name, Resolved(path), exists ? status.st_mode & 07777 : ModeForNewFiles(), bytes);
 }
 
 void Print(const std::string& text) { WriteInPlace(STDOUT_FILENO, text, OutputName("-")); }

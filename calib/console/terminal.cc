@@ -9,6 +9,12 @@
 namespace calib {
 
 int OutputWidth() {
+  constexpr long kLeast = 20, kMost = 10000;
+  if (const char* columns = std::getenv("COLUMNS")) {
+    char* end = nullptr;
+    const long width = std::strtol(columns, &end, 10);
+    if (*end == '\0' && width >= kLeast && width <= kMost) return static_cast<int>(width);
+  }
   winsize size = {};
   if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
   return 80;

@@ -6,7 +6,8 @@
 
 namespace calib {
 
-// The number of columns of the terminal; 80 if standard output is none.
+// The number of columns to fill: what the environment variable COLUMNS says, if that is from 20 to
+// 10000, else that of the terminal; 80 if standard output is none.
 int OutputWidth();
 
 // Whether to use colors, by the value of --color: "always", "never", or "auto", which is "always"

@@ -125,18 +125,35 @@ size_t SyntaxErrorOffset(const Message& record, const std::string& json) {
   throw Failure(name + DescribeJsonError(json, record.GetDescriptor(), message), remedy);
 }
 
-}  // namespace
-
-void DecodeJson(const std::string& name, const std::string& bytes, Message* record) {
+void DecodeUnmarked(const std::string& name, const std::string& bytes, Message* record) {
   std::string binary;
   const Status status = ToBinary(*record, bytes, &binary);
   if (!status.ok()) Refuse(name, *record, bytes, status.ToString());
   DecodeBinary(name, binary, record);
 }
 
+// Some editors begin a file with this mark, though JSON has none. Columns are counted without it,
+// as editors do.
+constexpr char kByteOrderMark[] = "\xef\xbb\xbf";
+
+bool HasByteOrderMark(const std::string& bytes) {
+  return bytes.compare(0, sizeof kByteOrderMark - 1, kByteOrderMark) == 0;
+}
+
+std::string Unmarked(const std::string& bytes) { return bytes.substr(sizeof kByteOrderMark - 1); }
+
+}  // namespace
+
+void DecodeJson(const std::string& name, const std::string& bytes, Message* record) {
+  HasByteOrderMark(bytes) ? DecodeUnmarked(name, Unmarked(bytes), record)
+                          : DecodeUnmarked(name, bytes, record);
+}
+
 bool FitsJson(const std::string& bytes, Message* record) {
   std::string binary;
-  if (!ToBinary(*record, bytes, &binary).ok()) return false;
+  const Status status = HasByteOrderMark(bytes) ? ToBinary(*record, Unmarked(bytes), &binary)
+                                                : ToBinary(*record, bytes, &binary);
+  if (!status.ok()) return false;
   DecodeBinary("", binary, record);
   return true;
 }
