@@ -51,9 +51,8 @@ std::string ToRos(const std::string& name, const CameraCalibration& camera,
                   const std::string& camera_place, const std::string& place, const Flags& flags) {
   const LensModel& model = CameraInfoModel(camera.intrinsics(), place, flags.lens.model());
   std::vector<Leftover> leftovers;
-  const std::string file =
-      CameraInfo(camera, camera_place, place, model,
-                 [&](const Leftover& leftover) { leftovers.push_back(leftover); });
+  std::string file = CameraInfo(camera, camera_place, place, model,
+                                [&](const Leftover& leftover) { leftovers.push_back(leftover); });
   TellLeftovers(name, flags.leftovers, [&](const LeftoverVisitor& visit) {
     for (const Leftover& leftover : leftovers) visit(leftover);
   });

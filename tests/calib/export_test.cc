@@ -176,35 +176,10 @@ TEST(YamlValuesTest, TextStaysText) {
     EXPECT_EQ(node.Tag(), "?") << text;
     EXPECT_EQ(node.Scalar(), text);
   }
-  for (const char* text : {"a: b",
-                           "a #b",
-                           "# a",
-                           "a\nb",
-                           "\ta",
-                           " a",
-                           "a ",
-                           "'a'",
-                           "\"a\"",
-                           "%a",
-                           "@a",
-                           "`a",
-                           "!a",
-                           "&a",
-                           "*a",
-                           "[a",
-                           "{a",
-                           "|",
-                           "> a",
-                           "? a",
-                           "- a",
-                           ",a",
-                           "a\\b",
-                           "\u00e9t\u00e9",
-                           "a\x1b"
-                           "b",
-                           "a:",
-                           "a\r\nb",
-                           "---"}) {
+  for (const char* text : {"a: b",   "a #b", "# a",    "a\nb", "\ta", " a", "a ",   "'a'",
+                           "\"a\"",  "%a",   "@a",     "`a",   "!a",  "&a", "*a",   "[a",
+                           "{a",     "|",    "> a",    "? a",  "- a", ",a", "a\\b", "\u00e9t\u00e9",
+                           "a\033b", "a:",   "a\r\nb", "---"}) {
     EXPECT_EQ(ReadBack(text).Scalar(), text);
   }
 }
