@@ -106,10 +106,9 @@ std::string Resolved(std::string path) {
     char target[PATH_MAX];
     const ssize_t size = readlink(path.c_str(), target, sizeof target);
     if (size < 0 || size == static_cast<ssize_t>(sizeof target)) break;
-    const std::string leads_to(target, static_cast<size_t>(size));
-    const size_t slash = path.find_last_of('/');
-    const bool absolute = leads_to.compare(0, 1, "/") == 0 || slash == std::string::npos;
-    path = absolute ? leads_to : path.substr(0, slash + 1) + leads_to;
+    const bool absolute = target[0] == '/';
+    path.erase(absolute ? 0 : path.find_last_of('/') + 1);  // all of it, if it has no folder
+    path.append(target, static_cast<size_t>(size));
   }
   return path;
 }
