@@ -15,7 +15,7 @@ using google::protobuf::Message;
 void DecodeBinary(const std::string& name, const std::string& bytes, Message* record) {
   google::protobuf::io::CodedInputStream input(reinterpret_cast<const uint8_t*>(bytes.data()),
                                                static_cast<int>(bytes.size()));
-  if (ReadWhole(&input, bytes, record)) return;
+  if (ReadWhole(&input, bytes, record, 0)) return;
   const std::string type = record->GetDescriptor()->name();
   const std::optional<WireDefect> defect = FindWireDefect(record->GetDescriptor(), bytes);
   if (!defect) throw Failure(name + ": the run-time refuses to read it as a " + type);

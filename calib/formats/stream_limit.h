@@ -1,5 +1,6 @@
-// Lets a stream read records of any size. Run-times of the 3.0 series stop after 64 MiB unless told
-// otherwise, and want to be told from where on to warn as well; later ones read 2 GiB as they are.
+// Lets a stream read records of any size. Run-times before 3.2 stop after 64 MiB unless told
+// otherwise, and until 3.5 want to be told from where on to warn as well; later ones read 2 GiB as
+// they are.
 #ifndef CALIB_FORMATS_STREAM_LIMIT_H_
 #define CALIB_FORMATS_STREAM_LIMIT_H_
 
@@ -10,29 +11,27 @@
 
 namespace calib {
 
+// Where a run-time has both calls, int is preferred to long.
 template <typename Stream>
-auto LiftTotalLimit(Stream* stream) -> decltype(stream->SetTotalBytesLimit(INT_MAX, -1)) {
+auto LiftTotalLimit(Stream* stream, int) -> decltype(stream->SetTotalBytesLimit(INT_MAX)) {
+  stream->SetTotalBytesLimit(INT_MAX);
+}
+template <typename Stream>
+auto LiftTotalLimit(Stream* stream, long) -> decltype(stream->SetTotalBytesLimit(INT_MAX, -1)) {
   stream->SetTotalBytesLimit(INT_MAX, -1);
 }
 
+// Reads a whole record. Run-times that take one limit read arrays of any size, and in these, unlike
+// in streams, accept tags that are written longer than need be.
 template <typename Stream>
-auto LiftTotalLimit(Stream* stream) -> decltype(stream->SetTotalBytesLimit(INT_MAX)) {
-  stream->SetTotalBytesLimit(INT_MAX);
-}
-
-// Reads a whole record. Later run-times read arrays of any size, and in these, unlike in streams,
-// accept tags that are written longer than need be.
-template <typename Stream>
-auto ReadWhole(Stream* stream, const std::string&, google::protobuf::Message* record)
-    -> decltype(stream->SetTotalBytesLimit(INT_MAX, -1), bool()) {
-  LiftTotalLimit(stream);
-  return record->MergePartialFromCodedStream(stream) && stream->ConsumedEntireMessage();
-}
-
-template <typename Stream>
-auto ReadWhole(Stream* stream, const std::string& bytes, google::protobuf::Message* record)
+auto ReadWhole(Stream* stream, const std::string& bytes, google::protobuf::Message* record, int)
     -> decltype(stream->SetTotalBytesLimit(INT_MAX), bool()) {
   return record->ParsePartialFromString(bytes);
+}
+template <typename Stream>
+bool ReadWhole(Stream* stream, const std::string&, google::protobuf::Message* record, long) {
+  LiftTotalLimit(stream, 0);
+  return record->MergePartialFromCodedStream(stream) && stream->ConsumedEntireMessage();
 }
 
 }  // namespace calib

@@ -25,7 +25,7 @@ class Walker {
   explicit Walker(const std::string& bytes)
       : bytes_(bytes),
         input_(reinterpret_cast<const uint8_t*>(bytes.data()), static_cast<int>(bytes.size())) {
-    LiftTotalLimit(&input_);
+    LiftTotalLimit(&input_, 0);
   }
 
   // Reads fields up to `end`, or up to the end-group tag of `group` if that is not 0. `type` is

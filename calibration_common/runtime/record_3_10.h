@@ -38,6 +38,12 @@ using ::google::protobuf::io::EpsCopyOutputStream;
 using ::google::protobuf::io::ZeroCopyInputStream;
 using ::google::protobuf::io::ZeroCopyOutputStream;
 
+// Some of what the classes implement is virtual in the run-time as well, in some of the releases.
+#ifdef __clang__
+#pragma clang diagnostic push
+#pragma clang diagnostic ignored "-Winconsistent-missing-override"
+#endif
+
 class ZARVO_CALIBRATION_EXPORT Record : public RecordSerialize {
  public:
   Record() {}
@@ -275,6 +281,10 @@ class ZARVO_CALIBRATION_EXPORT Record : public RecordSerialize {
     GOOGLE_CHECK_EQ(written, size) << GetTypeName() << " was modified while it was serialized.";
   }
 };
+
+#ifdef __clang__
+#pragma clang diagnostic pop
+#endif
 
 }  // namespace calibration_internal
 }  // namespace zarvo

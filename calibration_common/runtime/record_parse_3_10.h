@@ -55,7 +55,10 @@ class FieldCollector {
       ptr = CollectField(tag, ptr, context);
       stop_ = kCutOff;  // a group has been collected by this call, too
     }
-    if (ptr == nullptr) {  // also where Done() finds that the last value was read beyond the end
+    // Done() tells of a last value that was read beyond the end of the stream; but before 3.14 not
+    // where that end was also expected there.
+    if (ptr != nullptr && context->IsExceedingLimit(ptr)) ptr = nullptr;
+    if (ptr == nullptr) {
       out_->resize(whole);
     } else {
       stop_ = kEnd;

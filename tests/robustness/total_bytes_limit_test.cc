@@ -31,7 +31,7 @@ using ::google::protobuf::Message;
 using ::google::protobuf::io::ArrayInputStream;
 using ::google::protobuf::io::CodedInputStream;
 
-// On the 3.0 series the call takes a second size, from which on it warns.
+// Until 3.5 the call takes a second size, from which on it warns.
 template <typename Stream>
 auto SetTotalBytesLimit(Stream* input, int limit, int)
     -> decltype(input->SetTotalBytesLimit(limit)) {
