@@ -92,6 +92,11 @@ class MessageReader;  // reads records, whose friend it is
 #include "calibration_common/runtime/record_3_0.h"
 #endif
 
+// Until 3.7 the bodies of the wire format's inline functions stand apart.
+#if GOOGLE_PROTOBUF_VERSION < 3008000
+#include <google/protobuf/wire_format_lite_inl.h>
+#endif
+
 // Included by internal/registration.h.
 #if GOOGLE_PROTOBUF_VERSION >= 3008000
 #define ZARVO_CALIBRATION_REGISTRATION "calibration_common/internal/registration_3_8.h"
