@@ -107,8 +107,7 @@ TEST_P(TruncationTest, ARefusedPrefixLeavesWhatIsInFrontOfTheCut) {
         if (!in.partial) continue;
         SCOPED_TRACE(in.name + (generic ? " on Message&" : ""));
         const std::string found = bytes_left([&](Message* record) { in.parse(record, prefix); });
-        const bool in_pieces =
-            generic && in.source == Source::kStream && kParsesInPieces;
+        const bool in_pieces = generic && in.source == Source::kStream && kParsesInPieces;
         const bool bounded = in.name.find("Bounded") != std::string::npos;
         if (in_pieces && bounded && found == left) continue;
         ASSERT_EQ(Hex(found), Hex(in_pieces ? whole_values : left));
