@@ -164,8 +164,8 @@ def library_files(arguments):
     sources = [file for file in sources_below("calibration_common") if file.endswith(".cc")]
     command = [os.environ.get("CXX", "c++"), "-std=c++17", "-MM", "-I.", f"-I{include}", *sources]
     rules = subprocess.run(command, cwd=ROOT, check=True, stdout=subprocess.PIPE, text=True).stdout
-    return [file for file in sources_below("calibration_common")
-            if file in rules.replace("\\\n", " ").split()]
+    compiled = set(rules.split())
+    return [file for file in sources_below("calibration_common") if file in compiled]
 
 
 def sources_below(top):

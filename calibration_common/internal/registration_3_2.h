@@ -10,8 +10,6 @@
 namespace zarvo {
 namespace calibration_internal {
 
-typedef ::google::protobuf::Reflection Reflection;
-
 // Ties one schema file's classes to the run-time's descriptors and reflection.
 template <unsigned kMessageCount, unsigned kFieldCount>
 class FileReflection : public RegistrationTables<kMessageCount, kFieldCount> {
@@ -24,16 +22,6 @@ class FileReflection : public RegistrationTables<kMessageCount, kFieldCount> {
   }
 
   void BeginAssign() { Assign(&::google::protobuf::internal::AssignDescriptors); }
-
-  // The reflection object of message number `index`, which the run-time owns. REQUIRES
-  // BeginAssign().
-  Reflection* New(int index, const ::google::protobuf::Descriptor* /* descriptor */,
-                  const ::google::protobuf::Message* /* default_instance */,
-                  const MessageLayout& /* layout */) {
-    return const_cast<Reflection*>(this->metadata_[index].reflection);
-  }
-
-  static void Delete(Reflection*) {}
 
  private:
   typedef const ::google::protobuf::internal::MigrationSchema* Schemas;

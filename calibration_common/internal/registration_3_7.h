@@ -11,8 +11,6 @@
 namespace zarvo {
 namespace calibration_internal {
 
-typedef ::google::protobuf::Reflection Reflection;
-
 // Ties one schema file's classes to the run-time's descriptors and reflection. Has no constructor:
 // REQUIRES static storage, which is zero from the start.
 template <unsigned kMessageCount, unsigned kFieldCount>
@@ -34,16 +32,6 @@ class FileReflection : public RegistrationTables<kMessageCount, kFieldCount> {
   }
 
   void BeginAssign() { ::google::protobuf::internal::AssignDescriptors(&table_); }
-
-  // The reflection object of message number `index`, which the run-time owns. REQUIRES
-  // BeginAssign().
-  Reflection* New(int index, const ::google::protobuf::Descriptor* /* descriptor */,
-                  const ::google::protobuf::Message* /* default_instance */,
-                  const MessageLayout& /* layout */) {
-    return const_cast<Reflection*>(this->metadata_[index].reflection);
-  }
-
-  static void Delete(Reflection*) {}
 
  private:
   static void AddDescriptors() {}  // the file's bytes have been handed over already

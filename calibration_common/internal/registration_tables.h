@@ -15,6 +15,8 @@
 namespace zarvo {
 namespace calibration_internal {
 
+typedef const ::google::protobuf::Reflection Reflection;
+
 // Has no constructor: REQUIRES static storage, which is zero from the start.
 template <unsigned kMessageCount, unsigned kFieldCount>
 class RegistrationTables {
@@ -23,6 +25,16 @@ class RegistrationTables {
   void SetDefaultInstances(const ::google::protobuf::Message* const* default_instances) {
     ::std::memcpy(default_instances_, default_instances, sizeof(default_instances_));
   }
+
+  // The reflection object of message number `index`, which the run-time owns. REQUIRES
+  // BeginAssign().
+  Reflection* New(int index, const ::google::protobuf::Descriptor* /* descriptor */,
+                  const ::google::protobuf::Message* /* default_instance */,
+                  const MessageLayout& /* layout */) {
+    return metadata_[index].reflection;
+  }
+
+  static void Delete(Reflection*) {}
 
  protected:
   void Fill(const MessageLayout* layouts) {

@@ -2,11 +2,8 @@
 #ifndef ZARVO_CALIBRATION_RUNTIME_SERIALIZE_3_2_H_
 #define ZARVO_CALIBRATION_RUNTIME_SERIALIZE_3_2_H_
 
-#include <google/protobuf/message.h>
-
-#include <cstddef>
-
 #include "calibration_common/attributes.h"
+#include "calibration_common/runtime/size_3_2.h"
 
 namespace zarvo {
 namespace calibration_internal {
@@ -14,14 +11,8 @@ namespace calibration_internal {
 // Whether the run-time lets SerializeWithCachedSizesToArray() write what has a size of -1.
 const bool kAskedToWriteTooLarge = true;
 
-class ZARVO_CALIBRATION_EXPORT RecordSerialize : public ::google::protobuf::Message {
+class ZARVO_CALIBRATION_EXPORT RecordSerialize : public RecordSize {
  public:
-  virtual int ByteSize() const = 0;
-
-  // That of a record of 2 GiB or more is 2^32 - 1: more than the run-time writes, as is the size of
-  // a message around it.
-  size_t ByteSizeLong() const final { return static_cast<unsigned>(ByteSize()); }
-
   ::google::protobuf::uint8* InternalSerializeWithCachedSizesToArray(
       bool /* deterministic */, ::google::protobuf::uint8* target) const final {
     return SerializeWithCachedSizesToArray(target);
