@@ -2,7 +2,7 @@
 // it makes a record that is read back as it was from each format that can hold it. No file takes
 // more memory than its size lets it.
 //
-// CALIB_READER names the reader that this target is about; see kReaders.
+// Which reader a target is about, calib_fuzzer_reader.cc says; see kReaders.
 #include <google/protobuf/message.h>
 
 #include <memory>
@@ -21,6 +21,9 @@
 #include "tests/support/reflect.h"
 
 namespace calib {
+
+extern const char* const kReaderOfThisTarget;
+
 namespace {
 
 using google::protobuf::Descriptor;
@@ -170,9 +173,9 @@ constexpr Reader kReaders[] = {{"yaml", ReadTree<LoadYaml>},
 
 const Reader& ReaderOfThisTarget() {
   for (const Reader& reader : kReaders) {
-    if (reader.name == std::string(CALIB_READER)) return reader;
+    if (reader.name == std::string(kReaderOfThisTarget)) return reader;
   }
-  Require(false, "there is a reader " CALIB_READER);
+  Require(false, std::string("there is a reader ") + kReaderOfThisTarget);
   std::abort();
 }
 
