@@ -5,8 +5,8 @@
 # takes the library from the same prefix, so that the header of one run-time never meets the library
 # of another. The schema compiler is not needed. Nothing is cached: naming another CMAKE_PREFIX_PATH
 # in the same build folder takes effect. Naming one without a run-time is an error and does not
-# quietly take the system's; but as part of another project, whose CMAKE_PREFIX_PATH may be there
-# for other things, the system's will do.
+# quietly take the system's; but where CMAKE_PREFIX_PATH may be there for other things, as part of
+# another project or in the environment, the system's will do.
 
 # calibration_find(<variable> path|library <argument>...)
 #

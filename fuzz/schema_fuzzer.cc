@@ -59,7 +59,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   if (schema.file() == nullptr) return 0;
   const protogen::GeneratedFiles files = Generate(*schema.file());
   const protogen::GeneratedFiles again = Generate(*schema.file());
-  Require(files.header == again.header && files.source == again.source, "the same each time");
+  Require(files.header == again.header && files.source == again.source &&
+              files.descriptor_set == again.descriptor_set,
+          "the same each time");
   for (int i = 0; i < schema.file()->message_type_count(); ++i) {
     const std::string name = schema.file()->message_type(i)->name();
     Require(files.header.find("class " + name) != std::string::npos, "a class for " + name);

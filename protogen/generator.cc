@@ -1,5 +1,7 @@
 #include "protogen/generator.h"
 
+#include <google/protobuf/descriptor.pb.h>
+
 #include "protogen/renderers.h"
 #include "protogen/text.h"
 
@@ -73,6 +75,12 @@ void LinkToDefaultInstance(T** member) {
 
 )";
 
+std::string DescriptorSetOf(const File& file) {
+  google::protobuf::FileDescriptorSet set;
+  set.add_file()->ParseFromString(file.serialized);
+  return set.SerializeAsString();
+}
+
 }  // namespace
 
 GeneratedFiles Generate(const File& file) {
@@ -100,6 +108,9 @@ GeneratedFiles Generate(const File& file) {
   files.source += CloseNamespaces(file.namespaces);
   files.header = FitLines(files.header);
   files.source = FitLines(files.source);
+
+  files.descriptor_set_name = file.base + ".desc";
+  files.descriptor_set = DescriptorSetOf(file);
   return files;
 }
 

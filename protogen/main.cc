@@ -1,10 +1,10 @@
-// calibration_protogen: writes the record classes of a schema.
+// calibration_protogen: writes the record classes of a schema, and its descriptor set.
 //
 //   calibration_protogen --schema-root=DIR --schema=PATH_BELOW_ROOT --out=DIR
 //
-// Writes PATH.pb.h and PATH.pb.cc below the --out folder. Exit code 0: written; 1: the schema is
-// refused or wrong, or a file cannot be written (the reason is on standard error, nothing or not
-// all is written); 2: wrong command line.
+// Writes PATH.pb.h, PATH.pb.cc and PATH.desc below the --out folder. Exit code 0: written; 1: the
+// schema is refused or wrong, or a file cannot be written (the reason is on standard error, nothing
+// or not all is written); 2: wrong command line.
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -57,7 +57,8 @@ int main(int argc, char** argv) {
   if (schema.file() == nullptr) return 1;
   const protogen::GeneratedFiles files = protogen::Generate(protogen::BuildModel(*schema.file()));
   return Write(out + "/" + files.header_name, files.header) &&
-                 Write(out + "/" + files.source_name, files.source)
+                 Write(out + "/" + files.source_name, files.source) &&
+                 Write(out + "/" + files.descriptor_set_name, files.descriptor_set)
              ? 0
              : 1;
 }

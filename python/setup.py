@@ -2,7 +2,7 @@
 
     pip install ./python
 
-The descriptor set is the one of a build folder of these sources or of an installed library
+The descriptor set is the one of these sources or of an installed library
 (calibration_protolib/descriptor_set.py tells where it is looked for). There is no pyproject.toml:
 with one, pip would need the network to build what takes setuptools alone.
 """
@@ -30,8 +30,7 @@ def find_descriptor_set():
     spec.loader.exec_module(module)
     path = module.find()
     if path is None:
-        sys.exit(f"{module.NOT_FOUND}; `cmake --build BUILD --target calibration_descriptor_set` "
-                 "makes it")
+        sys.exit(module.NOT_FOUND)
     return path
 
 

@@ -55,6 +55,8 @@ for_suites=("${for_generator[@]}" libgtest-dev protobuf-compiler)
 for_packages=("${for_library[@]}" "${for_calib[@]}" dpkg-dev file)
 # clang alone comes without the run-times of its sanitizers, counters and libFuzzer.
 for_clang=(clang libclang-rt-dev)
+for_colcon=(colcon python3-colcon-cmake python3-colcon-library-path python3-colcon-recursive-crawl
+  python3-colcon-ros)
 
 installed() {
   [[ $(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null) == installed ]]

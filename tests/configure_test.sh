@@ -104,7 +104,18 @@ configure "-DCMAKE_PREFIX_PATH=$folder/linked"
 found=$(grep -E '^(include_dir|library|calibration_found)[:=]' "$prefix/build/CMakeCache.txt") || true
 [[ -z $found ]] || fail "what was found is left in the cache, for others to fall over" "$found"
 
-# ...but by a project that includes this one, which names folders for other things.
+# ...but is where it was the environment that named a folder: a workspace names there what it has...
+(
+  export CMAKE_PREFIX_PATH="$folder/empty"
+  configure -UCMAKE_PREFIX_PATH "-DCMAKE_INCLUDE_PATH=$folder/elsewhere/include"
+  ((status == 0)) || fail "an environment without a run-time: was refused" "$output"
+  export CMAKE_PREFIX_PATH="$folder/empty:$folder/2006001"
+  expect_refusal "a run-time that the environment names" "run-time found in $folder/2006001" \
+    -UCMAKE_PREFIX_PATH -UCMAKE_INCLUDE_PATH
+  exit $((failures != 0))
+) || failures=$((failures + 1))
+
+# ...and by a project that includes this one, which names folders for other things, too.
 mkdir "$folder/user"
 cat >"$folder/user/CMakeLists.txt" <<END
 cmake_minimum_required(VERSION 3.25)

@@ -4,7 +4,7 @@
 if(CALIBRATION_SANITIZE)
   calibration_left_out("the build has sanitizers"
     install_test.* abi_test.* package_test version_test interop_test python_* guide_test
-    reference_test)
+    reference_test colcon_test)
   return()
 endif()
 
@@ -72,6 +72,11 @@ calibration_script_test(interop_test interop/interop_test.sh
   $<TARGET_FILE:exchange> "${PROJECT_BINARY_DIR}" "${python}"
   "${PROJECT_SOURCE_DIR}/python/calibration_protolib")
 add_subdirectory(python)
+
+# --- Workspaces of ROS ---
+# A test that ends with 77 says what it lacks, and is shown as skipped.
+calibration_script_test(colcon_test colcon_test.sh "${PROJECT_SOURCE_DIR}" "${runtime_prefix}")
+set_tests_properties(colcon_test PROPERTIES SKIP_RETURN_CODE 77)
 
 # --- Documents ---
 set(guide_arguments "${PROJECT_SOURCE_DIR}/docs/guide.md" "${PROJECT_SOURCE_DIR}/docs/python.md"

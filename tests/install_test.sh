@@ -5,8 +5,9 @@
 #   install_test.sh CASE BUILD-FOLDER SOURCE-FOLDER RUN-TIME-PREFIX VERSION
 #
 # layout            the components' files, the SONAME, what the descriptor set holds
-# find_package      the README's CMakeLists.txt, on a tree that was moved; versions asked for
-# pkg_config        the README's compiler call
+# find_package      the README's CMakeLists.txt, on a tree that was moved, and on the build folder;
+#                   versions asked for
+# pkg_config        the README's compiler call, also where links lead out of the prefix
 # series            a run-time of another series than the library's is refused, in one sentence
 # add_subdirectory  the sources as a part of another project, whose own compiler options are severe
 # fetch_content     the same, fetched by CMake
@@ -50,6 +51,7 @@ case $check in
     development_files=("LIB/$library" LIB/pkgconfig/calibration_protolib.pc
       $(printf 'include/%s ' $headers)
       "$schema_folder/calibration.proto" "$schema_folder/calibration.desc"
+      share/calibration_protolib/package.xml
       "$cmake_folder/ProtobufRuntime.cmake" "$cmake_folder/calibration_protolibConfig.cmake"
       "$cmake_folder/calibration_protolibConfigVersion.cmake"
       "$cmake_folder/calibration_protolibTargets.cmake"
@@ -94,21 +96,28 @@ case $check in
     # Variables of the user's, named like those the package looks things up with.
     build_and_run "$folder/robot" "$folder/moved;$runtime" -Dlibrary=user -Dinclude_dir=user
 
+    cp -r "$folder/robot" "$folder/uninstalled"
+    rm -rf "$folder/uninstalled/build"
+    build_and_run "$folder/uninstalled" "$build;$runtime"
+
     mkdir "$folder/versions"
     major=${version%%.*}
     for case in "$major=yes" "$version=yes" "$((major + 1))=no" "$major.99=no" "0.9=no"; do
-      printf '%s\n' 'cmake_minimum_required(VERSION 3.16)' 'project(versions LANGUAGES CXX)' \
-        "find_package(calibration_protolib ${case%=*} CONFIG QUIET)" \
-        'message(STATUS "found=${calibration_protolib_FOUND}.")' \
-        'find_package(calibration_protolib CONFIG REQUIRED)' \
-        'file(SIZE "${calibration_protolib_SCHEMA_DIR}/calibration.desc" size)' \
-        >"$folder/versions/CMakeLists.txt"
-      configure "$folder/versions" "$folder/moved;$runtime"
-      ((status == 0)) || fail "asking twice, or the schema's folder: $output"
-      found=no
-      [[ $output != *found=1.* ]] || found=yes
-      [[ $found == "${case#*=}" ]] ||
-        fail "version ${case%=*} asked for; expected to be found: ${case#*=}: $output"
+      for installed in "$folder/moved" "$build"; do
+        printf '%s\n' 'cmake_minimum_required(VERSION 3.16)' 'project(versions LANGUAGES CXX)' \
+          "find_package(calibration_protolib ${case%=*} CONFIG QUIET)" \
+          'message(STATUS "found=${calibration_protolib_FOUND}.")' \
+          'find_package(calibration_protolib CONFIG REQUIRED)' \
+          'file(SIZE "${calibration_protolib_SCHEMA_DIR}/calibration.desc" size)' \
+          >"$folder/versions/CMakeLists.txt"
+        rm -rf "$folder/versions/build"
+        configure "$folder/versions" "$installed;$runtime"
+        ((status == 0)) || fail "asking twice, or the schema's folder: $output"
+        found=no
+        [[ $output != *found=1.* ]] || found=yes
+        [[ $found == "${case#*=}" ]] ||
+          fail "version ${case%=*} asked for; expected to be found: ${case#*=}: $output"
+      done
     done
     ;;
 
@@ -123,10 +132,34 @@ case $check in
     [[ -r $schemas/calibration_common/calibration.desc ]] ||
       fail "no descriptor set in the folder that the variable schemadir names"
     command=$(readme_block sh)
-    (cd "$folder/robot" && quietly bash -c "$command")
-    (cd "$folder" && LD_LIBRARY_PATH="$libdir:$runtime/lib" robot/robot) ||
-      fail "the program failed"
-    expect_record "$folder"
+    # build_robot: with what PKG_CONFIG_PATH leads to, and runs it.
+    build_robot() {
+      rm -f "$folder/robot/robot" "$folder"/*.binpb
+      (cd "$folder/robot" && quietly bash -c "$command")
+      (cd "$folder" && LD_LIBRARY_PATH="$libdir:$runtime/lib" robot/robot) ||
+        fail "the program failed"
+      expect_record "$folder"
+    }
+    build_robot
+
+    # The folder of libraries stands elsewhere, and a link leads to it.
+    library_folder=${libdir#"$folder/installed/"}
+    mkdir -p "$folder/linked" "$folder/elsewhere"
+    ln -s "$folder/elsewhere" "$folder/linked/${library_folder%%/*}"
+    install_into "$folder/linked"
+    (
+      libdir=$folder/linked/$library_folder
+      export PKG_CONFIG_PATH="$libdir/pkgconfig:$runtime/lib/pkgconfig"
+      build_robot
+    )
+    # It is named as a whole.
+    quietly cmake -S "$source" -B "$folder/absolute" "-DCMAKE_PREFIX_PATH=$runtime" \
+      -DCMAKE_INSTALL_PREFIX=/prefix -DCMAKE_INSTALL_LIBDIR=/elsewhere/lib -DBUILD_TESTING=OFF \
+      -DCALIBRATION_GENERATOR=OFF -DCALIBRATION_EXAMPLES=OFF -DCALIBRATION_CALIB=OFF
+    said=$(PKG_CONFIG_PATH="$folder/absolute/packaging:$runtime/lib/pkgconfig" pkg-config \
+      --variable schemadir calibration_protolib)
+    [[ $said == /prefix/share/calibration_protolib/proto ]] ||
+      fail "with an absolute folder of libraries, schemadir is '$said'"
 
     # A run-time of another series is refused here, too.
     if grep -q '^Requires: protobuf' "$file"; then

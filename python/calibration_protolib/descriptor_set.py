@@ -1,4 +1,4 @@
-"""Where the schema is: the file calibration.desc, which the build makes of the C++ library.
+"""Where the schema is: the file calibration.desc, which comes with the C++ library.
 
 Uses nothing of the package, so that setup.py can ask as well.
 """
@@ -14,9 +14,9 @@ _BELOW_SCHEMAS = pathlib.Path("calibration_common", _NAME)
 _BELOW_PREFIX = pathlib.Path("share/calibration_protolib/proto", _BELOW_SCHEMAS)
 
 NOT_FOUND = (
-    f"found no {_NAME}: expected it beside the package, in a build folder of the sources that the"
-    " package is in, or installed with the C++ library, where the package's own prefix, pkg-config,"
-    " Python's prefix, /usr/local or /usr lead to it"
+    f"found no {_NAME}: expected it beside the package, in the sources that the package is in, or"
+    " installed with the C++ library, where the package's own prefix, pkg-config, Python's prefix,"
+    " /usr/local or /usr lead to it"
 )
 
 
@@ -28,20 +28,12 @@ def find() -> Optional[pathlib.Path]:
 def _places() -> Iterator[pathlib.Path]:
     here = pathlib.Path(__file__).resolve().parent
     yield here / _NAME
-    yield from _built(here.parents[1])
+    yield here.parents[1] / _BELOW_SCHEMAS
     for prefix in here.parents:
         yield prefix / _BELOW_PREFIX
     yield from _known_to_pkg_config()
     for prefix in (pathlib.Path(sys.prefix), pathlib.Path("/usr/local"), pathlib.Path("/usr")):
         yield prefix / _BELOW_PREFIX
-
-
-def _built(source: pathlib.Path) -> Iterator[pathlib.Path]:
-    """Those in build folders of the sources, build/ or build/NAME, the newest first."""
-    if not (source / "calibration_common" / "calibration.proto").is_file():
-        return
-    found = [*source.glob(f"build*/packaging/{_NAME}"), *source.glob(f"build*/*/packaging/{_NAME}")]
-    yield from sorted(found, key=lambda path: path.stat().st_mtime, reverse=True)
 
 
 def _known_to_pkg_config() -> Iterator[pathlib.Path]:

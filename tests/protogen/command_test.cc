@@ -1,4 +1,5 @@
 // The command calibration_protogen: its exit codes, what it says and what it writes.
+#include <google/protobuf/descriptor.pb.h>
 #include <gtest/gtest.h>
 
 #include <filesystem>
@@ -51,7 +52,7 @@ class CommandTest : public ::testing::Test {
   ScratchFolder scratch_;
 };
 
-TEST_F(CommandTest, WritesBothFilesAndSaysNothing) {
+TEST_F(CommandTest, WritesAllFilesAndSaysNothing) {
   const CommandResult result = RunGenerator(Arguments("dir/a.proto", Out()));
   EXPECT_EQ(result.exit_code, 0);
   EXPECT_EQ(result.output, "");
@@ -59,6 +60,11 @@ TEST_F(CommandTest, WritesBothFilesAndSaysNothing) {
   const std::string source = ReadFile(Out() + "/dir/a.pb.cc");
   EXPECT_NE(header.find("class ZARVO_CALIBRATION_EXPORT A\n"), std::string::npos) << header;
   EXPECT_NE(source.find("#include \"dir/a.pb.h\""), std::string::npos) << source;
+  google::protobuf::FileDescriptorSet set;
+  ASSERT_TRUE(set.ParseFromString(ReadFile(Out() + "/dir/a.desc")));
+  ASSERT_EQ(set.file_size(), 1);
+  EXPECT_EQ(set.file(0).name(), "dir/a.proto");
+  EXPECT_EQ(set.file(0).message_type(0).name(), "A");
 }
 
 TEST_F(CommandTest, OptionsComeInAnyOrder) {
@@ -96,6 +102,7 @@ TEST_F(CommandTest, WrongCommandLine) {
     EXPECT_EQ(result.output, c.output);
     EXPECT_FALSE(Written("a.pb.h"));
     EXPECT_FALSE(Written("a.pb.cc"));
+    EXPECT_FALSE(Written("a.desc"));
   }
 }
 
@@ -141,7 +148,7 @@ TEST_F(CommandTest, FolderThatIsNotThere) {
 // A full disk is noticed when the file is closed, not when it is opened.
 TEST_F(CommandTest, FullDisk) {
   ASSERT_TRUE(std::filesystem::exists("/dev/full"));
-  for (const std::string file : {"a.pb.h", "a.pb.cc"}) {
+  for (const std::string file : {"a.pb.h", "a.pb.cc", "a.desc"}) {
     const std::string path = Out() + "/dir/" + file;
     std::filesystem::remove(path);
     std::filesystem::create_symlink("/dev/full", path);

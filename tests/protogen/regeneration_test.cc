@@ -1,4 +1,4 @@
-// The committed classes are what the generator makes of the committed schema.
+// The committed classes and descriptor set are what the generator makes of the committed schema.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -23,7 +23,7 @@ std::string DiffHead(const std::string& committed, const std::string& regenerate
   return end == std::string::npos ? diff : diff.substr(0, end) + "\n(and more)";
 }
 
-TEST(RegenerationTest, CommittedClassesAreUpToDate) {
+TEST(RegenerationTest, CommittedFilesAreUpToDate) {
   const std::string root = PROTOGEN_SOURCE_DIR;
   ScratchFolder scratch;
   scratch.Write("calibration_common/placeholder", "");
@@ -31,7 +31,7 @@ TEST(RegenerationTest, CommittedClassesAreUpToDate) {
       RunCommand(Quoted(PROTOGEN_COMMAND) + " --schema-root=" + Quoted(root) +
                  " --schema=calibration_common/calibration.proto --out=" + Quoted(scratch.path()));
   ASSERT_EQ(generator.exit_code, 0) << generator.output;
-  for (const std::string name : {"calibration.pb.h", "calibration.pb.cc"}) {
+  for (const std::string name : {"calibration.pb.h", "calibration.pb.cc", "calibration.desc"}) {
     const std::string committed = root + "/calibration_common/" + name;
     const std::string regenerated = scratch.path() + "/calibration_common/" + name;
     // Not EXPECT_EQ, which would print both files.
