@@ -4,7 +4,7 @@
 if(CALIBRATION_SANITIZE)
   calibration_left_out("the build has sanitizers"
     install_test.* abi_test.* package_test version_test interop_test python_* guide_test
-    reference_test colcon_test)
+    reference_test colcon_test javascript_test)
   return()
 endif()
 
@@ -73,10 +73,18 @@ calibration_script_test(interop_test interop/interop_test.sh
   "${PROJECT_SOURCE_DIR}/python/calibration_protolib")
 add_subdirectory(python)
 
-# --- Workspaces of ROS ---
+# --- Workspaces of ROS, JavaScript ---
 # A test that ends with 77 says what it lacks, and is shown as skipped.
 calibration_script_test(colcon_test colcon_test.sh "${PROJECT_SOURCE_DIR}" "${runtime_prefix}")
-set_tests_properties(colcon_test PROPERTIES SKIP_RETURN_CODE 77)
+set(skippable_tests colcon_test)
+if(CALIBRATION_EXAMPLES)
+  calibration_script_test(javascript_test javascript/javascript_test.sh
+    "${PROJECT_SOURCE_DIR}" $<TARGET_FILE:stereo_rig> "${CMAKE_CURRENT_BINARY_DIR}/javascript")
+  list(APPEND skippable_tests javascript_test)
+else()
+  calibration_left_out("CALIBRATION_EXAMPLES is off" javascript_test)
+endif()
+set_tests_properties(${skippable_tests} PROPERTIES SKIP_RETURN_CODE 77)
 
 # --- Documents ---
 set(guide_arguments "${PROJECT_SOURCE_DIR}/docs/guide.md" "${PROJECT_SOURCE_DIR}/docs/python.md"

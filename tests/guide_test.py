@@ -1,9 +1,10 @@
 #!/usr/bin/env python3
 """Follows a document as a reader would, from its first line to its last, and compares.
 
-    guide_test.py DOCUMENT... --source FOLDER [--runtime PREFIX]
+    guide_test.py DOCUMENT... --source FOLDER [--runtime PREFIX] [--with PATH]...
 
-The documents are one walk: the second goes on where the first ends.
+The documents are one walk: the second goes on where the first ends. What --with names stands in the
+folder where it begins.
 
 What counts in a document:
 
@@ -109,6 +110,7 @@ def main():
     parser.add_argument("documents", nargs="+", type=pathlib.Path)
     parser.add_argument("--source", required=True, type=pathlib.Path)
     parser.add_argument("--runtime")
+    parser.add_argument("--with", dest="others", action="append", default=[], type=pathlib.Path)
     arguments = parser.parse_args()
 
     steps = [step for document in arguments.documents for step in steps_of(document)]
@@ -118,6 +120,8 @@ def main():
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
         (folder / "calibration_protolib").symlink_to(arguments.source)
+        for path in arguments.others:
+            (folder / path.name).symlink_to(path)
         environment = dict(os.environ, HOME=name, LC_ALL="C.UTF-8", PWD=name)
         for variable in ("CMAKE_PREFIX_PATH", "PKG_CONFIG_PATH"):
             environment.pop(variable, None)
