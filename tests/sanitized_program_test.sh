@@ -2,7 +2,7 @@
 # A program that is built with a sanitizer sees elements come and go, though they share allocations
 # and the library, as it is installed, is built without one: ThreadSanitizer reports no race where
 # two threads delete elements that were read together, AddressSanitizer reports who uses an element
-# that is gone.
+# that is gone. Neither minds a program that has an `operator new` of its own.
 #
 #   sanitized_program_test.sh SANITIZER COMPILER LIBRARY SOURCE-FOLDER RUN-TIME-LIBRARY
 #       [RUN-TIME-INCLUDE-FOLDER]
@@ -22,8 +22,10 @@ fail() {
 
 cat >"$folder/program.cc" <<'END'
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
+#include <new>
 #include <string>
 #include <thread>
 #include <vector>
@@ -32,6 +34,15 @@ cat >"$folder/program.cc" <<'END'
 
 using zarvo::calibration::MarkerPositionInfo;
 using zarvo::calibration::MarkerPositionSet;
+
+#ifdef OWN_NEW
+void* operator new(std::size_t size) {
+  if (void* block = std::malloc(size)) return block;
+  throw std::bad_alloc();
+}
+void operator delete(void* block) noexcept { std::free(block); }
+void operator delete(void* block, std::size_t) noexcept { std::free(block); }
+#endif
 
 int main(int, char** arguments) {
   MarkerPositionSet written;
@@ -55,14 +66,17 @@ int main(int, char** arguments) {
 }
 END
 # Without RPATHs of the run-time, which is where the library found it.
-"$compiler" -std=c++11 -g -O1 "-fsanitize=$sanitizer" -I "$source" \
-  ${runtime_include:+-isystem "$runtime_include"} "$folder/program.cc" -o "$folder/program" \
-  "$library" "$runtime" -pthread \
-  "-Wl,-rpath,$(dirname "$library"),-rpath,$(dirname "$runtime")" >"$folder/output" 2>&1 ||
-  fail "the program does not compile"
+for own_new in "" -DOWN_NEW; do
+  "$compiler" -std=c++14 -g -O1 "-fsanitize=$sanitizer" -I "$source" $own_new \
+    ${runtime_include:+-isystem "$runtime_include"} "$folder/program.cc" -o "$folder/program$own_new" \
+    "$library" "$runtime" -pthread \
+    "-Wl,-rpath,$(dirname "$library"),-rpath,$(dirname "$runtime")" >"$folder/output" 2>&1 ||
+    fail "the program does not compile ($own_new)"
 
-"$folder/program" threads >"$folder/output" 2>&1 || fail "two threads that delete elements"
-grep -q '^done$' "$folder/output" || fail "two threads that delete elements"
+  "$folder/program$own_new" threads >"$folder/output" 2>&1 ||
+    fail "two threads that delete elements ($own_new)"
+  grep -q '^done$' "$folder/output" || fail "two threads that delete elements ($own_new)"
+done
 if [[ $sanitizer == address ]]; then
   if "$folder/program" use-after-delete >"$folder/output" 2>&1; then
     fail "the use of an element that is gone went unnoticed"

@@ -40,25 +40,36 @@ BlockOwner** OwnerOf(void* slot, ::std::size_t size) {
   return reinterpret_cast<BlockOwner**>(static_cast<char*>(slot) + size);
 }
 
+#if defined(__STDCPP_DEFAULT_NEW_ALIGNMENT__) && __STDCPP_DEFAULT_NEW_ALIGNMENT__ >= 16
+// Null if there is no memory. Not by the nothrow form of `operator new`, which a program that
+// replaces the other has often left as it is: a sanitizer's would not go with the program's
+// `operator delete`.
+void* Probe(::std::size_t size) {
+  try {
+    return ::operator new(size);
+  } catch (const ::std::bad_alloc&) {
+    return nullptr;
+  }
+}
+
 // Whether what `operator new` returns is aligned so strictly that no element other than those of
 // blocks is found at their offset. A program may have replaced it by one that keeps to less. That
 // shows where several allocations of a size that is no multiple of 16 live at the same time; the
 // sizes are such as elements have.
 bool NewAlignsStrictly() {
-#if defined(__STDCPP_DEFAULT_NEW_ALIGNMENT__) && __STDCPP_DEFAULT_NEW_ALIGNMENT__ >= 16
   const ::std::size_t kSizes = 8, kOfEach = 3;
   void* probes[kSizes * kOfEach];
   bool strict = true;
   for (::std::size_t i = 0; i < kSizes * kOfEach; ++i) {
-    probes[i] = ::operator new(40 + i / kOfEach * 16, ::std::nothrow);
+    probes[i] = Probe(40 + i / kOfEach * 16);
     strict = strict && IsAligned(probes[i]);
   }
   for (void* probe : probes) ::operator delete(probe);
   return strict;
-#else
-  return false;
-#endif
 }
+#else
+bool NewAlignsStrictly() { return false; }
+#endif
 
 enum BlockUse {
   kUnknown,   // there is no block yet
