@@ -295,6 +295,7 @@ TYPED_TEST(AllocationOfRecordTest, ParsedUnknownFields) {
   for (const int block : {1, 64, static_cast<int>(bytes.size())}) {
     bool failed = true;
     for (long n = 1; failed; ++n) {
+      const FreeLostBlocks lost;
       SCOPED_TRACE("allocation " + std::to_string(n) + ", blocks of " + std::to_string(block));
       T record;
       failed = Fails(n, FailingAllocation::kOnce, [&] {

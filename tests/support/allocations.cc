@@ -24,12 +24,32 @@ std::atomic<size_t> allocated_bytes(0);
 std::atomic<long> first_to_fail(kNever);  // numbers of allocations
 std::atomic<long> last_to_fail(kNever);
 
+// What FreeLostBlocks frees; null while there is none.
+constexpr size_t kMostWatched = 10000;
+void** watched = nullptr;
+size_t watched_count = 0;
+
+void Watch(void* block) {
+  if (watched_count == kMostWatched) std::abort();
+  watched[watched_count++] = block;
+}
+
+void Unwatch(const void* block) {
+  for (size_t i = watched_count; i-- > 0;) {
+    if (watched[i] == block) {
+      watched[i] = watched[--watched_count];
+      return;
+    }
+  }
+}
+
 void* Allocate(size_t size) {
   const long number = ++allocations;
   allocated_bytes += size;
   if (number >= first_to_fail && number <= last_to_fail) throw std::bad_alloc();
   void* block = std::malloc(size == 0 ? 1 : size);
   if (block == nullptr) throw std::bad_alloc();
+  if (watched != nullptr && first_to_fail != kNever) Watch(block);
   ++live_blocks;
   latest_allocation = size;
   return block;
@@ -37,6 +57,7 @@ void* Allocate(size_t size) {
 
 void Free(void* block) {
   if (block == nullptr) return;
+  if (watched != nullptr) Unwatch(block);
   --live_blocks;
   std::free(block);
 }
@@ -66,6 +87,17 @@ FailingAllocation::FailingAllocation(long n, Duration duration) {
 }
 
 FailingAllocation::~FailingAllocation() { first_to_fail = kNever; }
+
+FreeLostBlocks::FreeLostBlocks() {
+  watched = static_cast<void**>(std::malloc(kMostWatched * sizeof(void*)));
+  if (watched == nullptr) std::abort();
+}
+
+FreeLostBlocks::~FreeLostBlocks() {
+  while (watched_count > 0) Free(watched[watched_count - 1]);
+  std::free(watched);
+  watched = nullptr;
+}
 
 namespace {
 

@@ -36,6 +36,16 @@ class FailingAllocation {
   FailingAllocation& operator=(const FailingAllocation&) = delete;
 };
 
+// Frees, when it goes, what was allocated during its life while there was a FailingAllocation, and
+// is still alive: what was lost, which a memory checker would report. One at a time, in one thread.
+class FreeLostBlocks {
+ public:
+  FreeLostBlocks();
+  ~FreeLostBlocks();
+  FreeLostBlocks(const FreeLostBlocks&) = delete;
+  FreeLostBlocks& operator=(const FreeLostBlocks&) = delete;
+};
+
 }  // namespace testing
 }  // namespace calibration
 }  // namespace zarvo
