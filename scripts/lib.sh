@@ -52,7 +52,7 @@ for_library=(cmake g++ make libprotobuf-dev)
 for_generator=(libprotoc-dev)
 for_calib=(libprotoc-dev libcli11-dev libyaml-cpp-dev libtinyxml2-dev)
 for_suites=("${for_generator[@]}" libgtest-dev protobuf-compiler)
-for_packages=("${for_library[@]}" "${for_calib[@]}" dpkg-dev file)
+for_packages=("${for_library[@]}" "${for_calib[@]}" build-essential debhelper dh-python)
 # clang alone comes without the run-times of its sanitizers, counters and libFuzzer.
 for_clang=(clang libclang-rt-dev)
 for_colcon=(colcon python3-colcon-cmake python3-colcon-library-path python3-colcon-recursive-crawl
@@ -108,7 +108,7 @@ build_folder() {
 options_off=(
   -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DCALIBRATION_GENERATOR=OFF
   -DCALIBRATION_EXAMPLES=OFF -DCALIBRATION_CALIB=OFF -DCALIBRATION_BENCHMARKS=OFF
-  -DCALIBRATION_INSTALL=OFF -DCALIBRATION_PACKAGES=OFF -DCALIBRATION_FUZZ=OFF
+  -DCALIBRATION_INSTALL=OFF -DCALIBRATION_FUZZ=OFF
   -DCALIBRATION_WERROR=OFF -DCALIBRATION_SANITIZE=)
 
 # configure FOLDER [-DNAME=VALUE...]: what is named is on, and the user has the last word.

@@ -13,23 +13,24 @@ folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 source "$(dirname "${BASH_SOURCE[0]}")/consumer.sh"
 
-for tool in dpkg dpkg-deb dpkg-shlibdeps cpack fakeroot file; do
+for tool in dpkg dpkg-deb dpkg-buildpackage dh dh_python3 fakeroot; do
   command -v "$tool" >/dev/null || fail "$tool is not installed"
 done
 
-# A test installs nothing on this machine.
+# A test installs nothing on this machine...
 mkdir "$folder/bin"
 for command in apt-get sudo ldconfig; do
-  printf '#!/bin/sh\n[ %s = ldconfig ] || { echo "%s called by a test" >&2; exit 1; }\n' \
-    "$command" "$command" >"$folder/bin/$command"
-  chmod +x "$folder/bin/$command"
+  printf '#!/bin/sh\necho "%s called by a test" >&2; exit 1\n' "$command" >"$folder/bin/$command"
 done
+# ...nor does what comes with a package: Python's tools know this machine's packages only.
+for command in py3compile py3clean; do printf '#!/bin/sh\n' >"$folder/bin/$command"; done
+chmod +x "$folder/bin"/*
 PATH=$folder/bin:$PATH
 
 quietly "$source/scripts/package" --output "$folder/packages"
 architecture=$(dpkg --print-architecture)
-runtime=$folder/packages/libcalibration-protolib${version%%.*}_$version-1_$architecture.deb
-development=$folder/packages/libcalibration-protolib-dev_$version-1_$architecture.deb
+runtime=$folder/packages/libcalibration-protolib${version%%.*}_${version}_$architecture.deb
+development=$folder/packages/libcalibration-protolib-dev_${version}_$architecture.deb
 for package in "$runtime" "$development"; do
   [[ -r $package ]] || fail "no $package: $(ls "$folder/packages")"
 done
@@ -41,9 +42,13 @@ for name in libc6 libprotobuf32 'libstdc++6'; do
   [[ ", $depends" == *", $name "* ]] || fail "$runtime does not depend on $name: $depends"
 done
 depends=$(dpkg-deb --field "$development" Depends)
-for expected in "libcalibration-protolib${version%%.*} (= $version-1)" \
+for expected in "libcalibration-protolib${version%%.*} (= $version)" \
   "libprotobuf-dev (>= $series)" "libprotobuf-dev (<< ${series%.*}.$((${series#*.} + 1))~)"; do
   [[ $depends == *"$expected"* ]] || fail "$development does not depend on $expected: $depends"
+done
+# Those of two architectures may be installed at once.
+for package in "$runtime" "$development"; do
+  [[ $(dpkg-deb --field "$package" Multi-Arch) == same ]] || fail "$package is not Multi-Arch: same"
 done
 # Packages of two SONAMEs may be installed at once: no file is in both.
 major=${version%%.*}
@@ -60,12 +65,12 @@ for package in "$folder"/packages/*.deb; do
     fail "$package has no description below its summary"
 done
 
-contents=$(dpkg-deb --contents "$folder/packages/calibration-tools_$version-1_$architecture.deb")
-for file in bin/calib share/man/man1/calib.1 share/bash-completion/completions/calib; do
+contents=$(dpkg-deb --contents "$folder/packages/calibration-tools_${version}_$architecture.deb")
+for file in bin/calib share/man/man1/calib.1.gz share/bash-completion/completions/calib; do
   [[ $contents == *" ./usr/$file"* ]] || fail "calibration-tools does not hold $file: $contents"
 done
 
-contents=$(dpkg-deb --contents "$folder/packages/python3-calibration-protolib_$version-1_all.deb")
+contents=$(dpkg-deb --contents "$folder/packages/python3-calibration-protolib_${version}_all.deb")
 for file in __init__.py records.pyi py.typed calibration.desc; do
   [[ $contents == *" ./usr/lib/python3/dist-packages/calibration_protolib/$file"* ]] ||
     fail "python3-calibration-protolib does not hold $file: $contents"

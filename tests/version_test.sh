@@ -1,6 +1,6 @@
 #!/usr/bin/env bash
-# The version stands in one place, and in setup.py and package.xml, whose readers take it from nowhere
-# else; and the changelog tells of it.
+# The version stands in one place, and in setup.py, package.xml and debian/changelog, whose readers take
+# it from nowhere else; and the changelog tells of it.
 #
 #   version_test.sh SOURCE-FOLDER VERSION
 set -euo pipefail
@@ -18,9 +18,9 @@ newest=$(sed -n '/^## Unreleased$/d; /^## /{s///p;q}' "$source/CHANGELOG.md")
   fail "CHANGELOG.md begins with version '$newest', CMakeLists.txt says $version"
 
 # Test data may look alike; build folders may be anywhere.
-places=(CMakeLists.txt package.xml calibration_common cmake docs examples packaging protogen python
+places=(CMakeLists.txt package.xml calibration_common cmake debian docs examples packaging protogen python
   scripts)
 others=$(cd "$source" && grep -rnwF "$version" "${places[@]}" --exclude='*.md' || true)
 files=$(cut -d: -f1 <<<"$others")
-[[ $files == $'CMakeLists.txt\npackage.xml\npython/setup.py' ]] ||
-  fail "expected $version once in CMakeLists.txt, package.xml and python/setup.py, found:"$'\n'"$others"
+[[ $files == $'CMakeLists.txt\npackage.xml\ndebian/changelog\npython/setup.py' ]] ||
+  fail "expected $version once in CMakeLists.txt and in each of the others, found:"$'\n'"$others"
