@@ -47,19 +47,78 @@ is_number() { [[ $1 =~ ^[0-9]+$ ]]; }
 
 # --- Installing ----------------------------------------------------------------------------------
 
-# Debian's packages by what needs them; what only one script calls, it names itself.
+# Debian's packages by what needs them; what only one script calls, it names itself. A question mark in
+# front: not every release that is served has it.
 for_library=(cmake g++ make libprotobuf-dev)
 for_generator=(libprotoc-dev)
 for_calib=(libprotoc-dev libcli11-dev libyaml-cpp-dev libtinyxml2-dev)
 for_suites=("${for_generator[@]}" libgtest-dev protobuf-compiler)
-for_packages=("${for_library[@]}" "${for_calib[@]}" build-essential debhelper dh-python)
-# clang alone comes without the run-times of its sanitizers, counters and libFuzzer.
-for_clang=(clang libclang-rt-dev)
-for_colcon=(colcon python3-colcon-cmake python3-colcon-library-path python3-colcon-recursive-crawl
-  python3-colcon-ros)
+for_packages=("${for_library[@]}" build-essential debhelper dh-python python3)
+# From Debian 12 on, clang alone comes without the run-times of its sanitizers, counters and libFuzzer.
+for_clang=(clang '?libclang-rt-dev')
+# What goes without a package that a release does not have; said ahead of installing.
+declare -A without=(
+  [libcli11-dev]="the command calib is left out"
+  [colcon]="colcon_test is skipped")
+for_colcon=('?colcon' '?python3-colcon-cmake' '?python3-colcon-library-path'
+  '?python3-colcon-recursive-crawl' '?python3-colcon-ros')
 
 installed() {
   [[ $(dpkg-query --show --showformat='${db:Status-Status}' "$1" 2>/dev/null) == installed ]]
+}
+
+# as_root COMMAND...
+as_root() {
+  if ((EUID == 0)); then
+    "$@"
+  else
+    command -v sudo >/dev/null || fail "must be root, or have sudo, to run: $*"
+    sudo "$@"
+  fi
+}
+
+# Has Debian's tools offer the packages of another architecture, too.
+add_architecture() {
+  local known
+  known=$(dpkg --print-architecture && dpkg --print-foreign-architectures)
+  if ! grep -qx "$1" <<<"$known"; then
+    say "adding the architecture $1"
+    as_root dpkg --add-architecture "$1"
+  fi
+}
+
+# Whether apt-get, as far as it knows now, could install the package.
+available() { [[ $(apt-cache policy "$1" 2>/dev/null) == *"Candidate: "[0-9]* ]]; }
+
+# Sets missing to those of the named packages that are not installed, and lacking to those with a
+# question mark that apt-get could not install.
+find_missing() {
+  local package
+  missing=() lacking=()
+  for package in "$@"; do
+    if installed "${package#\?}"; then
+      continue
+    elif [[ $package == \?* ]] && ! available "${package#\?}"; then
+      lacking+=("${package#\?}")
+    else
+      missing+=("${package#\?}")
+    fi
+  done
+}
+
+# The named packages, where the release has them.
+if_available() { printf '?%s\n' "$@"; }
+
+# ON if calib can be built with what install_missing has found, OFF otherwise.
+calib_if_possible() {
+  local package
+  for package in "${for_calib[@]}"; do
+    installed "$package" || {
+      echo OFF
+      return
+    }
+  done
+  echo ON
 }
 
 # Installs those of the named Debian packages that are not there. Touches neither the network nor
@@ -67,24 +126,25 @@ installed() {
 install_missing() {
   command -v dpkg-query >/dev/null && command -v apt-get >/dev/null ||
     fail "installs what it needs with Debian's apt-get, which is not here; needed are: $*"
-  local package missing=() as_root=()
+  local missing lacking package
   set -- $(printf '%s\n' "$@" | sort -u)
-  for package in "$@"; do
-    installed "$package" || missing+=("$package")
+  find_missing "$@"
+  if ((${#missing[@]} > 0)); then
+    as_root env DEBIAN_FRONTEND=noninteractive apt-get update -qq
+    find_missing "$@"
+  fi
+  for package in "${lacking[@]}"; do
+    if [[ ${without[$package]:-} ]]; then
+      say "this release of Debian has no $package: ${without[$package]}"
+    fi
   done
   if ((${#missing[@]} == 0)); then
-    say "nothing to install: $* are there"
+    say "nothing to install: ${*#\?} are there"
     return
   fi
   say "installing ${missing[*]}"
-  if ((EUID != 0)); then
-    command -v sudo >/dev/null ||
-      fail "must be root, or have sudo, to install: ${missing[*]}"
-    as_root=(sudo)
-  fi
-  as_root+=(env DEBIAN_FRONTEND=noninteractive)
-  "${as_root[@]}" apt-get update -qq
-  "${as_root[@]}" apt-get install -qq -y --no-install-recommends "${missing[@]}"
+  as_root env DEBIAN_FRONTEND=noninteractive apt-get install -qq -y --no-install-recommends \
+    "${missing[@]}"
 }
 
 # --- Building ------------------------------------------------------------------------------------

@@ -31,7 +31,7 @@ for tool in nm xz abidw abidiff; do
   command -v "$tool" >/dev/null || fail "$tool is not installed"
 done
 
-exported_symbols() { nm -D --defined-only --format=just-symbols "$1" | LC_ALL=C sort; }
+exported_symbols() { nm -D --defined-only --portability "$1" | cut -d' ' -f1 | LC_ALL=C sort; }
 
 # describe LIBRARY HEADER-FOLDER OUTPUT
 describe() {

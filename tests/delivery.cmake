@@ -55,7 +55,8 @@ endif()
 # --- Debian packages ---
 if(CALIBRATION_PROTOBUF_INCLUDE_DIR STREQUAL "/usr/include" AND EXISTS /etc/debian_version)
   calibration_script_test(package_test package_test.sh
-    "${PROJECT_SOURCE_DIR}" "${PROJECT_VERSION}" "${CALIBRATION_PROTOBUF_SERIES}")
+    "${PROJECT_SOURCE_DIR}" "${PROJECT_VERSION}" "${CALIBRATION_PROTOBUF_SERIES}"
+    "${CALIBRATION_CALIB}")
 else()
   calibration_left_out("it needs Debian, and Debian's run-time" package_test)
 endif()

@@ -162,9 +162,12 @@ case $check in
       fail "with an absolute folder of libraries, schemadir is '$said'"
 
     # A run-time of another series is refused here, too.
-    if grep -q '^Requires: protobuf' "$file"; then
+    series=$(sed -n 's/^Requires: protobuf >= \([0-9.]*\),.*/\1/p' "$file")
+    if [[ $series ]]; then
       mkdir "$folder/other"
-      for case in 3.0.0-beta-2=no 3.20.3=no 3.21.0=yes 3.21.99=yes 3.22.0=no 4.21.12=no; do
+      minor=${series#3.}
+      for case in 2.6.1=no "3.$((minor - 1)).99=no" "$series.0=yes" "$series.99=yes" \
+        "3.$((minor + 1)).0=no" "4.$minor.0=no"; do
         printf '%s\n' 'Name: protobuf' 'Description: made up' "Version: ${case%=*}" \
           >"$folder/other/protobuf.pc"
         accepted=no

@@ -73,8 +73,9 @@ case $check in
   needed)
     needed=$(readelf -dW "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
     [[ $needed == *libprotobuf.so* ]] || fail "$library does not need libprotobuf: $needed"
+    # Threads are a library of their own before glibc 2.34.
     for name in $needed; do
-      [[ $name =~ ^(libprotobuf|libstdc\+\+|libm|libgcc_s|libc|ld-linux-[a-z0-9_-]+)\.so ]] ||
+      [[ $name =~ ^(libprotobuf|libstdc\+\+|libm|libgcc_s|libc|libpthread|ld-linux-[a-z0-9_-]+)\.so ]] ||
         fail "$library needs $name, which is neither the protobuf nor the C++ run-time"
     done
     ;;

@@ -2,13 +2,15 @@
 # scripts/package makes Debian packages that install with what they depend on, the program of
 # README.md builds against them and runs, and Python reads the record that it writes.
 #
-#   package_test.sh SOURCE-FOLDER VERSION RUN-TIME-SERIES
+#   package_test.sh SOURCE-FOLDER VERSION RUN-TIME-SERIES CALIB
+#
+# CALIB is ON if there is to be a package of the command calib.
 #
 # dpkg installs them into an empty folder, knowing of the packages of this machine: a dependency
 # that Debian cannot meet fails. Nothing outside the folder changes.
 set -euo pipefail
 
-source=$1 version=$2 series=$3
+source=$1 version=$2 series=$3 calib=$4
 folder=$(mktemp -d)
 trap 'rm -rf "$folder"' EXIT
 source "$(dirname "${BASH_SOURCE[0]}")/consumer.sh"
@@ -38,8 +40,8 @@ done
 # --- Dependencies, and what is in which package ---
 
 depends=$(dpkg-deb --field "$runtime" Depends)
-for name in libc6 libprotobuf32 'libstdc++6'; do
-  [[ ", $depends" == *", $name "* ]] || fail "$runtime does not depend on $name: $depends"
+for name in libc6 'libprotobuf[0-9]+' 'libstdc\+\+6'; do
+  [[ ", $depends" =~ ", "$name" (" ]] || fail "$runtime does not depend on $name: $depends"
 done
 depends=$(dpkg-deb --field "$development" Depends)
 for expected in "libcalibration-protolib${version%%.*} (= $version)" \
@@ -65,10 +67,15 @@ for package in "$folder"/packages/*.deb; do
     fail "$package has no description below its summary"
 done
 
-contents=$(dpkg-deb --contents "$folder/packages/calibration-tools_${version}_$architecture.deb")
-for file in bin/calib share/man/man1/calib.1.gz share/bash-completion/completions/calib; do
-  [[ $contents == *" ./usr/$file"* ]] || fail "calibration-tools does not hold $file: $contents"
-done
+tools=$folder/packages/calibration-tools_${version}_$architecture.deb
+if [[ $calib == ON ]]; then
+  contents=$(dpkg-deb --contents "$tools")
+  for file in bin/calib share/man/man1/calib.1.gz share/bash-completion/completions/calib; do
+    [[ $contents == *" ./usr/$file"* ]] || fail "calibration-tools does not hold $file: $contents"
+  done
+elif [[ -e $tools ]]; then
+  fail "there is a package of the command calib"
+fi
 
 contents=$(dpkg-deb --contents "$folder/packages/python3-calibration-protolib_${version}_all.deb")
 for file in __init__.py records.pyi py.typed calibration.desc; do

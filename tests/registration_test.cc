@@ -120,7 +120,7 @@ TEST(LoadDeathTest, FileMissingFromThePoolIsFatal) {
 
 // Each in a process of its own, since one call of any class builds reflection for all of them.
 TEST(FirstUseDeathTest, EveryDescriptorIsThereAtOnce) {
-  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  ::testing::GTEST_FLAG(death_test_style) = "threadsafe";
   ForEachRecord([](auto record) {
     using T = typename decltype(record)::Type;
     const auto finds_itself = [] {

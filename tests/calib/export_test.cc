@@ -39,9 +39,10 @@ CameraCalibration WithCoefficients(int k, int p) {
 // The file, or what it was refused with.
 std::string Export(const CameraCalibration& camera, const std::string& option) {
   try {
-    const LensModel& model = CameraInfoModel(camera.intrinsics(), "file: intrinsics",
+    const std::string place = "file: intrinsics";
+    const LensModel& model = CameraInfoModel(camera.intrinsics(), place,
                                              option.empty() ? nullptr : FindLensModel(option));
-    return CameraInfo(camera, "file:", "file: intrinsics", model, [](const Leftover&) {});
+    return CameraInfo(camera, "file:", place, model, [](const Leftover&) {});
   } catch (const Failure& failure) {
     return std::string("refused: ") + failure.what() + " " + failure.remedy();
   }

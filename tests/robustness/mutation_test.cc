@@ -33,7 +33,7 @@ using ::google::protobuf::io::ArrayInputStream;
 
 constexpr int kTwoBitFlips = 1000;
 
-const Entrance& Find(const std::vector<Entrance>& table, const std::string& name) {
+const Entrance& Find(const std::vector<Entrance>& table, const char* name) {
   for (const Entrance& entrance : table) {
     if (entrance.name == name) return entrance;
   }

@@ -171,7 +171,8 @@ TEST_P(TruncationTest, ALengthThatRunsPastItsEnclosingMessage) {
     if (path.numbers.empty()) continue;
     for (const auto& value : LengthDelimitedValues(*path.message)) {
       const size_t size = value.second.size();
-      for (const uint64_t length : {size + 1, size + 16, size + 100, (size_t{1} << 32) + size}) {
+      for (const uint64_t excess : {uint64_t{1}, uint64_t{16}, uint64_t{100}, uint64_t{1} << 32}) {
+        const uint64_t length = size + excess;
         const std::string piece =
             value.first + WireWriter().Varint(length).Raw(value.second).bytes();
         catalogue.push_back(path.Wrap(piece) + Filler());

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <cstring>
 #include <iostream>
 
 #include "tests/support/wire_writer.h"
@@ -95,9 +96,11 @@ std::vector<const char*> MessageNames() {
   return names;
 }
 
-const MessageRow& FindMessage(const std::string& name) {
+const MessageRow& FindMessage(const std::string& name) { return FindMessage(name.c_str()); }
+
+const MessageRow& FindMessage(const char* name) {
   for (const MessageRow& message : Schema()) {
-    if (name == message.name) return message;
+    if (std::strcmp(name, message.name) == 0) return message;
   }
   std::cerr << "schema_table: no message named '" << name << "'\n";
   std::abort();

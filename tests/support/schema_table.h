@@ -75,6 +75,7 @@ std::vector<const char*> MessageNames();
 
 // REQUIRES: the message exists.
 const MessageRow& FindMessage(const std::string& name);
+const MessageRow& FindMessage(const char* name);
 
 // Null where the message declares no such field.
 const FieldRow* FindField(const MessageRow& message, int number);
