@@ -1,8 +1,8 @@
 #!/usr/bin/env bash
-# Writes calib's manual page from what the command tells of itself: man_page.sh CALIB > calib.1
+# Writes calib's manual page from what the command tells of itself: man_page.sh [EMULATOR] CALIB > calib.1
 set -euo pipefail
 
-calib=$1
+calib=("$@")
 # A hyphen that is typed, not one that a line may be broken at; nothing that begins a request.
 escape='function text(line) {
   gsub(/\\/, "\\e", line); gsub(/-/, "\\-", line)
@@ -32,19 +32,19 @@ body() {
     END { if (example) print ".EE" }'
 }
 
-usage() { "$calib" "$@" --help | sed -n 's/^Usage: //p' | sed 's/-/\\-/g'; }
+usage() { "${calib[@]}" "$@" --help | sed -n 's/^Usage: //p' | sed 's/-/\\-/g'; }
 
 printf '.TH CALIB 1 "" "%s" "User Commands"\n' \
-  "$("$calib" --version | sed 's/ (.*//')"
+  "$("${calib[@]}" --version | sed 's/ (.*//')"
 printf '.SH NAME\ncalib \\- look at calibration records, check, convert, compare and draw them\n'
 printf '.SH SYNOPSIS\n%s\n' "$(usage)"
 printf '.SH DESCRIPTION\n'
-"$calib" --help | sed '/^Options:/,/^$/d' | body
+"${calib[@]}" --help | sed '/^Options:/,/^$/d' | body
 printf '.SH OPTIONS\n'
-"$calib" --help | sed '/^Subcommands:/,$d' | body
+"${calib[@]}" --help | sed '/^Subcommands:/,$d' | body
 printf '.SH SUBCOMMANDS\n'
-"$calib" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p' | while read -r subcommand; do
+"${calib[@]}" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p' | while read -r subcommand; do
   printf '.SS %s\n%s\n.PP\n' "$subcommand" "$(usage "$subcommand")"
-  "$calib" "$subcommand" --help | sed -n '1s/$/./p'
-  "$calib" "$subcommand" --help | body
+  "${calib[@]}" "$subcommand" --help | sed -n '1s/$/./p'
+  "${calib[@]}" "$subcommand" --help | body
 done

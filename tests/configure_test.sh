@@ -76,6 +76,13 @@ expect_refusal "no version" "is of unknown version, since"
 make_runtime headers_only "$define 3021012"
 expect_refusal "no library" "no library libprotobuf below $prefix, where it was expected."
 
+# A machine of the other byte order is refused; here one that its compiler says to be such.
+make_runtime 3021012 "$define 3021012"
+touch "$prefix/lib/libprotobuf.so"
+expect_refusal "a big-endian machine" "reads and writes numbers as little-endian machines hold them" \
+  "-DCMAKE_CXX_FLAGS=-U__BYTE_ORDER__ -D__BYTE_ORDER__=__ORDER_BIG_ENDIAN__"
+rm -r "$prefix"
+
 # What is refused above is refused for its version alone.
 for number in 3000000 3001000 3005002 3006001 3012004 3020003 3021012; do
   make_runtime "$number" "$define $number"
@@ -118,7 +125,7 @@ found=$(grep -E '^(include_dir|library|calibration_found)[:=]' "$prefix/build/CM
 # ...and by a project that includes this one, which names folders for other things, too.
 mkdir "$folder/user"
 cat >"$folder/user/CMakeLists.txt" <<END
-cmake_minimum_required(VERSION 3.25)
+cmake_minimum_required(VERSION 3.16)
 project(user LANGUAGES CXX)
 add_subdirectory("$source_folder" calibration_protolib)
 END
