@@ -60,7 +60,7 @@ for_clang=(clang '?libclang-rt-dev')
 declare -A without=(
   [libcli11-dev]="the command calib is left out"
   [colcon]="colcon_test is skipped")
-for_colcon=('?colcon' '?python3-colcon-cmake' '?python3-colcon-library-path'
+for_colcon=('?colcon' '?python3-colcon-bash' '?python3-colcon-cmake' '?python3-colcon-library-path'
   '?python3-colcon-recursive-crawl' '?python3-colcon-ros')
 
 installed() {

@@ -19,7 +19,7 @@ skip() {
 
 command -v colcon >/dev/null || skip "colcon is not installed (Debian's package colcon)"
 # What makes it read package.xml, run CMake, and lead programs to what was built.
-for extension in ros cmake library-path recursive-crawl; do
+for extension in bash ros cmake library-path recursive-crawl; do
   /usr/bin/python3 -c "import colcon_${extension//-/_}" 2>/dev/null ||
     skip "colcon lacks an extension (Debian's package python3-colcon-$extension)"
 done
