@@ -40,7 +40,7 @@ done
 # --- Dependencies, and what is in which package ---
 
 depends=$(dpkg-deb --field "$runtime" Depends)
-for name in libc6 'libprotobuf[0-9]+' 'libstdc\+\+6'; do
+for name in libc6 'libprotobuf[0-9a-z]+' 'libstdc\+\+6'; do
   [[ ", $depends" =~ ", "$name" (" ]] || fail "$runtime does not depend on $name: $depends"
 done
 depends=$(dpkg-deb --field "$development" Depends)

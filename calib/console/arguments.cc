@@ -38,6 +38,18 @@ CLI::Validator Number(double below, bool whole, const std::string& expected) {
 
 class Help : public CLI::Formatter {
  public:
+  // Releases of CLI11 differ in how many empty lines they put between the parts; one it is.
+  std::string make_help(const CLI::App* command, std::string name,
+                        CLI::AppFormatMode mode) const override {
+    std::istringstream lines(CLI::Formatter::make_help(command, std::move(name), mode));
+    std::string help;
+    bool empty = false;
+    for (std::string line; std::getline(lines, line); empty = line.empty()) {
+      if (!empty || !line.empty()) help += line + "\n";
+    }
+    return help;
+  }
+
   std::string make_usage(const CLI::App* command, std::string name) const override {
     return "\n" + CLI::Formatter::make_usage(command, std::move(name));
   }
@@ -57,7 +69,7 @@ class Help : public CLI::Formatter {
 
   std::string make_footer(const CLI::App* command) const override {
     std::istringstream lines(command->get_footer());
-    std::string footer;
+    std::string footer = "\n";
     for (std::string line; std::getline(lines, line);) {
       footer += line.empty() || line[0] == ' ' ? line + "\n" : Wrap(line, 0, kWidth);
     }
