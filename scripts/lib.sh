@@ -8,6 +8,7 @@ set -E
 trap 'exit 1' ERR
 
 repository=$(cd "$(dirname "${BASH_SOURCE[0]}")/.." && pwd)
+source "$repository/scripts/copy_sources.sh"
 jobs=${CMAKE_BUILD_PARALLEL_LEVEL:-$(nproc)}
 
 say() { printf '== %s\n' "$*"; }

@@ -40,8 +40,7 @@ cat >"$folder/src/robot/package.xml" <<'END'
 </package>
 END
 # As a git clone would: what is built elsewhere in the sources is nothing to the workspace.
-mkdir "$folder/src/calibration_protolib"
-tar -C "$source" --exclude ./build --exclude ./.git -c . | tar -C "$folder/src/calibration_protolib" -x
+copy_sources "$source" "$folder/src/calibration_protolib"
 
 cd "$folder"
 export CMAKE_PREFIX_PATH=$runtime

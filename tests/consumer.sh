@@ -1,6 +1,8 @@
 # Shared by the tests that use the library as a new user would (sourced, not run): the program that
 # README.md shows, built and run. Expects $source, the sources' folder, and $folder, a scratch one.
 
+source "$source/scripts/copy_sources.sh"
+
 fail() {
   printf '%s: %s\n' "$(basename "$0" .sh) ${check:-}" "$*" >&2
   exit 1

@@ -244,7 +244,8 @@ case $check in
 
   fetch_content)
     make_program
-    tar -C "$source" --exclude ./build --exclude ./.git -czf "$folder/sources.tar.gz" .
+    copy_sources "$source" "$folder/sources"
+    tar -C "$folder/sources" -czf "$folder/sources.tar.gz" .
     cat >"$folder/fetch" <<END
 include(FetchContent)
 FetchContent_Declare(calibration_protolib URL "$folder/sources.tar.gz")

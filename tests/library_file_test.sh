@@ -73,9 +73,12 @@ case $check in
   needed)
     needed=$(readelf -dW "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
     [[ $needed == *libprotobuf.so* ]] || fail "$library does not need libprotobuf: $needed"
+    allowed='libprotobuf|libstdc\+\+|libm|libgcc_s|libc|ld-linux-[a-z0-9_-]+'
     # Threads are a library of their own before glibc 2.34.
+    glibc=$(getconf GNU_LIBC_VERSION)
+    [[ $(printf '%s\n' "${glibc#glibc }" 2.34 | sort -V | head -n 1) == 2.34 ]] || allowed+='|libpthread'
     for name in $needed; do
-      [[ $name =~ ^(libprotobuf|libstdc\+\+|libm|libgcc_s|libc|libpthread|ld-linux-[a-z0-9_-]+)\.so ]] ||
+      [[ $name =~ ^($allowed)\.so ]] ||
         fail "$library needs $name, which is neither the protobuf nor the C++ run-time"
     done
     ;;

@@ -29,7 +29,8 @@ for command in py3compile py3clean; do printf '#!/bin/sh\n' >"$folder/bin/$comma
 chmod +x "$folder/bin"/*
 PATH=$folder/bin:$PATH
 
-quietly "$source/scripts/package" --output "$folder/packages"
+# What is looked at here does not depend on how well the compiler does.
+DEB_BUILD_OPTIONS=noopt quietly "$source/scripts/package" --output "$folder/packages"
 architecture=$(dpkg --print-architecture)
 runtime=$folder/packages/libcalibration-protolib${version%%.*}_${version}_$architecture.deb
 development=$folder/packages/libcalibration-protolib-dev_${version}_$architecture.deb
@@ -40,7 +41,7 @@ done
 # --- Dependencies, and what is in which package ---
 
 depends=$(dpkg-deb --field "$runtime" Depends)
-for name in libc6 'libprotobuf[0-9a-z]+' 'libstdc\+\+6'; do
+for name in libc6 'libprotobuf[0-9]+(t64)?' 'libstdc\+\+6'; do
   [[ ", $depends" =~ ", "$name" (" ]] || fail "$runtime does not depend on $name: $depends"
 done
 depends=$(dpkg-deb --field "$development" Depends)
