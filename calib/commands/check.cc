@@ -69,14 +69,14 @@ int Check(const Flags& flags) {
 
 }  // namespace
 
-void AddCheck(CLI::App* program, int* status) {
-  CLI::App* command = program->add_subcommand("check", "Says whether records are whole");
+void AddCheck(Command* program, int* status) {
+  Command* command = program->AddCommand("check", "Says whether records are whole");
   const auto flags = std::make_shared<Flags>();
-  command->add_option("FILE", flags->paths, "The files to check")->required();
+  command->AddOption("FILE", flags->paths, "The files to check")->Required();
   flags->input.AddTo(command);
-  command->add_flag("--allow-unknown", flags->allow_unknown,
-                    "Accept unknown fields, as a newer schema makes them");
-  command->footer(
+  command->AddFlag("--allow-unknown", flags->allow_unknown,
+                   "Accept unknown fields, as a newer schema makes them");
+  command->Footer(
       "Reports where a file is malformed and how, required fields that are not set, and unknown "
       "fields: one line for each, or one that says that the record is whole. Of several files all "
       "are checked, and the last line counts them.\n\n"
@@ -84,7 +84,7 @@ void AddCheck(CLI::App* program, int* status) {
       "Examples:\n"
       "  calib check rig.RobotCalibration.binpb\n"
       "  calib check --type RobotCalibration --format binary - < rig.bin");
-  command->callback([flags, status] { *status = Check(*flags); });
+  command->Callback([flags, status] { *status = Check(*flags); });
 }
 
 }  // namespace calib

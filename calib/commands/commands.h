@@ -3,20 +3,20 @@
 #ifndef CALIB_COMMANDS_COMMANDS_H_
 #define CALIB_COMMANDS_COMMANDS_H_
 
-#include <CLI/CLI.hpp>
+#include "calib/console/command_line.h"
 
 namespace calib {
 
-void AddTypes(CLI::App* program, int* status);
-void AddShow(CLI::App* program, int* status);
-void AddConvert(CLI::App* program, int* status);
-void AddCheck(CLI::App* program, int* status);
-void AddPlot(CLI::App* program, int* status);
-void AddImport(CLI::App* program, int* status);
-void AddExport(CLI::App* program, int* status);
-void AddDiff(CLI::App* program, int* status);
-void AddGet(CLI::App* program, int* status);
-void AddMerge(CLI::App* program, int* status);
+void AddTypes(Command* program, int* status);
+void AddShow(Command* program, int* status);
+void AddConvert(Command* program, int* status);
+void AddCheck(Command* program, int* status);
+void AddPlot(Command* program, int* status);
+void AddImport(Command* program, int* status);
+void AddExport(Command* program, int* status);
+void AddDiff(Command* program, int* status);
+void AddGet(Command* program, int* status);
+void AddMerge(Command* program, int* status);
 
 }  // namespace calib
 

@@ -31,24 +31,24 @@ void Convert(const Flags& flags) {
 
 }  // namespace
 
-void AddConvert(CLI::App* program, int* status) {
-  CLI::App* command =
-      program->add_subcommand("convert", "Converts a record between binary, text and JSON");
+void AddConvert(Command* program, int* status) {
+  Command* command =
+      program->AddCommand("convert", "Converts a record between binary, text and JSON");
   const auto flags = std::make_shared<Flags>();
-  command->add_option("IN", flags->in, "The file to read")->required();
-  command->add_option("OUT", flags->out, "The file to write")->required();
+  command->AddOption("IN", flags->in, "The file to read")->Required();
+  command->AddOption("OUT", flags->out, "The file to write")->Required();
   flags->input.AddTo(command);
   flags->output.AddTo(command);
-  command->add_flag("--drop-unknown", flags->drop_unknown,
-                    "Leave unknown fields out, and say so; text and JSON cannot hold them");
-  command->footer(
+  command->AddFlag("--drop-unknown", flags->drop_unknown,
+                   "Leave unknown fields out, and say so; text and JSON cannot hold them");
+  command->Footer(
       "The output holds what the input holds, or is not written: JSON cannot hold text that is not "
       "UTF-8, nor does it keep the sign of a zero.\n\n"
       "Examples:\n"
       "  calib convert rig.RobotCalibration.binpb rig.RobotCalibration.txtpb\n"
       "  calib convert rig.RobotCalibration.binpb - --to json | jq .camera[].name\n"
       "  calib convert --type FocusInfo --format text notes.txt focus.FocusInfo.binpb");
-  command->callback([flags, status] {
+  command->Callback([flags, status] {
     Convert(*flags);
     *status = kFine;
   });

@@ -42,25 +42,25 @@ int Diff(const Flags& flags) {
 
 }  // namespace
 
-void AddDiff(CLI::App* program, int* status) {
-  CLI::App* command = program->add_subcommand("diff", "Says in which fields two records differ");
+void AddDiff(Command* program, int* status) {
+  Command* command = program->AddCommand("diff", "Says in which fields two records differ");
   const auto flags = std::make_shared<Flags>();
-  command->add_option("A", flags->before, "The record of before")->required();
-  command->add_option("B", flags->after, "The record to compare with it")->required();
+  command->AddOption("A", flags->before, "The record of before")->Required();
+  command->AddOption("B", flags->after, "The record to compare with it")->Required();
   flags->input.AddTo(command);
   command
-      ->add_option("--tolerance", flags->tolerance.absolute,
-                   "Accept floating-point values that differ by no more than that")
-      ->check(NumberFromZero())
-      ->type_name("NUMBER");
+      ->AddOption("--tolerance", flags->tolerance.absolute,
+                  "Accept floating-point values that differ by no more than that")
+      ->Check(NumberFromZero())
+      ->ValueName("NUMBER");
   command
-      ->add_option("--relative", flags->tolerance.relative,
-                   "Accept those that differ by no more than that share of the "
-                   "larger one, from 0 to below 1")
-      ->check(NumberFromZeroToBelow(1))
-      ->type_name("SHARE");
+      ->AddOption("--relative", flags->tolerance.relative,
+                  "Accept those that differ by no more than that share of the "
+                  "larger one, from 0 to below 1")
+      ->Check(NumberFromZeroToBelow(1))
+      ->ValueName("SHARE");
   AddColor(command, &flags->color);
-  command->footer(
+  command->Footer(
       "One line for each field: its path, its value in A and its value in B. Elements are compared "
       "by their index. A field that is not set differs from one that is set to its default; 0 "
       "equals -0, and a NaN equals a NaN. The records may be of different formats, but not "
@@ -69,7 +69,7 @@ void AddDiff(CLI::App* program, int* status) {
       "Examples:\n"
       "  calib diff october.RobotCalibration.binpb november.RobotCalibration.binpb\n"
       "  calib diff --tolerance 1e-6 a.CameraIntrinsics.binpb b.CameraIntrinsics.json");
-  command->callback([flags, status] { *status = Diff(*flags); });
+  command->Callback([flags, status] { *status = Diff(*flags); });
 }
 
 }  // namespace calib

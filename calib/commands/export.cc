@@ -78,23 +78,23 @@ std::string ToRos(const Record& record, const Flags& flags) {
 
 }  // namespace
 
-void AddExport(CLI::App* program, int* status) {
-  CLI::App* command = program->add_subcommand("export", "Writes a camera for other tools");
+void AddExport(Command* program, int* status) {
+  Command* command = program->AddCommand("export", "Writes a camera for other tools");
   const auto flags = std::make_shared<Flags>();
-  command->add_option("--to", flags->tool, "Format of the output; ros is its camera_info")
-      ->check(CLI::Validator(WhyNotTool, ""))
-      ->type_name("{ros}")
-      ->required();
-  command->add_option("FILE", flags->path, "The file to read")->required();
-  command->add_option("--output", flags->output_path, "The file to write; else standard output")
-      ->type_name("OUT");
+  command->AddOption("--to", flags->tool, "Format of the output; ros is its camera_info")
+      ->Check(WhyNotTool)
+      ->ValueName("{ros}")
+      ->Required();
+  command->AddOption("FILE", flags->path, "The file to read")->Required();
+  command->AddOption("--output", flags->output_path, "The file to write; else standard output")
+      ->ValueName("OUT");
   flags->input.AddTo(command);
   flags->camera.AddTo(command);
   flags->lens.AddTo(command,
                     "What k and p mean; auto goes by their numbers: 4 k and no p are equidistant, "
                     "else plumb_bob or rational_polynomial");
   flags->leftovers.AddTo(command, false);
-  command->footer(
+  command->Footer(
       "What camera_info has no key for is counted on standard error, and listed by --verbose. Its "
       "rectification is the identity and its projection the camera matrix, as of a camera on its "
       "own. What no camera can have, such as a focal length of 0 or NaN, is refused. 'calib "
@@ -102,7 +102,7 @@ void AddExport(CLI::App* program, int* status) {
       "Examples:\n"
       "  calib export --to ros --camera 0 rig.RobotCalibration.binpb\n"
       "  calib export --to ros --distortion-model plumb_bob cam.CameraCalibration.binpb");
-  command->callback([flags, status] {
+  command->Callback([flags, status] {
     const Record record = ReadRecord(flags->path, flags->input);
     WriteFile(flags->output_path, ToRos(record, *flags));
     *status = kFine;

@@ -81,16 +81,16 @@ int Get(const Flags& flags) {
 
 }  // namespace
 
-void AddGet(CLI::App* program, int* status) {
-  CLI::App* command = program->add_subcommand("get", "Prints one field of a record");
+void AddGet(Command* program, int* status) {
+  Command* command = program->AddCommand("get", "Prints one field of a record");
   const auto flags = std::make_shared<Flags>();
-  command->add_option("FILE", flags->path, "The file to read")->required();
-  command->add_option("PATH", flags->field, "The field, such as camera[0].intrinsics.cy")
-      ->required();
+  command->AddOption("FILE", flags->path, "The file to read")->Required();
+  command->AddOption("PATH", flags->field, "The field, such as camera[0].intrinsics.cy")
+      ->Required();
   flags->input.AddTo(command);
-  command->add_option("--output", flags->output, "Write to this file; else to standard output")
-      ->type_name("OUT");
-  command->footer(
+  command->AddOption("--output", flags->output, "Write to this file; else to standard output")
+      ->ValueName("OUT");
+  command->Footer(
       "Numbers and texts are written as they are, with a line for each element of a repeated "
       "field; messages in the text format; the bytes of an image raw, with nothing added. Indices "
       "count from 0.\n\n"
@@ -100,7 +100,7 @@ void AddGet(CLI::App* program, int* status) {
       "  calib get rig.RobotCalibration.binpb camera[1].extrinsics.a\n"
       "  calib get board.CameraCalibration.binpb intrinsics_image.imgdata \\\n"
       "    --output board.gray");
-  command->callback([flags, status] { *status = Get(*flags); });
+  command->Callback([flags, status] { *status = Get(*flags); });
 }
 
 }  // namespace calib

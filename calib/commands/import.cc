@@ -84,27 +84,26 @@ void Import(const Flags& flags) {
 
 }  // namespace
 
-void AddImport(CLI::App* program, int* status) {
-  CLI::App* command = program->add_subcommand("import", "Brings in cameras from other tools");
+void AddImport(Command* program, int* status) {
+  Command* command = program->AddCommand("import", "Brings in cameras from other tools");
   const auto flags = std::make_shared<Flags>();
   std::vector<std::string> names;
   for (const Source& source : kSources) names.push_back(source.name);
-  AddChoice(command, "--from", &flags->source, names, "What wrote the file")->required();
-  command->add_option("FILE", flags->paths, "The file to read, in YAML or OpenCV's XML")
-      ->required();
-  command->add_option("--output", flags->output_path, "The file to write; else standard output")
-      ->type_name("OUT");
+  AddChoice(command, "--from", &flags->source, names, "What wrote the file")->Required();
+  command->AddOption("FILE", flags->paths, "The file to read, in YAML or OpenCV's XML")->Required();
+  command->AddOption("--output", flags->output_path, "The file to write; else standard output")
+      ->ValueName("OUT");
   command
-      ->add_option("--as", flags->type,
-                   "Record type of the output: RobotCalibration, CameraCalibration or "
-                   "CameraIntrinsics; else its name tells it, or the number of cameras")
-      ->type_name("TYPE");
+      ->AddOption("--as", flags->type,
+                  "Record type of the output: RobotCalibration, CameraCalibration or "
+                  "CameraIntrinsics; else its name tells it, or the number of cameras")
+      ->ValueName("TYPE");
   flags->output.AddTo(command);
   flags->lens.AddTo(command,
                     "What the distortion coefficients mean where the file does not tell; auto goes "
                     "by their number, unless there are 4");
   flags->leftovers.AddTo(command, true);
-  command->footer(
+  command->Footer(
       "Reads ROS camera_info, Kalibr camchain and OpenCV FileStorage files; of OpenCV's stereo "
       "calibration, both files at once. What a record has no field for is counted on standard "
       "error, and listed with its line by --verbose. A file whose lens a record cannot hold is "
@@ -114,7 +113,7 @@ void AddImport(CLI::App* program, int* status) {
       "  calib import --from kalibr camchain.yaml --output rig.RobotCalibration.binpb\n"
       "  calib import --from opencv camera.xml\n"
       "  calib import --from opencv intrinsics.yml extrinsics.yml --as RobotCalibration");
-  command->callback([flags, status] {
+  command->Callback([flags, status] {
     Import(*flags);
     *status = kFine;
   });

@@ -40,14 +40,14 @@ void Merge(const Flags& flags) {
 
 }  // namespace
 
-void AddMerge(CLI::App* program, int* status) {
-  CLI::App* command = program->add_subcommand("merge", "Puts records of one type together");
+void AddMerge(Command* program, int* status) {
+  Command* command = program->AddCommand("merge", "Puts records of one type together");
   const auto flags = std::make_shared<Flags>();
-  command->add_option("FILE", flags->paths, "The files to put together, in this order")->required();
+  command->AddOption("FILE", flags->paths, "The files to put together, in this order")->Required();
   flags->input.AddTo(command);
-  command->add_option("--output", flags->out, "The file to write")->required()->type_name("OUT");
+  command->AddOption("--output", flags->out, "The file to write")->Required()->ValueName("OUT");
   flags->output.AddTo(command);
-  command->footer(
+  command->Footer(
       "Elements of repeated fields are put one behind the other, messages are merged field by "
       "field, and of single values the last one counts; what it replaces is told. Unknown fields "
       "are kept.\n\n"
@@ -55,7 +55,7 @@ void AddMerge(CLI::App* program, int* status) {
       "  calib merge left.RobotCalibration.binpb right.RobotCalibration.binpb \\\n"
       "    --output rig.RobotCalibration.binpb\n"
       "  calib merge a.FocusInfo.binpb b.FocusInfo.binpb --output - --to text");
-  command->callback([flags, status] {
+  command->Callback([flags, status] {
     Merge(*flags);
     *status = kFine;
   });

@@ -37,17 +37,17 @@ std::string Plot(const Flags& flags) {
 
 }  // namespace
 
-void AddPlot(CLI::App* program, int* status) {
-  CLI::App* command = program->add_subcommand("plot", "Draws samples and curves as SVG");
+void AddPlot(Command* program, int* status) {
+  Command* command = program->AddCommand("plot", "Draws samples and curves as SVG");
   const auto flags = std::make_shared<Flags>();
-  command->add_option("FILE", flags->path, "The file to draw")->required();
-  command->add_option("--output", flags->output_path, "The file to write; else standard output")
-      ->type_name("OUT");
-  command->add_flag("--terminal", flags->terminal,
-                    "Draw with characters (in UTF-8) instead, as wide as the terminal");
+  command->AddOption("FILE", flags->path, "The file to draw")->Required();
+  command->AddOption("--output", flags->output_path, "The file to write; else standard output")
+      ->ValueName("OUT");
+  command->AddFlag("--terminal", flags->terminal,
+                   "Draw with characters (in UTF-8) instead, as wide as the terminal");
   flags->input.AddTo(command);
   flags->camera.AddTo(command);
-  command->footer(
+  command->Footer(
       "Draws a camera's sample points over its image area, focus transfer functions, the bins of "
       "focus checks, and a pan-tilt-zoom camera's intrinsics over its zoom. Each axis is named by "
       "its field and has the field's own numbers. The image's y goes down.\n\n"
@@ -55,7 +55,7 @@ void AddPlot(CLI::App* program, int* status) {
       "  calib plot rig.RobotCalibration.binpb --camera 0 --output cam0.svg\n"
       "  calib plot dome.PTZIntrinsics.binpb --terminal\n"
       "  calib plot focus.FocusInfo.binpb | rsvg-convert > focus.png");
-  command->callback([flags, status] {
+  command->Callback([flags, status] {
     WriteFile(flags->output_path, Plot(*flags));
     *status = kFine;
   });

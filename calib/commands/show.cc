@@ -37,21 +37,21 @@ void Show(const Flags& flags) {
 
 }  // namespace
 
-void AddShow(CLI::App* program, int* status) {
-  CLI::App* command = program->add_subcommand("show", "Shows what is in a record");
+void AddShow(Command* program, int* status) {
+  Command* command = program->AddCommand("show", "Shows what is in a record");
   const auto flags = std::make_shared<Flags>();
-  command->add_option("FILE", flags->path, "The file to show")->required();
+  command->AddOption("FILE", flags->path, "The file to show")->Required();
   flags->input.AddTo(command);
-  command->add_flag("--full", flags->full, "Show long lists, text and images in full");
+  command->AddFlag("--full", flags->full, "Show long lists, text and images in full");
   AddColor(command, &flags->color);
-  command->footer(
+  command->Footer(
       "Lists of more than 16 elements, and text and images of more than 64 bytes, are folded to "
       "their size, in a way that no reader takes for a whole record; 'calib convert' writes "
       "records for programs, and JSON.\n\n"
       "Examples:\n"
       "  calib show rig.RobotCalibration.binpb\n"
       "  calib show --type FocusInfo --format binary focus.bin --full | less");
-  command->callback([flags, status] {
+  command->Callback([flags, status] {
     Show(*flags);
     *status = kFine;
   });

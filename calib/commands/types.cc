@@ -59,17 +59,17 @@ std::string DescribeType(const Schema& schema, const Descriptor* type) {
 
 }  // namespace
 
-void AddTypes(CLI::App* program, int* status) {
-  CLI::App* command = program->add_subcommand("types", "Lists the record types, or shows one");
+void AddTypes(Command* program, int* status) {
+  Command* command = program->AddCommand("types", "Lists the record types, or shows one");
   const auto name = std::make_shared<std::string>();
-  command->add_option("NAME", *name, "The type whose fields are shown");
-  command->footer(
+  command->AddOption("NAME", *name, "The type whose fields are shown");
+  command->Footer(
       "Shows each field's label, type, name, number and default, and what the schema says of "
       "it.\n\n"
       "Examples:\n"
       "  calib types\n"
       "  calib types CameraIntrinsics");
-  command->callback([name, status] {
+  command->Callback([name, status] {
     const Schema schema;
     Print(name->empty() ? ListTypes(schema) : DescribeType(schema, RecordType(*name)));
     *status = kFine;

@@ -20,10 +20,10 @@ bool LeadsThrough(const std::string& path, const std::string& element) {
 
 }  // namespace
 
-void CameraFlag::AddTo(CLI::App* command) {
-  command->add_option("--camera", number, "Only camera[N]; they count from 0")
-      ->check(CountFromZero())
-      ->type_name("N");
+void CameraFlag::AddTo(Command* command) {
+  command->AddOption("--camera", number, "Only camera[N]; they count from 0")
+      ->Check(CountFromZero())
+      ->ValueName("N");
 }
 
 std::vector<Part> CameraFlag::Choose(const Message& record, const std::string& name,

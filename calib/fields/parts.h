@@ -4,10 +4,11 @@
 
 #include <google/protobuf/message.h>
 
-#include <CLI/CLI.hpp>
 #include <optional>
 #include <string>
 #include <vector>
+
+#include "calib/console/command_line.h"
 
 namespace calib {
 
@@ -19,7 +20,7 @@ struct Part {
 struct CameraFlag {
   int number = -1;
 
-  void AddTo(CLI::App* command);
+  void AddTo(Command* command);
 
   // All messages of a record that are of one of the types, in the record's order; with --camera
   // only those in or below that camera. Throws Failure if there is no such camera; `name` is what

@@ -5,17 +5,17 @@
 
 namespace calib {
 
-void InputFlags::AddTo(CLI::App* command) {
-  command->add_option("--type", type, "Record type of the input; else the file's name tells it")
-      ->type_name("TYPE");
+void InputFlags::AddTo(Command* command) {
+  command->AddOption("--type", type, "Record type of the input; else the file's name tells it")
+      ->ValueName("TYPE");
   AddChoice(command, "--format", &format, FormatNames(),
             "Format of the input; else the file's name tells it");
 }
 
-void OutputFlags::AddTo(CLI::App* command) {
+void OutputFlags::AddTo(Command* command) {
   AddChoice(command, "--to", &format, FormatNames(),
             "Format of the output; else its name tells it");
-  command->add_flag("--partial", partial, "Write the record even if required fields are missing");
+  command->AddFlag("--partial", partial, "Write the record even if required fields are missing");
 }
 
 }  // namespace calib

@@ -3,8 +3,9 @@
 #ifndef CALIB_FORMATS_RECORD_FLAGS_H_
 #define CALIB_FORMATS_RECORD_FLAGS_H_
 
-#include <CLI/CLI.hpp>
 #include <string>
+
+#include "calib/console/command_line.h"
 
 namespace calib {
 
@@ -13,7 +14,7 @@ struct InputFlags {
   std::string type;
   std::string format;
 
-  void AddTo(CLI::App* command);
+  void AddTo(Command* command);
 };
 
 // --to, which is empty if it is not given, and --partial.
@@ -21,7 +22,7 @@ struct OutputFlags {
   std::string format;
   bool partial = false;
 
-  void AddTo(CLI::App* command);
+  void AddTo(Command* command);
 };
 
 }  // namespace calib

@@ -7,12 +7,12 @@
 
 namespace calib {
 
-void LeftoverFlags::AddTo(CLI::App* command, bool with_lossy) {
-  command->add_flag("--verbose", verbose, "List all that is not kept, each with its place");
-  CLI::Option* option = command->add_flag("--strict", strict, "Refuse whatever is not kept");
+void LeftoverFlags::AddTo(Command* command, bool with_lossy) {
+  command->AddFlag("--verbose", verbose, "List all that is not kept, each with its place");
+  Option* option = command->AddFlag("--strict", strict, "Refuse whatever is not kept");
   if (!with_lossy) return;
-  command->add_flag("--lossy", lossy, "Take the file though its lens is not kept; say what is lost")
-      ->excludes(option);
+  command->AddFlag("--lossy", lossy, "Take the file though its lens is not kept; say what is lost")
+      ->Excludes(option);
 }
 
 void TellLeftovers(const std::string& name, const LeftoverFlags& flags,

@@ -3,9 +3,10 @@
 #ifndef CALIB_TOOLS_LEFTOVERS_H_
 #define CALIB_TOOLS_LEFTOVERS_H_
 
-#include <CLI/CLI.hpp>
 #include <functional>
 #include <string>
+
+#include "calib/console/command_line.h"
 
 namespace calib {
 
@@ -20,7 +21,7 @@ using LeftoverVisitor = std::function<void(const Leftover&)>;
 struct LeftoverFlags {
   bool verbose = false, strict = false, lossy = false;
 
-  void AddTo(CLI::App* command, bool with_lossy);
+  void AddTo(Command* command, bool with_lossy);
 };
 
 // Says on standard error what `visit_all` visits, which is called several times. Throws Failure

@@ -7,19 +7,17 @@ namespace calib {
 namespace {
 
 // Makes an alias the name; other words stay, and are refused as what they are.
-std::string ToName(std::string& word) {
-  const LensModel* model = FindLensModel(word);
-  if (model != nullptr && model->in_camera_info) word = model->name;
-  return "";
+void ToName(std::string* word) {
+  const LensModel* model = FindLensModel(*word);
+  if (model != nullptr && model->in_camera_info) *word = model->name;
 }
 
 }  // namespace
 
-void LensFlag::AddTo(CLI::App* command, const std::string& description) {
+void LensFlag::AddTo(Command* command, const std::string& description) {
   std::vector<std::string> words = CameraInfoModels();
   words.insert(words.begin(), "auto");
-  AddChoice(command, "--distortion-model", &name, words, description)
-      ->transform(CLI::Validator(ToName, ""));
+  AddChoice(command, "--distortion-model", &name, words, description)->Transform(ToName);
 }
 
 }  // namespace calib

@@ -2,9 +2,9 @@
 #ifndef CALIB_TOOLS_LENS_FLAG_H_
 #define CALIB_TOOLS_LENS_FLAG_H_
 
-#include <CLI/CLI.hpp>
 #include <string>
 
+#include "calib/console/command_line.h"
 #include "calib/tools/lens_models.h"
 
 namespace calib {
@@ -13,7 +13,7 @@ namespace calib {
 struct LensFlag {
   std::string name = "auto";
 
-  void AddTo(CLI::App* command, const std::string& description);
+  void AddTo(Command* command, const std::string& description);
   const LensModel* model() const { return name == "auto" ? nullptr : FindLensModel(name); }
 };
 
