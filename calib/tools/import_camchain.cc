@@ -8,10 +8,12 @@
 #include "calib/tools/import_common.h"
 #include "calib/tools/import_lens.h"
 #include "calib/tools/importers.h"
+#include "calib/tools/rigid_transform.h"
 
 namespace calib {
 
 using zarvo::calibration::CameraCalibration;
+using zarvo::calibration::CameraExtrinsics;
 using zarvo::calibration::CameraIntrinsics;
 
 namespace {
@@ -64,14 +66,27 @@ void StoreDistortion(const Foreign& chain, const LensModel* chosen, CameraIntrin
 }
 
 // A camera has one set of extrinsics. Where it sits relative to the IMU says the same for every
-// camera, so it goes first.
-void StoreExtrinsics(const Foreign& chain, CameraCalibration* camera) {
+// camera, so it goes first. Where it sits relative to the camera before becomes relative to where
+// that one has its own; nullptr if it is the first.
+void StoreExtrinsics(const Foreign& chain, const CameraCalibration* before,
+                     CameraCalibration* camera) {
   if (const auto imu = chain.Find({"T_cam_imu"})) {
     StoreTransform(*imu, imu->Rows(4, 4), "from the IMU to this camera",
                    camera->mutable_extrinsics());
   } else if (const auto previous = chain.Find({"T_cn_cnm1"})) {
-    StoreTransform(*previous, previous->Rows(4, 4), "from the camera before to this one",
-                   camera->mutable_extrinsics());
+    const std::vector<double> rows = previous->Rows(4, 4);
+    CameraExtrinsics* extrinsics = camera->mutable_extrinsics();
+    const bool chained = before != nullptr && before->has_extrinsics();
+    StoreTransform(*previous, rows,
+                   chained ? "from where those of the camera before do to this camera"
+                           : "from the camera before to this one",
+                   extrinsics);
+    if (!chained) return;
+    const auto& a = before->extrinsics().a();
+    const RigidTransform product =
+        RigidTransform::FromRows(rows) * RigidTransform::FromRows({a.begin(), a.end()});
+    extrinsics->clear_a();
+    for (const double element : product.Rows()) extrinsics->add_a(element);
   }
 }
 
@@ -80,7 +95,8 @@ bool IsPixelCount(double number) {
          number == std::floor(number);
 }
 
-void StoreCamera(const Foreign& chain, const LensModel* lens, CameraCalibration* camera) {
+void StoreCamera(const Foreign& chain, const LensModel* lens, const CameraCalibration* before,
+                 CameraCalibration* camera) {
   CameraIntrinsics* intrinsics = camera->mutable_intrinsics();
   StoreProjection(chain, intrinsics);
   StoreDistortion(chain, lens, intrinsics);
@@ -91,7 +107,7 @@ void StoreCamera(const Foreign& chain, const LensModel* lens, CameraCalibration*
   }
   intrinsics->set_width(static_cast<int32_t>(size[0]));
   intrinsics->set_height(static_cast<int32_t>(size[1]));
-  StoreExtrinsics(chain, camera);
+  StoreExtrinsics(chain, before, camera);
 }
 
 }  // namespace
@@ -102,7 +118,8 @@ void ImportCamchain(const Foreign& file, const LensModel* lens,
     if (!IsCameraKey(key)) return;
     CameraCalibration* camera = robot->add_camera();
     camera->set_name(key);
-    StoreCamera(chain, lens, camera);
+    const int cameras = robot->camera_size();
+    StoreCamera(chain, lens, cameras == 1 ? nullptr : &robot->camera(cameras - 2), camera);
   });
   if (robot->camera_size() == 0) {
     file.Refuse("has no cam0", "Check that --from names the tool that wrote the file.");
