@@ -103,7 +103,7 @@ void Foreign::Remark(const std::string& what) const {
 
 void Foreign::Lose(const std::string& why) const {
   notebook_->used.insert(path_);
-  notebook_->remarks.emplace(tree().line(index_), Leftover{Place(), why, true});
+  notebook_->remarks.emplace(tree().line(index_), Leftover{Place(), why, Leftover::Kind::kLens});
 }
 
 std::string Foreign::NotKeptText(const std::string& why) const {
@@ -111,6 +111,14 @@ std::string Foreign::NotKeptText(const std::string& why) const {
 }
 
 void Foreign::NotKept(const std::string& why) const { Remark(NotKeptText(why)); }
+
+void Foreign::Convert(const std::string& how) const {
+  for (const auto& [line, remark] : notebook_->remarks) {
+    if (remark.kind == Leftover::Kind::kConverted && remark.what == how) return;
+  }
+  notebook_->remarks.emplace(tree().line(index_),
+                             Leftover{Place(), how, Leftover::Kind::kConverted});
+}
 
 void Foreign::CheckKeys() const {
   if (tree().kind(index_) != Kind::kMap) {
@@ -235,6 +243,16 @@ Foreign Foreign::Element(Index element, size_t number) const {
   return Foreign(file_, path_ + "[" + std::to_string(number) + "]", element, notebook_);
 }
 
+std::vector<Foreign> Foreign::Elements() const {
+  if (!IsList()) Refuse("is " + Spell() + ", expected a list", "Correct it there.");
+  std::vector<Foreign> elements;
+  Index element = tree().First(index_);
+  for (uint32_t left = tree().items(index_); left > 0; --left, element = tree().Next(element)) {
+    elements.push_back(Element(element, elements.size()));
+  }
+  return elements;
+}
+
 std::vector<double> Foreign::Numbers() const {
   notebook_->used.insert(path_);
   if (tree().kind(index_) != Kind::kList) {
@@ -251,6 +269,19 @@ std::vector<double> Foreign::Numbers() const {
   return numbers;
 }
 
+void Foreign::AddNumbers(std::vector<double>* numbers) const {
+  if (!IsList()) return numbers->push_back(Value());
+  for (const Foreign& element : Elements()) element.AddNumbers(numbers);
+}
+
+std::vector<double> Foreign::FlatNumbers() const {
+  notebook_->used.insert(path_);
+  if (!IsList()) Refuse("is " + Spell() + ", expected a list of numbers", "Correct it there.");
+  std::vector<double> numbers;
+  AddNumbers(&numbers);
+  return numbers;
+}
+
 void Foreign::CheckFloats(const std::vector<double>& numbers) const {
   Index element = tree().First(index_);
   for (size_t i = 0; i < numbers.size(); ++i, element = tree().Next(element)) {
@@ -264,6 +295,7 @@ std::vector<double> Foreign::Rows(size_t rows, size_t columns) const {
   notebook_->used.insert(path_);
   const std::string expected =
       std::to_string(rows) + " rows of " + std::to_string(columns) + " numbers";
+  if (IsList() && tree().items(index_) == rows * columns) return Numbers();
   if (tree().kind(index_) != Kind::kList || tree().items(index_) != rows) {
     Refuse("is " + Spell() + ", expected " + expected, "Correct it there.");
   }
@@ -281,22 +313,25 @@ std::vector<double> Foreign::Rows(size_t rows, size_t columns) const {
   return numbers;
 }
 
-bool Foreign::IsUsed() const {
-  return notebook_->used.count(path_) != 0 || (tree().kind(index_) == Kind::kMap && AnyUsedBelow());
-}
+bool Foreign::IsUsed() const { return notebook_->used.count(path_) != 0 || AnyUsedBelow(); }
 
 bool Foreign::AnyUsedBelow() const {
-  const auto next = notebook_->used.lower_bound(path_ + ".");
+  if (!IsMap() && !IsList()) return false;
+  const std::string below = path_ + (IsMap() ? "." : "[");
+  const auto next = notebook_->used.lower_bound(below);
   return path_.empty() ||
-         (next != notebook_->used.end() && next->compare(0, path_.size() + 1, path_ + ".") == 0);
+         (next != notebook_->used.end() && next->compare(0, below.size(), below) == 0);
 }
 
 void Foreign::ForEachUnused(const LeftoverVisitor& visit, Remarks::const_iterator* next) const {
   if (notebook_->used.count(path_) != 0) return;
-  if (tree().kind(index_) == Kind::kMap && AnyUsedBelow()) {
-    ForEachEntry([&visit, next](const std::string&, const Foreign& value) {
-      value.ForEachUnused(visit, next);
-    });
+  if (AnyUsedBelow()) {
+    const auto visit_value = [&](const Foreign& value) { value.ForEachUnused(visit, next); };
+    if (IsMap()) {
+      ForEachEntry([&](const std::string&, const Foreign& value) { visit_value(value); });
+    } else {
+      for (const Foreign& element : Elements()) visit_value(element);
+    }
     return;
   }
   const Remarks& remarks = notebook_->remarks;

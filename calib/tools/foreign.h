@@ -27,6 +27,8 @@ class Foreign {
 
   // A look at the value that does not mark it as used.
   bool IsText() const { return tree().kind(index_) == ForeignTree::Kind::kText; }
+  bool IsList() const { return tree().kind(index_) == ForeignTree::Kind::kList; }
+  bool IsMap() const { return tree().kind(index_) == ForeignTree::Kind::kMap; }
   std::string Peek() const;  // the text; "" if it is none
   bool IsUsed() const;       // or what is in it
   // Whether it is nothing but numbers that are 0, in a list or as the data of a matrix.
@@ -41,21 +43,28 @@ class Foreign {
   std::optional<Foreign> Find(const std::vector<std::string>& keys) const;
   Foreign At(const std::vector<std::string>& keys) const;
 
+  // The elements of a list. Throws Failure if it is none.
+  std::vector<Foreign> Elements() const;
+
   double Number() const;
   int32_t Count() const;
   std::string Text() const;
   std::vector<double> Numbers() const;
+  // The numbers of a list and of the lists in it, one after another.
+  std::vector<double> FlatNumbers() const;
   // Throws Failure if a float cannot hold one of the numbers, which are those of this list.
   void CheckFloats(const std::vector<double>& numbers) const;
-  // A list of lists of numbers, by rows.
+  // A list of lists of numbers, by rows, or one list of all of them.
   std::vector<double> Rows(size_t rows, size_t columns) const;
 
   [[noreturn]] void Refuse(const std::string& what, const std::string& remedy) const;
   // A remark is for the user to know; NotKept() makes one that the record does not have the value,
-  // Lose() one that it has another lens for that, and that the value counts as used.
+  // Lose() one that it has another lens for that, and that the value counts as used; Convert() one
+  // that the record has the value in other terms, which is told once of all that a file has alike.
   void Remark(const std::string& what) const;
   void NotKept(const std::string& why) const;
   void Lose(const std::string& why) const;
+  void Convert(const std::string& how) const;
   // Visits all remarks, and makes NotKept() of what in and below this value was not used, topmost
   // values only.
   void ForEachLeftover(const LeftoverVisitor& visit) const;
@@ -79,6 +88,7 @@ class Foreign {
   Foreign Entry(Index entry) const;
   Foreign Element(Index element, size_t number) const;
   double Value() const;  // the number, without marking it as used
+  void AddNumbers(std::vector<double>* numbers) const;
   void RefuseAmbiguous() const;
   void CheckKeys() const;
   bool AnyUsedBelow() const;

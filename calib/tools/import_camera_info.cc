@@ -28,9 +28,9 @@ void StoreDistortion(const Foreign& file, bool message, const LensModel* chosen,
   lens.LoseUnread();
 }
 
-void StoreRegion(const Foreign& message, CameraIntrinsics* intrinsics) {
-  if (const auto binning = message.Find({"binning_x"})) intrinsics->set_x_bin(binning->Text());
-  const std::optional<Foreign> roi = message.Find({"roi"});
+void StoreRegion(const Foreign& file, CameraIntrinsics* intrinsics) {
+  if (const auto binning = file.Find({"binning_x"})) intrinsics->set_x_bin(binning->Text());
+  const std::optional<Foreign> roi = file.Find({"roi"});
   if (!roi) return;
   if (const auto x = roi->Find({"x_offset"})) {
     intrinsics->set_offset_x(static_cast<float>(x->Count()));
@@ -52,7 +52,7 @@ void ImportCameraInfo(const Foreign& file, const LensModel* lens,
   StoreDistortion(file, message, lens, intrinsics);
   intrinsics->set_width(file.At({message ? "width" : "image_width"}).Count());
   intrinsics->set_height(file.At({message ? "height" : "image_height"}).Count());
-  if (message) StoreRegion(file, intrinsics);
+  StoreRegion(file, intrinsics);
   if (const auto name = file.Find({"camera_name"})) camera->set_name(name->Text());
 }
 

@@ -146,7 +146,8 @@ const LensModel* LensImport::ByCount(const Foreign& list, size_t coefficients) c
     if (model.Takes(coefficients)) fitting.push_back(&model);
     sizes += (sizes.empty() ? "" : ", or ") + model.SizesText() + " of " + model.name;
   }
-  if (fitting.size() == 1) return fitting[0];
+  const auto alike = [&](const LensModel* model) { return model->order == fitting[0]->order; };
+  if (!fitting.empty() && std::all_of(fitting.begin(), fitting.end(), alike)) return fitting[0];
   const std::string found = "has " + std::to_string(coefficients) + " coefficients";
   if (fitting.empty()) {
     list.Refuse(found + ", expected " + sizes, "Correct it there.");
@@ -181,10 +182,13 @@ const LensModel* LensImport::Choose(const Foreign& list, size_t coefficients) co
   return coefficients == 0 ? FindLensModel("none") : ByCount(list, coefficients);
 }
 
-void LensImport::Store(const Foreign& list, const std::vector<double>& numbers,
+void LensImport::Store(const Foreign& list, std::vector<double> numbers,
                        CameraIntrinsics* intrinsics) const {
   const LensModel* model = Choose(list, numbers.size());
   if (model == nullptr) return;
+  if (model->order == Order::kBrown && AllZeroFrom(numbers, model->sizes.back())) {
+    numbers.resize(std::min(numbers.size(), model->sizes.back()));
+  }
   const std::string count = std::to_string(numbers.size());
   if (model->order == Order::kForeign) {
     if (AllZeroFrom(numbers, 0)) return;

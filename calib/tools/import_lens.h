@@ -22,7 +22,7 @@ class LensImport {
 
   // Stores k and p of the numbers that were read from `list`. Throws Failure if the file
   // contradicts itself or what the user says, or does not tell what the numbers mean.
-  void Store(const Foreign& list, const std::vector<double>& numbers,
+  void Store(const Foreign& list, std::vector<double> numbers,
              zarvo::calibration::CameraIntrinsics* intrinsics) const;
   // Says so if the lens would need coefficients, of which the file has none.
   void StoreNone() const;

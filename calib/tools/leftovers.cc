@@ -7,6 +7,8 @@
 
 namespace calib {
 
+using Kind = Leftover::Kind;
+
 void LeftoverFlags::AddTo(Command* command, bool with_lossy) {
   command->AddFlag("--verbose", verbose, "List all that is not kept, each with its place");
   Option* option = command->AddFlag("--strict", strict, "Refuse whatever is not kept");
@@ -20,8 +22,9 @@ void TellLeftovers(const std::string& name, const LeftoverFlags& flags,
   size_t harmless = 0, lost = 0;
   std::optional<Leftover> first;
   visit_all([&](const Leftover& leftover) {
-    ++(leftover.lens ? lost : harmless);
-    if (leftover.lens && !first) first = leftover;
+    if (leftover.kind == Kind::kHarmless) ++harmless;
+    if (leftover.kind != Kind::kLens) return;
+    if (++lost == 1) first = leftover;
   });
   if (first && !flags.lossy) {
     const std::string more =
@@ -31,8 +34,8 @@ void TellLeftovers(const std::string& name, const LeftoverFlags& flags,
   }
   const bool list = flags.verbose || flags.strict;
   visit_all([&](const Leftover& leftover) {
-    if (leftover.lens || list) {
-      Note(leftover.place + leftover.what + (leftover.lens ? "; lost" : ""));
+    if (leftover.kind != Kind::kHarmless || list) {
+      Note(leftover.place + leftover.what + (leftover.kind == Kind::kLens ? "; lost" : ""));
     }
   });
   if (flags.strict && harmless > 0) {

@@ -1,5 +1,5 @@
-// What a conversion does not keep, and how the user is told: what is harmless in one line, what
-// makes another lens by a refusal.
+// What a conversion does not keep or keeps in other terms, and how the user is told: what is
+// harmless in one line, what makes another lens by a refusal.
 #ifndef CALIB_TOOLS_LEFTOVERS_H_
 #define CALIB_TOOLS_LEFTOVERS_H_
 
@@ -11,9 +11,15 @@
 namespace calib {
 
 struct Leftover {
+  enum class Kind {
+    kHarmless,   // not kept
+    kConverted,  // kept, in the terms of another convention
+    kLens        // not kept, and without it points land elsewhere
+  };
+
   std::string place;  // as it stands before a message, with ": " at its end
   std::string what;
-  bool lens = false;  // without it, points land elsewhere
+  Kind kind = Kind::kHarmless;
 };
 using LeftoverVisitor = std::function<void(const Leftover&)>;
 

@@ -22,10 +22,15 @@ const std::vector<LensModel>& LensModels() {
       {"plumb_bob",
        {"radtan", "radial_tangential", "pinhole_radtan"},
        Order::kBrown,
-       {4, 5},
+       {0, 4, 5},
        {},
        true},
-      {"rational_polynomial", {"rational", "radtan8"}, Order::kBrown, {8, 12, 14}, {}, true},
+      {"rational_polynomial",
+       {"rational", "radtan8", "pinhole_radtan8"},
+       Order::kBrown,
+       {0, 5, 8, 12, 14},
+       {},
+       true},
       {"equidistant",
        {"fisheye", "equi", "kannala_brandt", "kannala_brandt4", "kannala_brandt8", "kb", "kb4",
         "kb8", "opencv_fisheye", "fisheye_model", "pinhole_equi"},
@@ -56,7 +61,9 @@ bool LensModel::Takes(size_t coefficients) const {
 
 std::string LensModel::SizesText() const {
   std::string text;
-  for (const size_t size : sizes) text += (text.empty() ? "" : " or ") + std::to_string(size);
+  for (const size_t size : sizes) {
+    if (size != 0) text += (text.empty() ? "" : " or ") + std::to_string(size);
+  }
   return text;
 }
 

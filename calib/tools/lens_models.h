@@ -24,7 +24,9 @@ struct LensModel {
   std::string name;                  // that of camera_info, if that knows the model
   std::vector<std::string> aliases;  // what other tools and older versions call it
   Order order;
-  std::vector<size_t> sizes;  // how many coefficients there may be
+  // How many coefficients there may be: those that are missing at the end are 0, as are any that
+  // stand behind the last of kBrown.
+  std::vector<size_t> sizes;
   // What the model has beside focal lengths, principal point and coefficients. A record holds none
   // of it, and without it the lens is another one, unless all of it is 0.
   std::vector<std::string> parameters;
@@ -33,7 +35,7 @@ struct LensModel {
   size_t agreed = SIZE_MAX;
 
   bool Takes(size_t coefficients) const;
-  // "4 or 5".
+  // "4 or 5", leaving 0 out.
   std::string SizesText() const;
   // The most that a record holds of each.
   int k() const;

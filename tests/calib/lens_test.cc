@@ -167,7 +167,7 @@ TEST_P(LensImportTest, KeepsOrTells) {
   }
   ASSERT_EQ(refusal, "");
   file.ForEachLeftover([&](const Leftover& leftover) {
-    if (leftover.lens) lost += leftover.place + leftover.what + "\n";
+    if (leftover.kind == Leftover::Kind::kLens) lost += leftover.place + leftover.what + "\n";
   });
   if (given.lost.empty()) {
     EXPECT_EQ(lost, "");
@@ -255,6 +255,18 @@ INSTANTIATE_TEST_SUITE_P(
         Whole("OpenCvEight", OneOpenCv, OpenCv("", 8, kEight), kRationalK, kBrownP),
         Whole("MessageNone", ImportCameraInfo, Message("d: []\n"), kNone, kNone),
         Refused("RosSix", ImportCameraInfo, Ros("", 6, "1, 2, 3, 4, 5, 6"), "has 6 coefficients"),
+        // The file names it, and lists fewer or more than the model has; the rest is 0.
+        Whole("PlumbBobNone", ImportCameraInfo, Message("distortion_model: plumb_bob\nd: []\n"),
+              kNone, kNone),
+        Whole("PlumbBobEightZero", ImportCameraInfo,
+              Ros("distortion_model: plumb_bob\n", 8, "1, 2, 3, 4, 5, 0, 0, 0"), kBobK, kBrownP),
+        Whole("RationalNone", ImportCameraInfo,
+              Message("distortion_model: rational_polynomial\nd: []\n"), kNone, kNone),
+        Whole("RationalFive", ImportCameraInfo,
+              Ros("distortion_model: rational_polynomial\n", 5, kFive), kBobK, kBrownP),
+        Refused("RationalFour", ImportCameraInfo,
+                Ros("distortion_model: rational_polynomial\n", 4, kFour),
+                "expected 5 or 8 or 12 or 14"),
         // The file names it.
         Whole("PlumbBobFour", ImportCameraInfo, Ros("distortion_model: plumb_bob\n", 4, kFour),
               kBrownK, kBrownP),
