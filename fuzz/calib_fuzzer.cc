@@ -5,6 +5,7 @@
 // Which reader a target is about, calib_fuzzer_reader.cc says; see kReaders.
 #include <google/protobuf/message.h>
 
+#include <algorithm>
 #include <memory>
 #include <string>
 #include <vector>
@@ -15,7 +16,7 @@
 #include "calib/formats/codec.h"
 #include "calib/tools/foreign.h"
 #include "calib/tools/foreign_tree.h"
-#include "calib/tools/importers.h"
+#include "calib/tools/import_formats.h"
 #include "fuzz/fuzzer.h"
 #include "tests/support/peak_memory.h"
 #include "tests/support/reflect.h"
@@ -128,26 +129,20 @@ void ReadTree(const std::string& input) {
           "the values are no more than the file and its aliases have room for");
 }
 
-void ImportOneCamchain(const std::vector<Foreign>& files, RobotCalibration* robot) {
-  ImportCamchain(files[0], nullptr, robot);
-}
-void ImportOneCameraInfo(const std::vector<Foreign>& files, RobotCalibration* robot) {
-  ImportCameraInfo(files[0], nullptr, robot);
-}
-
-void ImportAnyOpenCv(const std::vector<Foreign>& files, RobotCalibration* robot) {
-  ImportOpenCv(files, nullptr, robot);
-}
-
 // A form feed stands between the two files of a stereo calibration.
-template <void (*import)(const std::vector<Foreign>& files, RobotCalibration* robot)>
-void Import(const std::string& input) {
+void Import(const std::string& name, const std::string& input) {
   RobotCalibration robot;
   const bool imported = Try([&] {
     const size_t end = input.find('\f');
     std::vector<Foreign> files = {Foreign::Parse(kFile, input.substr(0, end))};
     if (end != std::string::npos) files.push_back(Foreign::Parse(kFile, input.substr(end + 1)));
-    import(files, &robot);
+    Try([&] { FormatOf(kFile, files); });
+    const std::vector<ImportFormat>& formats = ImportFormats();
+    const auto format =
+        std::find_if(formats.begin(), formats.end(),
+                     [&](const ImportFormat& candidate) { return candidate.name == name; });
+    Require(format != formats.end(), "there is a format " + name);
+    format->import(files, nullptr, &robot);
     for (const Foreign& file : files) file.ForEachLeftover(CheckLeftover);
   });
   if (!imported) return;
@@ -164,9 +159,15 @@ struct Reader {
 };
 constexpr Reader kReaders[] = {{"yaml", ReadTree<LoadYaml>},
                                {"xml", ReadTree<LoadXml>},
-                               {"camchain", Import<ImportOneCamchain>},
-                               {"camera_info", Import<ImportOneCameraInfo>},
-                               {"file_storage", Import<ImportAnyOpenCv>},
+                               {"basalt", [](const auto& input) { Import("basalt", input); }},
+                               {"camchain", [](const auto& input) { Import("kalibr", input); }},
+                               {"camera_info", [](const auto& input) { Import("ros", input); }},
+                               {"camodocal", [](const auto& input) { Import("camodocal", input); }},
+                               {"colmap", [](const auto& input) { Import("colmap", input); }},
+                               {"depthai", [](const auto& input) { Import("depthai", input); }},
+                               {"euroc", [](const auto& input) { Import("euroc", input); }},
+                               {"file_storage", [](const auto& input) { Import("opencv", input); }},
+                               {"mrcal", [](const auto& input) { Import("mrcal", input); }},
                                {"binary", ReadRecord<Format::kBinary>},
                                {"text", ReadRecord<Format::kText>},
                                {"json", ReadRecord<Format::kJson>}};

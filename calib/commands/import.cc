@@ -1,11 +1,13 @@
-// calib import --from TOOL FILE
+// calib import [--from TOOL] FILE
+#include <algorithm>
+
 #include "calib/commands/commands.h"
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/formats/names.h"
 #include "calib/formats/record_writer.h"
-#include "calib/tools/importers.h"
+#include "calib/tools/import_formats.h"
 #include "calib/tools/leftovers.h"
 #include "calib/tools/lens_flag.h"
 
@@ -16,28 +18,11 @@ using google::protobuf::Descriptor;
 using zarvo::calibration::CameraCalibration;
 using zarvo::calibration::RobotCalibration;
 
-// Imports from a tool that writes one file.
-template <void (*import)(const Foreign&, const LensModel*, RobotCalibration*)>
-void ImportOne(const std::vector<Foreign>& files, const LensModel* lens, RobotCalibration* robot) {
-  if (files.size() > 1) {
-    files[1].Refuse("is a second file, but this tool writes one",
-                    "Bring them in one by one, and put them together with 'calib merge'.");
-  }
-  import(files[0], lens, robot);
-}
-
-struct Source {
-  const char* name;
-  void (*import)(const std::vector<Foreign>& files, const LensModel* lens, RobotCalibration* robot);
-  bool several_cameras;  // even if the file at hand has one
-};
-constexpr Source kSources[] = {{"ros", ImportOne<ImportCameraInfo>, false},
-                               {"kalibr", ImportOne<ImportCamchain>, true},
-                               {"opencv", ImportOpenCv, false}};
+constexpr char kAuto[] = "auto";
 
 struct Flags {
   std::vector<std::string> paths;
-  std::string source, type;
+  std::string source = kAuto, type;
   std::string output_path = "-";
   OutputFlags output;
   LensFlag lens;
@@ -57,9 +42,18 @@ std::string Names(const std::vector<std::string>& paths) {
   return names;
 }
 
+const ImportFormat& Format(const Flags& flags, const std::vector<Foreign>& files) {
+  if (flags.source == kAuto) {
+    const ImportFormat& format = FormatOf(Names(flags.paths), files);
+    Note(Names(flags.paths) + ": taken as " + format.files + " (--from " + format.name + ")");
+    return format;
+  }
+  const std::vector<ImportFormat>& formats = ImportFormats();
+  return *std::find_if(formats.begin(), formats.end(),
+                       [&](const ImportFormat& format) { return format.name == flags.source; });
+}
+
 void Import(const Flags& flags) {
-  const Source* source = kSources;
-  while (source->name != flags.source) ++source;
   RobotCalibration robot;
   const google::protobuf::Message* record = nullptr;
   {
@@ -69,8 +63,9 @@ void Import(const Flags& flags) {
       failures.Try([&] { files.push_back(Foreign::Parse(InputName(path), ReadFile(path))); });
     }
     failures.ThrowIfAny();
-    source->import(files, flags.lens.model(), &robot);
-    const bool several = source->several_cameras || robot.camera_size() > 1;
+    const ImportFormat& format = Format(flags, files);
+    format.import(files, flags.lens.model(), &robot);
+    const bool several = format.several_cameras || robot.camera_size() > 1;
     const Descriptor* type = OutputType(flags, several);
     TellLeftovers(Names(flags.paths), flags.leftovers, [&](const LeftoverVisitor& visit) {
       for (const Foreign& file : files) file.ForEachLeftover(visit);
@@ -87,10 +82,11 @@ void Import(const Flags& flags) {
 void AddImport(Command* program, int* status) {
   Command* command = program->AddCommand("import", "Brings in cameras from other tools");
   const auto flags = std::make_shared<Flags>();
-  std::vector<std::string> names;
-  for (const Source& source : kSources) names.push_back(source.name);
-  AddChoice(command, "--from", &flags->source, names, "What wrote the file")->Required();
-  command->AddOption("FILE", flags->paths, "The file to read, in YAML or OpenCV's XML")->Required();
+  std::vector<std::string> names = {kAuto};
+  for (const ImportFormat& format : ImportFormats()) names.push_back(format.name);
+  AddChoice(command, "--from", &flags->source, names,
+            "What wrote the file; auto goes by its content, and says so");
+  command->AddOption("FILE", flags->paths, "The file to read, as the tool wrote it")->Required();
   command->AddOption("--output", flags->output_path, "The file to write; else standard output")
       ->ValueName("OUT");
   command
@@ -104,12 +100,13 @@ void AddImport(Command* program, int* status) {
                     "by their number, unless there are 4");
   flags->leftovers.AddTo(command, true);
   command->Footer(
-      "Reads ROS camera_info, Kalibr camchain and OpenCV FileStorage files; of OpenCV's stereo "
-      "calibration, both files at once. What a record has no field for is counted on standard "
+      "Reads the camera files of ROS, Kalibr and OpenVINS, OpenCV, EuRoC, mrcal, Basalt, COLMAP, "
+      "camodocal and DepthAI; of OpenCV's stereo calibration, both files at once. What a record "
+      "has no field for is counted on standard "
       "error, and listed with its line by --verbose. A file whose lens a record cannot hold is "
       "refused.\n\n"
       "Examples:\n"
-      "  calib import --from ros left.yaml --output left.CameraCalibration.binpb\n"
+      "  calib import left.yaml --output left.CameraCalibration.binpb\n"
       "  calib import --from kalibr camchain.yaml --output rig.RobotCalibration.binpb\n"
       "  calib import --from opencv camera.xml\n"
       "  calib import --from opencv intrinsics.yml extrinsics.yml --as RobotCalibration");

@@ -8,6 +8,7 @@
 
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
+#include "calib/console/number.h"
 #include "calib/fields/field_path.h"
 
 namespace calib {
@@ -39,6 +40,24 @@ bool ReadNumber(const std::string& text, double* number) {
   return end == text.c_str() + text.size();
 }
 
+// The same of the few characters that most numbers have, without a word of memory; false if the
+// text is none, or may be.
+bool ReadPlain(std::string_view text, double* number) {
+  char digits[32];
+  if (text.empty() || text.size() >= sizeof digits || IsAmbiguous(text)) return false;
+  for (size_t i = 0; i < text.size(); ++i) {
+    const char c = text[i];
+    if ((c < '0' || c > '9') && c != '.' && c != '-' && c != '+' && c != 'e' && c != 'E') {
+      return false;
+    }
+    digits[i] = c;
+  }
+  digits[text.size()] = '\0';
+  char* end = nullptr;
+  *number = std::strtod(digits, &end);
+  return end == digits + text.size() && std::isfinite(*number);
+}
+
 // Reads a whole number, decimal or hexadecimal ("0x1f").
 bool ReadCount(const std::string& text, int32_t* count) {
   const bool hexadecimal = text.compare(0, 2, "0x") == 0 || text.compare(0, 2, "0X") == 0;
@@ -52,6 +71,13 @@ bool ReadCount(const std::string& text, int32_t* count) {
   if (errno != 0 || value > std::numeric_limits<int32_t>::max()) return false;
   *count = static_cast<int32_t>(value);
   return true;
+}
+
+ForeignTree Load(const std::string& file, const std::string& text) {
+  if (LooksLikeXml(text)) return LoadXml(file, text);
+  if (IsIni(text)) return LoadIni(file, text);
+  if (IsCameraList(text)) return LoadCameraList(file, text);
+  return LoadYaml(file, text);
 }
 
 }  // namespace
@@ -82,10 +108,12 @@ Foreign Foreign::Parse(const std::string& file, std::string text) {
   if (text.compare(0, 2, "\x1f\x8b") == 0) {
     throw Failure(file + ": is compressed", "Decompress it first, with gunzip.");
   }
-  // OpenCV's directive is no YAML; as a comment it keeps the lines' count.
-  if (text.compare(0, 6, "%YAML:") == 0) text[0] = '#';
+  // OpenCV's directive is no YAML, and so is YAML's own where no "---" follows; as a comment it
+  // keeps the lines' count.
+  if (text.compare(0, 5, "%YAML") == 0) text[0] = '#';
   const auto notebook = std::make_shared<Notebook>();
-  notebook->tree = LooksLikeXml(text) ? LoadXml(file, text) : LoadYaml(file, text);
+  BlankByteStrings(&text);
+  notebook->tree = Load(file, text);
   return Foreign(file, "", 0, notebook);
 }
 
@@ -182,6 +210,11 @@ std::string Foreign::Peek() const {
   return IsText() ? std::string(tree().text(index_)) : std::string();
 }
 
+std::string Foreign::PeekFirst() const {
+  if (!IsList() || tree().items(index_) == 0) return "";
+  return Element(tree().First(index_), 0).Peek();
+}
+
 bool Foreign::IsZero() const {
   double number = 1;
   switch (tree().kind(index_)) {
@@ -235,6 +268,20 @@ std::string Foreign::Text() const {
   return std::string(tree().text(index_));
 }
 
+std::string Foreign::JoinedText() const {
+  if (!IsList()) return Text();
+  notebook_->used.insert(path_);
+  std::string text;
+  Index element = tree().First(index_);
+  for (uint32_t left = tree().items(index_); left > 0; --left, element = tree().Next(element)) {
+    if (tree().kind(element) != Kind::kText) {
+      Refuse("has " + Element(element, 0).Spell() + " in it, expected text", "Correct it there.");
+    }
+    text += tree().text(element);
+  }
+  return text;
+}
+
 Foreign Foreign::Entry(Index entry) const {
   return Foreign(file_, JoinPath(path_, std::string(tree().key(entry))), entry, notebook_);
 }
@@ -253,41 +300,63 @@ std::vector<Foreign> Foreign::Elements() const {
   return elements;
 }
 
+std::vector<Foreign> Foreign::Lists() const {
+  std::vector<Foreign> lists;
+  Index element = tree().First(index_);
+  const uint32_t size = IsList() ? tree().items(index_) : 0;
+  for (uint32_t i = 0; i < size; ++i, element = tree().Next(element)) {
+    if (tree().kind(element) == Kind::kList) lists.push_back(Element(element, i));
+  }
+  return lists;
+}
+
+void Foreign::AddNumbers(bool nested, std::vector<double>* numbers) const {
+  Index element = tree().First(index_);
+  const uint32_t size = tree().items(index_);
+  numbers->reserve(numbers->size() + size);
+  for (uint32_t i = 0; i < size; ++i, element = tree().Next(element)) {
+    double number = 0;
+    if (tree().kind(element) == Kind::kText && ReadPlain(tree().text(element), &number)) {
+      numbers->push_back(number);
+    } else if (nested && tree().kind(element) == Kind::kList) {
+      Element(element, i).AddNumbers(nested, numbers);
+    } else {
+      numbers->push_back(Element(element, i).Value());
+    }
+  }
+}
+
 std::vector<double> Foreign::Numbers() const {
   notebook_->used.insert(path_);
-  if (tree().kind(index_) != Kind::kList) {
+  if (!IsList()) {
     Refuse("is " + Spell() + ", expected a list of numbers",
            "Write it like [1.0, 2.0], with commas.");
   }
-  const uint32_t size = tree().items(index_);
   std::vector<double> numbers;
-  numbers.reserve(size);
-  Index element = tree().First(index_);
-  for (; numbers.size() < size; element = tree().Next(element)) {
-    numbers.push_back(Element(element, numbers.size()).Value());
-  }
+  AddNumbers(false, &numbers);
   return numbers;
-}
-
-void Foreign::AddNumbers(std::vector<double>* numbers) const {
-  if (!IsList()) return numbers->push_back(Value());
-  for (const Foreign& element : Elements()) element.AddNumbers(numbers);
 }
 
 std::vector<double> Foreign::FlatNumbers() const {
   notebook_->used.insert(path_);
   if (!IsList()) Refuse("is " + Spell() + ", expected a list of numbers", "Correct it there.");
   std::vector<double> numbers;
-  AddNumbers(&numbers);
+  AddNumbers(true, &numbers);
   return numbers;
 }
 
 void Foreign::CheckFloats(const std::vector<double>& numbers) const {
-  Index element = tree().First(index_);
-  for (size_t i = 0; i < numbers.size(); ++i, element = tree().Next(element)) {
+  for (size_t i = 0; i < numbers.size(); ++i) {
     if (std::abs(numbers[i]) <= std::numeric_limits<float>::max()) continue;
-    const Foreign large = Element(element, i);
-    large.Refuse("is " + large.Spell() + ", too large for the field, a float", "Correct it there.");
+    Index element = tree().First(index_);
+    if (!IsList() || tree().items(index_) != numbers.size()) element = index_;
+    for (size_t before = 0; element != index_ && before < i; ++before) {
+      element = tree().Next(element);
+    }
+    const Foreign large = element == index_ ? *this : Element(element, i);
+    const std::string what =
+        element == index_ ? "has " + Shortest(numbers[i]) : "is " + large.Spell();
+    large.Refuse(what + ", too large for the field, a float", "Correct it there.");
   }
 }
 

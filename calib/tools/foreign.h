@@ -1,6 +1,7 @@
-// A file that another tool wrote, value by value, in YAML or in OpenCV's XML. Reading a value marks
-// it as used; what nobody used is visited by ForEachLeftover(), so that an importer cannot drop
-// anything silently. Every complaint names the file, the line, the column and the value's path.
+// A file that another tool wrote, value by value, in YAML, OpenCV's XML or lines. Reading a value
+// marks it as used; what nobody used is visited by ForEachLeftover(), so that an importer cannot
+// drop anything silently. Every complaint names the file, the line, the column and the value's
+// path.
 #ifndef CALIB_TOOLS_FOREIGN_H_
 #define CALIB_TOOLS_FOREIGN_H_
 
@@ -29,8 +30,9 @@ class Foreign {
   bool IsText() const { return tree().kind(index_) == ForeignTree::Kind::kText; }
   bool IsList() const { return tree().kind(index_) == ForeignTree::Kind::kList; }
   bool IsMap() const { return tree().kind(index_) == ForeignTree::Kind::kMap; }
-  std::string Peek() const;  // the text; "" if it is none
-  bool IsUsed() const;       // or what is in it
+  std::string Peek() const;       // the text; "" if it is none
+  std::string PeekFirst() const;  // that of a list's first element
+  bool IsUsed() const;            // or what is in it
   // Whether it is nothing but numbers that are 0, in a list or as the data of a matrix.
   bool IsZero() const;
   // What it is, as short as a message wants it.
@@ -41,18 +43,24 @@ class Foreign {
       const std::function<void(const std::string& key, const Foreign& value)>& visit) const;
   // The entry under the first of the keys that is there: tools have renamed theirs.
   std::optional<Foreign> Find(const std::vector<std::string>& keys) const;
+  // Whether it is a map that has one of the keys.
+  bool Has(const std::vector<std::string>& keys) const { return IsMap() && Find(keys); }
   Foreign At(const std::vector<std::string>& keys) const;
 
   // The elements of a list. Throws Failure if it is none.
   std::vector<Foreign> Elements() const;
+  // Those that are lists themselves.
+  std::vector<Foreign> Lists() const;
 
   double Number() const;
   int32_t Count() const;
   std::string Text() const;
+  // The text, or that of the elements of a list, one after another.
+  std::string JoinedText() const;
   std::vector<double> Numbers() const;
   // The numbers of a list and of the lists in it, one after another.
   std::vector<double> FlatNumbers() const;
-  // Throws Failure if a float cannot hold one of the numbers, which are those of this list.
+  // Throws Failure if a float cannot hold one of the numbers, which were read from this value.
   void CheckFloats(const std::vector<double>& numbers) const;
   // A list of lists of numbers, by rows, or one list of all of them.
   std::vector<double> Rows(size_t rows, size_t columns) const;
@@ -88,7 +96,7 @@ class Foreign {
   Foreign Entry(Index entry) const;
   Foreign Element(Index element, size_t number) const;
   double Value() const;  // the number, without marking it as used
-  void AddNumbers(std::vector<double>* numbers) const;
+  void AddNumbers(bool nested, std::vector<double>* numbers) const;
   void RefuseAmbiguous() const;
   void CheckKeys() const;
   bool AnyUsedBelow() const;

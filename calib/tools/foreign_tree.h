@@ -69,10 +69,20 @@ class ForeignTree {
   std::string texts_;
 };
 
-// The one document of a file in YAML, or in the XML of OpenCV. Both throw Failure with the place
+// The one document of a file in YAML (JSON is, too, and so is mrcal's Python), in the XML of
+// OpenCV, in the .ini form of ROS, or in COLMAP's list of cameras. All throw Failure with the place
 // if the syntax is wrong or the file holds several documents.
 ForeignTree LoadYaml(const std::string& file, const std::string& text);
 ForeignTree LoadXml(const std::string& file, const std::string& text);
+ForeignTree LoadIni(const std::string& file, const std::string& text);
+ForeignTree LoadCameraList(const std::string& file, const std::string& text);
+
+// Makes YAML of a Python literal; leaves any other text as it is.
+void BlankByteStrings(std::string* text);
+
+// Whether the file's first line with anything in it is one that the form begins with.
+bool IsIni(std::string_view text);
+bool IsCameraList(std::string_view text);
 
 }  // namespace calib
 

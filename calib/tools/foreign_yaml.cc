@@ -23,12 +23,20 @@ using Kind = ForeignTree::Kind;
 constexpr size_t kDeepest = 64;
 // What aliases may stand for in any file, however small, in bytes.
 constexpr uint64_t kAliasesAtLeast = uint64_t{256} << 10;
-// The reader holds all of a list or map back that may turn out to be a key, at up to 180 bytes for
-// each byte.
-constexpr size_t kMostHeldBack = size_t{64} << 10;
+// The reader holds all of a list or map back that may turn out to be a key, at up to 360 bytes for
+// each sign that is not within a word.
+constexpr size_t kMostHeldBack = size_t{32} << 10;
 
 constexpr char kDocumentStart[] = "--- ";
 constexpr size_t kDocumentStartSize = sizeof kDocumentStart - 1;
+
+constexpr char kNothing[] = " \t\r\n\xef\xbb\xbf";
+
+// What can make a token of its own.
+bool IsSign(char c) {
+  return (c < '0' || c > '9') && (c < 'A' || c > 'Z') && (c < 'a' || c > 'z') && c != ' ' &&
+         c != '\n' && c != '\r' && c != '.' && c != '+' && c != '/' && c != '=' && c != '_';
+}
 
 struct Place {
   int line, column;  // counted from 0; -1 if there is none
@@ -39,7 +47,10 @@ struct Place {
 class Source : public std::streambuf {
  public:
   explicit Source(const std::string& text) : text_(text) {
-    const size_t first = text.find_first_not_of(" \t\r\n\xef\xbb\xbf");
+    size_t first = text.find_first_not_of(kNothing);
+    while (first != std::string::npos && text[first] == '#') {
+      first = text.find_first_not_of(kNothing, text.find('\n', first));
+    }
     if (first == std::string::npos || (text[first] != '{' && text[first] != '[')) return;
     if (first > 0 && text[first - 1] != '\n' && text[first - 1] != '\xbf') return;
     start_ = first;
@@ -75,7 +86,7 @@ class Source : public std::streambuf {
       if (size == 0) return traits_type::eof();
       HandOut(text_.data() + position_, size);
       position_ += size;
-      handed_out_ += size;
+      handed_out_ += static_cast<size_t>(std::count_if(gptr(), egptr(), IsSign));
     }
     return traits_type::to_int_type(*gptr());
   }
@@ -91,7 +102,7 @@ class Source : public std::streambuf {
   size_t start_ = std::string::npos;  // where the mark goes
   int start_line_ = -1;
   bool start_done_ = false;
-  size_t handed_out_ = 0;  // since it got somewhere
+  size_t handed_out_ = 0;  // signs, since it got somewhere
   Place arrived_at_ = {0, 0};
 };
 
@@ -273,8 +284,8 @@ ForeignTree LoadYaml(const std::string& file, const std::string& text) {
   } catch (const YAML::Exception& error) {
     if (source.HoldsTooMuch()) {
       throw Failure(file + Spell(source.arrived_at()) + ": more than " +
-                        std::to_string(kMostHeldBack >> 10) +
-                        " KiB without a value follow, or a list or map that may be a key",
+                        std::to_string(kMostHeldBack) +
+                        " signs without a value follow, or a list or map that may be a key",
                     "Write a list of that length behind its key, in the same line.");
     }
     throw Failure(file + Spell(source.PlaceOf(error.mark)) + ": " + error.msg,

@@ -1,5 +1,6 @@
 // ROS camera_info: the files of the camera calibrator and of camera_info_manager, and messages as
-// rostopic and ros2 topic print them, which have other keys and lists in place of matrices.
+// rostopic and ros2 topic print them, which have other keys and lists in place of matrices. For the
+// .ini form see import_camera_info_ini.cc.
 #include "calib/tools/import_common.h"
 #include "calib/tools/import_lens.h"
 #include "calib/tools/importers.h"
@@ -42,8 +43,18 @@ void StoreRegion(const Foreign& file, CameraIntrinsics* intrinsics) {
 
 }  // namespace
 
+bool IsCameraInfo(const Foreign& file) {
+  if (IsCameraInfoIni(file)) return true;
+  if (file.Has({"K", "k"})) return file.At({"K", "k"}).IsList() && file.Has({"width"});
+  if (!file.Has({"camera_matrix"})) return false;
+  const Foreign matrix = file.At({"camera_matrix"});
+  return matrix.Has({"data"}) &&
+         (!matrix.Has({"dt"}) || file.Has({"projection_matrix", "rectification_matrix"}));
+}
+
 void ImportCameraInfo(const Foreign& file, const LensModel* lens,
                       zarvo::calibration::RobotCalibration* robot) {
+  if (IsCameraInfoIni(file)) return ImportCameraInfoIni(file, lens, robot);
   const bool message = file.Find({"K", "k"}).has_value();
   CameraCalibration* camera = robot->add_camera();
   CameraIntrinsics* intrinsics = camera->mutable_intrinsics();

@@ -2,11 +2,14 @@
 #ifndef CALIB_TOOLS_IMPORT_COMMON_H_
 #define CALIB_TOOLS_IMPORT_COMMON_H_
 
+#include <array>
 #include <cstdint>
 #include <string>
 #include <vector>
 
 #include "calib/tools/foreign.h"
+#include "calib/tools/lens_models.h"
+#include "calib/tools/rigid_transform.h"
 #include "calibration_common/calibration.pb.h"
 
 namespace calib {
@@ -21,6 +24,36 @@ std::vector<double> MatrixData(const Foreign& matrix, int32_t rows, int32_t colu
 // Failure if it is none.
 void StoreCameraMatrix(const Foreign& origin, const std::vector<double>& matrix,
                        zarvo::calibration::CameraIntrinsics* intrinsics);
+
+// Stores fx, fy, cx and cy that were read from `origin`, without skew. Throws Failure if the focal
+// lengths are 0.
+void StorePinhole(const Foreign& origin, const std::vector<double>& numbers,
+                  zarvo::calibration::CameraIntrinsics* intrinsics);
+
+// Stores them out of a list that the camera model `name` explains: behind its own parameters, which
+// are marked as lost unless they are 0.
+void StoreProjection(const Foreign& name, const Foreign& list,
+                     zarvo::calibration::CameraIntrinsics* intrinsics);
+
+// Stores [width, height].
+void StoreSize(const Foreign& list, zarvo::calibration::CameraIntrinsics* intrinsics);
+
+// A transform: a list of 16 numbers or of four rows, or a matrix with rows, cols and data. Throws
+// Failure if its last row is not [0, 0, 0, 1].
+RigidTransform ReadTransform(const Foreign& value);
+
+// The numbers under these keys of a map.
+std::vector<double> NumbersOf(const Foreign& value, const std::vector<std::string>& keys);
+std::array<double, 3> Three(const Foreign& list);
+
+// Throws Failure if the quaternion, which was read from `origin`, is none of a rotation.
+RigidTransform FromQuaternion(const Foreign& origin, const Quaternion& q,
+                              const std::array<double, 3>& t);
+
+// Stores where a camera sits relative to `frame` by the conventions of the format, and says if they
+// are not those of a record.
+void StorePose(const std::string& format, const Foreign& origin, const RigidTransform& file,
+               const std::string& frame, zarvo::calibration::CameraExtrinsics* extrinsics);
 
 // Stores a transform of four rows and columns that was read from `origin`, and remarks on the
 // frames that it maps between, which the record does not tell.

@@ -20,7 +20,9 @@ bool IsOneOf(const std::vector<std::string>& words, const std::string& word) {
 }
 
 // Keys, squeezed, of values that name a lens, and of others where it may stand as well.
-bool NamesLens(const std::string& key) { return key == "distortionmodel" || key == "lensmodel"; }
+bool NamesLens(const std::string& key) {
+  return key == "distortionmodel" || key == "distmodel" || key == "lensmodel";
+}
 bool MayNameLens(const std::string& key) {
   static const std::vector<std::string> keys = {
       "cameramodel", "cameratype", "projectionmodel", "projection", "distortiontype", "modeltype",
@@ -213,6 +215,32 @@ void LensImport::Store(const Foreign& list, std::vector<double> numbers,
   if (!AllZeroFrom(numbers, kHeldOfBrown)) {
     list.Lose("has a thin prism or tilt in [8] to [" + std::to_string(numbers.size() - 1) +
               "], which k and p cannot hold");
+  }
+}
+
+void LensImport::StoreNamed(const Foreign& map, CameraIntrinsics* intrinsics) const {
+  std::vector<double> k, p;
+  for (const char* name : {"k1", "k2", "k3", "k4", "k5", "k6"}) {
+    const auto value = map.Find({name});
+    if (!value) break;
+    k.push_back(value->Number());
+  }
+  if (const auto p1 = map.Find({"p1"})) p = {p1->Number(), map.At({"p2"}).Number()};
+  if (k.empty() && p.empty()) return StoreNone();
+  // Tangential ones are no fisheye's.
+  const bool clear = !p.empty() && chosen_ == nullptr && ToldWords().empty();
+  const LensModel* model =
+      clear ? FindLensModel("plumb_bob") : Choose(map, std::max(k.size(), size_t{4}));
+  if (model == nullptr) return;
+  const bool fits = model->order == Order::kFisheye ? k.size() == 4 && AllZeroFrom(p, 0)
+                                                    : model->order == Order::kBrown;
+  if (!fits) {
+    if (AllZeroFrom(k, 0) && AllZeroFrom(p, 0) && model->order != Order::kFisheye) return;
+    return map.Lose("has coefficients that are not those of the lens model " + model->name);
+  }
+  for (const double number : k) intrinsics->add_k(number);
+  if (model->order == Order::kBrown) {
+    for (const double number : p) intrinsics->add_p(number);
   }
 }
 

@@ -1,13 +1,18 @@
 // OpenCV FileStorage: what the camera calibration program writes, and programs of one's own that
-// store a camera matrix and distortion coefficients under the same or the older keys.
+// store a camera matrix and distortion coefficients under the same or the older keys, or
+// Autoware's.
 #include "calib/tools/import_opencv.h"
+
+#include <algorithm>
 
 #include "calib/tools/import_common.h"
 #include "calib/tools/import_lens.h"
 #include "calib/tools/importers.h"
+#include "calib/tools/opencv_base64.h"
 
 namespace calib {
 
+using zarvo::calibration::CameraCalibration;
 using zarvo::calibration::CameraIntrinsics;
 using zarvo::calibration::CameraIntrinsicsSamplePoints;
 
@@ -23,9 +28,20 @@ int32_t Channels(const Foreign& matrix) {
 
 std::vector<double> OpenCvMatrix(const Foreign& matrix, int32_t rows, int32_t columns,
                                  int32_t channels) {
+  if (!matrix.IsMap()) {
+    const std::vector<double> numbers =
+        IsBase64(matrix) ? Base64Numbers(matrix) : matrix.FlatNumbers();
+    const auto size = static_cast<size_t>(rows * columns * channels);
+    if (size != 0 && numbers.size() != size) {
+      matrix.Refuse(
+          "has " + std::to_string(numbers.size()) + " numbers, expected " + std::to_string(size),
+          "Correct it there.");
+    }
+    return numbers;
+  }
   if (const auto tag = matrix.Find({"type_id"})) tag->Text();  // in the JSON variant
   const int32_t actual = Channels(matrix);
-  if (actual != channels) {
+  if (actual != channels && !matrix.At({"data"}).IsZero()) {
     matrix.At({"dt"}).Refuse(
         "announces " + std::to_string(actual) + " channels, expected " + std::to_string(channels),
         "Correct it there.");
@@ -35,20 +51,46 @@ std::vector<double> OpenCvMatrix(const Foreign& matrix, int32_t rows, int32_t co
 
 namespace {
 
-// Points that the calibration was computed from: one row of the image's for each view, and the
-// target's, which are those of every view.
+// Points of so many coordinates, whether they are the elements of a matrix or listed one after
+// another; views of them may be lists in the list, and points in these. Refuses views that have not
+// `in_each` points, unless that is 0.
+std::vector<double> Points(const Foreign& value, int32_t coordinates, size_t in_each) {
+  const std::vector<double> numbers = OpenCvMatrix(value, 0, 0, coordinates);
+  const auto size = static_cast<size_t>(coordinates);
+  if (numbers.size() % size != 0) {
+    value.Refuse("has " + std::to_string(numbers.size()) + " numbers, no multiple of the " +
+                     std::to_string(size) + " of a point",
+                 "Correct it there.");
+  }
+  if (in_each == 0 || !value.IsList()) return numbers;
+  for (const Foreign& element : value.Lists()) {
+    const size_t in_view = element.FlatNumbers().size();
+    if (in_view == size || in_view == in_each * size) continue;
+    element.Refuse("has " + std::to_string(in_view) + " coordinates, but grid_points has " +
+                       std::to_string(in_each) + " points",
+                   "Correct it there.");
+  }
+  return numbers;
+}
+
+// What Foreign::CheckFloats() needs: the list that the numbers are in.
+Foreign ListOf(const Foreign& points) { return points.IsMap() ? points.At({"data"}) : points; }
+
+// Points that the calibration was computed from: those of each view in the image, and the target's,
+// which are those of every view.
 void StoreSamples(const Foreign& file, CameraIntrinsics* intrinsics) {
   const auto image = file.Find({"image_points"}), target = file.Find({"grid_points"});
   if (!image || !target) return;
-  const std::vector<double> on_target = OpenCvMatrix(*target, 0, 0, 3);
+  const std::vector<double> on_target = Points(*target, 3, 0);
   for (size_t i = 2; i < on_target.size(); i += 3) {
     // Stays unused, and is reported so with image_points.
     if (on_target[i] != on_target[2]) return target->NotKept("its third coordinates differ");
   }
-  const std::vector<double> in_image = OpenCvMatrix(*image, 0, 0, 2);
-  target->At({"data"}).CheckFloats(on_target);
-  image->At({"data"}).CheckFloats(in_image);
   const size_t points = on_target.size() / 3;
+  const std::vector<double> in_image = Points(*image, 2, points);
+  if (in_image.empty()) return;
+  ListOf(*target).CheckFloats(on_target);
+  ListOf(*image).CheckFloats(in_image);
   if (points == 0 || in_image.size() % (2 * points) != 0) {
     image->Refuse("has " + std::to_string(in_image.size() / 2) +
                       " points, which is no multiple of the " + std::to_string(points) +
@@ -67,12 +109,12 @@ void StoreSamples(const Foreign& file, CameraIntrinsics* intrinsics) {
 }
 
 const std::vector<std::string> kMatrixKeys = {"camera_matrix", "Camera_Matrix", "cameraMatrix",
-                                              "K"};
+                                              "CameraMat", "K"};
 
 void StoreDistortion(const Foreign& file, const LensModel* chosen, CameraIntrinsics* intrinsics) {
   const LensImport lens({file}, chosen);
-  if (const auto list =
-          file.Find({"distortion_coefficients", "Distortion_Coefficients", "distCoeffs", "D"})) {
+  if (const auto list = file.Find(
+          {"distortion_coefficients", "Distortion_Coefficients", "distCoeffs", "DistCoeff", "D"})) {
     lens.Store(*list, OpenCvMatrix(*list, 0, 0, 1), intrinsics);
   } else {
     lens.StoreNone();
@@ -81,7 +123,8 @@ void StoreDistortion(const Foreign& file, const LensModel* chosen, CameraIntrins
   lens.LoseUnread();
 }
 
-void ImportCamera(const Foreign& file, const LensModel* lens, CameraIntrinsics* intrinsics) {
+void ImportCamera(const Foreign& file, const LensModel* lens, CameraCalibration* camera) {
+  CameraIntrinsics* intrinsics = camera->mutable_intrinsics();
   const Foreign matrix = file.At(kMatrixKeys);
   StoreCameraMatrix(matrix, OpenCvMatrix(matrix, 3, 3, 1), intrinsics);
   StoreDistortion(file, lens, intrinsics);
@@ -91,13 +134,27 @@ void ImportCamera(const Foreign& file, const LensModel* lens, CameraIntrinsics* 
   if (const auto height = file.Find({"image_height", "image_Height"})) {
     intrinsics->set_height(height->Count());
   }
-  if (const auto error = file.Find({"avg_reprojection_error", "Avg_Reprojection_Error"})) {
+  if (const auto size = file.Find({"ImageSize"})) StoreSize(*size, intrinsics);
+  if (const auto error =
+          file.Find({"avg_reprojection_error", "Avg_Reprojection_Error", "ReprojectionError"})) {
     intrinsics->set_error_per_point(error->Number());
   }
   StoreSamples(file, intrinsics);
+  if (const auto pose = file.Find({"CameraExtrinsicMat"})) {
+    StorePose("autoware", *pose, ReadTransform(*pose), "the lidar", camera->mutable_extrinsics());
+  }
+}
+
+bool HasMatrix(const Foreign& file, const std::string& key) {
+  return file.Has({key}) && file.At({key}).Has({"dt"});
 }
 
 }  // namespace
+
+bool IsOpenCv(const Foreign& file) {
+  const auto has = [&](const std::string& key) { return HasMatrix(file, key); };
+  return std::any_of(kMatrixKeys.begin(), kMatrixKeys.end(), has) || has("M1") || has("R");
+}
 
 void ImportOpenCv(const std::vector<Foreign>& files, const LensModel* lens,
                   zarvo::calibration::RobotCalibration* robot) {
@@ -107,7 +164,7 @@ void ImportOpenCv(const std::vector<Foreign>& files, const LensModel* lens,
     files[1].Refuse("is a second file, but neither holds a stereo calibration (M1 and M2, R and T)",
                     "Bring in one camera at a time, and put them together with 'calib merge'.");
   }
-  ImportCamera(files[0], lens, robot->add_camera()->mutable_intrinsics());
+  ImportCamera(files[0], lens, robot->add_camera());
 }
 
 }  // namespace calib

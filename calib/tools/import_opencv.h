@@ -11,8 +11,8 @@
 
 namespace calib {
 
-// The numbers of a matrix, by rows; rows and columns of 0 stand for any. Throws Failure if the
-// matrix has another size or other channels.
+// The numbers of a matrix, by rows, or of a list in its place; rows and columns of 0 stand for any.
+// Throws Failure if the matrix has another size or other channels, unless it is empty.
 std::vector<double> OpenCvMatrix(const Foreign& matrix, int32_t rows, int32_t columns,
                                  int32_t channels);
 

@@ -49,14 +49,25 @@ void StoreCamera(const std::vector<Foreign>& files, const std::string& number,
 }
 
 void StorePose(const Foreign& rotation, const Foreign& translation, CameraExtrinsics* extrinsics) {
-  const std::vector<double> r = OpenCvMatrix(rotation, 3, 3, 1);
-  const std::vector<double> t = OpenCvMatrix(translation, 3, 1, 1);
-  StoreTransform(rotation,
-                 {r[0], r[1], r[2], t[0],  //
-                  r[3], r[4], r[5], t[1],  //
-                  r[6], r[7], r[8], t[2],  //
-                  0, 0, 0, 1},
-                 "from the first camera to the second", extrinsics);
+  const std::vector<double> r = OpenCvMatrix(rotation, 0, 0, 1);
+  const std::vector<double> t = OpenCvMatrix(translation, 0, 0, 1);
+  if (t.size() != 3) {
+    translation.Refuse("has " + std::to_string(t.size()) + " numbers, expected 3",
+                       "Correct it there.");
+  }
+  RigidTransform pose;
+  if (r.size() == 9) {
+    pose = RigidTransform::FromRows(
+        {r[0], r[1], r[2], t[0], r[3], r[4], r[5], t[1], r[6], r[7], r[8], t[2]});
+  } else if (r.size() == 3) {
+    pose = RigidTransform::FromRotationVector({r[0], r[1], r[2]}, {t[0], t[1], t[2]});
+    rotation.Convert("is a rotation vector, kept as a matrix");
+  } else {
+    rotation.Refuse("has " + std::to_string(r.size()) +
+                        " numbers, expected the 9 of a matrix or the 3 of a rotation vector",
+                    "Correct it there.");
+  }
+  StoreTransform(rotation, pose.Rows(), "from the first camera to the second", extrinsics);
 }
 
 }  // namespace

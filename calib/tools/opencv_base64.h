@@ -1,0 +1,20 @@
+// Numbers as OpenCV writes them with WRITE_BASE64: a head of 24 bytes that names the types of what
+// follows, and the bytes of that, as a computer that is little-endian has them in memory.
+#ifndef CALIB_TOOLS_OPENCV_BASE64_H_
+#define CALIB_TOOLS_OPENCV_BASE64_H_
+
+#include <vector>
+
+#include "calib/tools/foreign.h"
+
+namespace calib {
+
+// Whether the value is text in place of numbers, or of XML's pieces of text.
+bool IsBase64(const Foreign& value);
+
+// The numbers, whatever their types are. Throws Failure if it is no such text.
+std::vector<double> Base64Numbers(const Foreign& value);
+
+}  // namespace calib
+
+#endif  // CALIB_TOOLS_OPENCV_BASE64_H_
