@@ -28,6 +28,8 @@ void Axis::Pad() {
   high_ += at_least;
 }
 
+double Axis::Nearest(double value) const { return std::min(std::max(value, low_), high_); }
+
 double Axis::Position(double value, double start, double end) const {
   return start + (value - low_) / length() * (end - start);
 }

@@ -16,6 +16,8 @@ class Axis {
   double low() const { return low_; }
   double high() const { return high_; }
   double length() const { return high_ - low_; }
+  bool Contains(double value) const { return value >= low_ && value <= high_; }
+  double Nearest(double value) const;  // to the value, on the axis
 
   // Where a value lies if the axis is drawn from `start` to `end`.
   double Position(double value, double start, double end) const;

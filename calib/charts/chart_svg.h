@@ -1,4 +1,4 @@
-// Charts below one another as one SVG; small ones stand in pairs.
+// Charts below one another as one SVG; half ones stand in pairs, small ones in rows.
 #ifndef CALIB_CHARTS_CHART_SVG_H_
 #define CALIB_CHARTS_CHART_SVG_H_
 
@@ -9,7 +9,12 @@
 
 namespace calib {
 
+// A file of at most 2 MB, but for the pictures in it: of more points than a few thousand only what
+// is seen of them is drawn.
 std::string ChartsAsSvg(const std::string& title, const std::vector<Chart>& charts);
+
+// The same as an element of a page that has ChartStyle() (chart_style.h); in at most so many bytes.
+std::string ChartsAsElement(const std::vector<Chart>& charts, size_t most_bytes);
 
 }  // namespace calib
 

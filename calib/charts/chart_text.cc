@@ -15,22 +15,26 @@ constexpr int kRows = 14, kMostRows = 40, kLeastColumns = 20;
 
 class TextLayout {
  public:
-  TextLayout(const Chart& chart, int width)
+  TextLayout(const Chart& chart, const ChartAxes& axes, int width)
       : chart_(chart),
-        axes_(AxesOf(chart)),
+        axes_(axes),
         columns_(std::max(width - kMargin - 2, kLeastColumns)),
         rows_(kRows) {
-    if (chart.image) FitImage();
+    if (chart.same_scale) FitImage();
     labels_.resize(static_cast<size_t>(rows_));
   }
 
   std::string Draw() {
     Canvas canvas(columns_, rows_);
     DrawArea(&canvas);
-    if (!chart_.mark_label.empty()) {
-      canvas.Line(0, Y(chart_.mark), canvas.width() - 1, Y(chart_.mark), 3);
+    DrawCells(&canvas);
+    for (const ChartMark& mark : chart_.marks) {
+      if (axes_.y.Contains(mark.y)) {
+        canvas.Line(0, Y(mark.y), canvas.width() - 1, Y(mark.y), 3);
+      }
     }
-    DrawPoints(&canvas);
+    DrawLines(&canvas);
+    for (const ChartSeries& series : chart_.series) DrawSeries(series, &canvas);
     LabelRows();
     std::string text = std::string(kMargin + 1, ' ') + Printable(chart_.y_name) + "\n";
     for (int row = 0; row < rows_; ++row) {
@@ -60,8 +64,8 @@ class TextLayout {
   }
   int Y(double value) const {
     const int last = rows_ * Canvas::kDotsDown - 1;
-    return static_cast<int>(std::lround(chart_.image ? axes_.y.Position(value, 0, last)
-                                                     : axes_.y.Position(value, last, 0)));
+    return static_cast<int>(std::lround(chart_.y_down ? axes_.y.Position(value, 0, last)
+                                                      : axes_.y.Position(value, last, 0)));
   }
 
   void DrawArea(Canvas* canvas) const {
@@ -73,13 +77,43 @@ class TextLayout {
     canvas->Line(right, top, right, bottom);
   }
 
-  void DrawPoints(Canvas* canvas) const {
-    for (size_t i = 0; i < chart_.points.size(); ++i) {
-      const ChartPoint& point = chart_.points[i];
-      const ChartPoint& before = chart_.points[i > 0 && chart_.connected ? i - 1 : i];
-      canvas->Line(X(before.x), Y(before.y), X(point.x), Y(point.y));
-      if (chart_.connected && chart_.points.size() > 1) continue;
-      canvas->Line(X(point.x) + 1, Y(point.y), X(point.x), Y(point.y) + 1);
+  // Dots as dense as the cell is dark.
+  void DrawCells(Canvas* canvas) const {
+    for (const ChartCell& cell : chart_.cells) {
+      if (cell.share <= 0) continue;
+      const int step = cell.share > 0.66 ? 1 : cell.share > 0.33 ? 2 : 4;
+      for (int y = Y(cell.y1); y < Y(cell.y2); y += step == 1 ? 1 : 2) {
+        for (int x = X(cell.x1); x < X(cell.x2); x += step) canvas->Dot(x, y);
+      }
+    }
+  }
+
+  void DrawLines(Canvas* canvas) const {
+    for (const ChartLine& line : chart_.lines) {
+      for (size_t i = 1; i < line.points.size(); ++i) {
+        const ChartPoint &before = line.points[i - 1], &point = line.points[i];
+        if (point.after_gap) continue;
+        canvas->Line(X(before.x), Y(before.y), X(point.x), Y(point.y), line.dashed ? 2 : 1);
+      }
+    }
+  }
+
+  // What lies far off is drawn at the edge.
+  void DrawSeries(const ChartSeries& series, Canvas* canvas) const {
+    const auto edge_x = [&](const ChartPoint& point) { return X(axes_.x.Nearest(point.x)); };
+    const auto edge_y = [&](const ChartPoint& point) { return Y(axes_.y.Nearest(point.y)); };
+    for (size_t i = 0; i < series.points.size(); ++i) {
+      const ChartPoint& point = series.points[i];
+      const int x = edge_x(point), y = edge_y(point);
+      const bool first = i == 0 || point.after_gap;
+      const bool last = i + 1 == series.points.size() || series.points[i + 1].after_gap;
+      if (series.connected && !first) {
+        const ChartPoint& before = series.points[i - 1];
+        canvas->Line(edge_x(before), edge_y(before), x, y, series.second ? 2 : 1);
+      } else if (!series.connected || last) {
+        canvas->Line(x, y, x, y);
+        canvas->Line(x + 1, y, x, y + 1);
+      }
     }
   }
 
@@ -123,12 +157,20 @@ class TextLayout {
   std::string Legend() const {
     std::string text;
     if (HasArea(chart_)) text += "frame: " + chart_.area_label + "\n";
-    if (!chart_.mark_label.empty()) text += "dotted line: " + chart_.mark_label + "\n";
+    for (const ChartMark& mark : chart_.marks) {
+      if (axes_.y.Contains(mark.y)) text += "dotted line: " + Printable(mark.label) + "\n";
+    }
+    for (const ChartSeries* series : LegendOf(chart_)) {
+      if (series->connected) {
+        text +=
+            (series->second ? "dotted curve: " : "full curve: ") + Printable(series->name) + "\n";
+      }
+    }
     return text;
   }
 
   const Chart& chart_;
-  const ChartAxes axes_;
+  const ChartAxes& axes_;
   int columns_, rows_;
   std::vector<std::string> labels_;
 };
@@ -137,10 +179,16 @@ class TextLayout {
 
 std::string ChartsAsText(const std::string& title, const std::vector<Chart>& charts, int width) {
   std::string text = Printable(title) + "\n";
-  for (const Chart& chart : charts) {
-    text += "\n" + Printable(chart.title) + "\n";
-    for (const std::string& note : chart.notes) text += Wrap(Printable(note), 0, width);
-    text += "\n" + TextLayout(chart, width).Draw();
+  const std::vector<ChartAxes> axes = AxesOf(charts);
+  for (size_t i = 0; i < charts.size(); ++i) {
+    const Chart& chart = charts[i];
+    const char* const verdicts[] = {"", " - ok", " - FAILED"};
+    if (!chart.heading.empty()) text += "\n" + Wrap(Printable(chart.heading), 0, width);
+    text += "\n" + Printable(chart.title) + verdicts[static_cast<int>(chart.verdict)] + "\n";
+    for (const std::string& note : NotesOf(chart, axes[i])) {
+      text += Wrap(Printable(note), 0, width);
+    }
+    text += "\n" + TextLayout(chart, axes[i], width).Draw();
   }
   return text;
 }

@@ -1,8 +1,8 @@
 #include "calib/charts/svg.h"
 
-#include <cmath>
+#include <algorithm>
+#include <cstdio>
 
-#include "calib/console/number.h"
 #include "calib/console/printable.h"
 
 namespace calib {
@@ -31,8 +31,14 @@ std::string XmlText(const std::string& text) {
 }
 
 std::string Coordinate(double value) {
-  const double rounded = std::round(value * 100) / 100;
-  return Shortest(rounded == 0 ? 0 : rounded);
+  // Drawings are made of these by the million.
+  char text[32];
+  const int length = std::snprintf(text, sizeof text, "%.1f", value);
+  std::string result(text, static_cast<size_t>(std::max(length, 0)));
+  if (result.size() > 2 && result.compare(result.size() - 2, 2, ".0") == 0) {
+    result.resize(result.size() - 2);
+  }
+  return result == "-0" ? "0" : result;
 }
 
 std::string XmlElement(const std::string& name, const std::string& attributes,
@@ -41,8 +47,10 @@ std::string XmlElement(const std::string& name, const std::string& attributes,
   return content.empty() ? start + "/>\n" : start + ">" + content + "</" + name + ">\n";
 }
 
-std::string At(const std::string& name, double value) {
+std::string Attribute(const std::string& name, double value) {
   return " " + name + "=\"" + Coordinate(value) + "\"";
 }
+
+std::string Class(const std::string& classes) { return " class=\"" + classes + "\""; }
 
 }  // namespace calib

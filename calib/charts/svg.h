@@ -9,15 +9,16 @@ namespace calib {
 // Printable text for an element or an attribute: what XML reserves is escaped.
 std::string XmlText(const std::string& text);
 
-// A coordinate as text, to a hundredth.
+// A coordinate as text, to a tenth.
 std::string Coordinate(double value);
 
 // An element: <name attributes/>, or <name attributes>content</name>; the content is XML already.
 std::string XmlElement(const std::string& name, const std::string& attributes,
                        const std::string& content = "");
 
-// An attribute of a coordinate: ' x="12.5"'.
-std::string At(const std::string& name, double value);
+// An attribute that is a number: ' x="12.5"'; and the one that names classes.
+std::string Attribute(const std::string& name, double value);
+std::string Class(const std::string& classes);
 
 }  // namespace calib
 

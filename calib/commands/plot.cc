@@ -18,14 +18,14 @@ struct Flags {
   InputFlags input;
   CameraFlag camera;
   bool terminal = false;
+  ChartOptions charts;
 };
 
 std::string Plot(const Flags& flags) {
   const Record record = ReadRecord(flags.path, flags.input);
-  std::vector<Chart> charts;
-  for (const Part& part : flags.camera.Choose(*record.message, record.name, DrawableTypes())) {
-    for (const Chart& chart : ChartsOf(part)) charts.push_back(chart);
-  }
+  const std::vector<Chart> charts =
+      ChartsOf(*record.message, flags.camera.Choose(*record.message, record.name, DrawableTypes()),
+               flags.charts);
   if (charts.empty()) {
     throw Failure(record.name + ": has nothing that can be drawn",
                   "Drawn are sample_points of CameraIntrinsics, transfer_function of "
@@ -45,6 +45,8 @@ void AddPlot(Command* program, int* status) {
       ->ValueName("OUT");
   command->AddFlag("--terminal", flags->terminal,
                    "Draw with characters (in UTF-8) instead, as wide as the terminal");
+  command->AddFlag("--full-range", flags->charts.full_range,
+                   "Draw to scale, too, what lies far off all other values");
   flags->input.AddTo(command);
   flags->camera.AddTo(command);
   command->Footer(

@@ -1,4 +1,8 @@
-// A record as people want to look at it: the charts of what can be drawn of it.
+// A record as people want to look at it: the charts of what can be drawn of it. Each kind of chart
+// has a file beside this one: sample_charts.h, curve_charts.h.
+//
+// Axes are named by fields and scaled in what the fields hold: where the format records no unit,
+// spacing or meaning, the charts have none either, and lists are drawn over the index.
 #ifndef CALIB_VIEWS_RECORD_CHARTS_H_
 #define CALIB_VIEWS_RECORD_CHARTS_H_
 
@@ -12,11 +16,16 @@
 
 namespace calib {
 
+struct ChartOptions {
+  bool full_range = false;  // draw to scale what lies far off, too
+};
+
 // The message types that charts are drawn of.
 std::vector<const google::protobuf::Descriptor*> DrawableTypes();
 
-// The charts of a message of one of DrawableTypes(); none if what they show is not set.
-std::vector<Chart> ChartsOf(const Part& part);
+// The charts of parts of a record that are of DrawableTypes(); none if what they show is not set.
+std::vector<Chart> ChartsOf(const google::protobuf::Message& record, const std::vector<Part>& parts,
+                            const ChartOptions& options);
 
 }  // namespace calib
 
