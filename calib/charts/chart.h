@@ -58,7 +58,8 @@ enum class ChartSize { kWide, kHalf, kSmall };
 enum class Verdict { kNone, kPassed, kFailed };
 
 struct Chart {
-  std::string heading;  // above this chart and those that follow it; begins a new row
+  // Above this chart and those that follow it, and what holds for all of them; begins a new row.
+  std::string heading, heading_note;
   std::string title;
   std::vector<std::string> notes;  // lines below the title
   Verdict verdict = Verdict::kNone;

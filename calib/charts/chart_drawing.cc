@@ -433,8 +433,12 @@ std::string ChartDrawing::Marks(LabelPlaces* places) const {
   std::string svg;
   for (const ChartMark& mark : chart_.marks) {
     if (!axes_.y.Contains(mark.y)) continue;
+    svg += Line("m", x1_, Y(mark.y), x2_, Y(mark.y));
+    places->Take({{x1_, Y(mark.y) - 1, x2_, Y(mark.y) + 1}});  // no label on any of the lines
+  }
+  for (const ChartMark& mark : chart_.marks) {
+    if (!axes_.y.Contains(mark.y)) continue;
     const double y = Y(mark.y);
-    svg += Line("m", x1_, y, x2_, y);
     const double size = small_ ? kSmallText : kText;
     const std::string label = ShortenToWidth(Printable(mark.label), x2_ - x1_ - 12, size);
     const double width = TextWidth(label, size);

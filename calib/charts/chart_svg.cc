@@ -29,6 +29,16 @@ size_t EndOfRow(const std::vector<Chart>& charts, size_t begin) {
   return end;
 }
 
+std::string Heading(const std::string& kind, const std::string& text, double* top) {
+  std::string svg;
+  for (const std::string& line : WrapToWidth(Printable(text), kWidth, 14)) {
+    *top += 20;
+    svg += XmlElement("text", Class(kind) + Attribute("x", kMargin) + Attribute("y", *top),
+                      XmlText(line));
+  }
+  return svg;
+}
+
 struct Drawing {
   std::string svg;
   double height;
@@ -46,11 +56,8 @@ Drawing Draw(const std::vector<Chart>& charts, double top, size_t most_bytes) {
   for (size_t begin = 0, end; begin < charts.size(); begin = end) {
     end = EndOfRow(charts, begin);
     top = bottom;
-    for (const std::string& line : WrapToWidth(Printable(charts[begin].heading), kWidth, 14)) {
-      top += 20;
-      svg += XmlElement("text", Class("t h2") + Attribute("x", kMargin) + Attribute("y", top),
-                        XmlText(line));
-    }
+    svg += Heading("t h2", charts[begin].heading, &top);
+    svg += Heading("n", charts[begin].heading_note, &top);
     const int columns = Columns(charts[begin].size);
     const double width = (kWidth - kGap * (columns - 1)) / columns;
     const auto lay_out = [&](size_t i, double head) {

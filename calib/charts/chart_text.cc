@@ -184,6 +184,7 @@ std::string ChartsAsText(const std::string& title, const std::vector<Chart>& cha
     const Chart& chart = charts[i];
     const char* const verdicts[] = {"", " - ok", " - FAILED"};
     if (!chart.heading.empty()) text += "\n" + Wrap(Printable(chart.heading), 0, width);
+    if (!chart.heading_note.empty()) text += Wrap(Printable(chart.heading_note), 0, width);
     text += "\n" + Printable(chart.title) + verdicts[static_cast<int>(chart.verdict)] + "\n";
     for (const std::string& note : NotesOf(chart, axes[i])) {
       text += Wrap(Printable(note), 0, width);

@@ -1,6 +1,7 @@
 // calib plot FILE
 #include "calib/charts/chart_svg.h"
 #include "calib/charts/chart_text.h"
+#include "calib/charts/overlay.h"
 #include "calib/commands/commands.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
@@ -15,23 +16,37 @@ namespace {
 struct Flags {
   std::string path;
   std::string output_path = "-";
+  std::string against_path;
   InputFlags input;
   CameraFlag camera;
   bool terminal = false;
   ChartOptions charts;
 };
 
+std::vector<Chart> DrawnOf(const Record& record, const Flags& flags) {
+  return ChartsOf(*record.message,
+                  flags.camera.Choose(*record.message, record.name, DrawableTypes()), flags.charts);
+}
+
 std::string Plot(const Flags& flags) {
   const Record record = ReadRecord(flags.path, flags.input);
-  const std::vector<Chart> charts =
-      ChartsOf(*record.message, flags.camera.Choose(*record.message, record.name, DrawableTypes()),
-               flags.charts);
+  std::vector<Chart> charts = DrawnOf(record, flags);
+  std::string title = record.name + " (" + record.type->name() + ")";
+  if (!flags.against_path.empty()) {
+    const Record before = ReadRecord(flags.against_path, flags.input);
+    if (before.type != record.type) {
+      throw Failure(before.name + ": is a " + before.type->name() + ", but " + record.name +
+                        " is a " + record.type->name(),
+                    "Name records of one type.");
+    }
+    charts = Overlay(charts, record.name, DrawnOf(before, flags), before.name);
+    title += " against " + before.name;
+  }
   if (charts.empty()) {
     throw Failure(record.name + ": has nothing that can be drawn",
                   "Drawn are sample_points of CameraIntrinsics, transfer_function of "
                   "FocusInfoItem, bins of FocusCheckProto and samples of PTZIntrinsics.");
   }
-  const std::string title = record.name + " (" + record.type->name() + ")";
   return flags.terminal ? ChartsAsText(title, charts, OutputWidth()) : ChartsAsSvg(title, charts);
 }
 
@@ -43,6 +58,10 @@ void AddPlot(Command* program, int* status) {
   command->AddOption("FILE", flags->path, "The file to draw")->Required();
   command->AddOption("--output", flags->output_path, "The file to write; else standard output")
       ->ValueName("OUT");
+  command
+      ->AddOption("--against", flags->against_path,
+                  "A record of the same type to draw with it, dashed, and the differences below")
+      ->ValueName("OTHER");
   command->AddFlag("--terminal", flags->terminal,
                    "Draw with characters (in UTF-8) instead, as wide as the terminal");
   command->AddFlag("--full-range", flags->charts.full_range,
@@ -56,6 +75,7 @@ void AddPlot(Command* program, int* status) {
       "Examples:\n"
       "  calib plot rig.RobotCalibration.binpb --camera 0 --output cam0.svg\n"
       "  calib plot dome.PTZIntrinsics.binpb --terminal\n"
+      "  calib plot november.FocusInfo.binpb --against october.FocusInfo.binpb\n"
       "  calib plot focus.FocusInfo.binpb | rsvg-convert > focus.png");
   command->Callback([flags, status] {
     WriteFile(flags->output_path, Plot(*flags));

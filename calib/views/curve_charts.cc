@@ -17,6 +17,7 @@ using namespace zarvo::calibration;  // NOLINT: the types that are drawn
 namespace {
 
 constexpr size_t kMostHalf = 6;
+constexpr size_t kMostFailedNamed = 12;
 
 ChartSize SizeOf(size_t count) {
   return count == 1 ? ChartSize::kWide : count <= kMostHalf ? ChartSize::kHalf : ChartSize::kSmall;
@@ -79,7 +80,7 @@ Chart FocusCheckChart(const Part& part, size_t siblings) {
 // What small charts have no room for.
 std::string AxesText(const Chart& chart) {
   return chart.size == ChartSize::kSmall
-             ? "; across: " + chart.x_name + ", up: " + chart.y_name + ", all to one scale"
+             ? "across: " + chart.x_name + ", up: " + chart.y_name + ", all to one scale"
              : "";
 }
 
@@ -131,7 +132,8 @@ Chart ZoomChart(const PTZIntrinsics& intrinsics, const std::string& path, bool b
 std::vector<Chart> TransferFunctionCharts(const std::vector<Part>& items) {
   std::vector<Chart> charts = ChartsOfEach<TransferFunctionChart>(items);
   if (charts.size() > 1) {
-    charts[0].heading = std::to_string(charts.size()) + " transfer functions" + AxesText(charts[0]);
+    charts[0].heading = std::to_string(charts.size()) + " transfer functions";
+    charts[0].heading_note = AxesText(charts[0]);
   }
   return charts;
 }
@@ -139,15 +141,16 @@ std::vector<Chart> TransferFunctionCharts(const std::vector<Part>& items) {
 std::vector<Chart> FocusCheckCharts(const std::vector<Part>& checks) {
   std::vector<Chart> charts = ChartsOfEach<FocusCheckChart>(checks);
   if (charts.size() < 2) return charts;
-  size_t passed = 0;
+  size_t passed = 0, count = 0;
   std::string failed;
   for (size_t i = 0; i < charts.size(); ++i) {
     if (charts[i].verdict == Verdict::kPassed) ++passed;
     if (charts[i].verdict != Verdict::kFailed) continue;
-    failed += (failed.empty() ? "; failed: " : ", ") + checks[i].path;
+    if (++count <= kMostFailedNamed) failed += (count == 1 ? "; failed: " : ", ") + checks[i].path;
   }
-  charts[0].heading = std::to_string(passed) + " of " + std::to_string(charts.size()) +
-                      " focus checks ok" + failed + AxesText(charts[0]);
+  charts[0].heading =
+      std::to_string(passed) + " of " + std::to_string(charts.size()) + " focus checks ok" + failed;
+  charts[0].heading_note = AxesText(charts[0]);
   return charts;
 }
 

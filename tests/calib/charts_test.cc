@@ -11,6 +11,7 @@
 #include "calib/charts/chart.h"
 #include "calib/charts/chart_svg.h"
 #include "calib/charts/label_places.h"
+#include "calib/charts/overlay.h"
 #include "calib/charts/range.h"
 #include "calib/charts/text_size.h"
 #include "calib/charts/thinning.h"
@@ -210,6 +211,51 @@ TEST(ChartSvgTest, TextIsEscaped) {
   EXPECT_EQ(Count(svg, "<script"), 0u);
   EXPECT_EQ(Count(svg, "\"\""), 0u) << svg;
   EXPECT_EQ(Count(svg, "\x01"), 0u);
+}
+
+struct OverlayCase {
+  const char* what;
+  std::vector<double> after, before;
+  std::vector<double> difference;
+  const char* note;
+};
+
+TEST(OverlayTest, CurvesHaveTheirDifferenceBelow) {
+  const OverlayCase cases[] = {{"alike", {1, 2}, {1, 2}, {0, 0}, "no difference"},
+                               {"changed", {1, 5}, {1, 2}, {0, 3}, "largest 3 at values[1]"},
+                               {"less", {1, 2, 3}, {3}, {-2}, "largest -2 at values[0]"},
+                               {"nothing", {1}, {}, {}, "nothing that both have"}};
+  for (const OverlayCase& test : cases) {
+    const std::vector<Chart> charts =
+        Overlay({CurveOf(test.after)}, "new", {CurveOf(test.before)}, "old");
+    ASSERT_EQ(charts.size(), 2u) << test.what;
+    EXPECT_EQ(charts[0].series[0].name, "new");
+    EXPECT_TRUE(charts[0].series[1].second);
+    std::vector<double> difference;
+    for (const ChartPoint& point : charts[1].series[0].points) difference.push_back(point.y);
+    EXPECT_EQ(difference, test.difference) << test.what;
+    EXPECT_EQ(charts[1].notes[0], test.note);
+  }
+}
+
+TEST(OverlayTest, TellsWhatOnlyOneHas) {
+  Chart other = CurveOf({1});
+  other.title = "another";
+  const std::vector<Chart> charts = Overlay({CurveOf({1})}, "new", {other}, "old");
+  ASSERT_EQ(charts.size(), 2u);
+  EXPECT_EQ(charts[0].notes, std::vector<std::string>{"only in new"});
+  EXPECT_EQ(charts[1].notes, std::vector<std::string>{"only in old"});
+}
+
+TEST(OverlayTest, PointsAreComparedByTheirIndex) {
+  Chart after = CurveOf({1, 2, 3}), before = CurveOf({1, 2, 5});
+  after.series[0].connected = before.series[0].connected = false;
+  before.series[0].points.erase(before.series[0].points.begin());
+  const std::vector<Chart> charts = Overlay({after}, "new", {before}, "old");
+  ASSERT_EQ(charts.size(), 2u);
+  ASSERT_EQ(charts[1].series[0].points.size(), 2u);
+  EXPECT_EQ(charts[1].series[0].points[1].y, -2);
+  EXPECT_EQ(charts[1].notes[0], "largest 2 at values[2]");
 }
 
 TEST(TickTextsTest, HaveTheDigitsThatMatter) {
