@@ -12,6 +12,7 @@ void AddShow(Command* program, int* status);
 void AddConvert(Command* program, int* status);
 void AddCheck(Command* program, int* status);
 void AddPlot(Command* program, int* status);
+void AddImage(Command* program, int* status);
 void AddImport(Command* program, int* status);
 void AddExport(Command* program, int* status);
 void AddDiff(Command* program, int* status);
