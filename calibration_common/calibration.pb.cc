@@ -874,7 +874,9 @@ void MarkerPositionSet::SharedCtor() {
   _has_bits_[0] = 0;
 }
 
-void MarkerPositionSet::SharedDtor() {}
+void MarkerPositionSet::SharedDtor() {
+  internal::DeleteElements(&pos_);
+}
 
 const ::google::protobuf::Descriptor* MarkerPositionSet::descriptor() {
   file::AssignDescriptorsOnce();
@@ -1307,6 +1309,7 @@ void CameraIntrinsics::SharedCtor() {
 
 void CameraIntrinsics::SharedDtor() {
   x_bin_.Destroy();
+  internal::DeleteElements(&sample_points_);
 }
 
 const ::google::protobuf::Descriptor* CameraIntrinsics::descriptor() {
@@ -2265,7 +2268,9 @@ void FocusInfo::SharedCtor() {
   _has_bits_[0] = 0;
 }
 
-void FocusInfo::SharedDtor() {}
+void FocusInfo::SharedDtor() {
+  internal::DeleteElements(&focus_);
+}
 
 const ::google::protobuf::Descriptor* FocusInfo::descriptor() {
   file::AssignDescriptorsOnce();
@@ -2845,7 +2850,9 @@ void RobotCalibration::SharedCtor() {
   _has_bits_[0] = 0;
 }
 
-void RobotCalibration::SharedDtor() {}
+void RobotCalibration::SharedDtor() {
+  internal::DeleteElements(&camera_);
+}
 
 const ::google::protobuf::Descriptor* RobotCalibration::descriptor() {
   file::AssignDescriptorsOnce();
@@ -4054,7 +4061,9 @@ void FocusCheckSetProto::SharedCtor() {
   _has_bits_[0] = 0;
 }
 
-void FocusCheckSetProto::SharedDtor() {}
+void FocusCheckSetProto::SharedDtor() {
+  internal::DeleteElements(&spots_);
+}
 
 const ::google::protobuf::Descriptor* FocusCheckSetProto::descriptor() {
   file::AssignDescriptorsOnce();
@@ -4511,7 +4520,9 @@ void PTZIntrinsics::SharedCtor() {
   _has_bits_[0] = 0;
 }
 
-void PTZIntrinsics::SharedDtor() {}
+void PTZIntrinsics::SharedDtor() {
+  internal::DeleteElements(&samples_);
+}
 
 const ::google::protobuf::Descriptor* PTZIntrinsics::descriptor() {
   file::AssignDescriptorsOnce();

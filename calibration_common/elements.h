@@ -1,11 +1,12 @@
 // How the classes add single sub-messages to a repeated field, and free any (see
-// internal/element_blocks.h for how they add many).
+// internal/element_blocks.h for how elements share allocations).
 #ifndef ZARVO_CALIBRATION_ELEMENTS_H_
 #define ZARVO_CALIBRATION_ELEMENTS_H_
 
 #include <google/protobuf/repeated_field.h>
 
 #include <cstddef>
+#include <new>
 
 #include "calibration_common/attributes.h"
 
@@ -16,13 +17,23 @@ namespace calibration_internal {
 // `operator new` returned for it.
 ZARVO_CALIBRATION_EXPORT void FreeElement(void* element, ::std::size_t size);
 
+// Memory for an element of `size` bytes that the caller constructs and appends to `list` right
+// away: behind `last`, the list's last element so far (null if there is none), if that is in a
+// block which this thread has begun for it; otherwise in a new block for `room` elements, if this
+// thread has appended `last`, too; otherwise what `operator new` returns.
+ZARVO_CALIBRATION_EXPORT void* AllocateElement(const void* list, const void* last,
+                                               ::std::size_t size, int room);
+
 // Makes a cleared element. Makes room, and the element, before it touches the container, so that a
 // failed allocation loses nothing.
 template <typename T>
 __attribute__((noinline)) void MakeClearedElement(
     ::google::protobuf::RepeatedPtrField<T>* elements) {
-  if (elements->size() == elements->Capacity()) elements->Reserve(elements->size() + 1);
-  elements->AddCleared(new T);
+  const int size = elements->size();
+  if (size == elements->Capacity()) elements->Reserve(size + 1);
+  const T* last = size > 0 ? &elements->Get(size - 1) : nullptr;
+  elements->AddCleared(
+      ::new (AllocateElement(elements, last, sizeof(T), elements->Capacity() - size)) T);
 }
 
 // Appends an element, a cleared one if there is any. REQUIRES that the container is on no arena, as

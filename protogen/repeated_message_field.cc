@@ -7,6 +7,7 @@ namespace protogen {
 Fragments RenderRepeatedMessage(const Variables& variables) {
   Fragments out;
   out.member = Fill("::google::protobuf::RepeatedPtrField<$type$> $name$_;\n", variables);
+  out.destroy = Fill("internal::DeleteElements(&$name$_);\n", variables);
   out.clear = Fill("$name$_.Clear();\n", variables);
   out.swap = Fill("$name$_.UnsafeArenaSwap(&other->$name$_);\n", variables);
 

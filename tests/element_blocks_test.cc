@@ -1,5 +1,5 @@
-// Elements of repeated sub-messages that share an allocation: what a parse or a copy makes is
-// still, each by itself, an object that can be released, kept, moved and deleted.
+// Elements of repeated sub-messages that share an allocation: what a parse, a copy or add_x() makes
+// is still, each by itself, an object that can be released, kept, moved and deleted.
 #include <google/protobuf/arena.h>
 #include <google/protobuf/message.h>
 #include <google/protobuf/repeated_field.h>
@@ -33,26 +33,32 @@ using ::google::protobuf::Message;
 using ::google::protobuf::RepeatedPtrField;
 
 // A repeated sub-message of a record.
-template <class R, class E, RepeatedPtrField<E>* (R::*kMutable)(), int kFieldNumber>
+template <class R, class E, RepeatedPtrField<E>* (R::*kMutable)(), E* (R::*kAdd)(),
+          int kFieldNumber>
 struct Field {
   using Record = R;
   using Element = E;
   static RepeatedPtrField<E>& In(R& record) { return *(record.*kMutable)(); }
+  static E* Add(R* record) { return (record->*kAdd)(); }
   static int Number() { return kFieldNumber; }
 };
 using AllFields = ::testing::Types<
-    Field<MarkerPositionSet, MarkerPositionInfo, &MarkerPositionSet::mutable_pos, 1>,
+    Field<MarkerPositionSet, MarkerPositionInfo, &MarkerPositionSet::mutable_pos,
+          &MarkerPositionSet::add_pos, 1>,
     Field<CameraIntrinsics, CameraIntrinsicsSamplePoints, &CameraIntrinsics::mutable_sample_points,
-          16>,
-    Field<FocusInfo, FocusInfoItem, &FocusInfo::mutable_focus, 1>,
-    Field<RobotCalibration, CameraCalibration, &RobotCalibration::mutable_camera, 1>,
-    Field<FocusCheckSetProto, FocusCheckProto, &FocusCheckSetProto::mutable_spots, 1>,
-    Field<PTZIntrinsics, PTZIntrinsicsItem, &PTZIntrinsics::mutable_samples, 5>>;
+          &CameraIntrinsics::add_sample_points, 16>,
+    Field<FocusInfo, FocusInfoItem, &FocusInfo::mutable_focus, &FocusInfo::add_focus, 1>,
+    Field<RobotCalibration, CameraCalibration, &RobotCalibration::mutable_camera,
+          &RobotCalibration::add_camera, 1>,
+    Field<FocusCheckSetProto, FocusCheckProto, &FocusCheckSetProto::mutable_spots,
+          &FocusCheckSetProto::add_spots, 1>,
+    Field<PTZIntrinsics, PTZIntrinsicsItem, &PTZIntrinsics::mutable_samples,
+          &PTZIntrinsics::add_samples, 5>>;
 
 constexpr unsigned kSeed = 20161;
-// Around one and two blocks, whichever size blocks have up to 32.
-constexpr int kMost = 100;
-const std::vector<int> kCounts = {1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 32, 33, 64, kMost};
+// Around one and two blocks of 16, and of as many small elements as 4 KiB hold.
+constexpr int kMost = 180;
+const std::vector<int> kCounts = {1, 2, 3, 7, 8, 9, 15, 16, 17, 31, 32, 33, 64, 85, kMost};
 
 // Appends an element that is encoded as `body`.
 void Append(int field_number, const std::string& body, WireWriter* writer) {
@@ -92,7 +98,12 @@ class ElementBlocksTest : public ::testing::Test {
     return writer.bytes();
   }
 
-  // Runs check(record, count) on records with elements that were parsed and that were copied.
+  // Appends `count` elements by add_x().
+  void Add(Record* record, int count) const {
+    for (int i = 0; i < count; ++i) F::Add(record)->CopyFrom(elements_[i]);
+  }
+
+  // Runs check(record, count) on records with elements that were parsed, copied, and added.
   void ForEachWay(const std::function<void(Record*, int)>& check) {
     for (int count : kCounts) {
       SCOPED_TRACE(std::to_string(count) + " elements");
@@ -109,6 +120,13 @@ class ElementBlocksTest : public ::testing::Test {
         ASSERT_TRUE(original.ParsePartialFromString(Bytes(count)));
         const auto copied = std::make_unique<Record>(original);
         check(copied.get(), count);
+      }
+      for (const int reserved : {0, count, 2 * count}) {
+        SCOPED_TRACE("added, with room for " + std::to_string(reserved));
+        const auto added = std::make_unique<Record>();
+        F::In(*added).Reserve(reserved);
+        Add(added.get(), count);
+        check(added.get(), count);
       }
       EXPECT_EQ(LiveBlocks(), live) << "blocks alive";
     }
@@ -141,6 +159,128 @@ TYPED_TEST(ElementBlocksTest, ShareAllocations) {
   const Record copy(record);
   EXPECT_LT(Allocations() - before, 150);
   EXPECT_EQ(TypeParam::In(record).size(), 1600);
+  for (const int reserved : {0, 1600}) {
+    Record added;
+    TypeParam::In(added).Reserve(reserved);
+    before = Allocations();
+    for (int i = 0; i < 1600; ++i) TypeParam::Add(&added);
+    EXPECT_LT(Allocations() - before, 150) << "with room for " << reserved;
+  }
+}
+
+// Who keeps one element keeps no more than 4 KiB, or 16 elements if they are larger.
+TYPED_TEST(ElementBlocksTest, BlocksAreSmall) {
+  using Record = typename TypeParam::Record;
+  const size_t most = std::max<size_t>(4096, 40 + 16 * (sizeof(typename TypeParam::Element) + 16));
+  for (int count = 2; count < 200; ++count) {
+    Record parsed;
+    ASSERT_TRUE(parsed.ParsePartialFromString(EmptyElements(TypeParam::Number(), count)));
+    EXPECT_LE(LatestAllocation(), most);
+    Record added;
+    TypeParam::In(added).Reserve(count);
+    for (int i = 0; i < 2; ++i) TypeParam::Add(&added);
+    EXPECT_LE(LatestAllocation(), most);
+  }
+}
+
+// add_x() does to the list what it would do if it made each element by `new`.
+TYPED_TEST(ElementBlocksTest, AddingShowsInNothingElse) {
+  using Record = typename TypeParam::Record;
+  Record record, other;
+  auto& ours = TypeParam::In(record);
+  auto& theirs = TypeParam::In(other);
+  for (int i = 0; i < kMost; ++i) {
+    if (i == kMost / 2) {
+      ours.Reserve(kMost);
+      theirs.Reserve(kMost);
+    }
+    const auto* element = TypeParam::Add(&record);
+    theirs.AddAllocated(new typename TypeParam::Element);
+    EXPECT_TRUE(EqualByReflection(*element, TypeParam::Element::default_instance()));
+    ASSERT_EQ(ours.size(), i + 1);
+    ASSERT_EQ(ours.ClearedCount(), 0);
+    ASSERT_EQ(ours.Capacity(), theirs.Capacity());
+  }
+  ours.RemoveLast();
+  EXPECT_EQ(ours.ClearedCount(), 1);
+  TypeParam::Add(&record);
+  EXPECT_EQ(ours.ClearedCount(), 0);
+}
+
+// Lists that grow by turns, more of them than a thread keeps in mind: memory in proportion.
+TYPED_TEST(ElementBlocksTest, ManyListsGrowByTurns) {
+  constexpr int kLists = 40;
+  for (const int reserved : {0, kMost}) {
+    std::vector<typename TypeParam::Record> records(kLists);
+    for (auto& record : records) TypeParam::In(record).Reserve(reserved);
+    size_t before = AllocatedBytes();
+    for (int i = 0; i < kMost; ++i) {
+      for (auto& record : records) TypeParam::Add(&record)->CopyFrom(this->elements_[0]);
+    }
+    const size_t taken = AllocatedBytes() - before;
+    before = AllocatedBytes();
+    for (int i = 0; i < kLists * kMost; ++i) {
+      typename TypeParam::Element(this->elements_[0]).Clear();
+      const std::unique_ptr<typename TypeParam::Element> alone(new typename TypeParam::Element);
+    }
+    const size_t alone = AllocatedBytes() - before;
+    EXPECT_LE(taken, alone + kLists * kMost * 80) << "with room for " << reserved;
+    for (auto& record : records) this->ExpectElement(TypeParam::In(record).Get(kMost - 1), 0);
+  }
+}
+
+// A program may append an element that lies anywhere, at an address such as those in blocks too,
+// and take it out again before it is deleted.
+TYPED_TEST(ElementBlocksTest, StandBehindElementsThatLieAnywhere) {
+  using Element = typename TypeParam::Element;
+  struct alignas(16) Room {
+    char bytes[8 + sizeof(Element) + 8];
+  };
+  this->ForEachWay([&](typename TypeParam::Record* record, int count) {
+    auto& elements = TypeParam::In(*record);
+    const auto room = std::make_unique<Room>();
+    std::fill_n(room->bytes, sizeof room->bytes, '\xA5');  // no address of anything
+    Element* anywhere = new (room->bytes + 8) Element(this->elements_[1]);
+    elements.UnsafeArenaAddAllocated(anywhere);
+    for (int i = 0; i < 3; ++i) TypeParam::Add(record)->CopyFrom(this->elements_[i]);
+    for (int i = 0; i < 3; ++i) this->ExpectElement(elements.Get(count + 1 + i), i);
+    elements.SwapElements(count, count + 3);
+    EXPECT_EQ(elements.UnsafeArenaReleaseLast(), anywhere);
+    anywhere->~Element();
+  });
+}
+
+// Memory that was a block's may become another element's, at the very address of an element that
+// was the last of its list.
+TYPED_TEST(ElementBlocksTest, AnAddressMayComeBack) {
+  using Element = typename TypeParam::Element;
+  typename TypeParam::Record record;
+  auto& elements = TypeParam::In(record);
+  for (int count = 2; count < 40; ++count) {
+    SCOPED_TRACE(std::to_string(count) + " elements");
+    const long live = LiveBlocks();
+    elements.Reserve(100);
+    const long reserved = LiveBlocks();
+    for (int i = 0; i < count; ++i) TypeParam::Add(&record);
+    const size_t block = LatestAllocation();
+    Element* const last = elements.Mutable(count - 1);
+    while (!elements.empty()) delete elements.ReleaseLast();
+    EXPECT_EQ(LiveBlocks(), reserved);
+    // What the allocator gives for the next request of the size is mostly the same memory.
+    char* const room = static_cast<char*>(::operator new(block));
+    std::fill_n(room, block, '\xA5');
+    if (reinterpret_cast<char*>(last) >= room && reinterpret_cast<char*>(last + 1) < room + block) {
+      Element* const anywhere = new (last) Element;
+      elements.UnsafeArenaAddAllocated(anywhere);
+      TypeParam::Add(&record)->CopyFrom(this->elements_[0]);
+      this->ExpectElement(elements.Get(1), 0);
+      const std::unique_ptr<Element> kept(elements.ReleaseLast());
+      EXPECT_EQ(elements.UnsafeArenaReleaseLast(), anywhere);
+      anywhere->~Element();
+    }
+    ::operator delete(room);
+    EXPECT_GE(LiveBlocks(), live);
+  }
 }
 
 TYPED_TEST(ElementBlocksTest, OutliveTheRecordAndEachOther) {
@@ -297,12 +437,12 @@ TYPED_TEST(ElementBlocksTest, AnyAllocationMayFail) {
   const std::string bytes = this->Bytes(kCount);
   Record original;
   ASSERT_TRUE(original.ParsePartialFromString(bytes));
-  for (const bool copies : {false, true}) {
+  for (const std::string way : {"parsed", "copied", "added"}) {
     for (const int cleared : {0, 3}) {
       bool failed = true;
       for (long n = 1; failed; ++n) {
-        SCOPED_TRACE(std::string(copies ? "copied, " : "parsed, ") + std::to_string(cleared) +
-                     " cleared elements, allocation " + std::to_string(n));
+        SCOPED_TRACE(way + ", " + std::to_string(cleared) + " cleared elements, allocation " +
+                     std::to_string(n));
         const long live = LiveBlocks();
         {
           Record record;
@@ -311,7 +451,9 @@ TYPED_TEST(ElementBlocksTest, AnyAllocationMayFail) {
           failed = false;
           try {
             const FailingAllocation failing(n, FailingAllocation::kOnce);
-            copies ? record.MergeFrom(original) : void(record.ParsePartialFromString(bytes));
+            if (way == "parsed") record.ParsePartialFromString(bytes);
+            if (way == "copied") record.MergeFrom(original);
+            if (way == "added") this->Add(&record, kCount);
           } catch (const std::bad_alloc&) {
             failed = true;
           }
@@ -350,6 +492,36 @@ TYPED_TEST(ElementBlocksTest, AreDeletedByAnyThread) {
   EXPECT_EQ(LiveBlocks(), live);
 }
 
+// Two lists share blocks, and each is one thread's: one goes on where its block has unused slots,
+// the other has elements in front of those.
+TYPED_TEST(ElementBlocksTest, ListsOfTwoThreadsShareABlock) {
+  using Record = typename TypeParam::Record;
+  const long live = LiveBlocks();
+  for (int count = 3; count < kMost; count += 10) {
+    SCOPED_TRACE(std::to_string(count) + " elements");
+    for (const bool last_is_given : {false, true}) {
+      Record ours;
+      auto theirs = std::make_unique<Record>();
+      TypeParam::In(ours).Reserve(2 * kMost);
+      this->Add(&ours, count);
+      auto elements = this->Release(&ours);
+      for (int i = 0; i < count; ++i) {
+        const bool given = i == count - 1 ? last_is_given : i % 2 != 0;
+        TypeParam::In(given ? *theirs : ours).AddAllocated(elements[i].release());
+      }
+      const int kept = TypeParam::In(ours).size();
+      std::thread thread([&] {
+        this->Add(theirs.get(), 10);
+        theirs.reset();
+      });
+      this->Add(&ours, kMost);
+      for (int i = 0; i < kMost; ++i) this->ExpectElement(TypeParam::In(ours).Get(kept + i), i);
+      thread.join();
+    }
+  }
+  EXPECT_EQ(LiveBlocks(), live);
+}
+
 #ifdef __SANITIZE_ADDRESS__
 // AddressSanitizer knows an element that is gone from its neighbours that are not.
 TYPED_TEST(ElementBlocksTest, AreSeenToBeGone) {
@@ -359,6 +531,16 @@ TYPED_TEST(ElementBlocksTest, AreSeenToBeGone) {
   const typename TypeParam::Element* gone = elements[0].get();
   elements[0].reset();
   EXPECT_DEATH(gone->GetCachedSize(), "AddressSanitizer");
+}
+
+// And a slot that no element has taken yet.
+TYPED_TEST(ElementBlocksTest, UnusedSlotsAreNoElements) {
+  typename TypeParam::Record record;
+  TypeParam::In(record).Reserve(10);
+  this->Add(&record, 2);
+  const auto* unused = &TypeParam::In(record).Get(1) + 1;
+  EXPECT_DEATH(static_cast<void>(*reinterpret_cast<const volatile char*>(unused) + 16),
+               "AddressSanitizer");
 }
 #endif
 

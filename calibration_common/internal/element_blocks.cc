@@ -5,11 +5,14 @@
 #include <new>
 
 // What a sanitizer's run-time offers, where the process has one: it does not know by itself when an
-// element that shares its allocation is gone, and what orders the deletes of several threads.
+// element that shares its allocation comes and goes, and what orders the deletes of several
+// threads.
 extern "C" {
 // NOLINTBEGIN(bugprone-reserved-identifier)
 __attribute__((weak)) void __asan_poison_memory_region(const volatile void* address,
                                                        ::std::size_t size);
+__attribute__((weak)) void __asan_unpoison_memory_region(const volatile void* address,
+                                                         ::std::size_t size);
 __attribute__((weak)) int __tsan_atomic32_fetch_sub(volatile int* value, int other, int order);
 // NOLINTEND(bugprone-reserved-identifier)
 }
@@ -19,26 +22,7 @@ namespace calibration_internal {
 
 namespace {
 
-const ::std::size_t kNewAlignment = 16;
-const ::std::size_t kOffset = kNewAlignment / 2;  // of an element of a block
-
-struct BlockOwner {
-  int living;  // elements; of several threads, so changed by CountDown() alone
-  void* block;
-};
-
-bool IsAligned(const void* address) {
-  return reinterpret_cast< ::std::uintptr_t>(address) % kNewAlignment == 0;
-}
-
-// An element, the address of the owner, and what keeps the next element at its offset.
-::std::size_t Stride(::std::size_t size) {
-  return (size + sizeof(void*) + kNewAlignment - 1) / kNewAlignment * kNewAlignment;
-}
-
-BlockOwner** OwnerOf(void* slot, ::std::size_t size) {
-  return reinterpret_cast<BlockOwner**>(static_cast<char*>(slot) + size);
-}
+const ::std::size_t kOffset = 8;  // of a block's first element
 
 #if defined(__STDCPP_DEFAULT_NEW_ALIGNMENT__) && __STDCPP_DEFAULT_NEW_ALIGNMENT__ >= 16
 // Null if there is no memory. Not by the nothrow form of `operator new`, which a program that
@@ -91,55 +75,176 @@ bool BlocksArePossible() {
   return use != kNoBlocks;
 }
 
-// True if the element was the last of its block.
-bool CountDown(BlockOwner* owner) {
-  return __atomic_fetch_sub(&owner->living, 1, __ATOMIC_ACQ_REL) == 1;
+// A new block with so many slots, the first of which is in use; null if there can be none.
+BlockOwner* MakeBlock(::std::size_t size, int slots) {
+  if (!BlocksArePossible()) return nullptr;
+  const ::std::size_t slots_size = SlotSize(size) * static_cast< ::std::size_t>(slots);
+  const ::std::size_t behind_offset = slots_size + sizeof(BlockOwner);
+  char* block = static_cast<char*>(::operator new(kOffset + behind_offset));
+  if (!IsAligned(block)) {
+    ::operator delete(block);
+    return nullptr;
+  }
+  *reinterpret_cast< ::std::size_t*>(block) = behind_offset;
+  char* slot = block + kOffset;
+  BlockOwner* owner = ::new (slot + slots_size) BlockOwner;
+  owner->living = slots;
+  owner->next.store(slot + SlotSize(size), ::std::memory_order_relaxed);
+  owner->block = block;
+  *OwnerOf(slot, size) = owner;
+  return owner;
+}
+
+void* FirstSlot(const BlockOwner* owner) { return static_cast<char*>(owner->block) + kOffset; }
+
+void PoisonUnused(BlockOwner* owner) {
+  if (__asan_poison_memory_region == nullptr) return;
+  char* next = owner->next.load(::std::memory_order_relaxed);
+  __asan_poison_memory_region(next,
+                              static_cast< ::std::size_t>(reinterpret_cast<char*>(owner) - next));
+}
+
+// How often blocks have lost their unused slots, by the block's address: several share a count.
+typedef ::std::atomic<unsigned long> LossCount;
+const unsigned kLossCounts = 128;
+LossCount loss_counts[kLossCounts];
+
+LossCount* LossCountOf(const BlockOwner* owner) {
+  return &loss_counts[reinterpret_cast< ::std::uintptr_t>(owner) / 64 % kLossCounts];
+}
+
+// How much of a block goes with `count` elements side by side, whose slots end at `end`: with the
+// block's last element the unused slots go, too.
+int ShareOf(int count, const char* end, ::std::size_t size, BlockOwner* owner) {
+  const ::std::ptrdiff_t unused = reinterpret_cast<char*>(owner) - end;
+  if (unused == 0 || end != owner->next.load(::std::memory_order_relaxed)) return count;
+  LossCountOf(owner)->fetch_add(1, ::std::memory_order_relaxed);
+  return count + static_cast<int>(unused / static_cast< ::std::ptrdiff_t>(SlotSize(size)));
+}
+
+// True if nothing of the block is left.
+bool CountDown(BlockOwner* owner, int count) {
+  return __atomic_fetch_sub(&owner->living, count, __ATOMIC_ACQ_REL) == count;
+}
+
+bool IsCountedDown(const void* element) {
+  return !IsAligned(element) && block_use.load(::std::memory_order_relaxed) == kBlocks;
 }
 
 // What FreeElement() comes to in rarer cases: an element that has an allocation of its own, and one
 // that a sanitizer watches.
 __attribute__((noinline)) void FreeOtherElement(void* element, ::std::size_t size) {
-  const int use = block_use.load(::std::memory_order_relaxed);
-  if (IsAligned(element) || use == kUnknown || use == kNoBlocks) {
+  if (IsAligned(element) || block_use.load(::std::memory_order_relaxed) != kWatchedBlocks) {
     ::operator delete(element);
     return;
   }
   BlockOwner* owner = *OwnerOf(element, size);
+  const int share = ShareOf(1, static_cast<char*>(element) + SlotSize(size), size, owner);
   if (__asan_poison_memory_region != nullptr) __asan_poison_memory_region(element, size);
-  const bool last = __tsan_atomic32_fetch_sub != nullptr
-                        ? __tsan_atomic32_fetch_sub(&owner->living, 1, __ATOMIC_ACQ_REL) == 1
-                        : CountDown(owner);
+  const bool last =
+      __tsan_atomic32_fetch_sub != nullptr
+          ? __tsan_atomic32_fetch_sub(&owner->living, share, __ATOMIC_ACQ_REL) == share
+          : CountDown(owner, share);
   if (last) ::operator delete(owner->block);
+}
+
+// What a thread has appended last to some lists by the program's own calls.
+//
+// Whether an element is in a block cannot be seen in the element, since a program may append one
+// that lies anywhere. So it is known by its address; and since that may have come to be another's,
+// it is not trusted once a block may have lost its unused slots.
+struct Appended {
+  const void* element;
+  BlockOwner* owner;  // of its block, or null if that has no unused slot
+  LossCount* loss_count;
+  unsigned long losses;  // that had been counted when the block was made
+};
+const unsigned kLists = 8;
+thread_local Appended appended[kLists] __attribute__((tls_model("initial-exec")));
+
+}  // namespace
+
+void* ElementMemory::TakeOfNewBlock(::std::size_t size, int count) {
+  BlockOwner* owner = count > 1 ? MakeBlock(size, count) : nullptr;
+  if (owner == nullptr) return ::operator new(size);
+  next_ = owner->next.load(::std::memory_order_relaxed);
+  owner_ = owner;
+  owner->next.store(reinterpret_cast<char*>(owner), ::std::memory_order_relaxed);
+  return FirstSlot(owner);
+}
+
+void ElementMemory::LeaveUnused() {
+  BlockOwner* owner = static_cast<BlockOwner*>(owner_);
+  owner->next.store(static_cast<char*>(next_), ::std::memory_order_relaxed);
+  PoisonUnused(owner);
+}
+
+void FreedElements::FreeFirst(void* element) {
+  if (count_ > 0) FreeNeighbours();
+  const bool counted = IsCountedDown(element);
+  count_ = counted ? 1 : 0;
+  behind_ = counted ? static_cast<char*>(element) + SlotSize(size_) : nullptr;
+  if (!counted) FreeOtherElement(element, size_);
+}
+
+void FreedElements::FreeNeighbours() {
+  BlockOwner* owner = *OwnerOf(behind_ - SlotSize(size_), size_);
+  if (CountDown(owner, ShareOf(count_, behind_, size_, owner))) ::operator delete(owner->block);
+}
+
+void FreeElement(void* element, ::std::size_t size) {
+  if (!IsCountedDown(element)) return FreeOtherElement(element, size);
+  BlockOwner* owner = *OwnerOf(element, size);
+  const int share = ShareOf(1, static_cast<char*>(element) + SlotSize(size), size, owner);
+  if (CountDown(owner, share)) ::operator delete(owner->block);
+}
+
+namespace {
+
+// Begins a block if the thread has appended `last`, too. Two elements in a row make it likely that
+// more will follow, and no list can have more unused slots than it has room for.
+__attribute__((noinline)) void* AllocateFirst(const void* last, ::std::size_t size, int room,
+                                              Appended* now) {
+  const bool goes_on = last != nullptr && now->element == last;
+  if (room > MostInBlock(size)) room = MostInBlock(size);
+  BlockOwner* owner = goes_on && room > 1 ? MakeBlock(size, room) : nullptr;
+  void* element = owner != nullptr ? FirstSlot(owner) : ::operator new(size);
+  now->element = element;
+  now->owner = owner;
+  if (owner != nullptr) {
+    now->loss_count = LossCountOf(owner);
+    now->losses = now->loss_count->load(::std::memory_order_relaxed);
+    PoisonUnused(owner);
+  }
+  return element;
+}
+
+// Takes the first unused slot of the block.
+inline void* TakeUnused(::std::size_t size, Appended* now) {
+  BlockOwner* owner = now->owner;
+  char* slot = owner->next.load(::std::memory_order_relaxed);
+  char* next = slot + SlotSize(size);
+  *OwnerOf(slot, size) = owner;
+  owner->next.store(next, ::std::memory_order_relaxed);
+  now->element = slot;
+  if (next == reinterpret_cast<char*>(owner)) now->owner = nullptr;
+  return slot;
+}
+
+__attribute__((noinline)) void* TakePoisoned(::std::size_t size, Appended* now) {
+  __asan_unpoison_memory_region(now->owner->next.load(::std::memory_order_relaxed), SlotSize(size));
+  return TakeUnused(size, now);
 }
 
 }  // namespace
 
-ElementBlock::ElementBlock(::std::size_t size, int count)
-    : next_slot_(nullptr), stride_(Stride(size)) {
-  if (!BlocksArePossible()) return;
-  const ::std::size_t slots = stride_ * static_cast< ::std::size_t>(count);
-  const ::std::size_t behind_offset = slots + sizeof(BlockOwner);
-  char* block = static_cast<char*>(::operator new(kOffset + behind_offset));
-  if (!IsAligned(block)) {
-    ::operator delete(block);
-    return;
+void* AllocateElement(const void* list, const void* last, ::std::size_t size, int room) {
+  Appended* now = &appended[reinterpret_cast< ::std::uintptr_t>(list) / 32 % kLists];
+  if (now->element != last || now->owner == nullptr ||
+      now->loss_count->load(::std::memory_order_relaxed) != now->losses) {
+    return AllocateFirst(last, size, room, now);
   }
-  *reinterpret_cast< ::std::size_t*>(block) = behind_offset;
-  next_slot_ = block + kOffset;
-  BlockOwner* owner = ::new (next_slot_ + slots) BlockOwner;
-  owner->living = count;
-  owner->block = block;
-  for (char* slot = next_slot_; slot != next_slot_ + slots; slot += stride_) {
-    *OwnerOf(slot, size) = owner;
-  }
-}
-
-void FreeElement(void* element, ::std::size_t size) {
-  if (IsAligned(element) || block_use.load(::std::memory_order_relaxed) != kBlocks) {
-    return FreeOtherElement(element, size);
-  }
-  BlockOwner* owner = *OwnerOf(element, size);
-  if (CountDown(owner)) ::operator delete(owner->block);
+  return __asan_unpoison_memory_region == nullptr ? TakeUnused(size, now) : TakePoisoned(size, now);
 }
 
 }  // namespace calibration_internal

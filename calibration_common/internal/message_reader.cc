@@ -5,19 +5,6 @@
 namespace zarvo {
 namespace calibration_internal {
 
-int CountElements(uint32 tag, const uint8* p, const uint8* end) {
-  const int tag_size = tag < 0x80 ? 1 : 2;
-  int count = 0;
-  do {
-    size_t length;
-    p = FindBody(p + tag_size, end, &length);
-    if (p == nullptr) break;
-    p += length;
-    ++count;
-  } while (count < ElementBlock::kMaxElements && p != end && PeekTag(p, end) == tag);
-  return count;
-}
-
 void UnknownFieldStore::Make() { fields_ = MutableUnknownFields(metadata_); }
 
 const uint8* TakeUnknown(const uint8* p, const uint8* end, uint32 tags_end,

@@ -53,8 +53,27 @@ const uint8* TakeUnknown(const uint8* p, const uint8* end, uint32 tags_end,
                          UnknownFieldStore* unknown, MessageReader* group_reader);
 
 // How many elements of a repeated sub-message follow each other in the buffer, all of them whole;
-// at most ElementBlock::kMaxElements. REQUIRES that one stands at p.
-int CountElements(uint32 tag, const uint8* p, const uint8* end);
+// at most `most`. REQUIRES that one stands at p.
+template <uint32 kTag>
+int CountElements(const uint8* p, const uint8* end, int most) {
+  const int tag_size = kTag < 0x80 ? 1 : 2;
+  int count = 0;
+  do {
+    // What a length of one byte announces is there, but near the end of the buffer.
+    while (count < most && end - p >= tag_size + 1 + 0x7F && NextIs<kTag>(p, end) &&
+           p[tag_size] < 0x80) {
+      p += tag_size + 1 + p[tag_size];
+      ++count;
+    }
+    if (count == most || !NextIs<kTag>(p, end)) break;
+    size_t length;
+    p = FindBody(p + tag_size, end, &length);
+    if (p == nullptr) break;
+    p += length;
+    ++count;
+  } while (true);
+  return count;
+}
 
 // Reads a message from a stream, and its tree of sub-messages from one buffer after the other.
 class MessageReader {
@@ -97,23 +116,15 @@ class MessageReader {
   const uint8* TakeElements(const uint8* p, const uint8* end, RepeatedPtrField<T>* elements) {
     const int tag_size = kTag < 0x80 ? 1 : 2;
     if (!input_->IncrementRecursionDepth()) return nullptr;
-    bool made = false;
-    try {
-      do {
-        size_t length;
-        const uint8* body = FindBody(p + tag_size, end, &length);
-        if (body == nullptr) break;
-        while (elements->ClearedCount() <= 0) {  // as in AppendElement()
-          MakeClearedElements(elements, CountElements(kTag, p, end));
-          made = true;
-        }
-        p = MergeBody(body, body + length, elements->Add());
-      } while (p != nullptr && NextIs<kTag>(p, end));
-    } catch (...) {
-      if (made) DeleteClearedElements(elements);
-      throw;
-    }
-    if (p == nullptr && made) DeleteClearedElements(elements);
+    ElementMemory memory;
+    do {
+      size_t length;
+      const uint8* body = FindBody(p + tag_size, end, &length);
+      if (body == nullptr) break;
+      T* element = AppendElement(
+          elements, &memory, [=] { return CountElements<kTag>(p, end, MostInBlock(sizeof(T))); });
+      p = MergeBody(body, body + length, element);
+    } while (p != nullptr && NextIs<kTag>(p, end));
     input_->UnsafeDecrementRecursionDepth();
     return p;
   }
