@@ -18,9 +18,9 @@ namespace calibration_internal {
 ZARVO_CALIBRATION_EXPORT void FreeElement(void* element, ::std::size_t size);
 
 // Memory for an element of `size` bytes that the caller constructs and appends to `list` right
-// away: behind `last`, the list's last element so far (null if there is none), if that is in a
-// block which this thread has begun for it; otherwise in a new block for `room` elements, if this
-// thread has appended `last`, too; otherwise what `operator new` returns.
+// away. `last` is the list's last element so far, or null; the list has room for `room` elements
+// more. Behind `last` if that is in a block which this thread has begun for the list; else in a new
+// block if the thread has appended some in a row; else what `operator new` returns.
 ZARVO_CALIBRATION_EXPORT void* AllocateElement(const void* list, const void* last,
                                                ::std::size_t size, int room);
 

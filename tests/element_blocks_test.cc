@@ -229,6 +229,24 @@ TYPED_TEST(ElementBlocksTest, ManyListsGrowByTurns) {
   }
 }
 
+// A list to which the program appends elements of its own now and then: memory in proportion.
+TYPED_TEST(ElementBlocksTest, GrowAmongElementsOfTheProgram) {
+  constexpr int kRounds = 300;
+  for (int row : {1, 2, 3, 4}) {
+    typename TypeParam::Record record;
+    auto& elements = TypeParam::In(record);
+    elements.Reserve(kRounds * (row + 1));
+    const size_t before = AllocatedBytes();
+    for (int i = 0; i < kRounds; ++i) {
+      for (int j = 0; j < row; ++j) TypeParam::Add(&record);
+      elements.AddAllocated(new typename TypeParam::Element);
+    }
+    EXPECT_LE(AllocatedBytes() - before,
+              kRounds * (2 * row + 1) * (sizeof(typename TypeParam::Element) + 24))
+        << row << " in a row";
+  }
+}
+
 // A program may append an element that lies anywhere, at an address such as those in blocks too,
 // and take it out again before it is deleted.
 TYPED_TEST(ElementBlocksTest, StandBehindElementsThatLieAnywhere) {

@@ -1,5 +1,6 @@
 #include "calibration_common/internal/element_blocks.h"
 
+#include <algorithm>
 #include <atomic>
 #include <cstdint>
 #include <new>
@@ -158,8 +159,10 @@ struct Appended {
   BlockOwner* owner;  // of its block, or null if that has no unused slot
   LossCount* loss_count;
   unsigned long losses;  // that had been counted when the block was made
+  int row;               // appended in a row once there is no unused slot
 };
 const unsigned kLists = 8;
+const int kLongestRow = 4096;  // that makes a difference
 thread_local Appended appended[kLists] __attribute__((tls_model("initial-exec")));
 
 }  // namespace
@@ -201,16 +204,18 @@ void FreeElement(void* element, ::std::size_t size) {
 
 namespace {
 
-// Begins a block if the thread has appended `last`, too. Two elements in a row make it likely that
-// more will follow, and no list can have more unused slots than it has room for.
+// Begins a block once the thread has appended two elements in a row: for as many as there were in
+// this row, so that no more slots than that stay unused.
 __attribute__((noinline)) void* AllocateFirst(const void* last, ::std::size_t size, int room,
                                               Appended* now) {
-  const bool goes_on = last != nullptr && now->element == last;
-  if (room > MostInBlock(size)) room = MostInBlock(size);
-  BlockOwner* owner = goes_on && room > 1 ? MakeBlock(size, room) : nullptr;
+  const bool goes_on = last != nullptr && now->element == last && now->owner == nullptr;
+  const int row = goes_on ? now->row : 0;
+  const int slots = ::std::min(::std::min(room, row), MostInBlock(size));
+  BlockOwner* owner = slots > 1 ? MakeBlock(size, slots) : nullptr;
   void* element = owner != nullptr ? FirstSlot(owner) : ::operator new(size);
   now->element = element;
   now->owner = owner;
+  now->row = ::std::min(row + (owner != nullptr ? slots : 1), kLongestRow);
   if (owner != nullptr) {
     now->loss_count = LossCountOf(owner);
     now->losses = now->loss_count->load(::std::memory_order_relaxed);

@@ -96,8 +96,9 @@ class MessageReader {
   // Makes no element where none may be nested.
   template <typename T>
   static bool ReadElement(CodedInputStream* input, RepeatedPtrField<T>* elements) {
+    ElementMemory memory;
     return input->IncrementRecursionDepth() &&
-           ReadNested(input, AppendElement(elements), PartsOf<T>());
+           ReadNested(input, AppendElement(elements, &memory, [] { return 1; }), PartsOf<T>());
   }
 
   // Reads the sub-message whose tag stands at p and merges it into *message.
