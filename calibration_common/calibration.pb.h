@@ -110,9 +110,8 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionInfo
   ~MarkerPositionInfo() override;
 
 
-  // An object that a parse, a merge or a copy made as an element may share its allocation with
-  // others. Deleting it frees what is its own. It must not be deleted past these functions, by the
-  // global operator.
+  // An object that was made as an element may share its allocation with others. Deleting it frees
+  // what is its own. It must not be deleted past these functions, by the global operator.
   ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
@@ -349,9 +348,8 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsicsSamplePoints
   ~CameraIntrinsicsSamplePoints() override;
 
 
-  // An object that a parse, a merge or a copy made as an element may share its allocation with
-  // others. Deleting it frees what is its own. It must not be deleted past these functions, by the
-  // global operator.
+  // An object that was made as an element may share its allocation with others. Deleting it frees
+  // what is its own. It must not be deleted past these functions, by the global operator.
   ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
@@ -917,9 +915,8 @@ class ZARVO_CALIBRATION_EXPORT FocusInfoItem
   ~FocusInfoItem() override;
 
 
-  // An object that a parse, a merge or a copy made as an element may share its allocation with
-  // others. Deleting it frees what is its own. It must not be deleted past these functions, by the
-  // global operator.
+  // An object that was made as an element may share its allocation with others. Deleting it frees
+  // what is its own. It must not be deleted past these functions, by the global operator.
   ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
@@ -1271,9 +1268,8 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibration
   ~CameraCalibration() override;
 
 
-  // An object that a parse, a merge or a copy made as an element may share its allocation with
-  // others. Deleting it frees what is its own. It must not be deleted past these functions, by the
-  // global operator.
+  // An object that was made as an element may share its allocation with others. Deleting it frees
+  // what is its own. It must not be deleted past these functions, by the global operator.
   ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
@@ -1996,9 +1992,8 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckProto
   ~FocusCheckProto() override;
 
 
-  // An object that a parse, a merge or a copy made as an element may share its allocation with
-  // others. Deleting it frees what is its own. It must not be deleted past these functions, by the
-  // global operator.
+  // An object that was made as an element may share its allocation with others. Deleting it frees
+  // what is its own. It must not be deleted past these functions, by the global operator.
   ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }
@@ -2227,9 +2222,8 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsicsItem
   ~PTZIntrinsicsItem() override;
 
 
-  // An object that a parse, a merge or a copy made as an element may share its allocation with
-  // others. Deleting it frees what is its own. It must not be deleted past these functions, by the
-  // global operator.
+  // An object that was made as an element may share its allocation with others. Deleting it frees
+  // what is its own. It must not be deleted past these functions, by the global operator.
   ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }

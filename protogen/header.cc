@@ -93,9 +93,8 @@ struct protobuf_Layouts_$id$;
 // In the class of an element: it may share its allocation with others.
 const char kElementDeletes[] = R"(
 
-  // An object that a parse, a merge or a copy made as an element may share its allocation with
-  // others. Deleting it frees what is its own. It must not be deleted past these functions, by the
-  // global operator.
+  // An object that was made as an element may share its allocation with others. Deleting it frees
+  // what is its own. It must not be deleted past these functions, by the global operator.
   ZARVO_CALIBRATION_ALWAYS_INLINE static void operator delete(void* object, ::std::size_t size) {
     calibration_internal::FreeElement(object, size);
   }

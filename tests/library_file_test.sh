@@ -31,7 +31,8 @@ expected_exports() {
   local p=google::protobuf z=zarvo::calibration
   printf '%s\n' "$z::protobuf_AddDesc_$file()" "$z::protobuf_AssignDesc_$file()" \
     "$z::protobuf_ShutdownFile_$file()" "$z::static_descriptor_initializer_${file}_" \
-    "zarvo::calibration_internal::FreeElement(void*, unsigned long)"
+    "zarvo::calibration_internal::FreeElement(void*, unsigned long)" \
+    "zarvo::calibration_internal::AllocateElement(void const*, void const*, unsigned long, int)"
   for class in $(awk '$1 == "message" { print $2 }' "$1"); do
     local c=$z::$class
     printf '%s\n' "vtable for $c" "typeinfo for $c" "typeinfo name for $c" \
