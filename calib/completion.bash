@@ -10,7 +10,10 @@ _calib_types() { "${COMP_WORDS[0]}" types 2>/dev/null | grep '^[A-Z]'; }
 _calib_words() {
   case $2 in
     --type | --as) _calib_types ;;
-    *) _calib_help "$1" | sed -n "s/^  $2 {\(.*\)}.*/\1/p" | tr , '\n' ;;
+    *)
+      _calib_help "$1" | sed -n "/^  $2 {/,/}/p" | tr -d ' \n' |
+        sed 's/^[^{]*{\([^}]*\)}.*/\1/' | tr , '\n'
+      ;;
   esac
 }
 

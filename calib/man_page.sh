@@ -20,6 +20,7 @@ body() {
     skip { next }
     entries && /^  [^ ]/ {
       print ".TP"
+      while (/,$/ && (getline rest) > 0) { sub(/^ +/, "", rest); $0 = $0 rest }
       at = match(substr($0, 3), /  +/)
       print ".B " text(at ? substr($0, 3, at - 1) : substr($0, 3))
       if (at) print text(substr($0, 3 + at + RLENGTH - 1))

@@ -1,4 +1,7 @@
 // calib export --to TOOL FILE
+#include <filesystem>
+#include <set>
+
 #include "calib/commands/commands.h"
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"
@@ -13,98 +16,190 @@
 namespace calib {
 namespace {
 
-using google::protobuf::Descriptor;
 using zarvo::calibration::CameraCalibration;
 using zarvo::calibration::CameraIntrinsics;
 
 struct Flags {
-  std::string path, tool;
+  std::string path, format, folder, projection_path;
   std::string output_path = "-";
+  std::string extrinsics = "to-camera";
+  ExportOptions options;
   InputFlags input;
   CameraFlag camera;
   LensFlag lens;
   LeftoverFlags leftovers;
 };
 
-// What is wrong with the value of --to; "" if it is right.
-std::string WhyNotTool(const std::string& tool) {
-  if (tool == "ros") return "";
-  return "is '" + tool + "', expected ros" +
-         (tool == "json" ? "; JSON is what 'calib convert' writes" : "");
+std::vector<std::string> ExportFormats() {
+  std::vector<std::string> names;
+  for (const Exporter& exporter : Exporters()) names.push_back(exporter.format);
+  return names;
 }
 
-// The one part of the record that is of the type.
-Part Only(const Record& record, const Flags& flags, const Descriptor* type) {
-  const std::vector<Part> parts = flags.camera.Choose(*record.message, record.name, {type});
-  if (parts.size() == 1) return parts[0];
-  if (parts.empty()) {
-    throw Failure(record.name + ": has no " + type->name(),
-                  "Name a record of a camera; 'calib show' shows what is in this one.");
-  }
-  throw Failure(record.name + ": has " + std::to_string(parts.size()) + " cameras, from " +
-                    parts.front().path + " to " + parts.back().path,
-                "Say which one with --camera N.");
-}
-
-// `camera_place` and `place` as in exporters.h.
-std::string ToRos(const std::string& name, const CameraCalibration& camera,
-                  const std::string& camera_place, const std::string& place, const Flags& flags) {
-  const LensModel& model = CameraInfoModel(camera.intrinsics(), place, flags.lens.model());
-  std::vector<Leftover> leftovers;
-  std::string file = CameraInfo(camera, camera_place, place, model,
-                                [&](const Leftover& leftover) { leftovers.push_back(leftover); });
-  TellLeftovers(name, flags.leftovers, [&](const LeftoverVisitor& visit) {
-    for (const Leftover& leftover : leftovers) visit(leftover);
-  });
-  if (flags.lens.model() == nullptr) {
-    Note(place + (place.back() == ':' ? " " : ": ") + CoefficientCounts(camera.intrinsics()) +
-         " are written as " + model.name);
-  }
-  return file;
-}
-
-std::string ToRos(const Record& record, const Flags& flags) {
+// The cameras of the record, or the one that --camera names. A record of intrinsics becomes `own`.
+std::vector<CameraInRecord> Cameras(const Record& record, const Flags& flags,
+                                    CameraCalibration* own) {
   const std::string file = record.name + ":";
   if (record.type == CameraIntrinsics::descriptor()) {
-    CameraCalibration camera;
-    camera.mutable_intrinsics()->CopyFrom(*record.message);
-    return ToRos(record.name, camera, file, file, flags);
+    own->mutable_intrinsics()->CopyFrom(*record.message);
+    return {{own, file, file}};
   }
-  const Part part = Only(record, flags, CameraCalibration::descriptor());
-  return ToRos(record.name, static_cast<const CameraCalibration&>(*part.message),
-               file + (part.path.empty() ? "" : " " + part.path),
-               file + " " + JoinPath(part.path, "intrinsics"), flags);
+  std::vector<CameraInRecord> cameras;
+  for (const Part& part :
+       flags.camera.Choose(*record.message, record.name, {CameraCalibration::descriptor()})) {
+    cameras.push_back({static_cast<const CameraCalibration*>(part.message),
+                       file + (part.path.empty() ? "" : " " + part.path),
+                       file + " " + JoinPath(part.path, "intrinsics")});
+  }
+  if (!cameras.empty()) return cameras;
+  throw Failure(record.name + ": has no CameraCalibration",
+                "Name a record of a camera; 'calib show' shows what is in this one.");
+}
+
+// That so many cameras can be written, and to one file if no folder is named.
+void CheckNumber(const Record& record, const Flags& flags, const Exporter& exporter,
+                 size_t cameras) {
+  const std::string found =
+      record.name + ": has " + std::to_string(cameras) + (cameras == 1 ? " camera" : " cameras");
+  const std::string& files = ConventionsOf(exporter.format).files;
+  if (cameras < exporter.least) {
+    throw Failure(found + ", but " + files + " are of " + std::to_string(exporter.least),
+                  "Take '--to opencv' for a single camera.");
+  }
+  if (exporter.most != 0 && cameras > exporter.most) {
+    throw Failure(
+        found + ", but " + files + " are of no more than " + std::to_string(exporter.most),
+        "Say which one with --camera, or make a record of those that are meant.");
+  }
+  if (exporter.file_a_camera && cameras > 1 && flags.folder.empty()) {
+    throw Failure(found, "Say which one with --camera N, or write them all with --output-dir DIR.");
+  }
+  if (cameras == 1) return;
+  for (const auto& [option, given] :
+       {std::pair("--name", !flags.options.name.empty()),
+        std::pair("--projection-from", !flags.projection_path.empty())}) {
+    if (given) throw Failure(found + ", and " + option + " is for one", "Say which with --camera.");
+  }
+}
+
+void Tell(const Record& record, const Flags& flags, const ExportRig& rig,
+          const std::vector<Leftover>& leftovers, const std::vector<std::string>& notes) {
+  TellLeftovers(record.name, flags.leftovers, [&](const LeftoverVisitor& visit) {
+    for (const Leftover& leftover : leftovers) visit(leftover);
+  });
+  for (const ExportCamera& camera : rig.cameras) {
+    if (rig.options.lens != nullptr) break;
+    const std::string& place = camera.intrinsics_place;
+    Note(place + (place.back() == ':' ? " " : ": ") + CoefficientCounts(camera.intrinsics()) +
+         " are written as " + (camera.form->word.empty() ? camera.form->lens : camera.form->word));
+  }
+  for (const std::string& note : notes) Note(record.name + ": " + note);
+}
+
+// That each file has a name of its own, or needs none.
+void CheckNames(const Flags& flags, const Record& record, const std::vector<ExportedFile>& files) {
+  if (flags.folder.empty() && files.size() > 1) {
+    throw Failure(record.name + ": becomes " + std::to_string(files.size()) + " files",
+                  "Name a folder for them with --output-dir DIR.");
+  }
+  std::set<std::string> names;
+  for (const ExportedFile& file : files) {
+    if (names.insert(file.name).second) continue;
+    throw Failure(record.name + ": two cameras would be written to " + file.name,
+                  "Give them names that differ in letters and digits, or write them one by one.");
+  }
+}
+
+void WriteAll(const Flags& flags, const std::vector<ExportedFile>& files) {
+  if (flags.folder.empty()) return WriteFile(flags.output_path, files[0].text);
+  std::error_code error;
+  std::filesystem::create_directories(flags.folder, error);
+  if (error) throw Failure(flags.folder + ": cannot be made a folder: " + error.message());
+  for (const ExportedFile& file : files) WriteFile(flags.folder + "/" + file.name, file.text);
+}
+
+void Export(const Flags& flags) {
+  const Exporter& exporter = *FindExporter(flags.format);
+  const Record record = ReadRecord(flags.path, flags.input);
+  CameraCalibration own;
+  const std::vector<CameraInRecord> cameras = Cameras(record, flags, &own);
+  CheckNumber(record, flags, exporter, cameras.size());
+  ExportOptions options = flags.options;
+  options.lens = flags.lens.model();
+  options.from_camera = flags.extrinsics == "from-camera";
+  options.folder = !flags.folder.empty();
+  if (!flags.projection_path.empty()) {
+    if (exporter.format != "ros") {
+      throw Failure("--projection-from is for ros, the only format that has a projection",
+                    "Leave it out.");
+    }
+    TakeProjection(
+        Foreign::Parse(InputName(flags.projection_path), ReadFile(flags.projection_path)),
+        cameras[0], &options);
+  }
+  std::vector<Leftover> leftovers;
+  std::vector<std::string> notes;
+  const ExportRig rig = PrepareRig(exporter, cameras, options, &leftovers, &notes);
+  const std::vector<ExportedFile> files = exporter.write(rig, &notes);
+  CheckNames(flags, record, files);
+  TellTransforms(rig, files, &notes);
+  Tell(record, flags, rig, leftovers, notes);
+  WriteAll(flags, files);
+}
+
+// A size in pixels.
+void AddSize(Command* command, const std::string& name, int* value,
+             const std::string& description) {
+  command->AddOption(name, *value, description)->Check(CountFromOne())->ValueName("N");
 }
 
 }  // namespace
 
 void AddExport(Command* program, int* status) {
-  Command* command = program->AddCommand("export", "Writes a camera for other tools");
+  Command* command = program->AddCommand("export", "Writes cameras for other tools");
   const auto flags = std::make_shared<Flags>();
-  command->AddOption("--to", flags->tool, "Format of the output; ros is its camera_info")
-      ->Check(WhyNotTool)
-      ->ValueName("{ros}")
+  AddChoice(command, "--to", &flags->format, ExportFormats(), "What is to read the files")
       ->Required();
   command->AddOption("FILE", flags->path, "The file to read")->Required();
-  command->AddOption("--output", flags->output_path, "The file to write; else standard output")
-      ->ValueName("OUT");
+  Option* output =
+      command->AddOption("--output", flags->output_path, "The file to write; else standard output")
+          ->ValueName("OUT");
+  command
+      ->AddOption("--output-dir", flags->folder,
+                  "The folder to write to, a file for each camera, named after it")
+      ->ValueName("DIR")
+      ->Excludes(output);
   flags->input.AddTo(command);
   flags->camera.AddTo(command);
   flags->lens.AddTo(command,
                     "What k and p mean; auto goes by their numbers: 4 k and no p are equidistant, "
                     "else plumb_bob or rational_polynomial");
-  flags->leftovers.AddTo(command, false);
+  AddChoice(command, "--extrinsics", &flags->extrinsics, {"to-camera", "from-camera"},
+            "What the record's extrinsics map: points of the rig to the camera's frame, or back");
+  AddSize(command, "--width", &flags->options.width,
+          "Width of the image, where the record has none");
+  AddSize(command, "--height", &flags->options.height,
+          "Height of the image, where the record has none");
+  command->AddOption("--name", flags->options.name, "Name of the camera, where it has none");
+  command
+      ->AddOption("--projection-from", flags->projection_path,
+                  "Of ros: a camera_info whose rectification and projection to take over")
+      ->ValueName("FILE");
+  flags->leftovers.AddTo(command, true);
   command->Footer(
-      "What camera_info has no key for is counted on standard error, and listed by --verbose. Its "
-      "rectification is the identity and its projection the camera matrix, as of a camera on its "
-      "own. What no camera can have, such as a focal length of 0 or NaN, is refused. 'calib "
-      "convert' writes JSON.\n\n"
+      "Writes ROS camera_info (ros), Kalibr camchain, OpenCV's files of one camera and of a stereo "
+      "pair, ORB-SLAM3 settings, OpenVINS, camodocal (VINS), Basalt, mrcal, COLMAP cameras.txt and "
+      "rig_config.json, and nerfstudio transforms.json. What a file has no place for is counted on "
+      "standard error, and listed by --verbose; a lens that it cannot hold is refused, and so is "
+      "what no camera can have, such as a focal length of 0 or NaN. 'calib convert' writes "
+      "JSON.\n\n"
       "Examples:\n"
-      "  calib export --to ros --camera 0 rig.RobotCalibration.binpb\n"
+      "  calib export --to ros --camera cam0 rig.RobotCalibration.binpb\n"
+      "  calib export --to kalibr rig.RobotCalibration.binpb --output camchain.yaml\n"
+      "  calib export --to opencv rig.RobotCalibration.binpb --output-dir cameras\n"
       "  calib export --to ros --distortion-model plumb_bob cam.CameraCalibration.binpb");
   command->Callback([flags, status] {
-    const Record record = ReadRecord(flags->path, flags->input);
-    WriteFile(flags->output_path, ToRos(record, *flags));
+    Export(*flags);
     *status = kFine;
   });
 }

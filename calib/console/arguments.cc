@@ -24,13 +24,13 @@ std::string Alternatives(const std::vector<std::string>& words) {
   return list;
 }
 
-Validator Number(double below, bool whole, const std::string& expected) {
+Validator Number(double from, double below, bool whole, const std::string& expected) {
   const auto check = [=](const std::string& text) {
     char* end = nullptr;
     const double value = std::strtod(text.c_str(), &end);
     const bool number = end != text.c_str() && *end == '\0';
     const bool good =
-        number && value >= 0 && value < below && (!whole || value == std::floor(value));
+        number && value >= from && value < below && (!whole || value == std::floor(value));
     return good ? std::string() : Wrong(text, expected);
   };
   return check;
@@ -57,13 +57,13 @@ void AddColor(Command* command, std::string* value) {
 }
 
 Validator NumberFromZero() {
-  return Number(std::numeric_limits<double>::infinity(), false, "a number from 0");
+  return Number(0, std::numeric_limits<double>::infinity(), false, "a number from 0");
 }
 
 Validator NumberFromZeroToBelow(double below) {
-  return Number(below, false, "a number from 0 to below " + Shortest(below));
+  return Number(0, below, false, "a number from 0 to below " + Shortest(below));
 }
 
-Validator CountFromZero() { return Number(1e9, true, "a whole number from 0"); }
+Validator CountFromOne() { return Number(1, 1e9, true, "a whole number from 1"); }
 
 }  // namespace calib

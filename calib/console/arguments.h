@@ -18,10 +18,10 @@ Option* AddChoice(Command* command, const std::string& name, std::string* value,
 // Adds --color, whose value UseColor() of terminal.h takes.
 void AddColor(Command* command, std::string* value);
 
-// Checks for finite numbers from 0; `below` is the first that is too large.
+// Checks for finite numbers; `below` is the first that is too large.
 Validator NumberFromZero();
 Validator NumberFromZeroToBelow(double below);
-Validator CountFromZero();
+Validator CountFromOne();
 
 }  // namespace calib
 

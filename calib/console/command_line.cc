@@ -59,8 +59,20 @@ class Help : public CLI::Formatter {
  private:
   static constexpr int kWidth = 80, kColumn = 26;
 
+  // Too many words to choose from for one line go on below their brace.
+  static std::string Broken(std::string left) {
+    const size_t brace = left.find('{');
+    for (size_t line = 0; left.size() - line > kWidth;) {
+      const size_t comma = left.rfind(',', line + kWidth - 1);
+      if (brace == std::string::npos || comma == std::string::npos || comma < line + brace) break;
+      line = comma + 2;
+      left.insert(comma + 1, "\n" + std::string(brace + 1, ' '));
+    }
+    return left;
+  }
+
   static std::string Entry(const std::string& name, const std::string& description) {
-    const std::string left = "  " + name;
+    const std::string left = Broken("  " + name);
     const std::string right = Wrap(description, kColumn, kWidth);
     if (left.size() + 2 > kColumn) return left + "\n" + right;
     return left + right.substr(left.size());

@@ -4,7 +4,6 @@
 
 #include <google/protobuf/message.h>
 
-#include <optional>
 #include <string>
 #include <vector>
 
@@ -18,13 +17,13 @@ struct Part {
 };
 
 struct CameraFlag {
-  int number = -1;
+  std::string camera;  // an index or a name; "" for all
 
   void AddTo(Command* command);
 
   // All messages of a record that are of one of the types, in the record's order; with --camera
-  // only those in or below that camera. Throws Failure if there is no such camera; `name` is what
-  // messages call the file.
+  // only those in or below that camera. Throws Failure if there is no such camera, or several of
+  // that name; `name` is what messages call the file.
   std::vector<Part> Choose(const google::protobuf::Message& record, const std::string& name,
                            const std::vector<const google::protobuf::Descriptor*>& types) const;
 };

@@ -1,31 +1,38 @@
-// The exporters. Each writes a camera as another tool reads it, and visits what it did not keep.
+// The exporters. Each writes cameras as another tool reads them; export_NAME.cc has the facts of
+// its files, which docs/calib-export.md shows, and export_rig.h what they have in common.
 #ifndef CALIB_TOOLS_EXPORTERS_H_
 #define CALIB_TOOLS_EXPORTERS_H_
 
 #include <string>
+#include <vector>
 
-#include "calib/tools/leftovers.h"
-#include "calib/tools/lens_models.h"
-#include "calibration_common/calibration.pb.h"
+#include "calib/tools/export_rig.h"
+#include "calib/tools/foreign.h"
 
 namespace calib {
 
-// For messages, `camera_place` and `place` are where a camera and its intrinsics are, such as
-// "rig.json: camera[0]", or "rig.json:" for the record itself.
+Exporter CameraInfoExporter();
+Exporter CamchainExporter();
+Exporter OpenVinsExporter();
+Exporter FileStorageExporter();
+Exporter StereoExporter();
+Exporter OrbSlamExporter();
+Exporter CamodocalExporter();
+Exporter ColmapExporter();
+Exporter ColmapRigExporter();
+Exporter NerfstudioExporter();
+Exporter BasaltExporter();
+Exporter MrcalExporter();
 
-// The model that camera_info calls the coefficients of: `chosen` or, if that is nullptr, the one
-// that their numbers tell. Throws Failure if they cannot be its coefficients.
-const LensModel& CameraInfoModel(const zarvo::calibration::CameraIntrinsics& intrinsics,
-                                 const std::string& place, const LensModel* chosen);
+// All of them, in the order of --help.
+const std::vector<Exporter>& Exporters();
+// That of a format; nullptr if there is none.
+const Exporter* FindExporter(const std::string& format);
 
-// How many there are, such as "2 k and 2 p".
-std::string CoefficientCounts(const zarvo::calibration::CameraIntrinsics& intrinsics);
-
-// A file of ROS camera_info. Throws Failure if the record lacks what the file must have, or has
-// numbers that no camera can have.
-std::string CameraInfo(const zarvo::calibration::CameraCalibration& camera,
-                       const std::string& camera_place, const std::string& place,
-                       const LensModel& model, const LeftoverVisitor& visit);
+// Takes rectification and projection over from an earlier camera_info. Throws Failure if it has
+// none, or is of images of another size than those of the camera.
+void TakeProjection(const Foreign& camera_info, const CameraInRecord& camera,
+                    ExportOptions* options);
 
 }  // namespace calib
 

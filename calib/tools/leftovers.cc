@@ -13,7 +13,7 @@ void LeftoverFlags::AddTo(Command* command, bool with_lossy) {
   command->AddFlag("--verbose", verbose, "List all that is not kept, each with its place");
   Option* option = command->AddFlag("--strict", strict, "Refuse whatever is not kept");
   if (!with_lossy) return;
-  command->AddFlag("--lossy", lossy, "Take the file though its lens is not kept; say what is lost")
+  command->AddFlag("--lossy", lossy, "Go on though the lens is not kept; say what is lost")
       ->Excludes(option);
 }
 

@@ -113,7 +113,7 @@ Vector RigidTransform::ToRotationVector() const {
 RigidTransform RigidTransform::Inverse() const {
   RigidTransform inverse{Cofactors(r), {}};
   const double determinant = Determinant(r);
-  for (double& element : inverse.r) element /= determinant;
+  for (double& element : inverse.r) element = element / determinant + 0;  // no -0
   inverse.t = Times(inverse.r, t);
   for (double& element : inverse.t) element = 0 - element;
   return inverse;

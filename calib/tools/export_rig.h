@@ -1,0 +1,101 @@
+// The cameras that are to be written, checked and converted as far as all formats want it alike:
+// the lens in a form that the file has, the principal point in its pixels, the extrinsics as rigid
+// transforms; and what is not kept.
+#ifndef CALIB_TOOLS_EXPORT_RIG_H_
+#define CALIB_TOOLS_EXPORT_RIG_H_
+
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "calib/tools/conventions.h"
+#include "calib/tools/export_lens.h"
+#include "calib/tools/leftovers.h"
+#include "calib/tools/rigid_transform.h"
+#include "calibration_common/calibration.pb.h"
+
+namespace calib {
+
+// What the user says beside the record.
+struct ExportOptions {
+  const LensModel* lens = nullptr;  // nullptr: by the numbers of coefficients
+  int width = 0, height = 0;        // where the record has none; 0 if not said
+  std::string name;                 // likewise
+  bool from_camera = false;         // that extrinsics map from the camera to the reference
+  bool folder = false;              // that there may be several files
+  // Rectification and projection of an earlier camera_info, by rows.
+  std::vector<double> rectification, projection;
+};
+
+// A camera of a record. For messages, `place` and `intrinsics_place` are where it and its
+// intrinsics are, such as "rig.json: camera[0]", or "rig.json:" for the record itself.
+struct CameraInRecord {
+  const zarvo::calibration::CameraCalibration* camera;
+  std::string place, intrinsics_place;
+};
+
+struct ExportCamera {
+  std::string place, intrinsics_place;
+  zarvo::calibration::CameraCalibration camera;  // without its images
+  std::string name;                              // or cam0, cam1, ... of one without
+  const LensForm* form;
+  std::vector<double> coefficients;  // in the form's order
+  double cx, cy;                     // in the file's pixels
+  bool has_pose;
+  RigidTransform pose;  // from the frame of reference to it; the identity if it has none
+
+  const zarvo::calibration::CameraIntrinsics& intrinsics() const { return camera.intrinsics(); }
+};
+
+struct ExportRig {
+  std::vector<ExportCamera> cameras;
+  const Conventions* conventions;
+  ExportOptions options;
+};
+
+struct ExportedFile {
+  std::string name;  // in a folder
+  std::string text;
+};
+
+// What a file holds, and how it is written.
+struct Exporter {
+  enum class Poses {
+    kNone,      // the file has no place for them
+    kOptional,  // it has one
+    kNeeded,    // of all cameras but one on its own
+    kApart      // they stand in a file of their own, if several may be written
+  };
+
+  std::string format;  // in the table of conventions
+  std::vector<LensForm> lenses;
+  // The fields that it has a place for, beside the projection and k and p; "skew" is one of them.
+  std::set<std::string> keeps;
+  std::set<std::string> needs;  // width, height
+  Poses poses = Poses::kNone;
+  bool one_lens = false;       // all its cameras have the same kind of lens
+  bool one_size = false;       // and images of the same size
+  size_t least = 1, most = 0;  // cameras that are written together; 0: any number
+  bool file_a_camera = false;  // else all are in one file, or in the files of a rig
+  bool numbered = false;       // cameras are called cam0, cam1, ...
+  std::vector<ExportedFile> (*write)(const ExportRig& rig, std::vector<std::string>* notes);
+};
+
+// Throws Failure if the record lacks what the file must have, has numbers that no camera can have,
+// or extrinsics that are no rigid transform where the file wants one. Adds what is not kept, and
+// what the user should know of the conversion.
+ExportRig PrepareRig(const Exporter& exporter, const std::vector<CameraInRecord>& cameras,
+                     const ExportOptions& options, std::vector<Leftover>* leftovers,
+                     std::vector<std::string>* notes);
+
+// Adds what became of the extrinsics.
+void TellTransforms(const ExportRig& rig, const std::vector<ExportedFile>& files,
+                    std::vector<std::string>* notes);
+
+// The name of a camera's file: what may not stand in one is replaced.
+std::string CameraFileName(const ExportCamera& camera, const std::string& extension);
+
+}  // namespace calib
+
+#endif  // CALIB_TOOLS_EXPORT_RIG_H_
