@@ -218,6 +218,7 @@ TEST(RigidTransformTest, TellsWhyAMatrixIsNone) {
       {{1, 0, 0, 5, 0, 1, 0, 5, 0, 0, 1.0002, 5, 0, 0, 0, 1}, "no rotation"},
       {{2, 0, 0, 5, 0, 2, 0, 5, 0, 0, 2, 5, 0, 0, 0, 1}, "no rotation"},
       {{1, 0, 0, 5, 0, 1, 0, 5, 0, 0, -1, 5, 0, 0, 0, 1}, "reflection"},
+      {{0, 0, 0, 5, 0, 0, 0, 5, 0, 0, 0, 5, 0, 0, 0, 1}, "no rotation"},
       {{1e200, 0, 0, 5, 0, 1, 0, 5, 0, 0, 1, 5, 0, 0, 0, 1}, "no rotation"},
   };
   for (const auto& given : cases) {
