@@ -49,6 +49,7 @@ expect 2 "--check is about instructions" benchmark --check
 expect 2 "--update writes the whole baseline" benchmark --instructions --cells size --update
 expect 2 "--update writes the baseline that --check" benchmark --instructions --check --update
 expect 2 "--growth prints a table of its own" benchmark --growth --instructions
+expect 2 "--import prints a table of its own" benchmark --import --absolute
 expect 2 "--growth prints a table of its own" benchmark --growth --cells size
 expect 2 "--against needs opponent or dynamic, not 'us'" benchmark --against us
 expect 2 "--output needs a value" package --output

@@ -313,7 +313,7 @@ std::vector<Foreign> Foreign::Lists() const {
 void Foreign::AddNumbers(bool nested, std::vector<double>* numbers) const {
   Index element = tree().First(index_);
   const uint32_t size = tree().items(index_);
-  numbers->reserve(numbers->size() + size);
+  if (numbers->empty()) numbers->reserve(size);
   for (uint32_t i = 0; i < size; ++i, element = tree().Next(element)) {
     double number = 0;
     if (tree().kind(element) == Kind::kText && ReadPlain(tree().text(element), &number)) {
