@@ -12,6 +12,7 @@
 #include <vector>
 
 #include "calib/console/failure.h"
+#include "calib/tools/foreign_lines.h"
 #include "calib/tools/foreign_tree.h"
 
 namespace calib {
@@ -66,6 +67,23 @@ class Source : public std::streambuf {
                            : mark.column};
   }
 
+  // Whether a line says that a document begins there or ends.
+  bool HasMarker() const {
+    return text_.compare(0, 3, "---") == 0 || text_.find("\n---") != std::string::npos ||
+           text_.find("\n...") != std::string::npos;
+  }
+
+  // The last line before that one that is neither empty nor a comment; its number is stored.
+  std::string_view LineBefore(int line, int* number) const {
+    std::string_view found;
+    Lines lines(text_, "#");
+    for (Line next; lines.Next(&next) && next.number < line;) {
+      found = next.text;
+      *number = next.number;
+    }
+    return found;
+  }
+
   // Says that the reader has got somewhere, here.
   void Arrived(Place place) {
     arrived_at_ = place;
@@ -117,6 +135,9 @@ class Loader : public YAML::EventHandler {
       : file_(file), most_aliased_(size + kAliasesAtLeast), source_(source) {}
 
   ForeignTree Take() { return std::move(tree_); }
+
+  // Where the innermost list or map began whose end is still to come.
+  Place OpenAt() const { return open_.empty() ? Place{-1, -1} : open_.back().place; }
 
   void OnDocumentStart(const YAML::Mark& mark) override {
     anchors_.clear();
@@ -182,6 +203,7 @@ class Loader : public YAML::EventHandler {
     YAML::anchor_t anchor;
     uint64_t weight_before;
     uint32_t items = 0;
+    Place place = {-1, -1};
     bool has_key = false;  // of a map: the next is its value
     std::string key;
     Place key_place = {-1, -1};
@@ -223,7 +245,9 @@ class Loader : public YAML::EventHandler {
     ++weight_;
     if (open_.empty() && !tree_.empty()) {
       throw Failure(file_ + Spell(place) + ": a document of its own begins here",
-                    "Bring in one document at a time: split the file where it says '---'.");
+                    source_->HasMarker()
+                        ? "Bring in one document at a time: split the file where it says '---'."
+                        : "What stands before it is a whole list, map or text: is the file YAML?");
     }
     if (open_.empty() || open_.back().kind != Kind::kMap) {
       if (!open_.empty()) ++open_.back().items;
@@ -247,6 +271,7 @@ class Loader : public YAML::EventHandler {
     }
     const uint64_t before = weight_;
     Open open;
+    open.place = place;
     open.index = AddValue(place);
     open.kind = kind;
     open.anchor = anchor;
@@ -271,6 +296,42 @@ class Loader : public YAML::EventHandler {
   int document_at_ = -1;  // in what was handed out
 };
 
+// Where a colon stands in the line that ends a key, if it is a line of a key.
+size_t ColonOf(std::string_view line) {
+  for (size_t at = line.find(':'); at != std::string_view::npos; at = line.find(':', at + 1)) {
+    if (at + 1 == line.size() || line[at + 1] == ' ' || line[at + 1] == '\t') return at;
+  }
+  return std::string_view::npos;
+}
+
+// Says what is wrong. The reader names the place where it noticed, which is often a line late.
+[[noreturn]] void RefuseSyntax(const std::string& file, const Source& source, const Loader& loader,
+                               const YAML::Exception& error) {
+  Place place = source.PlaceOf(error.mark);
+  std::string what = error.msg, remedy = "The file is no YAML; correct it there.";
+  const bool in_list = what == YAML::ErrorMsg::END_OF_SEQ_FLOW;
+  if ((in_list || what == YAML::ErrorMsg::END_OF_MAP_FLOW) && loader.OpenAt().line >= 0) {
+    place = loader.OpenAt();
+    what = in_list ? "the list that begins here is not closed by ']'"
+                   : "the map that begins here is not closed by '}'";
+    remedy = "Close it, and put commas between what is in it.";
+  } else if (what == YAML::ErrorMsg::MAP_VALUE || what == YAML::ErrorMsg::END_OF_MAP) {
+    // Text without a colon goes on in the next line, or ends where the map should.
+    int number = -1;
+    const bool goes_on = what == YAML::ErrorMsg::MAP_VALUE;
+    const std::string_view line = source.LineBefore(place.line + (goes_on ? 0 : 1), &number);
+    if (!line.empty() && line[0] != '-' && ColonOf(line) == std::string_view::npos) {
+      place = {number, goes_on ? 0 : place.column};
+      what = "has no key with a colon and a blank behind it";
+      remedy = "Write it like 'key: value'.";
+    } else if (!goes_on) {
+      what = "is no entry of the map above it";
+      remedy = "Begin it in the column in which the keys of that map begin.";
+    }
+  }
+  throw Failure(file + Spell(place) + ": " + what, remedy);
+}
+
 }  // namespace
 
 ForeignTree LoadYaml(const std::string& file, const std::string& text) {
@@ -288,8 +349,7 @@ ForeignTree LoadYaml(const std::string& file, const std::string& text) {
                         " signs without a value follow, or a list or map that may be a key",
                     "Write a list of that length behind its key, in the same line.");
     }
-    throw Failure(file + Spell(source.PlaceOf(error.mark)) + ": " + error.msg,
-                  "The file is no YAML; correct it there.");
+    RefuseSyntax(file, source, loader, error);
   }
   ForeignTree tree = loader.Take();
   if (tree.empty()) throw Failure(file + ": is empty", "Check that it is the file you meant.");
