@@ -130,6 +130,7 @@ RigidTransform ReadTransform(const Foreign& value) {
 
 std::vector<double> NumbersOf(const Foreign& value, const std::vector<std::string>& keys) {
   std::vector<double> numbers;
+  numbers.reserve(keys.size());
   for (const std::string& key : keys) numbers.push_back(value.At({key}).Number());
   return numbers;
 }

@@ -15,6 +15,7 @@ using zarvo::calibration::RobotCalibration;
 namespace {
 
 constexpr int kNoSocket = -1, kSockets = 10;
+const char kNoSocketOfOlderFiles[] = "255";
 constexpr size_t kFisheyeCoefficients = 4;
 const char kPerspective[] = "0", kFisheye[] = "1";  // of cameraType
 
@@ -24,6 +25,7 @@ struct Camera {
 };
 
 int Socket(const Foreign& value, const std::string& text) {
+  if (text == kNoSocketOfOlderFiles) return kNoSocket;
   for (int socket = kNoSocket; socket < kSockets; ++socket) {
     if (text == std::to_string(socket)) return socket;
   }
@@ -87,11 +89,14 @@ RigidTransform ToOther(const Foreign& extrinsics) {
       {r[0], r[1], r[2], t[0], r[3], r[4], r[5], t[1], r[6], r[7], r[8], t[2]});
 }
 
+// kNoSocket, too, where the rotation was never calibrated and is all zeros.
 int OtherSocket(const Camera& camera) {
   const auto extrinsics = camera.data.Find({"extrinsics"});
-  if (!extrinsics) return kNoSocket;
-  const auto other = extrinsics->Find({"toCameraSocket"});
-  return other ? Socket(*other, other->Text()) : kNoSocket;
+  const auto other = extrinsics ? extrinsics->Find({"toCameraSocket"}) : std::nullopt;
+  if (!other) return kNoSocket;
+  const int socket = Socket(*other, other->Text());
+  const auto rotation = extrinsics->Find({"rotationMatrix"});
+  return rotation && rotation->IsZero() ? kNoSocket : socket;
 }
 
 // From the camera along to the last one that sits relative to no other, whose socket is stored.
@@ -139,6 +144,10 @@ void ImportDepthAi(const Foreign& file, const LensModel* lens, RobotCalibration*
     const Foreign extrinsics = camera.data.At({"extrinsics"});
     StorePose("depthai", extrinsics, pose, SocketName(last), calibration->mutable_extrinsics());
     extrinsics.Convert("its lengths are kept in centimetres, as the file has them");
+  }
+  if (robot->camera_size() == 0) {
+    file.At({"cameraData"})
+        .Refuse("has no camera that is calibrated", "Calibrate the device first.");
   }
 }
 

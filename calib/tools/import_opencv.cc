@@ -29,9 +29,9 @@ int32_t Channels(const Foreign& matrix) {
 std::vector<double> OpenCvMatrix(const Foreign& matrix, int32_t rows, int32_t columns,
                                  int32_t channels) {
   if (!matrix.IsMap()) {
-    const std::vector<double> numbers =
-        IsBase64(matrix) ? Base64Numbers(matrix) : matrix.FlatNumbers();
-    const auto size = static_cast<size_t>(rows * columns * channels);
+    std::vector<double> numbers = IsBase64(matrix) ? Base64Numbers(matrix) : matrix.FlatNumbers();
+    const auto size =
+        static_cast<size_t>(rows) * static_cast<size_t>(columns) * static_cast<size_t>(channels);
     if (size != 0 && numbers.size() != size) {
       matrix.Refuse(
           "has " + std::to_string(numbers.size()) + " numbers, expected " + std::to_string(size),
@@ -55,7 +55,7 @@ namespace {
 // another; views of them may be lists in the list, and points in these. Refuses views that have not
 // `in_each` points, unless that is 0.
 std::vector<double> Points(const Foreign& value, int32_t coordinates, size_t in_each) {
-  const std::vector<double> numbers = OpenCvMatrix(value, 0, 0, coordinates);
+  std::vector<double> numbers = OpenCvMatrix(value, 0, 0, coordinates);
   const auto size = static_cast<size_t>(coordinates);
   if (numbers.size() % size != 0) {
     value.Refuse("has " + std::to_string(numbers.size()) + " numbers, no multiple of the " +
