@@ -211,8 +211,9 @@ std::string Foreign::Peek() const {
 }
 
 std::string Foreign::PeekFirst() const {
-  if (!IsList() || tree().items(index_) == 0) return "";
-  return Element(tree().First(index_), 0).Peek();
+  Index first = index_;
+  while (tree().kind(first) == Kind::kList && tree().items(first) > 0) first = tree().First(first);
+  return tree().kind(first) == Kind::kText ? std::string(tree().text(first)) : "";
 }
 
 bool Foreign::IsZero() const {
@@ -268,18 +269,16 @@ std::string Foreign::Text() const {
   return std::string(tree().text(index_));
 }
 
-std::string Foreign::JoinedText() const {
-  if (!IsList()) return Text();
+void Foreign::AddTexts(std::vector<std::string>* texts) const {
+  if (IsText()) return texts->push_back(Peek());
+  for (const Foreign& element : Elements()) element.AddTexts(texts);
+}
+
+std::vector<std::string> Foreign::Texts() const {
   notebook_->used.insert(path_);
-  std::string text;
-  Index element = tree().First(index_);
-  for (uint32_t left = tree().items(index_); left > 0; --left, element = tree().Next(element)) {
-    if (tree().kind(element) != Kind::kText) {
-      Refuse("has " + Element(element, 0).Spell() + " in it, expected text", "Correct it there.");
-    }
-    text += tree().text(element);
-  }
-  return text;
+  std::vector<std::string> texts;
+  AddTexts(&texts);
+  return texts;
 }
 
 Foreign Foreign::Entry(Index entry) const {

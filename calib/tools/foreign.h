@@ -31,7 +31,7 @@ class Foreign {
   bool IsList() const { return tree().kind(index_) == ForeignTree::Kind::kList; }
   bool IsMap() const { return tree().kind(index_) == ForeignTree::Kind::kMap; }
   std::string Peek() const;       // the text; "" if it is none
-  std::string PeekFirst() const;  // that of a list's first element
+  std::string PeekFirst() const;  // that, or what a list or a list in it begins with
   bool IsUsed() const;            // or what is in it
   // Whether it is nothing but numbers that are 0, in a list or as the data of a matrix.
   bool IsZero() const;
@@ -55,8 +55,8 @@ class Foreign {
   double Number() const;
   int32_t Count() const;
   std::string Text() const;
-  // The text, or that of the elements of a list, one after another.
-  std::string JoinedText() const;
+  // The text, or those in a list and in the lists in it. Throws Failure if there is anything else.
+  std::vector<std::string> Texts() const;
   std::vector<double> Numbers() const;
   // The numbers of a list and of the lists in it, one after another.
   std::vector<double> FlatNumbers() const;
@@ -97,6 +97,7 @@ class Foreign {
   Foreign Element(Index element, size_t number) const;
   double Value() const;  // the number, without marking it as used
   void AddNumbers(bool nested, std::vector<double>* numbers) const;
+  void AddTexts(std::vector<std::string>* texts) const;
   void RefuseAmbiguous() const;
   void CheckKeys() const;
   bool AnyUsedBelow() const;

@@ -63,12 +63,19 @@ std::vector<double> Points(const Foreign& value, int32_t coordinates, size_t in_
                  "Correct it there.");
   }
   if (in_each == 0 || !value.IsList()) return numbers;
-  for (const Foreign& element : value.Lists()) {
-    const size_t in_view = element.FlatNumbers().size();
-    if (in_view == size || in_view == in_each * size) continue;
-    element.Refuse("has " + std::to_string(in_view) + " coordinates, but grid_points has " +
-                       std::to_string(in_each) + " points",
-                   "Correct it there.");
+  const auto check = [&](const Foreign& view, size_t in_view) {
+    if (in_view == size || in_view == in_each * size) return;
+    view.Refuse("has " + std::to_string(in_view) + " coordinates, but grid_points has " +
+                    std::to_string(in_each) + " points",
+                "Correct it there.");
+  };
+  if (IsBase64(value)) {
+    const std::vector<std::vector<double>> views = Base64Lists(value);
+    for (const auto& view : views) {
+      if (views.size() > 1) check(value, view.size());
+    }
+  } else {
+    for (const Foreign& view : value.Lists()) check(view, view.FlatNumbers().size());
   }
   return numbers;
 }

@@ -11,7 +11,8 @@ namespace calib {
 namespace {
 
 constexpr std::string_view kMark = "$base64$";  // in JSON
-constexpr size_t kHeadSize = 24;
+constexpr size_t kHeadSize = 24, kEncodedHeadSize = kHeadSize / 3 * 4;
+constexpr std::string_view kBlanks = "ICAgICAgICAgICAgICAgICAg";  // 18 of them
 
 [[noreturn]] void Refuse(const Foreign& value, const std::string& what) {
   value.Refuse("is no base64 of OpenCV's: " + what, "Get the file anew.");
@@ -90,21 +91,7 @@ const Type& ReadHead(const Foreign& value, std::string_view head) {
   Refuse(value, "its head names no type of a number");
 }
 
-}  // namespace
-
-bool IsBase64(const Foreign& value) {
-  if (value.IsText()) return value.Peek().size() > kHeadSize;
-  if (!value.IsList()) return false;
-  const std::string first = value.PeekFirst();
-  return first.size() > kHeadSize && Digit(first[0]) >= 0 &&
-         first.find_first_not_of("0123456789.+-eE") != std::string::npos;
-}
-
-std::vector<double> Base64Numbers(const Foreign& value) {
-  const std::string joined = value.JoinedText();
-  std::string_view text = joined;
-  if (text.substr(0, kMark.size()) == kMark) text.remove_prefix(kMark.size());
-  const std::string bytes = Decode(value, text);
+std::vector<double> ReadList(const Foreign& value, const std::string& bytes) {
   if (bytes.size() < kHeadSize) Refuse(value, "it is shorter than the head");
   const Type& type = ReadHead(value, std::string_view(bytes).substr(0, kHeadSize));
   if ((bytes.size() - kHeadSize) % type.size != 0) Refuse(value, "it ends within a number");
@@ -113,6 +100,39 @@ std::vector<double> Base64Numbers(const Foreign& value) {
   for (size_t at = kHeadSize; at < bytes.size(); at += type.size) {
     numbers.push_back(type.read(bytes.data() + at));
     if (!std::isfinite(numbers.back())) Refuse(value, "it has a number that is not finite");
+  }
+  return numbers;
+}
+
+// Whether the text begins with a head, of which all but the first bytes are blanks.
+bool HasHead(std::string_view text) {
+  if (text.substr(0, kMark.size()) == kMark) text.remove_prefix(kMark.size());
+  return text.size() >= kEncodedHeadSize && text.substr(8, kBlanks.size()) == kBlanks;
+}
+
+}  // namespace
+
+bool IsBase64(const Foreign& value) { return HasHead(value.PeekFirst()); }
+
+std::vector<std::vector<double>> Base64Lists(const Foreign& value) {
+  std::vector<std::string> lists;
+  for (const std::string& text : value.Texts()) {
+    if (HasHead(text) || lists.empty()) {
+      lists.push_back(text.substr(text.compare(0, kMark.size(), kMark) == 0 ? kMark.size() : 0));
+    } else {
+      lists.back() += text;  // of XML, which is read piece by piece
+    }
+  }
+  std::vector<std::vector<double>> numbers;
+  numbers.reserve(lists.size());
+  for (const std::string& list : lists) numbers.push_back(ReadList(value, Decode(value, list)));
+  return numbers;
+}
+
+std::vector<double> Base64Numbers(const Foreign& value) {
+  std::vector<double> numbers;
+  for (const std::vector<double>& list : Base64Lists(value)) {
+    numbers.insert(numbers.end(), list.begin(), list.end());
   }
   return numbers;
 }

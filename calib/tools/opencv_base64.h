@@ -9,10 +9,12 @@
 
 namespace calib {
 
-// Whether the value is text in place of numbers, or of XML's pieces of text.
+// Whether the value is such text, or lists it.
 bool IsBase64(const Foreign& value);
 
-// The numbers, whatever their types are. Throws Failure if it is no such text.
+// The numbers of each text, whatever their type is. Throws Failure if one is no such text.
+std::vector<std::vector<double>> Base64Lists(const Foreign& value);
+// The numbers of all, one after another.
 std::vector<double> Base64Numbers(const Foreign& value);
 
 }  // namespace calib
