@@ -1,13 +1,19 @@
 // calib check FILE...
+#include <algorithm>
+#include <cstdlib>
 #include <memory>
 #include <optional>
 
+#include "calib/checks/plausible.h"
+#include "calib/checks/report.h"
 #include "calib/commands/commands.h"
+#include "calib/console/arguments.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/printable.h"
 #include "calib/fields/presence.h"
 #include "calib/fields/unknown.h"
+#include "calib/formats/names.h"
 #include "calib/formats/record_reader.h"
 
 namespace calib {
@@ -17,54 +23,97 @@ struct Flags {
   std::vector<std::string> paths;
   InputFlags input;
   bool allow_unknown = false;
+  bool plausible = false;
+  double rotation_tolerance = kRotationTolerance;
+  std::string report;
 };
 
-// What is wrong with the file: a line for each finding.
-std::string Findings(const Record& record, bool allow_unknown) {
-  std::string findings;
-  for (const std::string& path : MissingFields(*record.message)) {
-    findings += record.name + ": " + path + ": required, but not set\n";
+bool NamesTellFormats(const std::vector<std::string>& paths) {
+  return std::all_of(paths.begin(), paths.end(),
+                     [](const std::string& path) { return bool(FactsFromName(path).format); });
+}
+
+// --format is the input's, as everywhere, and where it cannot be, the report's.
+void SortOutFormat(Flags* flags) {
+  const std::vector<std::string> reports = ReportFormatNames(), formats = FormatNames();
+  const std::string& word = flags->input.format;
+  const bool of_report = std::find(reports.begin(), reports.end(), word) != reports.end();
+  const bool of_input = std::find(formats.begin(), formats.end(), word) != formats.end();
+  if (!flags->report.empty() || !of_report) return;
+  if (of_input && !NamesTellFormats(flags->paths)) return;
+  flags->report = std::exchange(flags->input.format, "");
+}
+
+// A failure begins with the name of the file, and mostly with the place in it: "NAME:LINE:COLUMN: "
+Finding Malformed(const std::string& name, const std::string& failure) {
+  Finding finding = {"malformed", "", "", PrintableLines(failure)};
+  std::string& what = finding.what;
+  if (what.compare(0, name.size() + 1, name + ":") != 0) return finding;
+  what.erase(0, name.size() + 1);
+  char* end = nullptr;
+  const long line = std::strtol(what.c_str(), &end, 10);
+  if (line > 0 && *end == ':') {
+    finding.line = line;
+    finding.column = std::strtol(end + 1, &end, 10);
+    what.erase(0, static_cast<size_t>(end - what.c_str()) + 1);
   }
-  if (allow_unknown) return findings;
-  for (const UnknownField& unknown : FindUnknownFields(*record.message)) {
-    findings += record.name + ": " + Describe(unknown) + "\n";
+  what.erase(0, what.find_first_not_of(' '));
+  return finding;
+}
+
+// What is wrong with the record.
+Findings FindAll(const Record& record, const Flags& flags) {
+  Findings findings;
+  for (const std::string& path : MissingFields(*record.message)) {
+    findings.push_back({"required", path, "", "required, but not set"});
+  }
+  if (!flags.allow_unknown) {
+    for (UnknownField& unknown : FindUnknownFields(*record.message)) {
+      const std::string path = std::exchange(unknown.path, "");
+      findings.push_back({"unknown", path, "", Describe(unknown)});
+    }
+  }
+  if (flags.plausible) {
+    for (Finding& finding : FindImplausible(*record.message, flags.rotation_tolerance)) {
+      findings.push_back(std::move(finding));
+    }
   }
   return findings;
 }
 
-std::string Summary(const Record& record) {
-  const std::string size = std::to_string(record.file_size) + " bytes";
-  return record.name + ": a whole " + record.type->name() + " of " + size +
-         (IsEmpty(*record.message) ? ", in which nothing is set\n" : "\n");
-}
-
-// What there is to say of several files.
-std::string Count(size_t whole, size_t found, size_t failed) {
-  std::string count = std::to_string(whole + found + failed) + " files: " + std::to_string(whole) +
-                      " whole, " + std::to_string(found) + " with findings";
-  if (failed > 0) count += ", " + std::to_string(failed) + " that could not be checked";
-  return count + "\n";
-}
-
-int Check(const Flags& flags) {
-  size_t whole = 0, found = 0;
-  Failures failures(flags.paths.size());
-  for (const std::string& path : flags.paths) {
-    std::optional<RecordFile> file;
-    if (!failures.Try([&] { file = ReadRecordFile(path, flags.input); })) continue;
-    std::string findings;
-    try {
-      const Record record = DecodeRecord(*file);
-      findings = Findings(record, flags.allow_unknown);
-      if (findings.empty()) Print(Summary(record));
-    } catch (const Failure& malformed) {
-      findings = PrintableLines(malformed.what()) + "\n";
-    }
-    Print(findings);
-    ++(findings.empty() ? whole : found);
+// Throws Failure if the file cannot be read; `checked` says so as well.
+void CheckFile(const std::string& path, const Flags& flags, CheckedFile* checked) {
+  checked->name = InputName(path);
+  std::optional<RecordFile> file;
+  try {
+    file = ReadRecordFile(path, flags.input);
+  } catch (const Failure& failure) {
+    checked->trouble = failure.what();
+    throw;
   }
-  if (flags.paths.size() > 1) Print(Count(whole, found, failures.count()));
-  return failures.count() > 0 ? kTrouble : found > 0 ? kFinding : kFine;
+  checked->type = file->type->name();
+  checked->size = file->bytes.size();
+  try {
+    const Record record = DecodeRecord(*file);
+    checked->empty = IsEmpty(*record.message);
+    checked->findings = FindAll(record, flags);
+  } catch (const Failure& malformed) {
+    checked->findings = {Malformed(checked->name, malformed.what())};
+  }
+}
+
+int Check(Flags flags) {
+  SortOutFormat(&flags);
+  const bool for_people = flags.report.empty();
+  Report report(for_people ? ReportFormat::kText : ReportFormatNamed(flags.report));
+  Failures failures(for_people ? flags.paths.size() : 0);  // of a report, one file is no exception
+  for (const std::string& path : flags.paths) {
+    CheckedFile checked;
+    failures.Try([&] { CheckFile(path, flags, &checked); });
+    report.Add(std::move(checked));
+  }
+  report.End();
+  return report.failed() > 0 ? kTrouble : report.found() > 0 ? kFinding : kFine;
 }
 
 }  // namespace
@@ -73,16 +122,32 @@ void AddCheck(Command* program, int* status) {
   Command* command = program->AddCommand("check", "Says whether records are whole");
   const auto flags = std::make_shared<Flags>();
   command->AddOption("FILE", flags->paths, "The files to check")->Required();
-  flags->input.AddTo(command);
+  flags->input.AddTo(command, {"github", "junit"});
   command->AddFlag("--allow-unknown", flags->allow_unknown,
                    "Accept unknown fields, as a newer schema makes them");
+  command->AddFlag("--plausible", flags->plausible,
+                   "Report numbers that no real device can have, too");
+  command
+      ->AddOption("--rotation-tolerance", flags->rotation_tolerance,
+                  "How far off a rotation --plausible takes extrinsics; else 0.0001")
+      ->Check(NumberFromZero())
+      ->ValueName("NUMBER");
+  AddChoice(command, "--report", &flags->report, ReportFormatNames(),
+            "Format of what is found; --format says so, too, but text and json only if the names "
+            "of all files tell what is in them");
   command->Footer(
       "Reports where a file is malformed and how, required fields that are not set, and unknown "
       "fields: one line for each, or one that says that the record is whole. Of several files all "
       "are checked, and the last line counts them.\n\n"
+      "--plausible reports focal lengths and sizes that are not above 0, numbers that are not "
+      "finite, principal points and sample points outside the image, distortion that folds the "
+      "image, extrinsics that are no rigid transform, names and serial numbers that two cameras "
+      "have, images of a raw format that are not stride times height bytes long, and transfer "
+      "functions of several lengths. What is not set is not checked.\n\n"
       "Exit status: 0 all are whole, 1 something was found, 2 a file could not be checked.\n\n"
       "Examples:\n"
       "  calib check rig.RobotCalibration.binpb\n"
+      "  calib check --plausible --report junit *.RobotCalibration.binpb > report.xml\n"
       "  calib check --type RobotCalibration --format binary - < rig.bin");
   command->Callback([flags, status] { *status = Check(*flags); });
 }

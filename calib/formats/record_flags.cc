@@ -5,10 +5,12 @@
 
 namespace calib {
 
-void InputFlags::AddTo(Command* command) {
+void InputFlags::AddTo(Command* command, const std::vector<std::string>& further_words) {
+  std::vector<std::string> words = FormatNames();
+  words.insert(words.end(), further_words.begin(), further_words.end());
   command->AddOption("--type", type, "Record type of the input; else the file's name tells it")
       ->ValueName("TYPE");
-  AddChoice(command, "--format", &format, FormatNames(),
+  AddChoice(command, "--format", &format, words,
             "Format of the input; else the file's name tells it");
 }
 

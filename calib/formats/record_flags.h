@@ -4,6 +4,7 @@
 #define CALIB_FORMATS_RECORD_FLAGS_H_
 
 #include <string>
+#include <vector>
 
 #include "calib/console/command_line.h"
 
@@ -14,7 +15,8 @@ struct InputFlags {
   std::string type;
   std::string format;
 
-  void AddTo(Command* command);
+  // A command whose --format takes further words has to look at it before a file is read.
+  void AddTo(Command* command, const std::vector<std::string>& further_words = {});
 };
 
 // --to, which is empty if it is not given, and --partial.

@@ -1,0 +1,34 @@
+// The rigid transform that numbers such as those of CameraExtrinsics.a are, if they are one: a
+// record tells neither how they are laid out nor how many there are.
+#ifndef CALIB_FIELDS_RIGID_NUMBERS_H_
+#define CALIB_FIELDS_RIGID_NUMBERS_H_
+
+#include <google/protobuf/repeated_field.h>
+
+#include <array>
+#include <optional>
+
+namespace calib {
+
+struct RigidNumbers {
+  std::array<double, 9> rotation;  // row by row
+  std::array<double, 3> translation;
+  // How far it is off one: by the largest difference between an element of the product of the
+  // rotation with its transpose and that of the identity, or between an element of the last row of
+  // a matrix of 4 by 4 and 0, or 1 for the last; 2 if it is a reflection.
+  double off;
+};
+
+// Takes 9 numbers for a rotation alone, 12 for a matrix of 3 by 4 and 16 for one of 4 by 4, all of
+// them row by row or column by column, whichever is less off. Nothing if there are others, or if
+// one is not finite.
+std::optional<RigidNumbers> AsRigidNumbers(const google::protobuf::RepeatedField<double>& a);
+
+// By how many degrees a rotation has to be turned to be the other one.
+double AngleBetween(const RigidNumbers& a, const RigidNumbers& b);
+// The distance of the translations, in their own unit.
+double DistanceBetween(const RigidNumbers& a, const RigidNumbers& b);
+
+}  // namespace calib
+
+#endif  // CALIB_FIELDS_RIGID_NUMBERS_H_

@@ -1,0 +1,92 @@
+// The arithmetic behind `calib check --plausible` and `calib diff`: radial curves beside curves
+// that are walked along in small steps, rigid transforms beside such as were put together by hand.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+#include "calib/checks/radial_curve.h"
+#include "calib/fields/rigid_numbers.h"
+
+namespace calib {
+namespace {
+
+double Power(const std::vector<double>& coefficients, double s) {
+  double value = 1, power = 1;
+  for (const double c : coefficients) value += c * (power *= s);
+  return value;
+}
+
+// The same by steps: where the landing is highest before it falls for the first time.
+std::optional<double> Walked(const RadialCurve& curve) {
+  constexpr int kSteps = 100000;
+  double before = 0;
+  for (int i = 1; i <= kSteps; ++i) {
+    const double in = curve.largest * i / kSteps;
+    const double bottom = Power(curve.denominator, in * in);
+    if (bottom <= 0) return std::nullopt;
+    const double landing = in * Power(curve.numerator, in * in) / bottom;
+    if (landing < before) return before;
+    before = landing;
+  }
+  return std::nullopt;
+}
+
+TEST(RadialCurveTest, FallsWhereStepsSayThatItDoes) {
+  std::mt19937 random(20240229);
+  std::uniform_real_distribution<double> coefficient(-0.5, 0.5);
+  int falling = 0;
+  constexpr int kCurves = 300;
+  for (int i = 0; i < kCurves; ++i) {
+    RadialCurve curve = {{}, {}, 3};
+    for (int j = 0; j < 1 + i % 4; ++j) curve.numerator.push_back(coefficient(random));
+    for (int j = 0; j < i / 4 % 4; ++j) curve.denominator.push_back(coefficient(random));
+    const std::optional<double> expected = Walked(curve), found = HighestLanding(curve);
+    ASSERT_EQ(found.has_value(), expected.has_value()) << "curve " << i;
+    if (!expected) continue;
+    ++falling;
+    EXPECT_NEAR(*found, *expected, 1e-6 * std::abs(*expected)) << "curve " << i;
+  }
+  EXPECT_GT(falling, kCurves / 4);
+  EXPECT_LT(falling, kCurves * 3 / 4);
+}
+
+TEST(RadialCurveTest, RisesWithoutCoefficients) {
+  EXPECT_FALSE(HighestLanding({{}, {}, 1e6}).has_value());
+  EXPECT_FALSE(HighestLanding({{0, 0, 0}, {0}, 1e6}).has_value());
+  EXPECT_DOUBLE_EQ(HighestLanding({{-1. / 3}, {}, 1e6}).value(), 2. / 3);  // in - in^3 / 3
+}
+
+RigidNumbers Transform(std::initializer_list<double> numbers) {
+  const google::protobuf::RepeatedField<double> a(numbers.begin(), numbers.end());
+  return AsRigidNumbers(a).value();
+}
+
+TEST(RigidNumbersTest, IsTheSameInEveryLayout) {
+  const double c = std::cos(0.1), s = std::sin(0.1);
+  const RigidNumbers transforms[] = {
+      Transform({c, -s, 0, 1, s, c, 0, 2, 0, 0, 1, 3}),
+      Transform({c, s, 0, -s, c, 0, 0, 0, 1, 1, 2, 3}),
+      Transform({c, -s, 0, 1, s, c, 0, 2, 0, 0, 1, 3, 0, 0, 0, 1}),
+      Transform({c, s, 0, 0, -s, c, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1}),
+  };
+  for (const RigidNumbers& transform : transforms) {
+    EXPECT_EQ(transform.rotation, transforms[0].rotation);
+    EXPECT_EQ(transform.translation, (std::array<double, 3>{1, 2, 3}));
+    EXPECT_LT(transform.off, 1e-15);
+  }
+}
+
+TEST(RigidNumbersTest, TellsSmallAngleHalfTurnAndDistance) {
+  const RigidNumbers identity = Transform({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0});
+  for (const double degrees : {0., 1e-9, 0.01, 45., 90., 179.999999, 180.}) {
+    const double c = std::cos(degrees * M_PI / 180), s = std::sin(degrees * M_PI / 180);
+    const RigidNumbers turned = Transform({c, 0, s, 3, 0, 1, 0, 0, -s, 0, c, 4});
+    EXPECT_NEAR(AngleBetween(identity, turned), degrees, 1e-9 * degrees);
+    EXPECT_NEAR(AngleBetween(turned, identity), degrees, 1e-9 * degrees);
+    EXPECT_DOUBLE_EQ(DistanceBetween(turned, identity), 5);
+  }
+}
+
+}  // namespace
+}  // namespace calib
