@@ -31,8 +31,10 @@ int Run(int argc, char** argv) {
   AddShow(&program, &status);
   AddConvert(&program, &status);
   AddCheck(&program, &status);
+  AddFingerprint(&program, &status);
   AddDiff(&program, &status);
   AddGet(&program, &status);
+  AddSet(&program, &status);
   AddMerge(&program, &status);
   AddPlot(&program, &status);
   AddImage(&program, &status);

@@ -11,6 +11,8 @@
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/printable.h"
+#include "calib/fields/assignment.h"
+#include "calib/fields/fingerprint.h"
 #include "calib/fields/presence.h"
 #include "calib/fields/unknown.h"
 #include "calib/formats/names.h"
@@ -26,6 +28,9 @@ struct Flags {
   bool plausible = false;
   double rotation_tolerance = kRotationTolerance;
   std::string report;
+  std::vector<std::string> expectations;
+  std::vector<Assignment> expected;  // the same, understood
+  std::string fingerprint;
 };
 
 bool NamesTellFormats(const std::vector<std::string>& paths) {
@@ -61,6 +66,23 @@ Finding Malformed(const std::string& name, const std::string& failure) {
   return finding;
 }
 
+// What is not as the user expects it.
+void FindUnexpected(const Record& record, const Flags& flags, Findings* findings) {
+  for (const Assignment& expected : flags.expected) {
+    for (const Unmet& unmet : FindUnmet(expected, *record.message)) {
+      findings->push_back({"expect", unmet.path, unmet.value,
+                           (unmet.value.empty() ? "is not set" : "is " + unmet.value) +
+                               ", expected " +
+                               (unmet.expected.empty() ? "nothing" : unmet.expected)});
+    }
+  }
+  if (flags.fingerprint.empty()) return;
+  const std::string fingerprint = Fingerprint(*record.message);
+  if (fingerprint == flags.fingerprint) return;
+  findings->push_back({"expect-fingerprint", "", fingerprint,
+                       "its fingerprint is " + fingerprint + ", expected " + flags.fingerprint});
+}
+
 // What is wrong with the record.
 Findings FindAll(const Record& record, const Flags& flags) {
   Findings findings;
@@ -78,6 +100,7 @@ Findings FindAll(const Record& record, const Flags& flags) {
       findings.push_back(std::move(finding));
     }
   }
+  FindUnexpected(record, flags, &findings);
   return findings;
 }
 
@@ -93,17 +116,43 @@ void CheckFile(const std::string& path, const Flags& flags, CheckedFile* checked
   }
   checked->type = file->type->name();
   checked->size = file->bytes.size();
+  std::optional<Record> record;
   try {
-    const Record record = DecodeRecord(*file);
-    checked->empty = IsEmpty(*record.message);
-    checked->findings = FindAll(record, flags);
+    record = DecodeRecord(*file);
   } catch (const Failure& malformed) {
     checked->findings = {Malformed(checked->name, malformed.what())};
+    return;
   }
+  checked->empty = IsEmpty(*record->message);
+  try {
+    checked->findings = FindAll(*record, flags);
+  } catch (const Failure& failure) {  // an expectation that no record of this type can meet
+    checked->trouble = checked->name + ": " + failure.what();
+    throw Failure(checked->trouble, failure.remedy());
+  }
+}
+
+Assignment ParseExpected(const std::string& text) {
+  Assignment expected = ParseAssignment(text);
+  if (expected.kind == Assignment::Kind::kAppend) {
+    throw Failure("--expect: '" + text + "' appends", "Write = in place of +=.");
+  }
+  return expected;
+}
+
+std::string ParseFingerprint(std::string text) {
+  if (!text.empty() && !IsFingerprint(text)) {
+    throw Failure("--expect-fingerprint: is '" + text + "', expected 64 hexadecimal digits",
+                  "'calib fingerprint' prints them.");
+  }
+  for (char& c : text) c = static_cast<char>(std::tolower(c));
+  return text;
 }
 
 int Check(Flags flags) {
   SortOutFormat(&flags);
+  for (const std::string& text : flags.expectations) flags.expected.push_back(ParseExpected(text));
+  flags.fingerprint = ParseFingerprint(flags.fingerprint);
   const bool for_people = flags.report.empty();
   Report report(for_people ? ReportFormat::kText : ReportFormatNamed(flags.report));
   Failures failures(for_people ? flags.paths.size() : 0);  // of a report, one file is no exception
@@ -132,6 +181,15 @@ void AddCheck(Command* program, int* status) {
                   "How far off a rotation --plausible takes extrinsics; else 0.0001")
       ->Check(NumberFromZero())
       ->ValueName("NUMBER");
+  command
+      ->AddRepeatedOption("--expect", flags->expectations,
+                          "Report the field if it holds another value; PATH= (nothing) if it is "
+                          "set. May be given several times")
+      ->ValueName("PATH=VALUE");
+  command
+      ->AddOption("--expect-fingerprint", flags->fingerprint,
+                  "Report a record of another fingerprint, which 'calib fingerprint' prints")
+      ->ValueName("HASH");
   AddChoice(command, "--report", &flags->report, ReportFormatNames(),
             "Format of what is found; --format says so, too, but text and json only if the names "
             "of all files tell what is in them");
@@ -144,9 +202,13 @@ void AddCheck(Command* program, int* status) {
       "image, extrinsics that are no rigid transform, names and serial numbers that two cameras "
       "have, images of a raw format that are not stride times height bytes long, and transfer "
       "functions of several lengths. What is not set is not checked.\n\n"
+      "--expect and --expect-fingerprint ask whether it is the right file, before a robot drives "
+      "by "
+      "it: of this robot, and as it was approved.\n\n"
       "Exit status: 0 all are whole, 1 something was found, 2 a file could not be checked.\n\n"
       "Examples:\n"
       "  calib check rig.RobotCalibration.binpb\n"
+      "  calib check rig.RobotCalibration.binpb --expect 'camera[0].serial=B-0042'\n"
       "  calib check --plausible --report junit *.RobotCalibration.binpb > report.xml\n"
       "  calib check --type RobotCalibration --format binary - < rig.bin");
   command->Callback([flags, status] { *status = Check(*flags); });

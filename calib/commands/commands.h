@@ -11,12 +11,14 @@ void AddTypes(Command* program, int* status);
 void AddShow(Command* program, int* status);
 void AddConvert(Command* program, int* status);
 void AddCheck(Command* program, int* status);
+void AddFingerprint(Command* program, int* status);
 void AddPlot(Command* program, int* status);
 void AddImage(Command* program, int* status);
 void AddImport(Command* program, int* status);
 void AddExport(Command* program, int* status);
 void AddDiff(Command* program, int* status);
 void AddGet(Command* program, int* status);
+void AddSet(Command* program, int* status);
 void AddMerge(Command* program, int* status);
 
 }  // namespace calib

@@ -26,6 +26,7 @@ void Convert(const Flags& flags) {
     }
     record.message->DiscardUnknownFields();
   }
+  NoteLostComments(record, flags.out, flags.output);
   WriteRecord(flags.out, *record.message, flags.output);
 }
 

@@ -43,40 +43,43 @@ std::string ValueAt(const Place& place, int index, bool whole) {
   }
 }
 
-std::string Values(const Place& place) {
-  if (!place.field->is_repeated() || place.index >= 0) return ValueAt(place, place.index, false);
+// Of several places, each message has its name around it.
+std::string Values(const Place& place, bool several) {
+  if (!place.field->is_repeated() || place.index >= 0) {
+    return ValueAt(place, place.index, several);
+  }
   std::string values;
   const int size = place.message->GetReflection()->FieldSize(*place.message, place.field);
   for (int i = 0; i < size; ++i) values += ValueAt(place, i, true);
   return values;
 }
 
-bool IsSet(const Place& place) {
-  const Reflection* reflection = place.message->GetReflection();
-  return place.field->is_repeated() ? reflection->FieldSize(*place.message, place.field) > 0
-                                    : reflection->HasField(*place.message, place.field);
+std::string NotSet(const Place& place) {
+  std::string note = place.path + " is not set";
+  if (place.field->has_default_value()) {
+    note += "; programs read its default, " + FullValue(*place.message, place.field, -1);
+  }
+  return note;
 }
 
 int Get(const Flags& flags) {
   const Record record = ReadRecord(flags.path, flags.input);
-  try {
-    const Place place = FindPlace(*record.message, flags.field);
-    if (!IsSet(place)) {
-      std::string note = record.name + ": " + flags.field + " is not set";
-      if (place.field->has_default_value()) {
-        note += "; programs read its default, " + FullValue(*place.message, place.field, -1);
-      }
-      Note(note);
-      return kFinding;
-    }
-    std::string value = Values(place);
-    if (place.field->type() == FieldDescriptor::TYPE_BYTES) value.pop_back();
-    WriteFile(flags.output, value);
-    return kFine;
-  } catch (const NotInRecord& missing) {
-    Note(record.name + ": " + missing.what());
-    return kFinding;
-  }
+  const bool several = flags.field.find("[*]") != std::string::npos;
+  std::string values;
+  bool found = false, raw = false;
+  std::vector<std::string> missing;
+  const auto take = [&](const Place& place) {
+    if (!IsSet(place)) return missing.push_back(NotSet(place));
+    found = true;
+    raw = place.field->type() == FieldDescriptor::TYPE_BYTES;
+    values += Values(place, several);
+    if (raw) values.pop_back();
+  };
+  ForEachPlace(*record.message, flags.field, Unset::kMissing, take,
+               [&](const std::string& why) { missing.push_back(why); });
+  if (found) WriteFile(flags.output, values);
+  for (const std::string& why : missing) Note(record.name + ": " + why);
+  return missing.empty() ? kFine : kFinding;
 }
 
 }  // namespace
@@ -85,7 +88,10 @@ void AddGet(Command* program, int* status) {
   Command* command = program->AddCommand("get", "Prints one field of a record");
   const auto flags = std::make_shared<Flags>();
   command->AddOption("FILE", flags->path, "The file to read")->Required();
-  command->AddOption("PATH", flags->field, "The field, such as camera[0].intrinsics.cy")
+  command
+      ->AddOption("PATH", flags->field,
+                  "The field, such as camera[0].intrinsics.cy, camera[name=cam0].serial or "
+                  "camera[*].intrinsics.fx")
       ->Required();
   flags->input.AddTo(command);
   command->AddOption("--output", flags->output, "Write to this file; else to standard output")
@@ -93,11 +99,13 @@ void AddGet(Command* program, int* status) {
   command->Footer(
       "Numbers and texts are written as they are, with a line for each element of a repeated "
       "field; messages in the text format; the bytes of an image raw, with nothing added. Indices "
-      "count from 0.\n\n"
-      "Exit status: 0 it was written, 1 it is not set in this record, 2 trouble.\n\n"
+      "count from 0; camera[*] stands for all cameras, camera[name=cam0] for those of that "
+      "name.\n\n"
+      "Exit status: 0 it was written, 1 some or all of it is not set in this record, 2 trouble.\n\n"
       "Examples:\n"
       "  calib get rig.RobotCalibration.binpb camera[0].intrinsics.fx\n"
-      "  calib get rig.RobotCalibration.binpb camera[1].extrinsics.a\n"
+      "  calib get rig.RobotCalibration.binpb 'camera[name=cam1].extrinsics.a'\n"
+      "  calib get rig.RobotCalibration.binpb 'camera[*].name'\n"
       "  calib get board.CameraCalibration.binpb intrinsics_image.imgdata \\\n"
       "    --output board.gray");
   command->Callback([flags, status] { *status = Get(*flags); });

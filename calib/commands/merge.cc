@@ -35,6 +35,7 @@ void Merge(const Flags& flags) {
     TellReplaced(records[i], *merged);
     merged->MergeFrom(*records[i].message);
   }
+  for (const Record& record : records) NoteLostComments(record, flags.out, flags.output);
   WriteRecord(flags.out, *merged, flags.output);
 }
 

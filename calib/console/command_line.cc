@@ -200,6 +200,17 @@ Option* Command::AddOption(const std::string& name, double& value, const std::st
   return Keep(app_->add_option(name, value, description));
 }
 
+Option* Command::AddRepeatedOption(const std::string& name, std::vector<std::string>& values,
+                                   const std::string& description) {
+  // As an option of a vector it would take what follows, too.
+  const CLI::callback_t take = [&values](const CLI::results_t& results) {
+    values = results;
+    return true;
+  };
+  CLI::Option* option = app_->add_option(name, take, description);
+  return Keep(option->multi_option_policy(CLI::MultiOptionPolicy::TakeAll));
+}
+
 Option* Command::AddFlag(const std::string& name, bool& value, const std::string& description) {
   return Keep(app_->add_flag(name, value, description));
 }

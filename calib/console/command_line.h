@@ -54,6 +54,9 @@ class Command {
                     const std::string& description);
   Option* AddOption(const std::string& name, int& value, const std::string& description);
   Option* AddOption(const std::string& name, double& value, const std::string& description);
+  // Takes one value each time that it is given.
+  Option* AddRepeatedOption(const std::string& name, std::vector<std::string>& values,
+                            const std::string& description);
   Option* AddFlag(const std::string& name, bool& value, const std::string& description);
   // What --help ends with: a paragraph for each line, which is broken where the width ends; lines
   // that begin with a blank stay as they are.

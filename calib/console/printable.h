@@ -13,6 +13,9 @@ std::string Printable(const std::string& text);
 // The same of each line.
 std::string PrintableLines(const std::string& text);
 
+// Whether all of the text is UTF-8.
+bool IsUtf8(const std::string& text);
+
 // The number of characters of text in UTF-8.
 size_t CountCharacters(const std::string& text);
 

@@ -2,12 +2,13 @@
 
 #include "calib/console/failure.h"
 #include "calib/formats/codec.h"
+#include "calib/formats/text_codec.h"
 
 namespace calib {
 
 Record DecodeRecord(const RecordFile& file) {
-  return {file.name, file.type, Decode(file.format, file.type, file.name, file.bytes),
-          file.bytes.size()};
+  return {file.name,         file.type,   Decode(file.format, file.type, file.name, file.bytes),
+          file.bytes.size(), file.format, file.format == Format::kText && HasComments(file.bytes)};
 }
 
 Record ReadRecord(const std::string& path, const InputFlags& flags) {

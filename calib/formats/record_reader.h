@@ -17,6 +17,8 @@ struct Record {
   const google::protobuf::Descriptor* type;
   std::unique_ptr<google::protobuf::Message> message;
   size_t file_size;
+  Format format;
+  bool has_comments;  // of the text format, which are not part of the record
 };
 
 // Both throw Failure if there is no such record in the file; required fields may be missing.

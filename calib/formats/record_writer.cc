@@ -73,4 +73,10 @@ void WriteRecord(const std::string& path, const Message& record, const OutputFla
   WriteFile(path, EncodeFor(name, format, record));
 }
 
+void NoteLostComments(const Record& read, const std::string& path, const OutputFlags& flags) {
+  if (!read.has_comments) return;
+  if (OutputFormat(OutputName(path), flags, FactsFromName(path)) != Format::kText) return;
+  Note(read.name + ": its comments are not written: they are no part of the record");
+}
+
 }  // namespace calib

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "calib/formats/record_flags.h"
+#include "calib/formats/record_reader.h"
 
 namespace calib {
 
@@ -15,6 +16,9 @@ namespace calib {
 // record, or if the path is named for another type.
 void WriteRecord(const std::string& path, const google::protobuf::Message& record,
                  const OutputFlags& flags);
+
+// Notes that the comments of a text do not get into the text that is written there.
+void NoteLostComments(const Record& read, const std::string& path, const OutputFlags& flags);
 
 }  // namespace calib
 

@@ -61,6 +61,22 @@ void DecodeText(const std::string& name, const std::string& bytes, Message* reco
                 "Correct the text there, or say what else it is with --type or --format.");
 }
 
+bool HasComments(const std::string& bytes) {
+  char quote = '\0';  // of the text in quotes that is passed over
+  for (size_t i = 0; i < bytes.size(); ++i) {
+    const char c = bytes[i];
+    if (quote == '\0' && c == '#') return true;
+    if (quote == '\0' && (c == '"' || c == '\'')) {
+      quote = c;
+    } else if (c == quote) {
+      quote = '\0';
+    } else if (c == '\\' && quote != '\0') {
+      ++i;
+    }
+  }
+  return false;
+}
+
 std::string EncodeText(const Message& record) {
   TextFormat::Printer printer;
   printer.SetUseShortRepeatedPrimitives(true);

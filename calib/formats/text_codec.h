@@ -10,6 +10,8 @@ namespace calib {
 
 void DecodeText(const std::string& name, const std::string& bytes,
                 google::protobuf::Message* record);
+// Whether there is a comment in text that has been decoded.
+bool HasComments(const std::string& bytes);
 std::string EncodeText(const google::protobuf::Message& record);
 
 }  // namespace calib
