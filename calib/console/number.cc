@@ -22,4 +22,10 @@ std::string ShortestOf(T value, T (*parse)(const char*, char**)) {
 std::string Shortest(double value) { return ShortestOf(value, std::strtod); }
 std::string Shortest(float value) { return ShortestOf(value, std::strtof); }
 
+std::string Rounded(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.6g", value);
+  return text;
+}
+
 }  // namespace calib

@@ -10,6 +10,9 @@ namespace calib {
 std::string Shortest(double value);
 std::string Shortest(float value);
 
+// With six significant digits, which is what people look at.
+std::string Rounded(double value);
+
 }  // namespace calib
 
 #endif  // CALIB_CONSOLE_NUMBER_H_

@@ -34,13 +34,13 @@ double OffRotation(const Rotation& r) {
 
 // Reads the numbers as a matrix whose element (row, column) is at row * down + column * right.
 RigidNumbers Read(const google::protobuf::RepeatedField<double>& a, int down, int right) {
-  RigidNumbers transform = {{}, {}, 0};
+  RigidNumbers transform = {{}, {}, 0, a.size() > 9};
   for (int row = 0; row < 3; ++row) {
     for (int column = 0; column < 3; ++column) {
       transform.rotation[static_cast<size_t>(3 * row + column)] =
           a.Get(row * down + column * right);
     }
-    if (a.size() > 9)
+    if (transform.has_translation)
       transform.translation[static_cast<size_t>(row)] = a.Get(row * down + 3 * right);
   }
   transform.off = OffRotation(transform.rotation);

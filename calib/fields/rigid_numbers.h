@@ -17,6 +17,7 @@ struct RigidNumbers {
   // rotation with its transpose and that of the identity, or between an element of the last row of
   // a matrix of 4 by 4 and 0, or 1 for the last; 2 if it is a reflection.
   double off;
+  bool has_translation;
 };
 
 // Takes 9 numbers for a rotation alone, 12 for a matrix of 3 by 4 and 16 for one of 4 by 4, all of
