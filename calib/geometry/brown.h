@@ -21,6 +21,11 @@ class Brown {
   Status Distort(const Flat& point, Flat* distorted) const;
   Status Undistort(const Flat& distorted, Flat* point) const;
 
+  // As Distort(), but of points that the lens does not see, too.
+  Flat Unchecked(const Flat& point) const { return Tilt(Bend(point).value, tilt_); }
+  // What falls on a tilted sensor as it would on one that is not.
+  Flat Untilt(const Flat& distorted) const { return Tilt(distorted, untilt_); }
+
   // The radius up to which a lens without tangential distortion is one to one; may be infinite.
   double limit() const { return limit_; }
 

@@ -9,6 +9,7 @@
 #define CALIB_GEOMETRY_CALIBRATION_GEOMETRY_H_
 
 #include <cstddef>
+#include <vector>
 
 namespace zarvo {
 namespace calibration_geometry {
@@ -117,6 +118,116 @@ Point RotationVectorOf(const Transform& transform);
 Transform FromQuaternion(const Quaternion& rotation, const Point& translation);
 Transform FromRollPitchYaw(const RollPitchYaw& rotation, const Point& translation);
 Transform FromRotationVector(const Point& rotation, const Point& translation);
+
+// --- Rectified pairs -----------------------------------------------------------------------------
+
+struct RectifyOptions {
+  // From 0, where all pixels of the rectified images show something, to 1, where they show all that
+  // the cameras see; below 0, the scale stays as it is (with a fisheye as 0).
+  double alpha = -1;
+  // Both principal points the same, so that points at infinity have no disparity.
+  bool zero_disparity = true;
+};
+
+struct Rectified {
+  Status status =
+      Status::kNoSolution;          // which it is if the baseline is along the optical axis, or 0
+  bool vertical = false;            // the pair stands one above the other: columns are the same
+  bool swapped = false;             // the second camera is left of, or above, the first
+  double baseline = 0;              // between the cameras, in the transform's unit
+  double r1[9] = {}, r2[9] = {};    // by rows: from each camera to the rectified one
+  double p1[12] = {}, p2[12] = {};  // by rows: from the first rectified camera to pixels of each
+  double q[16] = {};                // by rows: from u, v, disparity, 1 to homogeneous points
+};
+
+// The cameras must have images of one size.
+Rectified Rectify(const Camera& first, const Camera& second, const Transform& second_from_first,
+                  const RectifyOptions& options);
+
+// --- Two calibrations of one camera --------------------------------------------------------------
+
+struct DifferenceOptions {
+  // Take out the rotation (at a distance, the rigid transform) that explains most of the
+  // difference.
+  bool fit = true;
+  double distance = 0;  // of the points that are compared; 0: at infinity
+  int columns = 60;     // of the grid of pixels, which spans the image
+};
+
+struct Displacement {
+  Status status;   // of the pixel in `before`, or of where it goes
+  Pixel from, by;  // where it is in `before`, and how much further it is in `after`
+};
+
+struct Difference {
+  Status status = Status::kNoSolution;
+  Transform after_from_before;       // what was taken out
+  double largest = 0, mean = 0;      // pixels
+  Pixel where = {0, 0};              // the largest is there
+  size_t compared = 0;               // pixels that both cameras see
+  std::vector<Displacement> pixels;  // of the grid, row by row
+};
+
+// Where `after` sees what `before` sees. The cameras must have images of one size.
+Difference Compare(const Camera& before, const Camera& after, const DifferenceOptions& options);
+
+// --- A lens of one model as another --------------------------------------------------------------
+
+struct FitOptions {
+  double max_error = 0.5;    // pixels; what FittedLens::angle goes by
+  double largest_angle = 4;  // leave out what is further from the axis
+};
+
+struct FittedLens {
+  Status status = Status::kNoSolution;
+  Camera camera;
+  double rms = 0, largest = 0;  // pixels, over all of the image that was not left out
+  Pixel where = {0, 0};         // the largest is there
+  double angle = 0;             // up to it no error is above max_error
+  double reach = 0;             // the largest angle in the image that was not left out
+  size_t unseen = 0;            // pixels of the grid that the fitted camera does not see at all
+};
+
+// The camera of the lens `target` (kPinhole, kBrown or kFisheye) with `coefficients` coefficients
+// that sees the image most like `source` does: with the least sum of squared distances.
+FittedLens FitLens(const Camera& source, Lens target, int coefficients, const FitOptions& options);
+
+// --- The same camera with another image ----------------------------------------------------------
+
+struct Resized {
+  Status status = Status::kNoSolution;
+  Camera camera;
+  // Where a pixel of the image is in the new one: u' = m[0] u + m[1] v + m[2], v' = m[3] u + ...
+  double pixel_map[6] = {1, 0, 0, 0, 1, 0};
+  Transform new_from_old;  // of the camera's frame, which turns with the image
+};
+
+// As an image that is resized, with the corners where they were: the first pixel's centre is at
+// half a pixel from them, before and after.
+Resized Scale(const Camera& camera, int width, int height);
+// What is within the rectangle, whose first pixel is that of u and v.
+Resized Crop(const Camera& camera, int u, int v, int width, int height);
+// The mean of so many pixels as one or, decimated, the first of them.
+Resized Bin(const Camera& camera, int columns, int rows, bool decimate);
+// Turned clockwise by that many quarters. kNoSolution if no such camera has these parameters: with
+// skew but for half a turn, and with tilt.
+Resized Rotate(const Camera& camera, int quarters);
+
+// --- Poses of a flat target ----------------------------------------------------------------------
+
+struct TargetPoint {
+  double x, y;  // on the target
+  Pixel pixel;  // that shows it
+};
+
+struct Pose {
+  Status status = Status::kNoSolution;
+  Transform camera_from_target;
+  double rms = 0;  // distance between what is seen and what was measured, in pixels
+};
+
+// From where a camera sees the target so: the least sum of squared distances. The target is at z.
+Pose FitPose(const Camera& camera, double z, const std::vector<TargetPoint>& points);
 
 }  // namespace calibration_geometry
 }  // namespace zarvo
