@@ -14,7 +14,8 @@ namespace {
 constexpr size_t kMostInLegend = 6;
 // Points of a plane may be wild; of a curve a larger part belongs to its course.
 constexpr double kMostOutOfPlane = 0.1, kMostOutOfCurve = 0.02;
-constexpr double kMarkReach = 2;  // a mark is covered up to so many lengths of the axis away
+constexpr double kNarrowest = 0.4;  // of two axes with one scale, the shorter to the longer
+constexpr double kMarkReach = 2;    // a mark is covered up to so many lengths of the axis away
 
 std::string Number(double value, bool is_float) {
   return is_float ? Shortest(static_cast<float>(value)) : Shortest(value);
@@ -51,6 +52,14 @@ void CoverFixed(const Chart& chart, ChartAxes* axes) {
   for (const ChartLabel& label : chart.labels) cover(label.x, label.y);
 }
 
+// What is long and narrow leaves no room for labels.
+void Widen(double other, Axis* axis) {
+  const double missing = other * kNarrowest - axis->length();
+  if (missing <= 0) return;
+  axis->Cover(axis->low() - missing / 2);
+  axis->Cover(axis->high() + missing / 2);
+}
+
 ChartAxes SharedAxes(const std::vector<const Chart*>& charts) {
   ChartAxes axes;
   std::vector<double> x, y;
@@ -76,6 +85,10 @@ ChartAxes SharedAxes(const std::vector<const Chart*>& charts) {
     for (const ChartMark& mark : chart->marks) {
       if (full || !has_points || (mark.y >= low && mark.y <= high)) axes.y.Cover(mark.y);
     }
+  }
+  if (charts[0]->same_scale && !HasArea(*charts[0])) {
+    Widen(axes.y.length(), &axes.x);
+    Widen(axes.x.length(), &axes.y);
   }
   axes.x.Pad();
   axes.y.Pad();

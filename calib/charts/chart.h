@@ -77,7 +77,7 @@ struct Chart {
   // An area from (0, 0) to this width and height, such as an image; none if either is 0.
   double area_width = 0, area_height = 0;
   std::string area_label;
-  // A picture that fills the area, as a data: URL.
+  // A picture of the area, as a data: URL, from half a unit before its corner on.
   std::string area_picture;
   ChartSize size = ChartSize::kWide;
   // Charts of one group, unless it is "", have the same axes.

@@ -17,6 +17,8 @@ constexpr double kLeastPlot = 60;
 constexpr double kFinestCell = 2, kCoarsestCell = 64;
 constexpr double kFarStep = 14;  // marks of what lies far off are this far from each other
 
+constexpr size_t kMostAvoided = 100000;  // labels times lines: the time that it may take to be neat
+
 // How many ticks there is room for in a length where each takes `each`.
 int TickCount(double length, double each) { return std::max(2, static_cast<int>(length / each)); }
 
@@ -219,8 +221,10 @@ std::string ChartDrawing::Names() const {
 
 std::string ChartDrawing::Area() const {
   if (!HasArea(chart_)) return "";
-  const double x1 = X(0), y1 = Y(0), x2 = X(chart_.area_width), y2 = Y(chart_.area_height);
-  if (chart_.area_picture.empty()) return Rectangle("i", x1, y1, x2, y2);
+  const double width = chart_.area_width, height = chart_.area_height;
+  if (chart_.area_picture.empty()) return Rectangle("i", X(0), Y(0), X(width), Y(height));
+  // Whole numbers are the middles of pixels.
+  const double x1 = X(-0.5), y1 = Y(-0.5), x2 = X(width - 0.5), y2 = Y(height - 0.5);
   return XmlElement(
       "image", Attribute("x", std::min(x1, x2)) + Attribute("y", std::min(y1, y2)) +
                    Attribute("width", std::abs(x2 - x1)) + Attribute("height", std::abs(y2 - y1)) +
@@ -317,7 +321,8 @@ std::string ChartDrawing::Curve(const ChartSeries& series) const {
 }
 
 std::string ChartDrawing::Points(const ChartSeries& series) const {
-  const std::string kind = Class(ColorClass(series.second ? "q q" : "p", series.color));
+  const std::string kind = Class(ColorClass(series.second ? "q q" : "p", series.color) +
+                                 (chart_.area_picture.empty() ? "" : " on"));
   std::string svg;
   for (const ChartPoint& point : series.points) {
     if (!axes_.Hold(point)) continue;
@@ -461,6 +466,14 @@ std::string ChartDrawing::Marks(LabelPlaces* places) const {
 // Names beside what they name. One without room is told in the list that the chart comes with.
 std::string ChartDrawing::Labels(LabelPlaces* places) const {
   std::string svg;
+  if (chart_.lines.size() * chart_.labels.size() <= kMostAvoided) {
+    for (const ChartLine& line : chart_.lines) {
+      for (size_t i = 1; i < line.points.size(); ++i) {
+        const Pixel from = At(line.points[i - 1]), to = At(line.points[i]);
+        if (!line.points[i].after_gap) places->Avoid(from.x, from.y, to.x, to.y);
+      }
+    }
+  }
   for (const ChartLabel& label : chart_.labels) {
     const double x = X(label.x), y = Y(label.y);
     const std::string text = ShortenToWidth(Printable(label.text), (x2_ - x1_) * 0.6, kText);
@@ -499,7 +512,8 @@ std::string ChartDrawing::Draw(size_t most_points, size_t most_bytes) const {
   LabelPlaces places({x1_, y1_, x2_, y2_});
   const size_t count = CountPoints(chart_);
   const bool single = count <= most_points && !small_;
-  std::string svg = Head() + Rectangle("b", x1_, y1_, x2_, y2_) + Area() + Grid() + Cells();
+  std::string svg = Head() + Rectangle("b", x1_, y1_, x2_, y2_) +
+                    (chart_.area_picture.empty() ? Area() + Grid() : Grid() + Area()) + Cells();
   svg += TickLabels() + Names();
   for (const ChartSeries& series : chart_.series) {
     if (series.connected) svg += Curve(series);

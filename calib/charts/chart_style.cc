@@ -23,7 +23,7 @@ constexpr char kShapes[] =
     ".m{stroke:#9c2f14;stroke-dasharray:6 4}.k,.e{paint-order:stroke;stroke:#fff;stroke-width:3px}"
     ".k{fill:#9c2f14}.o{fill:#9c2f14}.h{fill:#0b5394;stroke:#9db3ca;stroke-width:.5}"
     ".u,.c{fill:#111}.v{fill:#fff}.q{fill:#fff;stroke-width:1.3}.l{fill:none;stroke-width:1.5}"
-    ".s{fill:none}.d{stroke-dasharray:5 3}"
+    ".on{stroke:#fff;stroke-width:.8}.s{fill:none}.d{stroke-dasharray:5 3}"
     ".w{font-weight:bold}.good{fill:#117a65}.bad{fill:#b3261e}.r{fill:none;stroke:#b3261e;"
     "stroke-width:2}";
 constexpr char kDarkShapes[] =

@@ -156,6 +156,10 @@ class TextLayout {
 
   std::string Legend() const {
     std::string text;
+    for (const ChartLabel& label : chart_.labels) {
+      text +=
+          Printable(label.text) + ": " + RoundedText(label.x) + ", " + RoundedText(label.y) + "\n";
+    }
     if (HasArea(chart_)) text += "frame: " + chart_.area_label + "\n";
     for (const ChartMark& mark : chart_.marks) {
       if (axes_.y.Contains(mark.y)) text += "dotted line: " + Printable(mark.label) + "\n";

@@ -3,6 +3,7 @@
 #include "calib/charts/chart_text.h"
 #include "calib/charts/overlay.h"
 #include "calib/commands/commands.h"
+#include "calib/console/arguments.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/terminal.h"
@@ -21,14 +22,15 @@ struct Flags {
   CameraFlag camera;
   bool terminal = false;
   ChartOptions charts;
+  std::string extrinsics;
 };
 
 std::vector<Chart> DrawnOf(const Record& record, const Flags& flags) {
-  return ChartsOf(*record.message,
-                  flags.camera.Choose(*record.message, record.name, DrawableTypes()), flags.charts);
+  return ChartsOf(flags.camera.Choose(*record.message, record.name, DrawableTypes()), flags.charts);
 }
 
-std::string Plot(const Flags& flags) {
+std::string Plot(Flags flags) {
+  flags.charts.extrinsics = ExtrinsicsByName(flags.extrinsics);
   const Record record = ReadRecord(flags.path, flags.input);
   std::vector<Chart> charts = DrawnOf(record, flags);
   std::string title = record.name + " (" + record.type->name() + ")";
@@ -44,8 +46,8 @@ std::string Plot(const Flags& flags) {
   }
   if (charts.empty()) {
     throw Failure(record.name + ": has nothing that can be drawn",
-                  "Drawn are sample_points of CameraIntrinsics, transfer_function of "
-                  "FocusInfoItem, bins of FocusCheckProto and samples of PTZIntrinsics.");
+                  "Drawn are extrinsics of CameraCalibration, sample_points of CameraIntrinsics, "
+                  "FocusInfoItem, FocusCheckProto and samples of PTZIntrinsics.");
   }
   return flags.terminal ? ChartsAsText(title, charts, OutputWidth()) : ChartsAsSvg(title, charts);
 }
@@ -66,6 +68,9 @@ void AddPlot(Command* program, int* status) {
                    "Draw with characters (in UTF-8) instead, as wide as the terminal");
   command->AddFlag("--full-range", flags->charts.full_range,
                    "Draw to scale, too, what lies far off all other values");
+  AddChoice(command, "--extrinsics", &flags->extrinsics, ExtrinsicsNames(),
+            "What a camera's extrinsics map; assumed is camera-from-body: from the body's frame to "
+            "the camera's");
   flags->input.AddTo(command);
   flags->camera.AddTo(command);
   command->Footer(

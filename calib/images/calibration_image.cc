@@ -54,6 +54,22 @@ size_t StrideOf(const CalibrationImage& image, size_t row, const std::string& na
   return static_cast<size_t>(image.stride());
 }
 
+std::string Base64(const std::string& bytes) {
+  constexpr char kDigits[] = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
+  std::string text;
+  text.reserve((bytes.size() + 2) / 3 * 4);
+  for (size_t i = 0; i < bytes.size(); i += 3) {
+    unsigned group = 0;
+    for (size_t j = i; j < i + 3; ++j) {
+      group = group << 8 | (j < bytes.size() ? static_cast<unsigned char>(bytes[j]) : 0U);
+    }
+    for (int shift = 18; shift >= 0; shift -= 6) text += kDigits[group >> shift & 63];
+    if (bytes.size() - i == 2) text.back() = '=';
+    if (bytes.size() - i == 1) text.replace(text.size() - 2, 2, "==");
+  }
+  return text;
+}
+
 void SwapEveryTwo(std::string* bytes) {
   for (size_t i = 0; i + 1 < bytes->size(); i += 2) std::swap((*bytes)[i], (*bytes)[i + 1]);
 }
@@ -103,6 +119,11 @@ Raster RasterOf(const CalibrationImage& image, const std::string& name) {
 std::string ImageFileOf(const CalibrationImage& image, const std::string& name) {
   if (!CompressionOf(image.imgdata()).empty()) return image.imgdata();
   return EncodePng(RasterOf(image, name));
+}
+
+std::string ImageUrl(const CalibrationImage& image, const std::string& name) {
+  const std::string file = ImageFileOf(image, name);
+  return "data:image/" + CompressionOf(file) + ";base64," + Base64(file);
 }
 
 CalibrationImage ImageOf(const Raster& raster) {

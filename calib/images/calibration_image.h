@@ -23,6 +23,9 @@ Raster RasterOf(const zarvo::calibration::CalibrationImage& image, const std::st
 // RasterOf() does.
 std::string ImageFileOf(const zarvo::calibration::CalibrationImage& image, const std::string& name);
 
+// The same as a data: URL.
+std::string ImageUrl(const zarvo::calibration::CalibrationImage& image, const std::string& name);
+
 // The raster as an image: GRAY8, GRAY16, RGB8 or RGBA8, without padding.
 zarvo::calibration::CalibrationImage ImageOf(const Raster& raster);
 

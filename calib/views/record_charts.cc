@@ -1,9 +1,11 @@
 #include "calib/views/record_charts.h"
 
 #include <iterator>
+#include <map>
 #include <utility>
 
 #include "calib/views/curve_charts.h"
+#include "calib/views/rig_charts.h"
 #include "calib/views/sample_charts.h"
 #include "calibration_common/calibration.pb.h"
 
@@ -28,21 +30,36 @@ std::vector<Part> PartsOf(const std::vector<Part>& parts, const Descriptor* type
   return of_type;
 }
 
+// The images that intrinsics were computed from.
+std::map<const Message*, const CalibrationImage*> ImagesOfIntrinsics(
+    const std::vector<Part>& parts) {
+  std::map<const Message*, const CalibrationImage*> images;
+  for (const Part& part : PartsOf(parts, CameraCalibration::descriptor())) {
+    const auto& camera = static_cast<const CameraCalibration&>(*part.message);
+    if (camera.has_intrinsics_image()) images[&camera.intrinsics()] = &camera.intrinsics_image();
+  }
+  return images;
+}
+
 }  // namespace
 
 std::vector<const Descriptor*> DrawableTypes() {
-  return {CameraIntrinsics::descriptor(), FocusInfoItem::descriptor(),
-          FocusCheckProto::descriptor(), PTZIntrinsics::descriptor()};
+  return {CameraCalibration::descriptor(), CameraIntrinsics::descriptor(),
+          FocusInfoItem::descriptor(), FocusCheckProto::descriptor(), PTZIntrinsics::descriptor()};
 }
 
-std::vector<Chart> ChartsOf(const Message& /*record*/, const std::vector<Part>& parts,
-                            const ChartOptions& options) {
-  std::vector<Chart> charts;
+std::vector<Chart> ChartsOf(const std::vector<Part>& parts, const ChartOptions& options) {
+  std::vector<Chart> charts =
+      RigCharts(RigOf(PartsOf(parts, CameraCalibration::descriptor()), options.extrinsics));
   for (const Part& part : PartsOf(parts, PTZIntrinsics::descriptor())) {
     Append(ZoomCharts(static_cast<const PTZIntrinsics&>(*part.message), part.path), &charts);
   }
+  const std::map<const Message*, const CalibrationImage*> images = ImagesOfIntrinsics(parts);
   for (const Part& part : PartsOf(parts, CameraIntrinsics::descriptor())) {
-    Append(SampleCharts(static_cast<const CameraIntrinsics&>(*part.message), part.path), &charts);
+    const auto image = images.find(part.message);
+    Append(SampleCharts(static_cast<const CameraIntrinsics&>(*part.message), part.path,
+                        image == images.end() ? nullptr : image->second),
+           &charts);
   }
   Append(TransferFunctionCharts(PartsOf(parts, FocusInfoItem::descriptor())), &charts);
   Append(FocusCheckCharts(PartsOf(parts, FocusCheckProto::descriptor())), &charts);

@@ -3,12 +3,15 @@
 #include <algorithm>
 #include <cmath>
 
+#include "calib/console/failure.h"
 #include "calib/fields/field_path.h"
+#include "calib/images/calibration_image.h"
 #include "calib/views/chart_points.h"
 #include "calib/views/coverage.h"
 
 namespace calib {
 
+using zarvo::calibration::CalibrationImage;
 using zarvo::calibration::CameraIntrinsics;
 using zarvo::calibration::CameraIntrinsicsSamplePoints;
 
@@ -82,6 +85,15 @@ Chart PointsChart(const CameraIntrinsics& intrinsics, const std::string& path) {
   return chart;
 }
 
+// An image of another size than the intrinsics' is taken to be the same one binned.
+void AddImage(const CalibrationImage& image, Chart* chart) {
+  try {
+    chart->area_picture = ImageUrl(image, "intrinsics_image");
+  } catch (const Failure& failure) {
+    chart->notes.push_back(std::string("the image is not shown: ") + failure.what());
+  }
+}
+
 Chart CoverageChart(const CameraIntrinsics& intrinsics, const std::string& path) {
   const Coverage coverage = CoverageOf(intrinsics);
   Chart chart;
@@ -107,10 +119,12 @@ Chart CoverageChart(const CameraIntrinsics& intrinsics, const std::string& path)
 
 }  // namespace
 
-std::vector<Chart> SampleCharts(const CameraIntrinsics& intrinsics, const std::string& path) {
+std::vector<Chart> SampleCharts(const CameraIntrinsics& intrinsics, const std::string& path,
+                                const CalibrationImage* image) {
   std::vector<Chart> charts;
   if (intrinsics.sample_points_size() == 0) return charts;
   charts.push_back(PointsChart(intrinsics, path));
+  if (image != nullptr && HasImageArea(intrinsics)) AddImage(*image, &charts[0]);
   if (HasImageArea(intrinsics)) charts.push_back(CoverageChart(intrinsics, path));
   return charts;
 }

@@ -10,9 +10,11 @@
 
 namespace calib {
 
-// None without sample points. `path` is that of the intrinsics.
+// None without sample points. `path` is that of the intrinsics; the points lie over the image, if
+// there is one (else null) that can be shown.
 std::vector<Chart> SampleCharts(const zarvo::calibration::CameraIntrinsics& intrinsics,
-                                const std::string& path);
+                                const std::string& path,
+                                const zarvo::calibration::CalibrationImage* image);
 
 }  // namespace calib
 
