@@ -26,6 +26,7 @@ struct ChartSeries {
   bool connected = false;  // a curve, in the order of the points; x does not fall
   int color = 0;
   bool second = false;  // drawn dashed and hollow
+  bool smooth = false;  // computed: only the curve is drawn, not its points
 };
 
 struct ChartLine {

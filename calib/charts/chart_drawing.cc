@@ -519,7 +519,9 @@ std::string ChartDrawing::Draw(size_t most_points, size_t most_bytes) const {
     if (series.connected) svg += Curve(series);
   }
   if (single) {
-    for (const ChartSeries& series : chart_.series) svg += Points(series);
+    for (const ChartSeries& series : chart_.series) {
+      if (!series.smooth) svg += Points(series);
+    }
   } else {
     svg += Swarms(most_bytes);
   }

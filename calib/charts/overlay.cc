@@ -27,6 +27,7 @@ ChartSeries Joined(const Chart& chart, const std::string& name, bool second) {
   for (const ChartSeries& series : chart.series) {
     joined.element = series.element;
     joined.connected = series.connected;
+    joined.smooth = series.smooth;
     const size_t begin = joined.points.size();
     joined.points.insert(joined.points.end(), series.points.begin(), series.points.end());
     if (begin > 0 && begin < joined.points.size()) joined.points[begin].after_gap = true;

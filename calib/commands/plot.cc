@@ -3,6 +3,7 @@
 #include "calib/charts/chart_text.h"
 #include "calib/charts/overlay.h"
 #include "calib/commands/commands.h"
+#include "calib/commands/lens_reading.h"
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
@@ -23,6 +24,7 @@ struct Flags {
   bool terminal = false;
   ChartOptions charts;
   std::string extrinsics;
+  LensFlag lens;
 };
 
 std::vector<Chart> DrawnOf(const Record& record, const Flags& flags) {
@@ -30,6 +32,7 @@ std::vector<Chart> DrawnOf(const Record& record, const Flags& flags) {
 }
 
 std::string Plot(Flags flags) {
+  flags.charts.lens = ReaderOf(flags.lens);
   flags.charts.extrinsics = ExtrinsicsByName(flags.extrinsics);
   const Record record = ReadRecord(flags.path, flags.input);
   std::vector<Chart> charts = DrawnOf(record, flags);
@@ -46,7 +49,8 @@ std::string Plot(Flags flags) {
   }
   if (charts.empty()) {
     throw Failure(record.name + ": has nothing that can be drawn",
-                  "Drawn are extrinsics of CameraCalibration, sample_points of CameraIntrinsics, "
+                  "Drawn are extrinsics of CameraCalibration, sample_points and lens of "
+                  "CameraIntrinsics, "
                   "FocusInfoItem, FocusCheckProto and samples of PTZIntrinsics.");
   }
   return flags.terminal ? ChartsAsText(title, charts, OutputWidth()) : ChartsAsSvg(title, charts);
@@ -71,6 +75,7 @@ void AddPlot(Command* program, int* status) {
   AddChoice(command, "--extrinsics", &flags->extrinsics, ExtrinsicsNames(),
             "What a camera's extrinsics map; assumed is camera-from-body: from the body's frame to "
             "the camera's");
+  flags->lens.AddTo(command, "What the distortion coefficients mean; auto goes by their numbers");
   flags->input.AddTo(command);
   flags->camera.AddTo(command);
   command->Footer(

@@ -1,10 +1,13 @@
 #include "calib/views/record_charts.h"
 
+#include <cmath>
 #include <iterator>
 #include <map>
 #include <utility>
 
+#include "calib/fields/field_path.h"
 #include "calib/views/curve_charts.h"
+#include "calib/views/lens_charts.h"
 #include "calib/views/rig_charts.h"
 #include "calib/views/sample_charts.h"
 #include "calibration_common/calibration.pb.h"
@@ -16,6 +19,8 @@ using google::protobuf::Message;
 using namespace zarvo::calibration;  // NOLINT: the types that are drawn
 
 namespace {
+
+constexpr double kLargestNumber = 1e9;  // in pixels, of a camera whose lens is drawn
 
 void Append(std::vector<Chart> more, std::vector<Chart>* charts) {
   charts->insert(charts->end(), std::make_move_iterator(more.begin()),
@@ -41,6 +46,26 @@ std::map<const Message*, const CalibrationImage*> ImagesOfIntrinsics(
   return images;
 }
 
+// None of a camera without coefficients, or without a size.
+std::vector<Chart> ChartsOfLens(const Part& part, const LensReader& read) {
+  const auto& intrinsics = static_cast<const CameraIntrinsics&>(*part.message);
+  const bool bends = intrinsics.k_size() + intrinsics.p_size() > 0;
+  if (!bends || intrinsics.width() <= 0 || intrinsics.height() <= 0) return {};
+  LensReading reading = read(intrinsics);
+  const auto& camera = reading.camera;
+  for (const double number : {camera.fx, camera.fy, camera.skew, camera.cx, camera.cy}) {
+    if (std::abs(number) < kLargestNumber) continue;
+    reading.model.clear();
+    reading.reason = "a number is not finite, or too large";
+  }
+  if (!reading.model.empty()) return LensCharts(reading.camera, reading.model, part.path);
+  Chart chart;
+  chart.title = JoinPath(part.path, "lens");
+  chart.notes.push_back("not drawn: " + reading.reason);
+  chart.size = ChartSize::kHalf;
+  return {chart};
+}
+
 }  // namespace
 
 std::vector<const Descriptor*> DrawableTypes() {
@@ -60,6 +85,7 @@ std::vector<Chart> ChartsOf(const std::vector<Part>& parts, const ChartOptions& 
     Append(SampleCharts(static_cast<const CameraIntrinsics&>(*part.message), part.path,
                         image == images.end() ? nullptr : image->second),
            &charts);
+    if (options.lens) Append(ChartsOfLens(part, options.lens), &charts);
   }
   Append(TransferFunctionCharts(PartsOf(parts, FocusInfoItem::descriptor())), &charts);
   Append(FocusCheckCharts(PartsOf(parts, FocusCheckProto::descriptor())), &charts);

@@ -1,0 +1,169 @@
+#include "calib/views/lens_charts.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "calib/fields/field_path.h"
+#include "calib/views/chart_points.h"
+
+namespace calib {
+
+using namespace zarvo::calibration_geometry;  // NOLINT: all of this is its arithmetic
+
+namespace {
+
+constexpr int kAcross = 17, kSteps = 200;
+constexpr double kPi = 3.14159265358979323846, kDegrees = 180 / kPi;
+constexpr double kWidest = 85 / kDegrees;  // a pinhole's image goes to infinity at 90 degrees
+constexpr double kLongest = 1.2;           // of an arrow, in distances of the grid
+
+// Where a pinhole of the same focal lengths has what the lens has at a pixel.
+struct Moved {
+  Pixel from, to;
+  double length;
+};
+
+bool PinholePixel(const Camera& camera, const Pixel& pixel, Moved* moved) {
+  const Direction direction = Unproject(camera, pixel);
+  if (direction.status != Status::kOk || direction.ray.z <= std::cos(kWidest)) return false;
+  Camera pinhole = camera;
+  pinhole.lens = Lens::kPinhole;
+  const Projected from = Project(pinhole, direction.ray);
+  if (from.status != Status::kOk || !IsDrawable(from.pixel.u + from.pixel.v)) return false;
+  *moved = {from.pixel, pixel, std::hypot(pixel.u - from.pixel.u, pixel.v - from.pixel.v)};
+  return true;
+}
+
+// 1, 2, 5, 10, ...: the largest that makes the longest no longer than that.
+double Enlargement(double longest, double at_most) {
+  double factor = 1;
+  for (double power = 1; power <= 1e6; power *= 10) {
+    for (const double step : {1.0, 2.0, 5.0}) {
+      if (longest * step * power <= at_most) factor = step * power;
+    }
+  }
+  return factor;
+}
+
+Chart FieldChart(const Camera& camera, const std::string& model, const std::string& path) {
+  Chart chart;
+  chart.title = JoinPath(path, "lens") + ": displacement";
+  chart.x_name = "u";
+  chart.y_name = "v";
+  chart.same_scale = chart.y_down = true;
+  chart.area_width = camera.width;
+  chart.area_height = camera.height;
+  const double step = std::max(camera.width, camera.height) / static_cast<double>(kAcross);
+  std::vector<Moved> field;
+  size_t none = 0;
+  double longest = 0;
+  Pixel where{0, 0};
+  for (double v = step / 2; v < camera.height; v += step) {
+    for (double u = step / 2; u < camera.width; u += step) {
+      Moved moved;
+      if (!PinholePixel(camera, {u, v}, &moved)) {
+        ++none;
+        continue;
+      }
+      field.push_back(moved);
+      if (moved.length >= longest) {
+        longest = moved.length;
+        where = moved.to;
+      }
+    }
+  }
+  const double factor = Enlargement(longest, step);
+  bool cut = false;
+  for (const Moved& moved : field) {
+    double share = factor;
+    if (moved.length * share > kLongest * step) {
+      share = kLongest * step / moved.length;
+      cut = true;
+    }
+    ChartLine line;
+    line.arrow = true;
+    line.points = {{moved.to.u - (moved.to.u - moved.from.u) * share,
+                    moved.to.v - (moved.to.v - moved.from.v) * share},
+                   {moved.to.u, moved.to.v}};
+    chart.lines.push_back(line);
+  }
+  chart.notes.push_back(
+      "As " + model + ": arrows lead from where a pinhole would have a pixel to " +
+      "where the lens has it" +
+      (factor > 1 && !field.empty() ? ", " + RoundedText(factor) + " times as long" : "") +
+      (cut ? "; long ones are cut" : ""));
+  if (!field.empty()) {
+    chart.notes.push_back("largest displacement on this grid " + RoundedText(longest) +
+                          " pixels, at " + RoundedText(where.u) + ", " + RoundedText(where.v));
+  }
+  if (none > 0) {
+    chart.notes.push_back(std::to_string(none) + " places without an arrow: no direction, or one " +
+                          "beyond 85 degrees, lands there");
+  }
+  return chart;
+}
+
+// The distance from the principal point, in pixels, of what is seen at an angle; below 0 if nothing
+// is.
+double Radius(const Camera& camera, double angle) {
+  const Projected at = Project(camera, {std::sin(angle), 0, std::cos(angle)});
+  return at.status == Status::kOk ? at.pixel.u - camera.cx : -1;
+}
+
+Chart RadialChart(const Camera& camera, const std::string& model, const std::string& path) {
+  Chart chart;
+  chart.title = JoinPath(path, "lens") + ": radial curve";
+  chart.x_name = "angle to the optical axis, in degrees";
+  chart.y_name = "pixels from the principal point";
+  Camera radial = camera;
+  radial.skew = 0;
+  if (camera.lens == Lens::kBrown) {
+    for (const int tangential : {2, 3, 8, 9, 10, 11, 12, 13}) radial.distortion[tangential] = 0;
+  }
+  Camera pinhole = radial;
+  pinhole.lens = Lens::kPinhole;
+  const double corner =
+      std::hypot(std::max(camera.cx, camera.width - camera.cx),
+                 std::max(camera.cy, camera.height - camera.cy) * camera.fx / camera.fy);
+  const double largest = std::min(LargestAngle(radial), kPi);
+  ChartSeries lens, straight;
+  lens.name = model;
+  straight.name = "pinhole";
+  straight.color = 1;
+  straight.second = true;
+  lens.connected = straight.connected = lens.smooth = straight.smooth = true;
+  lens.element = straight.element = "curve";
+  double reached = 0;
+  for (int i = 0; i <= kSteps && reached < corner; ++i) {
+    // Just below the angle, at which nothing is projected any more.
+    const double angle = largest * (1 - 1e-9) * i / kSteps;
+    const double radius = Radius(radial, angle);
+    if (radius < 0 || !IsDrawable(radius)) break;
+    reached = radius;
+    lens.points.push_back({angle * kDegrees, radius, static_cast<size_t>(i)});
+    const double flat = angle < kWidest ? Radius(pinhole, angle) : -1;
+    if (flat >= 0 && flat <= 1.5 * corner) {
+      straight.points.push_back({angle * kDegrees, flat, static_cast<size_t>(i)});
+    }
+  }
+  chart.marks.push_back({corner, "farthest corner of the image"});
+  chart.notes.push_back(
+      reached < corner
+          ? "not monotonic inside the image: the curve turns at " +
+                RoundedText(largest * kDegrees) + " degrees, " + RoundedText(reached) +
+                " pixels from the principal point; the farthest corner is at " + RoundedText(corner)
+          : "monotonic up to the farthest corner, " + RoundedText(corner) +
+                " pixels from the principal point");
+  chart.series = {std::move(lens), std::move(straight)};
+  return chart;
+}
+
+}  // namespace
+
+std::vector<Chart> LensCharts(const Camera& camera, const std::string& model,
+                              const std::string& path) {
+  return {FieldChart(camera, model, path), RadialChart(camera, model, path)};
+}
+
+}  // namespace calib
