@@ -37,6 +37,7 @@ int Run(int argc, char** argv) {
   AddSet(&program, &status);
   AddMerge(&program, &status);
   AddPlot(&program, &status);
+  AddReport(&program, &status);
   AddImage(&program, &status);
   AddImport(&program, &status);
   AddExport(&program, &status);

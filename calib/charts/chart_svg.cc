@@ -13,7 +13,8 @@ namespace {
 
 constexpr double kWidth = 760, kMargin = 24, kGap = 24;
 constexpr size_t kMostBytes = 1600000;  // of all points in a file
-constexpr size_t kBytesOfPoint = 200;   // one that tells its numbers
+constexpr size_t kBytesOfSmall = 4000;
+constexpr size_t kBytesOfPoint = 200;  // one that tells its numbers
 
 int Columns(ChartSize size) {
   return size == ChartSize::kWide ? 1 : size == ChartSize::kHalf ? 2 : 4;
@@ -97,6 +98,16 @@ std::string ChartsAsSvg(const std::string& title, const std::vector<Chart>& char
 
 std::string ChartsAsElement(const std::vector<Chart>& charts, size_t most_bytes) {
   return Element(Draw(charts, 0, most_bytes), "");
+}
+
+std::string SmallChartAsElement(const Chart& chart, double width) {
+  const std::vector<ChartAxes> axes = AxesOf({chart});
+  const ChartDrawing drawing(chart, axes[0], 2, 0, width - 4);
+  const std::string across = Coordinate(width), down = Coordinate(drawing.bottom());
+  return XmlElement("svg",
+                    " xmlns=\"http://www.w3.org/2000/svg\" width=\"" + across + "\" height=\"" +
+                        down + "\" viewBox=\"0 0 " + across + " " + down + "\"",
+                    "\n" + drawing.Draw(0, kBytesOfSmall));
 }
 
 }  // namespace calib

@@ -16,6 +16,9 @@ std::string ChartsAsSvg(const std::string& title, const std::vector<Chart>& char
 // The same as an element of a page that has ChartStyle() (chart_style.h); in at most so many bytes.
 std::string ChartsAsElement(const std::vector<Chart>& charts, size_t most_bytes);
 
+// One small chart, as wide as that, of which no point tells its numbers.
+std::string SmallChartAsElement(const Chart& chart, double width);
+
 }  // namespace calib
 
 #endif  // CALIB_CHARTS_CHART_SVG_H_

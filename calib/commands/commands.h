@@ -8,6 +8,7 @@
 namespace calib {
 
 void AddTypes(Command* program, int* status);
+void AddReport(Command* program, int* status);
 void AddShow(Command* program, int* status);
 void AddConvert(Command* program, int* status);
 void AddCheck(Command* program, int* status);

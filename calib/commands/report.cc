@@ -1,0 +1,130 @@
+// calib report FILE...
+#include "calib/pages/report.h"
+
+#include <algorithm>
+#include <deque>
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+#include "calib/commands/commands.h"
+#include "calib/commands/lens_reading.h"
+#include "calib/console/arguments.h"
+#include "calib/console/failure.h"
+#include "calib/console/file.h"
+#include "calib/fields/presence.h"
+#include "calib/fields/unknown.h"
+#include "calib/formats/names.h"
+#include "calib/formats/record_reader.h"
+
+namespace calib {
+namespace {
+
+struct Flags {
+  std::vector<std::string> paths;
+  std::string output_path = "-";
+  InputFlags input;
+  LensFlag lens;
+  std::string extrinsics;
+};
+
+std::vector<std::string> FindingsOf(const Record& record) {
+  std::vector<std::string> findings;
+  for (const std::string& path : MissingFields(*record.message)) {
+    findings.push_back(path + ": required, but not set");
+  }
+  for (const UnknownField& unknown : FindUnknownFields(*record.message)) {
+    findings.push_back(Describe(unknown));
+  }
+  return findings;
+}
+
+// The files named as records in a folder and in those below it, by their names.
+std::vector<std::string> RecordsIn(const std::string& folder) {
+  std::vector<std::string> paths;
+  std::error_code error;
+  const auto options = std::filesystem::directory_options::skip_permission_denied;
+  for (std::filesystem::recursive_directory_iterator i(folder, options, error), end;
+       !error && i != end; i.increment(error)) {
+    const std::string path = i->path().string();
+    const NameFacts facts = FactsFromName(path);
+    if (i->is_regular_file(error) && facts.type != nullptr && facts.format) paths.push_back(path);
+  }
+  if (error) throw Failure(folder + ": cannot be read: " + error.message());
+  std::sort(paths.begin(), paths.end());
+  return paths;
+}
+
+std::string Overview(const std::vector<std::string>& paths, const Flags& flags,
+                     const ChartOptions& options) {
+  std::deque<Record> kept;
+  std::vector<ReportedRecord> records;
+  std::vector<std::string> failures;
+  for (const std::string& path : paths) {
+    try {
+      kept.push_back(ReadRecord(path, flags.input));
+      records.push_back({&kept.back(), FindingsOf(kept.back())});
+    } catch (const Failure& failure) {
+      failures.emplace_back(failure.what());
+    }
+  }
+  if (records.empty()) {
+    throw Failure(failures.empty() ? flags.paths[0] + ": holds no file that is named as a record"
+                                   : failures[0],
+                  "Records are named like rig.RobotCalibration.binpb.");
+  }
+  return OverviewReport(records, failures, options);
+}
+
+std::string Report(const Flags& flags) {
+  ChartOptions options;
+  options.extrinsics = ExtrinsicsByName(flags.extrinsics);
+  options.lens = ReaderOf(flags.lens);
+  std::vector<std::string> paths;
+  bool overview = flags.paths.size() > 2;
+  for (const std::string& path : flags.paths) {
+    std::error_code error;
+    if (!std::filesystem::is_directory(path, error)) {
+      paths.push_back(path);
+      continue;
+    }
+    overview = true;
+    for (const std::string& inside : RecordsIn(path)) paths.push_back(inside);
+  }
+  if (overview) return Overview(paths, flags, options);
+  const std::vector<Record> records = ReadRecords(paths, flags.input);
+  const ReportedRecord first{&records[0], FindingsOf(records[0])};
+  if (records.size() == 1) return RecordReport(first, Schema(), options);
+  return DifferenceReport(first, {&records[1], FindingsOf(records[1])}, options);
+}
+
+}  // namespace
+
+void AddReport(Command* program, int* status) {
+  Command* command = program->AddCommand("report", "Writes a page on records, for a browser");
+  const auto flags = std::make_shared<Flags>();
+  command->AddOption("FILE", flags->paths, "The records, or folders of them")->Required();
+  command->AddOption("--output", flags->output_path, "The page to write; else standard output")
+      ->ValueName("OUT");
+  AddChoice(command, "--extrinsics", &flags->extrinsics, ExtrinsicsNames(),
+            "What a camera's extrinsics map; assumed is camera-from-body: from the body's frame to "
+            "the camera's");
+  flags->lens.AddTo(command, "What the distortion coefficients mean; auto goes by their numbers");
+  flags->input.AddTo(command);
+  command->Footer(
+      "Of one record: what it is, what checks find, its drawings, images and all its fields. Of "
+      "two "
+      "records of one type: what differs in the second. Of more, or of a folder, a line and a "
+      "small "
+      "drawing for each. The page is one file, which loads nothing from elsewhere.\n\n"
+      "Examples:\n"
+      "  calib report rig.RobotCalibration.binpb --output rig.html\n"
+      "  calib report october.FocusInfo.binpb november.FocusInfo.binpb --output focus.html\n"
+      "  calib report robots/ --output robots.html");
+  command->Callback([flags, status] {
+    WriteFile(flags->output_path, Report(*flags));
+    *status = kFine;
+  });
+}
+
+}  // namespace calib
