@@ -42,6 +42,8 @@ Chart ListChart(const google::protobuf::RepeatedField<float>& list, const std::s
     adder.Add(static_cast<size_t>(i), true, i, list.Get(i));
   }
   NoteCounts(static_cast<size_t>(list.size()), adder.left_out(), "value", &chart);
+  if (small && adder.left_out() > 0)
+    chart.notes[1] = std::to_string(adder.left_out()) + " not drawn";
   chart.series.push_back(std::move(series));
   return chart;
 }
