@@ -10,10 +10,14 @@ _TYPE = "calibration.RobotCalibration"
 
 
 class Build:
-    def __init__(self, folder):
+    """`linked` says how the opponent is: "shared", as a shared library, or "static"."""
+
+    def __init__(self, folder, linked):
         self.folder = folder
-        self.time = f"{folder}/benchmarks/benchmark_time"
-        self.instructions = f"{folder}/benchmarks/benchmark_instructions"
+        self.linked = linked
+        suffix = "_static" if linked == "static" else ""
+        self.time = f"{folder}/benchmarks/benchmark_time{suffix}"
+        self.instructions = f"{folder}/benchmarks/benchmark_instructions{suffix}"
         self.probe = f"{folder}/benchmarks/benchmark_probe"
         for program in (self.time, self.instructions, self.probe):
             if not os.path.exists(program):

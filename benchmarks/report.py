@@ -28,10 +28,11 @@ def main():
     parser.add_argument("--update", action="store_true")
     parser.add_argument("--cells", default="")
     parser.add_argument("--against", default="opponent", choices=["opponent", "dynamic"])
+    parser.add_argument("--opponent", default="shared", choices=["shared", "static"])
     parser.add_argument("--absolute", action="store_true")
     options = parser.parse_args()
 
-    build = Build(options.build)
+    build = Build(options.build, options.opponent)
     if options.instructions:
         ours_only = options.check or options.update
         results = instructions.count(build, options.cells, ["ours"] if ours_only else None)
@@ -39,7 +40,7 @@ def main():
         results = times.take(build, options.cells)
     if not results.values:
         sys.exit(f"benchmarks: no cell's \"operation/payload\" matches '{options.cells}'")
-    kept = f"{options.build}/{results.kind}.json"
+    kept = f"{options.build}/{results.kind}_{options.opponent}.json"
     results.save(kept)
 
     if options.check:
@@ -51,6 +52,9 @@ def main():
     if options.absolute:
         for side in dict.fromkeys(cell[0] for cell in results.values):
             table.print_absolute(results, side)
+    if "opponent" in build.libraries:
+        print("the opponent is " + {"shared": "a shared library, as ours is",
+                                    "static": "linked into the program"}[build.linked])
     table.print_results(results, options.against)
     if len(build.libraries) == 2:
         sizes = build.text_sizes()
