@@ -2822,8 +2822,8 @@ void CameraCalibration::CopyFrom(const CameraCalibration& from) {
   MergeFrom(from);
 }
 
-bool CameraCalibration::IsInitialized() const {
-  if (has_intrinsics() && !this->intrinsics().IsInitialized()) return false;
+__attribute__((flatten)) bool CameraCalibration::IsInitialized() const {
+  if (has_intrinsics() && !internal::IsInitialized(this->intrinsics())) return false;
   return true;
 }
 
@@ -2976,9 +2976,9 @@ void RobotCalibration::CopyFrom(const RobotCalibration& from) {
   MergeFrom(from);
 }
 
-bool RobotCalibration::IsInitialized() const {
+__attribute__((flatten)) bool RobotCalibration::IsInitialized() const {
   for (int i = camera_.size(); --i >= 0;) {
-    if (!camera_.Get(i).IsInitialized()) return false;
+    if (!internal::IsInitialized(camera_.Get(i))) return false;
   }
   return true;
 }
@@ -5534,8 +5534,8 @@ void PTZSystemCalibration::CopyFrom(const PTZSystemCalibration& from) {
   MergeFrom(from);
 }
 
-bool PTZSystemCalibration::IsInitialized() const {
-  if (has_other_cameras() && !this->other_cameras().IsInitialized()) return false;
+__attribute__((flatten)) bool PTZSystemCalibration::IsInitialized() const {
+  if (has_other_cameras() && !internal::IsInitialized(this->other_cameras())) return false;
   return true;
 }
 

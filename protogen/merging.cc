@@ -36,7 +36,7 @@ void $class$::CopyFrom(const $class$& from) {
   MergeFrom(from);
 }
 
-bool $class$::IsInitialized() const {
+$flat$bool $class$::IsInitialized() const {
 $checks$}
 )";
 
@@ -104,14 +104,15 @@ std::string InitializationChecks(const Message& message) {
     checks += Fill("if ((_has_bits_[0] & $mask$) != $mask$) return false;\n", mask);
   }
   for (const Field* field : message.reaching_required) {
-    checks += Fill(field->repeated
-                       ? R"(
+    checks +=
+        Fill(field->repeated
+                 ? R"(
 for (int i = $name$_.size(); --i >= 0;) {
-  if (!$name$_.Get(i).IsInitialized()) return false;
+  if (!internal::IsInitialized($name$_.Get(i))) return false;
 }
 )"
-                       : "if (has_$name$() && !this->$name$().IsInitialized()) return false;\n",
-                   {{"name", field->name}});
+                 : "if (has_$name$() && !internal::IsInitialized(this->$name$())) return false;\n",
+             {{"name", field->name}});
   }
   return checks + "return true;\n";
 }
@@ -125,7 +126,9 @@ std::string RenderMerging(const RenderedMessage& rendered) {
   if (!message.singular_groups.empty())
     merges += "const internal::uint32 bits = from._has_bits_[0];\n";
   for (const Group& group : message.singular_groups) merges += MergeGroup(group, rendered);
+  const char* const flat = message.reaching_required.empty() ? "" : "__attribute__((flatten)) ";
   return Fill(kMethods, {{"class", message.name},
+                         {"flat", flat},
                          {"merges", Indent(merges, 2)},
                          {"checks", Indent(InitializationChecks(message), 2)}});
 }

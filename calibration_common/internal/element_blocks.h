@@ -19,9 +19,9 @@
 #include <cstddef>
 #include <cstdint>
 #include <new>
-#include <typeinfo>
 
 #include "calibration_common/elements.h"
+#include "calibration_common/internal/object_model.h"
 
 namespace zarvo {
 namespace calibration_internal {
@@ -130,13 +130,6 @@ template <typename T>
 inline void MergeElements(const ::google::protobuf::RepeatedPtrField<T>& from,
                           ::google::protobuf::RepeatedPtrField<T>* to) {
   if (!from.empty()) AppendCopies(from, to);
-}
-
-// Whether an object's dynamic class is T. If it is, T's functions can be called past the virtual
-// table; a derived class may have its own.
-template <typename T>
-inline bool IsExactly(const T& object) {
-  return &typeid(object) == &typeid(T);
 }
 
 // Frees elements of `size` bytes that have been destroyed: those that stand side by side in a block

@@ -6,9 +6,23 @@
 #include <google/protobuf/message.h>
 
 #include <memory>
+#include <typeinfo>
 
 namespace zarvo {
 namespace calibration_internal {
+
+// Whether an object's dynamic class is T. If it is, T's functions can be called past the virtual
+// table; a derived class may have its own.
+template <typename T>
+inline bool IsExactly(const T& object) {
+  return &typeid(object) == &typeid(T);
+}
+
+// Whether all required fields are present.
+template <typename T>
+inline bool IsInitialized(const T& message) {
+  return IsExactly(message) ? message.T::IsInitialized() : message.IsInitialized();
+}
 
 // Hands `message` to the arena, which deletes it in the end; if that fails, deletes it at once.
 __attribute__((noinline)) inline void Own(::google::protobuf::Arena* arena,
