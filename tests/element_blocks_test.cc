@@ -416,6 +416,58 @@ TYPED_TEST(ElementBlocksTest, StandBesideDerivedClasses) {
   });
 }
 
+// One whose own functions are called wherever the element's would be.
+template <class Element>
+struct Watched : Element {
+  struct Calls {
+    int clears = 0, checks = 0, ends = 0;
+  };
+  explicit Watched(Calls* calls) : calls(calls) {}
+  ~Watched() override { ++calls->ends; }
+  void Clear() override {
+    ++calls->clears;
+    Element::Clear();
+  }
+  bool IsInitialized() const override {
+    ++calls->checks;
+    return calls->checks % 2 != 0;
+  }
+  Calls* calls;
+};
+
+TYPED_TEST(ElementBlocksTest, FunctionsOfDerivedClassesAreCalled) {
+  using Derived = Watched<typename TypeParam::Element>;
+  this->ForEachWay([&](typename TypeParam::Record* record, int count) {
+    typename Derived::Calls calls;
+    auto& elements = TypeParam::In(*record);
+    for (int i = 0; i < 3; ++i) elements.AddAllocated(new Derived(&calls));
+    elements.SwapElements(0, count);
+    record->Clear();
+    EXPECT_EQ(calls.clears, 3);
+    EXPECT_EQ(elements.ClearedCount(), count + 3);
+    this->Add(record, count);
+    EXPECT_EQ(elements.ClearedCount(), 3);
+    EXPECT_EQ(calls.ends, 0);
+    typename TypeParam::Record().Swap(record);
+    EXPECT_EQ(calls.ends, 3);
+  });
+}
+
+TEST(Elements, ChecksOfDerivedClassesAreCalled) {
+  Watched<CameraCalibration>::Calls camera_calls;
+  Watched<CameraIntrinsics>::Calls intrinsics_calls;
+  RobotCalibration robot;
+  robot.add_camera()->set_allocated_intrinsics(new Watched<CameraIntrinsics>(&intrinsics_calls));
+  EXPECT_TRUE(robot.IsInitialized());
+  EXPECT_FALSE(robot.IsInitialized());
+  EXPECT_EQ(intrinsics_calls.checks, 2);
+  robot.clear_camera();
+  robot.mutable_camera()->AddAllocated(new Watched<CameraCalibration>(&camera_calls));
+  EXPECT_TRUE(robot.IsInitialized());
+  EXPECT_FALSE(robot.IsInitialized());
+  EXPECT_EQ(camera_calls.checks, 2);
+}
+
 // What is made ahead for the elements behind one that is malformed is no element of the field.
 TYPED_TEST(ElementBlocksTest, AMalformedElementIsTheLast) {
   const std::string malformed = WireWriter().Tag(1, static_cast<WireType>(6)).bytes();
