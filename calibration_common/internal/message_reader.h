@@ -122,9 +122,10 @@ class MessageReader {
       size_t length;
       const uint8* body = FindBody(p + tag_size, end, &length);
       if (body == nullptr) break;
+      const uint8* const body_end = body + length;
       T* element = AppendElement(
           elements, &memory, [=] { return CountElements<kTag>(p, end, MostInBlock(sizeof(T))); });
-      p = MergeBody(body, body + length, element);
+      p = MergeBody(body, body_end, element);
     } while (p != nullptr && NextIs<kTag>(p, end));
     input_->UnsafeDecrementRecursionDepth();
     return p;
