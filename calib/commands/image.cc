@@ -111,14 +111,17 @@ CalibrationImage* MutableImage(Message* record, const std::string& path) {
   if (path.empty() && record->GetDescriptor() == CalibrationImage::descriptor()) {
     return static_cast<CalibrationImage*>(record);
   }
-  const Place place = FindPlace(*record, path);
-  if (place.field->message_type() != CalibrationImage::descriptor()) {
-    throw Failure("field path '" + path + "': " + place.field->name() + " is no image",
+  std::vector<Place> places;
+  ForEachPlace(
+      *record, path, Unset::kEmpty, [&](const Place& place) { places.push_back(place); },
+      [](const std::string& why) { throw Failure(why, "'calib image FILE' lists them."); });
+  if (places.size() != 1 || places[0].field->message_type() != CalibrationImage::descriptor()) {
+    throw Failure("field path '" + path + "' is not that of one image",
                   "Name one such as camera[0].intrinsics_image.");
   }
-  Message* holder = const_cast<Message*>(place.message);  // of a record that is ours to change
+  Message* holder = MutableHolder(places[0], record);
   return static_cast<CalibrationImage*>(
-      holder->GetReflection()->MutableMessage(holder, place.field));
+      holder->GetReflection()->MutableMessage(holder, places[0].field));
 }
 
 void Set(const Record& record, const Flags& flags) {

@@ -1,7 +1,7 @@
 #include "calib/commands/lens_reading.h"
 
 #include "calib/console/failure.h"
-#include "calib/tools/exporters.h"
+#include "calib/tools/export_lens.h"
 #include "calib/tools/lens_models.h"
 
 namespace calib {
@@ -26,7 +26,7 @@ LensReader ReaderOf(const LensFlag& flag) {
   return [chosen](const CameraIntrinsics& in) {
     LensReading reading;
     try {
-      const LensModel& model = CameraInfoModel(in, "intrinsics", chosen);
+      const LensModel& model = LensOf(in, "intrinsics", chosen);
       reading.model = model.name;
       if (chosen == nullptr) reading.model += " (by the numbers of coefficients)";
       reading.camera.lens = model.order == LensModel::Order::kFisheye ? Lens::kFisheye

@@ -130,17 +130,6 @@ class ValueReader {
   std::unique_ptr<Message> parsed_;
 };
 
-// The message that holds the field of the place.
-Message* Holder(const Place& place, Message* record) {
-  for (size_t i = 0; i + 1 < place.steps.size(); ++i) {
-    const Step& step = place.steps[i];
-    const Reflection* reflection = record->GetReflection();
-    record = step.index < 0 ? reflection->MutableMessage(record, step.field)
-                            : reflection->MutableRepeatedMessage(record, step.field, step.index);
-  }
-  return record;
-}
-
 void SetElement(const Message& value, const Place& place, Message* holder) {
   const Reflection* reflection = holder->GetReflection();
   holder->MergeFrom(value);  // behind the others
@@ -161,7 +150,7 @@ void RemoveElement(const Place& place, Message* holder) {
 
 void Clear(const Place& place, Message* record) {
   if (place.index < 0 && !IsSet(place)) return;  // nor are the messages around it to be set
-  Message* holder = Holder(place, record);
+  Message* holder = MutableHolder(place, record);
   place.index < 0 ? holder->GetReflection()->ClearField(holder, place.field)
                   : RemoveElement(place, holder);
 }
@@ -249,7 +238,7 @@ void Apply(const Assignment& assignment, Message* record) {
                     "Write = in place of +=.");
     }
     const std::unique_ptr<Message> value = ValueReader(assignment, place).Read();
-    Message* holder = Holder(place, record);
+    Message* holder = MutableHolder(place, record);
     if (place.index >= 0) {
       SetElement(*value, place, holder);
       continue;

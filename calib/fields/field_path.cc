@@ -243,4 +243,14 @@ bool IsSet(const Place& place) {
                                     : reflection->HasField(*place.message, place.field);
 }
 
+Message* MutableHolder(const Place& place, Message* record) {
+  for (size_t i = 0; i + 1 < place.steps.size(); ++i) {
+    const Step& step = place.steps[i];
+    const google::protobuf::Reflection* reflection = record->GetReflection();
+    record = step.index < 0 ? reflection->MutableMessage(record, step.field)
+                            : reflection->MutableRepeatedMessage(record, step.field, step.index);
+  }
+  return record;
+}
+
 }  // namespace calib

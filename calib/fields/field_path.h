@@ -51,6 +51,10 @@ void ForEachPlace(const google::protobuf::Message& record, const std::string& pa
 // Whether the field, or the element, is there.
 bool IsSet(const Place& place);
 
+// The message of the record that holds the field of a place in it. Sub-messages on the way become
+// set.
+google::protobuf::Message* MutableHolder(const Place& place, google::protobuf::Message* record);
+
 }  // namespace calib
 
 #endif  // CALIB_FIELDS_FIELD_PATH_H_
