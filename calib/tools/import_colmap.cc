@@ -114,7 +114,9 @@ void ImportRig(const Foreign& file, const LensModel* lens, RobotCalibration* rob
   for (const Foreign& camera : rigs[0].At({"cameras"}).Elements()) {
     CameraCalibration* calibration = robot->add_camera();
     const Foreign name = camera.At({"image_prefix"});
-    calibration->set_name(name.Text());
+    std::string folder = name.Text();
+    if (!folder.empty() && folder.back() == '/') folder.pop_back();
+    calibration->set_name(folder);
     if (const auto reference = camera.Find({"ref_sensor"})) reference->Text();
     const auto model = camera.Find({"camera_model_name"});
     const auto parameters = camera.Find({"camera_params"});
