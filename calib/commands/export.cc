@@ -40,13 +40,14 @@ std::vector<std::string> ExportFormats() {
 std::vector<CameraInRecord> Cameras(const Record& record, const Flags& flags,
                                     CameraCalibration* own) {
   const std::string file = record.name + ":";
+  const std::vector<Part> parts =
+      flags.camera.Choose(*record.message, record.name, {CameraCalibration::descriptor()});
   if (record.type == CameraIntrinsics::descriptor()) {
     own->mutable_intrinsics()->CopyFrom(*record.message);
     return {{own, file, file}};
   }
   std::vector<CameraInRecord> cameras;
-  for (const Part& part :
-       flags.camera.Choose(*record.message, record.name, {CameraCalibration::descriptor()})) {
+  for (const Part& part : parts) {
     cameras.push_back({static_cast<const CameraCalibration*>(part.message),
                        file + (part.path.empty() ? "" : " " + part.path),
                        file + " " + JoinPath(part.path, "intrinsics")});
@@ -83,9 +84,9 @@ void CheckNumber(const Record& record, const Flags& flags, const Exporter& expor
 }
 
 void Tell(const Record& record, const Flags& flags, const ExportRig& rig,
-          const std::vector<Leftover>& leftovers, const std::vector<std::string>& notes) {
+          const ExportReport& report) {
   TellLeftovers(record.name, flags.leftovers, [&](const LeftoverVisitor& visit) {
-    for (const Leftover& leftover : leftovers) visit(leftover);
+    for (const Leftover& leftover : report.leftovers) visit(leftover);
   });
   for (const ExportCamera& camera : rig.cameras) {
     if (rig.options.lens != nullptr) break;
@@ -93,7 +94,7 @@ void Tell(const Record& record, const Flags& flags, const ExportRig& rig,
     Note(place + (place.back() == ':' ? " " : ": ") + CoefficientCounts(camera.intrinsics()) +
          " are written as " + (camera.form->word.empty() ? camera.form->lens : camera.form->word));
   }
-  for (const std::string& note : notes) Note(record.name + ": " + note);
+  for (const std::string& note : report.notes) Note(record.name + ": " + note);
 }
 
 // That each file has a name of its own, or needs none.
@@ -137,13 +138,12 @@ void Export(const Flags& flags) {
         Foreign::Parse(InputName(flags.projection_path), ReadFile(flags.projection_path)),
         cameras[0], &options);
   }
-  std::vector<Leftover> leftovers;
-  std::vector<std::string> notes;
-  const ExportRig rig = PrepareRig(exporter, cameras, options, &leftovers, &notes);
-  const std::vector<ExportedFile> files = exporter.write(rig, &notes);
+  ExportReport report;
+  const ExportRig rig = PrepareRig(exporter, cameras, options, &report);
+  const std::vector<ExportedFile> files = exporter.write(rig, &report);
   CheckNames(flags, record, files);
-  TellTransforms(rig, files, &notes);
-  Tell(record, flags, rig, leftovers, notes);
+  TellTransforms(rig, files, &report);
+  Tell(record, flags, rig, report);
   WriteAll(flags, files);
 }
 

@@ -46,7 +46,7 @@ std::string Imu() {
          ",\n    \"cam_time_offset_ns\": 0,\n    \"vignette\": []";
 }
 
-std::vector<ExportedFile> Write(const ExportRig& rig, std::vector<std::string>* notes) {
+std::vector<ExportedFile> Write(const ExportRig& rig, ExportReport* report) {
   std::string poses, lenses, sizes;
   for (const ExportCamera& camera : rig.cameras) {
     const std::string before = poses.empty() ? "\n      " : ",\n      ";
@@ -55,7 +55,7 @@ std::vector<ExportedFile> Write(const ExportRig& rig, std::vector<std::string>* 
     sizes += before + "[" + std::to_string(camera.intrinsics().width()) + ", " +
              std::to_string(camera.intrinsics().height()) + "]";
   }
-  notes->emplace_back(
+  report->notes.emplace_back(
       "calib_*_bias, imu_update_rate, *_std and cam_time_offset_ns are Basalt's defaults, since no "
       "record holds them: put those of your IMU");
   return {{"calibration.json", "{\n  \"value0\": {\n    \"T_imu_cam\": [" + poses +

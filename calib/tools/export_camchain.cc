@@ -26,7 +26,7 @@ std::string Camera(const ExportCamera& camera, size_t number, const std::string&
          name + "/image_raw\n";
 }
 
-std::vector<ExportedFile> WriteCamchain(const ExportRig& rig, std::vector<std::string>* notes) {
+std::vector<ExportedFile> WriteCamchain(const ExportRig& rig, ExportReport* report) {
   std::string text;
   const ExportCamera& first = rig.cameras[0];
   const bool from_first = !first.has_pose || first.pose.IsIdentity();
@@ -37,18 +37,18 @@ std::vector<ExportedFile> WriteCamchain(const ExportRig& rig, std::vector<std::s
     if (i > 0) transforms += Transform("T_cn_cnm1", RelativeTo(rig.cameras[i - 1], camera));
     text += Camera(camera, i, transforms);
   }
-  notes->emplace_back(kTopicNote);
+  report->notes.emplace_back(kTopicNote);
   return {{"camchain.yaml", text}};
 }
 
-std::vector<ExportedFile> WriteOpenVins(const ExportRig& rig, std::vector<std::string>* notes) {
+std::vector<ExportedFile> WriteOpenVins(const ExportRig& rig, ExportReport* report) {
   std::string text = kFileStorageHeader;
   for (size_t i = 0; i < rig.cameras.size(); ++i) {
     const ExportCamera& camera = rig.cameras[i];
     const RigidTransform pose = rig.conventions->FromRecord(Direction::kFromCamera, camera.pose);
     text += Camera(camera, i, Transform("T_imu_cam", pose));
   }
-  notes->emplace_back(kTopicNote);
+  report->notes.emplace_back(kTopicNote);
   return {{"kalibr_imucam_chain.yaml", text}};
 }
 

@@ -47,13 +47,13 @@ std::string CameraInfo(const ExportCamera& camera, const ExportOptions& options)
   return std::string(out.c_str()) + "\n";
 }
 
-std::vector<ExportedFile> Write(const ExportRig& rig, std::vector<std::string>* notes) {
+std::vector<ExportedFile> Write(const ExportRig& rig, ExportReport* report) {
   std::vector<ExportedFile> files;
   for (const ExportCamera& camera : rig.cameras) {
     files.push_back({CameraFileName(camera, ".yaml"), CameraInfo(camera, rig.options)});
   }
   if (rig.options.projection.empty()) {
-    notes->push_back(
+    report->notes.push_back(
         "rectification and projection are those of a single camera, since no record holds others; "
         "cv::stereoRectify computes them, --projection-from takes them of a file");
   }
@@ -68,8 +68,8 @@ std::vector<double> Matrix(const Foreign& file, const std::string& key, const st
   small[0] = static_cast<char>(small[0] - 'A' + 'a');
   const std::optional<Foreign> numbers = file.Find({list, small});
   if (!numbers) file.Refuse("has no " + key, "Name a camera_info, a file or a message.");
-  const std::vector<double> data = numbers->Numbers();
-  if (data.size() != static_cast<size_t>(3 * columns)) {
+  std::vector<double> data = numbers->Numbers();
+  if (data.size() != 3 * static_cast<size_t>(columns)) {
     numbers->Refuse(
         "has " + std::to_string(data.size()) + " numbers, expected " + std::to_string(3 * columns),
         "Correct it there.");

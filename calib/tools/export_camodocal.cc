@@ -1,6 +1,5 @@
 // camodocal, the camera files of VINS-Mono and VINS-Fusion. Where the cameras sit is part of the
 // estimator's own configuration, whose keys are written to a file of their own.
-#include "calib/console/printable.h"
 #include "calib/tools/export_text.h"
 #include "calib/tools/exporters.h"
 
@@ -21,10 +20,10 @@ std::string Map(const std::string& key, const std::vector<std::string>& names,
   return text;
 }
 
-std::string Camera(const ExportCamera& camera) {
+std::string Camera(const ExportCamera& camera, ExportReport* report) {
   const auto& in = camera.intrinsics();
   std::string text = kFileStorageHeader;
-  text += "model_type: " + camera.form->word + "\ncamera_name: " + Quoted(camera.name) +
+  text += "model_type: " + camera.form->word + "\ncamera_name: " + QuotedName(camera, "", report) +
           "\nimage_width: " + std::to_string(in.width()) +
           "\nimage_height: " + std::to_string(in.height()) + "\n";
   if (camera.form->word == kFisheye) {
@@ -37,15 +36,12 @@ std::string Camera(const ExportCamera& camera) {
          Map("projection_parameters", {"fx", "fy", "cx", "cy"}, Projection(camera));
 }
 
-std::vector<ExportedFile> Write(const ExportRig& rig, std::vector<std::string>* notes) {
+std::vector<ExportedFile> Write(const ExportRig& rig, ExportReport* report) {
   std::vector<ExportedFile> files;
   std::string poses;
   for (size_t i = 0; i < rig.cameras.size(); ++i) {
     const ExportCamera& camera = rig.cameras[i];
-    files.push_back({CameraFileName(camera, ".yaml"), Camera(camera)});
-    if (Printable(camera.name) != camera.name) {
-      notes->push_back(Below(camera.place, "name") + " is written without what is not printable");
-    }
+    files.push_back({CameraFileName(camera, ".yaml"), Camera(camera, report)});
     if (!camera.has_pose) continue;
     const RigidTransform pose = rig.conventions->FromRecord(Direction::kFromCamera, camera.pose);
     poses += FileStorageMatrix("body_T_cam" + std::to_string(i), 4, 4, "d", pose.Rows());

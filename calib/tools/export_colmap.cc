@@ -7,7 +7,7 @@ namespace calib {
 
 namespace {
 
-std::vector<ExportedFile> WriteList(const ExportRig& rig, std::vector<std::string>* /*notes*/) {
+std::vector<ExportedFile> WriteList(const ExportRig& rig, ExportReport* /*report*/) {
   std::string text = "# CAMERA_ID MODEL WIDTH HEIGHT PARAMS[]\n";
   for (size_t i = 0; i < rig.cameras.size(); ++i) {
     const ExportCamera& camera = rig.cameras[i];
@@ -24,14 +24,12 @@ std::string Field(const std::string& key, const std::string& value) {
 }
 
 // A camera's images are in a folder of its name.
-std::string Folder(const std::string& name) { return name + (name.back() == '/' ? "" : "/"); }
-
-std::vector<ExportedFile> WriteRig(const ExportRig& rig, std::vector<std::string>* notes) {
+std::vector<ExportedFile> WriteRig(const ExportRig& rig, ExportReport* report) {
   std::string text = "[\n  {\n    \"cameras\": [";
   for (size_t i = 0; i < rig.cameras.size(); ++i) {
     const ExportCamera& camera = rig.cameras[i];
     text += std::string(i == 0 ? "" : ",") +
-            "\n      {\n        \"image_prefix\": " + Quoted(Folder(camera.name));
+            "\n      {\n        \"image_prefix\": " + QuotedName(camera, "/", report);
     if (i == 0) {
       text += Field("ref_sensor", "true");
     } else if (camera.has_pose) {
@@ -45,8 +43,8 @@ std::vector<ExportedFile> WriteRig(const ExportRig& rig, std::vector<std::string
             Field("camera_params", "[" + NumberList(Parameters(camera)) + "]") + "\n      }";
   }
   if (rig.cameras[0].has_pose && !rig.cameras[0].pose.IsIdentity()) {
-    notes->push_back("COLMAP's rig begins at " + rig.cameras[0].name +
-                     ": where it sits itself is not written");
+    report->notes.push_back("COLMAP's rig begins at " + rig.cameras[0].name +
+                            ": where it sits itself is not written");
   }
   return {{"rig_config.json", text + "\n    ]\n  }\n]\n"}};
 }

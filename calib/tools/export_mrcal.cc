@@ -15,7 +15,7 @@ std::string Camera(const ExportCamera& camera) {
          std::to_string(in.width()) + ", " + std::to_string(in.height()) + " ],\n}\n";
 }
 
-std::vector<ExportedFile> Write(const ExportRig& rig, std::vector<std::string>* /*notes*/) {
+std::vector<ExportedFile> Write(const ExportRig& rig, ExportReport* /*report*/) {
   std::vector<ExportedFile> files;
   for (const ExportCamera& camera : rig.cameras) {
     files.push_back({CameraFileName(camera, ".cameramodel"), Camera(camera)});

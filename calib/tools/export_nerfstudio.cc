@@ -24,7 +24,7 @@ std::string Intrinsics(const ExportCamera& camera, const std::string& indent) {
   return text;
 }
 
-std::vector<ExportedFile> Write(const ExportRig& rig, std::vector<std::string>* notes) {
+std::vector<ExportedFile> Write(const ExportRig& rig, ExportReport* report) {
   const bool single = rig.cameras.size() == 1;
   std::string text = "{\n  \"camera_model\": \"" + rig.cameras[0].form->word + "\",\n";
   if (single) text += Intrinsics(rig.cameras[0], "  ");
@@ -36,7 +36,7 @@ std::vector<ExportedFile> Write(const ExportRig& rig, std::vector<std::string>* 
             (single ? "" : Intrinsics(camera, "      ")) + "      \"transform_matrix\": [\n" +
             RowLines(pose, "        ", ",\n") + "      ]\n    }";
   }
-  notes->emplace_back("frames are one for each camera, with a file_path that is a guess");
+  report->notes.emplace_back("frames are one for each camera, with a file_path that is a guess");
   return {{"transforms.json", text + "\n  ]\n}\n"}};
 }
 

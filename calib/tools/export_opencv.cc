@@ -1,11 +1,15 @@
 // OpenCV FileStorage in YAML: a camera as the calibration program writes it, and a pair in the two
 // files of stereo calibration.
+#include <cmath>
+
+#include "calib/console/failure.h"
 #include "calib/tools/export_text.h"
 #include "calib/tools/exporters.h"
 
 namespace calib {
 
 using zarvo::calibration::CameraIntrinsics;
+using zarvo::calibration::CameraIntrinsicsSamplePoints;
 
 namespace {
 
@@ -24,20 +28,31 @@ std::string Distortion(const std::string& key, const ExportCamera& camera) {
   return FileStorageMatrix(key, 1, camera.coefficients.size(), "d", camera.coefficients);
 }
 
-bool IsWhole(const zarvo::calibration::CameraIntrinsicsSamplePoints& sample) {
+bool IsWhole(const CameraIntrinsicsSamplePoints& sample) {
   return sample.has_img_x() && sample.has_img_y() && sample.has_tgt_x() && sample.has_tgt_y();
+}
+
+bool IsFinite(const CameraIntrinsicsSamplePoints& sample) {
+  return std::isfinite(sample.img_x()) && std::isfinite(sample.img_y()) &&
+         std::isfinite(sample.tgt_x()) && std::isfinite(sample.tgt_y());
 }
 
 // All samples as one view of a target that has a point for each, since a record does not tell
 // which view they belong to.
-std::string Samples(const ExportCamera& camera, std::vector<std::string>* notes) {
+std::string Samples(const ExportCamera& camera, ExportReport* report) {
   const CameraIntrinsics& in = camera.intrinsics();
   std::vector<double> image, target;
   for (const auto& sample : in.sample_points()) {
     if (!IsWhole(sample)) {
-      notes->push_back(Below(camera.intrinsics_place, "sample_points") +
-                       " are not written: not each has all of its coordinates");
+      report->leftovers.push_back({Below(camera.intrinsics_place, "sample_points") + " ",
+                                   "not kept: not each has all of its coordinates"});
       return "";
+    }
+    if (!IsFinite(sample) || !std::isfinite(in.tgt_z())) {
+      const size_t i = image.size() / 2;
+      throw Failure(Below(camera.intrinsics_place, "sample_points[" + std::to_string(i) + "]") +
+                        " has a coordinate that is not finite",
+                    "Correct it in the record.");
     }
     image.insert(image.end(), {sample.img_x(), sample.img_y()});
     target.insert(target.end(), {sample.tgt_x(), sample.tgt_y(), in.tgt_z()});
@@ -48,7 +63,7 @@ std::string Samples(const ExportCamera& camera, std::vector<std::string>* notes)
          FileStorageMatrix("image_points", 1, count, "\"2f\"", image);
 }
 
-std::string Camera(const ExportCamera& camera, std::vector<std::string>* notes) {
+std::string Camera(const ExportCamera& camera, ExportReport* report) {
   const CameraIntrinsics& in = camera.intrinsics();
   std::string text = kFileStorageHeader;
   if (in.has_width()) text += "image_width: " + std::to_string(in.width()) + "\n";
@@ -58,18 +73,18 @@ std::string Camera(const ExportCamera& camera, std::vector<std::string>* notes) 
   if (in.has_error_per_point()) {
     text += "avg_reprojection_error: " + NumberList({in.error_per_point()}) + "\n";
   }
-  return text + Samples(camera, notes);
+  return text + Samples(camera, report);
 }
 
-std::vector<ExportedFile> WriteCameras(const ExportRig& rig, std::vector<std::string>* notes) {
+std::vector<ExportedFile> WriteCameras(const ExportRig& rig, ExportReport* report) {
   std::vector<ExportedFile> files;
   for (const ExportCamera& camera : rig.cameras) {
-    files.push_back({CameraFileName(camera, ".yml"), Camera(camera, notes)});
+    files.push_back({CameraFileName(camera, ".yml"), Camera(camera, report)});
   }
   return files;
 }
 
-std::vector<ExportedFile> WritePair(const ExportRig& rig, std::vector<std::string>* notes) {
+std::vector<ExportedFile> WritePair(const ExportRig& rig, ExportReport* report) {
   std::string intrinsics = kFileStorageHeader + LensKeys(rig.cameras[0]);
   for (size_t i = 0; i < 2; ++i) {
     const std::string number = std::to_string(i + 1);
@@ -80,7 +95,8 @@ std::vector<ExportedFile> WritePair(const ExportRig& rig, std::vector<std::strin
   const std::string extrinsics = kFileStorageHeader +
                                  FileStorageMatrix("R", 3, 3, "d", {pose.r.begin(), pose.r.end()}) +
                                  FileStorageMatrix("T", 3, 1, "d", {pose.t.begin(), pose.t.end()});
-  notes->emplace_back("R1, R2, P1, P2 and Q are not written; cv::stereoRectify computes them");
+  report->notes.emplace_back(
+      "R1, R2, P1, P2 and Q are not written; cv::stereoRectify computes them");
   return {{"intrinsics.yml", intrinsics}, {"extrinsics.yml", extrinsics}};
 }
 

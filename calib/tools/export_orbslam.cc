@@ -27,7 +27,7 @@ std::string Transform(const std::string& key, const RigidTransform& transform) {
   return FileStorageMatrix(key, 4, 4, "f", transform.Rows());
 }
 
-std::vector<ExportedFile> Write(const ExportRig& rig, std::vector<std::string>* notes) {
+std::vector<ExportedFile> Write(const ExportRig& rig, ExportReport* report) {
   const ExportCamera& first = rig.cameras[0];
   std::string text = kFileStorageHeader;
   text += "File.version: \"1.0\"\nCamera.type: \"" + first.form->word + "\"\n";
@@ -43,11 +43,11 @@ std::vector<ExportedFile> Write(const ExportRig& rig, std::vector<std::string>* 
   if (first.has_pose && !(pair && first.pose.IsIdentity())) {
     text += Transform("IMU.T_b_c1", inverse(first.pose));
   }
-  notes->emplace_back(
-      "Camera.fps, Camera.RGB, ORBextractor.*, Viewer.* and, of a pair, Stereo.ThDepth are "
-      "settings that no calibration tells: add yours");
+  report->notes.emplace_back(
+      "Camera.fps, Camera.RGB, ORBextractor.*, Viewer.* and, of a pair, Stereo.ThDepth (and "
+      "Camera*.overlapping* of fisheyes) are settings that no calibration tells: add yours");
   if (pair && first.form->word == kFisheye && first.coefficients != rig.cameras[1].coefficients) {
-    notes->emplace_back(
+    report->notes.emplace_back(
         "ORB-SLAM3 1.0 reads k1 to k4 of Camera1 for Camera2, too; those of Camera2 are written "
         "as they are");
   }

@@ -155,12 +155,12 @@ void CheckAlike(const Exporter& exporter, const std::string& files, const Export
   }
 }
 
-void TellConversion(const Exporter& exporter, const ExportRig& rig,
-                    std::vector<std::string>* notes) {
+void TellConversion(const Exporter& exporter, const ExportRig& rig, ExportReport* report) {
   const Conventions& of = *rig.conventions;
   if (of.first_pixel != 0) {
-    notes->push_back("cx and cy are written plus 0.5, since the centre of the first pixel of " +
-                     of.files + " is at (0.5, 0.5)");
+    report->notes.push_back(
+        "cx and cy are written plus 0.5, since the centre of the first pixel of " + of.files +
+        " is at (0.5, 0.5)");
   }
   bool any = false, skewed = false;
   for (const ExportCamera& camera : rig.cameras) {
@@ -168,20 +168,19 @@ void TellConversion(const Exporter& exporter, const ExportRig& rig,
     skewed = skewed || camera.intrinsics().skew() != 0;
   }
   if (skewed && exporter.keeps.count("skew") != 0) {
-    notes->push_back("skew is written, but OpenCV, which reads it, projects without");
+    report->notes.push_back("skew is written, but OpenCV, which reads it, projects without");
   }
   if (!any) return;
   if (exporter.poses == Exporter::Poses::kNeeded && !rig.cameras[0].has_pose) {
-    notes->push_back(rig.cameras[0].name +
-                     " has no extrinsics, and is taken for the frame of reference");
+    report->notes.push_back(rig.cameras[0].name +
+                            " has no extrinsics, and is taken for the frame of reference");
   }
 }
 
 }  // namespace
 
 ExportRig PrepareRig(const Exporter& exporter, const std::vector<CameraInRecord>& cameras,
-                     const ExportOptions& options, std::vector<Leftover>* leftovers,
-                     std::vector<std::string>* notes) {
+                     const ExportOptions& options, ExportReport* report) {
   ExportRig rig{{}, &ConventionsOf(exporter.format), options};
   const std::string& files = rig.conventions->files;
   for (const CameraInRecord& from : cameras) {
@@ -203,17 +202,17 @@ ExportRig PrepareRig(const Exporter& exporter, const std::vector<CameraInRecord>
     camera.cy = rig.conventions->PixelFromRecord(in.cy());
     if (HoldsPoses(exporter, options)) TakePose(files, options.from_camera, &camera);
     VisitLeftovers(exporter, options, files, *from.camera, camera, fallback,
-                   [&](const Leftover& leftover) { leftovers->push_back(leftover); });
+                   [&](const Leftover& leftover) { report->leftovers.push_back(leftover); });
     rig.cameras.push_back(std::move(camera));
   }
   CheckPoses(exporter, files, rig);
   CheckAlike(exporter, files, rig);
-  TellConversion(exporter, rig, notes);
+  TellConversion(exporter, rig, report);
   return rig;
 }
 
 void TellTransforms(const ExportRig& rig, const std::vector<ExportedFile>& files,
-                    std::vector<std::string>* notes) {
+                    ExportReport* report) {
   using Direction = Conventions::Direction;
   bool any = false;
   for (const ExportCamera& camera : rig.cameras) any = any || camera.has_pose;
@@ -231,7 +230,7 @@ void TellTransforms(const ExportRig& rig, const std::vector<ExportedFile>& files
                 : transform.direction == Direction::kFromCamera ? ", from the camera"
                                                                 : ", from the camera before");
   }
-  notes->push_back(
+  report->notes.push_back(
       std::string("extrinsics, taken to map ") + (rig.options.from_camera ? "from" : "to") +
       " the camera (--extrinsics), are written as " + written +
       (rig.conventions->axes == Conventions::Axes::kOpenGl ? ", with the axes of OpenGL" : ""));

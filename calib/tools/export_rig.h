@@ -59,6 +59,12 @@ struct ExportedFile {
   std::string text;
 };
 
+// What the user should know of it: what is not kept, and what has been made of the rest.
+struct ExportReport {
+  std::vector<Leftover> leftovers;
+  std::vector<std::string> notes;
+};
+
 // What a file holds, and how it is written.
 struct Exporter {
   enum class Poses {
@@ -79,19 +85,18 @@ struct Exporter {
   size_t least = 1, most = 0;  // cameras that are written together; 0: any number
   bool file_a_camera = false;  // else all are in one file, or in the files of a rig
   bool numbered = false;       // cameras are called cam0, cam1, ...
-  std::vector<ExportedFile> (*write)(const ExportRig& rig, std::vector<std::string>* notes);
+  std::vector<ExportedFile> (*write)(const ExportRig& rig, ExportReport* report);
 };
 
 // Throws Failure if the record lacks what the file must have, has numbers that no camera can have,
 // or extrinsics that are no rigid transform where the file wants one. Adds what is not kept, and
 // what the user should know of the conversion.
 ExportRig PrepareRig(const Exporter& exporter, const std::vector<CameraInRecord>& cameras,
-                     const ExportOptions& options, std::vector<Leftover>* leftovers,
-                     std::vector<std::string>* notes);
+                     const ExportOptions& options, ExportReport* report);
 
 // Adds what became of the extrinsics.
 void TellTransforms(const ExportRig& rig, const std::vector<ExportedFile>& files,
-                    std::vector<std::string>* notes);
+                    ExportReport* report);
 
 // The name of a camera's file: what may not stand in one is replaced.
 std::string CameraFileName(const ExportCamera& camera, const std::string& extension);

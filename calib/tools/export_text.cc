@@ -48,9 +48,14 @@ std::string FileStorageMatrix(const std::string& key, size_t rows, size_t column
   return text + " ]\n";
 }
 
-std::string Quoted(const std::string& text) {
+std::string QuotedName(const ExportCamera& camera, const std::string& end, ExportReport* report) {
+  const std::string name = Printable(camera.name);
+  if (name != camera.name) {
+    report->leftovers.push_back(
+        {Below(camera.place, "name") + " ", "is written without what is not printable"});
+  }
   std::string quoted = "\"";
-  for (const char c : Printable(text)) {
+  for (const char c : name + end) {
     if (c == '"' || c == '\\') quoted += '\\';
     quoted += c;
   }

@@ -22,8 +22,9 @@ std::vector<double> Parameters(const ExportCamera& camera);
 std::string RowLines(const RigidTransform& transform, const std::string& begin,
                      const std::string& end);
 
-// In double quotes, as JSON and YAML read it; what is not printable is replaced.
-std::string Quoted(const std::string& text);
+// A name in double quotes, as JSON and YAML read it, with `end` behind it. What is not printable is
+// replaced, which is told.
+std::string QuotedName(const ExportCamera& camera, const std::string& end, ExportReport* report);
 
 // What OpenCV's FileStorage begins with, and a matrix.
 extern const char kFileStorageHeader[];

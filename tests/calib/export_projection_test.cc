@@ -377,13 +377,12 @@ bool Compare(const Tool& tool, const std::vector<CameraCalibration>& record, uns
   for (const CameraCalibration& camera : record) cameras.push_back({&camera, "file:", "file:"});
   ExportOptions options;
   options.folder = true;
-  std::vector<Leftover> leftovers;
-  std::vector<std::string> notes;
-  const ExportRig rig = PrepareRig(exporter, cameras, options, &leftovers, &notes);
-  for (const Leftover& leftover : leftovers) {
+  ExportReport report;
+  const ExportRig rig = PrepareRig(exporter, cameras, options, &report);
+  for (const Leftover& leftover : report.leftovers) {
     if (leftover.kind == Leftover::Kind::kLens) return false;
   }
-  const std::vector<Camera> read = tool.read(exporter.write(rig, &notes));
+  const std::vector<Camera> read = tool.read(exporter.write(rig, &report));
   EXPECT_EQ(read.size(), record.size());
   std::mt19937 random(seed);
   std::uniform_real_distribution<double> side(-1, 1), depth(1, 4);

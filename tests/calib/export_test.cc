@@ -39,8 +39,7 @@ CameraCalibration WithCoefficients(int k, int p) {
 
 struct Exported {
   std::vector<ExportedFile> files;
-  std::vector<Leftover> leftovers;
-  std::vector<std::string> notes;
+  ExportReport report;
 };
 
 Exported ExportAll(const std::vector<CameraCalibration>& cameras, const std::string& format,
@@ -52,9 +51,8 @@ Exported ExportAll(const std::vector<CameraCalibration>& cameras, const std::str
     in_record.push_back({&camera, place, place + ".intrinsics"});
   }
   Exported exported;
-  const ExportRig rig =
-      PrepareRig(exporter, in_record, options, &exported.leftovers, &exported.notes);
-  exported.files = exporter.write(rig, &exported.notes);
+  const ExportRig rig = PrepareRig(exporter, in_record, options, &exported.report);
+  exported.files = exporter.write(rig, &exported.report);
   return exported;
 }
 
@@ -227,7 +225,7 @@ TEST(ExportTest, LosesASkewWithTheLens) {
     if (exporter.least > 1) continue;
     const Exported exported = ExportAll({Camera("intrinsics { skew: 0.5 }")}, exporter.format, {});
     bool lost = false;
-    for (const Leftover& leftover : exported.leftovers)
+    for (const Leftover& leftover : exported.report.leftovers)
       lost = lost || leftover.kind == Leftover::Kind::kLens;
     EXPECT_EQ(lost, exporter.format != "ros" && exporter.format != "opencv") << exporter.format;
   }
