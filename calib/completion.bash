@@ -35,7 +35,7 @@ _calib() {
   elif [[ $word == -* ]]; then
     candidates=$(_calib_help $subcommand | grep -oE '^  (-h, )?--[a-z-]+' | grep -o -e '--.*')
   elif [[ -z $subcommand ]]; then
-    candidates=$(_calib_help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p')
+    candidates=$(_calib_help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z-]*\) .*/\1/p')
   elif [[ $subcommand == types ]]; then
     candidates=$(_calib_types)
   fi

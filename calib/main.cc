@@ -22,7 +22,7 @@ int Run(int argc, char** argv) {
       "Files are named NAME.TYPE.EXTENSION, such as rig.RobotCalibration.binpb, with the "
       "extensions binpb (binary), txtpb (text) and json. For other names, --type and --format tell "
       "what is in them. The file '-' is standard input or output.\n\n"
-      "Exit status: 0 fine, 1 a finding (check, diff) or nothing found (get, image), 2 trouble." +
+      "Exit status: 0 fine, 1 a finding (check, diff, residuals) or nothing found (get, image, project, unproject, undistort), 2 trouble." +
       std::string(kReadsJson ? ""
                              : "\n\nThis build writes JSON, but does not read it: its protobuf "
                                "run-time skips in silence what it does not understand there."));
@@ -41,6 +41,18 @@ int Run(int argc, char** argv) {
   AddImage(&program, &status);
   AddImport(&program, &status);
   AddExport(&program, &status);
+  AddProject(&program, &status);
+  AddUnproject(&program, &status);
+  AddUndistort(&program, &status);
+  AddUndistortImage(&program, &status);
+  AddRectify(&program, &status);
+  AddTransform(&program, &status);
+  AddConvertLens(&program, &status);
+  AddScale(&program, &status);
+  AddCrop(&program, &status);
+  AddBin(&program, &status);
+  AddRotate(&program, &status);
+  AddResiduals(&program, &status);
   try {
     program.Run(argc, argv);
   } catch (const Failure& failure) {

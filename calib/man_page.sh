@@ -44,7 +44,7 @@ printf '.SH DESCRIPTION\n'
 printf '.SH OPTIONS\n'
 "${calib[@]}" --help | sed '/^Subcommands:/,$d' | body
 printf '.SH SUBCOMMANDS\n'
-"${calib[@]}" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p' | while read -r subcommand; do
+"${calib[@]}" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z-]*\) .*/\1/p' | while read -r subcommand; do
   printf '.SS %s\n%s\n.PP\n' "$subcommand" "$(usage "$subcommand")"
   "${calib[@]}" "$subcommand" --help | sed -n '1s/$/./p'
   "${calib[@]}" "$subcommand" --help | body

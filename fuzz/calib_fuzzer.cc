@@ -1,11 +1,13 @@
 // Any file that the command calib reads: it is refused, with the file's name and what is wrong, or
 // it makes a record that is read back as it was from each format that can hold it. No file takes
-// more memory than its size lets it.
+// more memory than its size lets it. What calib computes with the cameras of a record is a number,
+// or told to be none.
 //
 // Which reader a target is about, calib_fuzzer_reader.cc says; see kReaders.
 #include <google/protobuf/message.h>
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 #include <string>
 #include <vector>
@@ -14,9 +16,11 @@
 #include "calib/console/failure.h"
 #include "calib/fields/compare.h"
 #include "calib/formats/codec.h"
+#include "calib/tools/camera_geometry.h"
 #include "calib/tools/foreign.h"
 #include "calib/tools/foreign_tree.h"
 #include "calib/tools/import_formats.h"
+#include "calib/tools/rig_geometry.h"
 #include "fuzz/fuzzer.h"
 #include "tests/support/peak_memory.h"
 #include "tests/support/reflect.h"
@@ -87,6 +91,28 @@ void CheckReadsBack(const Message& record) {
   }
 }
 
+// Computes with whatever cameras there are: each number is one, or it is told why there is none.
+void Compute(const Message& record) {
+  for (const GivenCamera& given : CamerasOf(record, kFile)) {
+    if (given.extrinsics != nullptr) Try([&] { TransformOf(given, ExtrinsicsFlags()); });
+    geometry::Camera camera;
+    const LensModel* model = nullptr;
+    if (!Try([&] { camera = GeometryOf(given, nullptr, &model); })) continue;
+    for (const geometry::Pixel& pixel :
+         {geometry::Pixel{0, 0}, {camera.cx, camera.cy}, {1.0 * camera.width, 7}}) {
+      const geometry::Direction direction = geometry::Unproject(camera, pixel);
+      const bool there = direction.status == geometry::Status::kOk;
+      Require(there == std::isfinite(direction.ray.z), "a direction is finite, or is none");
+      geometry::Project(camera, direction.ray);
+    }
+    for (const int quarters : {1, 2}) geometry::Rotate(camera, quarters);
+    geometry::Scale(camera, 2, 2);
+    geometry::DifferenceOptions coarse;
+    coarse.columns = 4;
+    geometry::Compare(camera, camera, coarse);
+  }
+}
+
 // The first byte of the input chooses the type.
 template <Format format>
 void ReadRecord(const std::string& input) {
@@ -97,7 +123,9 @@ void ReadRecord(const std::string& input) {
   Try([&] { record = Decode(format, type, kFile, chosen.bytes); });
   const bool fits = DecodeIfFits(format, type, chosen.bytes) != nullptr;
   Require(fits == (record != nullptr), "what fits is what can be read");
-  if (record != nullptr) CheckReadsBack(*record);
+  if (record == nullptr) return;
+  CheckReadsBack(*record);
+  Compute(*record);
 }
 
 // --- Files of other tools ------------------------------------------------------------------------
@@ -146,6 +174,7 @@ void Import(const std::string& name, const std::string& input) {
     for (const Foreign& file : files) file.ForEachLeftover(CheckLeftover);
   });
   if (!imported) return;
+  Compute(robot);
   for (const char* type : {"RobotCalibration", "CameraCalibration", "CameraIntrinsics"}) {
     Try([&] { CheckReadsBack(ImportedRecord(kFile, RecordType(type), robot, CheckLeftover)); });
   }

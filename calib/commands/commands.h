@@ -21,6 +21,18 @@ void AddDiff(Command* program, int* status);
 void AddGet(Command* program, int* status);
 void AddSet(Command* program, int* status);
 void AddMerge(Command* program, int* status);
+void AddProject(Command* program, int* status);
+void AddUnproject(Command* program, int* status);
+void AddUndistort(Command* program, int* status);
+void AddUndistortImage(Command* program, int* status);
+void AddRectify(Command* program, int* status);
+void AddTransform(Command* program, int* status);
+void AddConvertLens(Command* program, int* status);
+void AddScale(Command* program, int* status);
+void AddCrop(Command* program, int* status);
+void AddBin(Command* program, int* status);
+void AddRotate(Command* program, int* status);
+void AddResiduals(Command* program, int* status);
 
 }  // namespace calib
 

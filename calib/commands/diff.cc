@@ -2,6 +2,7 @@
 #include <memory>
 
 #include "calib/commands/commands.h"
+#include "calib/commands/diff_pixels.h"
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
@@ -20,6 +21,7 @@ struct Flags {
   Tolerance tolerance;
   std::string by;
   std::string color = "auto";
+  PixelFlags pixels;
 };
 
 std::string Line(const Difference& difference, bool color) {
@@ -42,6 +44,9 @@ MatchBy By(const std::string& name) {
 
 int Diff(const Flags& flags) {
   const std::vector<Record> records = ReadRecords({flags.before, flags.after}, flags.input);
+  if (flags.pixels.pixels) {
+    return DiffPixels(records[0], records[1], flags.pixels, flags.tolerance.absolute);
+  }
   const bool color = UseColor(flags.color);
   const Message &before = *records[0].message, &after = *records[1].message;
   const CameraMatch match(before, after, By(flags.by));
@@ -78,6 +83,7 @@ void AddDiff(Command* program, int* status) {
             "Match cameras by that; else by a name or a serial number that no other camera has on "
             "either side, and those that are left by their index");
   AddColor(command, &flags->color);
+  flags->pixels.AddTo(command);
   command->Footer(
       "One line for each field: its path, its value in A and its value in B; below the numbers of "
       "a "
@@ -90,6 +96,8 @@ void AddDiff(Command* program, int* status) {
       "Exit status: 0 no difference, 1 differences, 2 a file could not be read.\n\n"
       "Examples:\n"
       "  calib diff october.RobotCalibration.binpb november.RobotCalibration.binpb\n"
+      "  calib diff --pixels --tolerance 0.5 october.RobotCalibration.binpb "
+      "november.RobotCalibration.binpb\n"
       "  calib diff --tolerance 1e-6 a.CameraIntrinsics.binpb b.CameraIntrinsics.json");
   command->Callback([flags, status] { *status = Diff(*flags); });
 }

@@ -7,6 +7,7 @@
 #include "calib/console/file.h"
 #include "calib/formats/names.h"
 #include "calib/formats/record_writer.h"
+#include "calib/tools/import_fit.h"
 #include "calib/tools/import_formats.h"
 #include "calib/tools/leftovers.h"
 #include "calib/tools/lens_flag.h"
@@ -26,6 +27,7 @@ struct Flags {
   std::string output_path = "-";
   OutputFlags output;
   LensFlag lens;
+  FitFlags fit;
   LeftoverFlags leftovers;
 };
 
@@ -53,6 +55,16 @@ const ImportFormat& Format(const Flags& flags, const std::vector<Foreign>& files
                        [&](const ImportFormat& format) { return format.name == flags.source; });
 }
 
+void Fit(const std::vector<Foreign>& files, const ImportFormat& format, const Flags& flags,
+         RobotCalibration* robot) {
+  if (std::string(format.name) != "kalibr") {
+    throw Failure(
+        Names(flags.paths) + ": --fit is for files of kalibr, and this is of " + format.name,
+        "Leave --fit out; 'calib convert-lens' turns lenses that a record holds.");
+  }
+  FitCamchain(files[0], flags.fit, robot);
+}
+
 void Import(const Flags& flags) {
   RobotCalibration robot;
   const google::protobuf::Message* record = nullptr;
@@ -65,6 +77,7 @@ void Import(const Flags& flags) {
     failures.ThrowIfAny();
     const ImportFormat& format = Format(flags, files);
     format.import(files, flags.lens.model(), &robot);
+    if (!flags.fit.model.empty()) Fit(files, format, flags, &robot);
     const bool several = format.several_cameras || robot.camera_size() > 1;
     const Descriptor* type = OutputType(flags, several);
     TellLeftovers(Names(flags.paths), flags.leftovers, [&](const LeftoverVisitor& visit) {
@@ -98,6 +111,9 @@ void AddImport(Command* program, int* status) {
   flags->lens.AddTo(command,
                     "What the distortion coefficients mean where the file does not tell; auto goes "
                     "by their number, unless there are 4");
+  flags->fit.AddTo(command, "--fit",
+                   "Of Kalibr's omni, ds, eucm and fov cameras, which a record cannot hold, make "
+                   "cameras of this lens, fitted over the image");
   flags->leftovers.AddTo(command, true);
   command->Footer(
       "Reads the camera files of ROS, Kalibr and OpenVINS, OpenCV, EuRoC, mrcal, Basalt, COLMAP, "
@@ -108,6 +124,7 @@ void AddImport(Command* program, int* status) {
       "Examples:\n"
       "  calib import left.yaml --output left.CameraCalibration.binpb\n"
       "  calib import --from kalibr camchain.yaml --output rig.RobotCalibration.binpb\n"
+      "  calib import --from kalibr omni.yaml --fit equidistant\n"
       "  calib import --from opencv camera.xml\n"
       "  calib import --from opencv intrinsics.yml extrinsics.yml --as RobotCalibration");
   command->Callback([flags, status] {

@@ -64,6 +64,17 @@ Validator NumberFromZeroToBelow(double below) {
   return Number(0, below, false, "a number from 0 to below " + Shortest(below));
 }
 
+Validator NumberFromZeroToOne() {
+  return Number(0, std::nextafter(1.0, 2.0), false, "a number from 0 to 1");
+}
+
+Validator NumberAboveZero() {
+  const double infinity = std::numeric_limits<double>::infinity();
+  return Number(std::numeric_limits<double>::denorm_min(), infinity, false, "a number above 0");
+}
+
+Validator CountFromZero() { return Number(0, 1e9, true, "a whole number from 0"); }
+
 Validator CountFromOne() { return Number(1, 1e9, true, "a whole number from 1"); }
 
 }  // namespace calib

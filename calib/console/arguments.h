@@ -21,6 +21,9 @@ void AddColor(Command* command, std::string* value);
 // Checks for finite numbers; `below` is the first that is too large.
 Validator NumberFromZero();
 Validator NumberFromZeroToBelow(double below);
+Validator NumberFromZeroToOne();
+Validator NumberAboveZero();
+Validator CountFromZero();
 Validator CountFromOne();
 
 }  // namespace calib

@@ -175,6 +175,11 @@ Option* Option::Excludes(Option* other) {
   return this;
 }
 
+Option* Option::Values(int count) {
+  option_->expected(count);
+  return this;
+}
+
 Command* Command::AddCommand(const std::string& name, const std::string& description) {
   app_->require_subcommand(1);
   return &commands_.emplace_back(app_->add_subcommand(name, description));

@@ -33,6 +33,8 @@ class Option {
   // Puts another word in the place of a value, ahead of all checks so far.
   Option* Transform(std::function<void(std::string*)> transform);
   Option* Excludes(Option* other);
+  // How many values the option takes, each in a word of its own.
+  Option* Values(int count);
 
  private:
   CLI::Option* option_;

@@ -85,8 +85,9 @@ Difference Compare(const Camera& before, const Camera& after, const DifferenceOp
     return result;
   }
   const int columns = options.columns;
-  const int rows = std::max(
-      2, static_cast<int>(std::lround(1.0 * before.height / before.width * options.columns)));
+  // No more than makes a square of the grid ten times.
+  const double rows_wanted = std::round(1.0 * before.height / before.width * columns);
+  const int rows = static_cast<int>(std::min(std::max(rows_wanted, 2.0), 10.0 * columns));
   std::vector<Pixel> grid;
   for (int i = 0; i < columns * rows; ++i) {
     grid.push_back({1.0 * (i % columns) * (before.width - 1) / (columns - 1),

@@ -26,8 +26,8 @@ struct Sight {
 
 // What pixels of the image see, up to the angle.
 std::vector<Sight> Sights(const Camera& camera, int columns, double largest_angle) {
-  const int rows =
-      std::max(2, static_cast<int>(std::lround(1.0 * columns * camera.height / camera.width)));
+  const double rows_wanted = std::round(1.0 * columns * camera.height / camera.width);
+  const int rows = static_cast<int>(std::min(std::max(rows_wanted, 2.0), 10.0 * columns));
   std::vector<Pixel> pixels;
   for (int i = 0; i < columns * rows; ++i) {
     pixels.push_back({1.0 * (i % columns) * (camera.width - 1) / (columns - 1),

@@ -134,6 +134,18 @@ void Foreign::Lose(const std::string& why) const {
   notebook_->remarks.emplace(tree().line(index_), Leftover{Place(), why, Leftover::Kind::kLens});
 }
 
+void Foreign::TakeBackLosses() const {
+  const auto is_below = [this](const std::string& place) {
+    return place.find(": " + path_ + ".") != std::string::npos ||
+           place.find(": " + path_ + ": ") != std::string::npos;
+  };
+  Remarks& remarks = notebook_->remarks;
+  for (auto remark = remarks.begin(); remark != remarks.end();) {
+    const bool lost = remark->second.kind == Leftover::Kind::kLens;
+    remark = lost && is_below(remark->second.place) ? remarks.erase(remark) : std::next(remark);
+  }
+}
+
 std::string Foreign::NotKeptText(const std::string& why) const {
   return (IsText() ? Spell() + " " : "") + "not kept: " + why;
 }

@@ -73,6 +73,8 @@ class Foreign {
   void NotKept(const std::string& why) const;
   void Lose(const std::string& why) const;
   void Convert(const std::string& how) const;
+  // Forgets what Lose() said of this value and of those below it: they were kept after all.
+  void TakeBackLosses() const;
   // Visits all remarks, and makes NotKept() of what in and below this value was not used, topmost
   // values only.
   void ForEachLeftover(const LeftoverVisitor& visit) const;

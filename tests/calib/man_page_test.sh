@@ -26,7 +26,7 @@ count=0
 lines() {
   "$calib" "$@" --help | grep -vE '^(Usage: .*|[A-Z][a-z]*:|)$' | sed 's/^ *//' | tr -s ' '
 }
-subcommands=$("$calib" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z]*\) .*/\1/p')
+subcommands=$("$calib" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z-]*\) .*/\1/p')
 while IFS= read -r line; do
   [[ $shown == *"$line"* ]] || fail "the page lacks '$line', which --help prints"
   count=$((count + 1))

@@ -1,0 +1,117 @@
+#include "calib/commands/diff_pixels.h"
+
+#include <cmath>
+#include <cstdio>
+
+#include "calib/console/arguments.h"
+#include "calib/console/failure.h"
+#include "calib/console/file.h"
+#include "calib/console/number.h"
+#include "calib/tools/camera_geometry.h"
+
+namespace calib {
+
+namespace {
+
+constexpr double kRounding = 1e-9;  // pixels
+constexpr double kDegree = 3.14159265358979323846 / 180;
+
+std::string Rounded(double value, const char* format = "%.4g") {
+  char text[32];
+  std::snprintf(text, sizeof text, format, value);
+  return text;
+}
+
+// What was taken out, such as "turned by 0.2 degrees about 0 1 0".
+std::string TakenOut(const geometry::Difference& difference, const PixelFlags& flags) {
+  if (flags.no_fit) return "";
+  const geometry::Point turn = geometry::RotationVectorOf(difference.after_from_before);
+  const double angle = std::hypot(turn.x, turn.y, turn.z);
+  std::string text = "; a rotation of " + Rounded(angle / kDegree) + " degrees";
+  if (angle > 0) {
+    text += " about " + Rounded(turn.x / angle, "%.3f") + " " + Rounded(turn.y / angle, "%.3f") +
+            " " + Rounded(turn.z / angle, "%.3f");
+  }
+  if (flags.distance > 0) {
+    const double* m = difference.after_from_before.m;
+    text += " and a translation of " + Rounded(m[3]) + " " + Rounded(m[7]) + " " + Rounded(m[11]);
+  }
+  return text + " is taken out";
+}
+
+int DiffCamera(const GivenCamera& before, const GivenCamera& after, const PixelFlags& flags,
+               double tolerance) {
+  for (const GivenCamera* camera : {&before, &after}) RequireSize(*camera);
+  geometry::DifferenceOptions options;
+  options.fit = !flags.no_fit;
+  options.distance = flags.distance;
+  const geometry::Camera old_camera = GeometryOf(before, flags.lens.model());
+  const geometry::Camera new_camera = GeometryOf(after, flags.lens.model());
+  const geometry::Difference difference = geometry::Compare(old_camera, new_camera, options);
+  if (difference.status == geometry::Status::kNotACamera) {
+    throw Failure(after.place + ": is of images of another size than " + before.place,
+                  "Scale one of them ('calib scale'), then compare.");
+  }
+  if (difference.status != geometry::Status::kOk) {
+    throw Failure(before.place + " and " + after.place + ": see no three pixels alike",
+                  "Check --distortion-model.");
+  }
+  // What is left of two cameras that are the same is rounding.
+  if (difference.largest < kRounding && difference.compared == difference.pixels.size()) {
+    Print(before.name + ": no difference\n");
+    return kFine;
+  }
+  const size_t unseen = difference.pixels.size() - difference.compared;
+  Print(before.name + ": " + Rounded(difference.mean) + " pixels on average, " +
+        Rounded(difference.largest) + " at most, at " + Rounded(difference.where.u, "%.0f") + " " +
+        Rounded(difference.where.v, "%.0f") + TakenOut(difference, flags) +
+        (unseen == 0
+             ? ""
+             : "; " + std::to_string(unseen) + " of " + std::to_string(difference.pixels.size()) +
+                   " pixels are beyond one of the lenses") +
+        "\n");
+  return difference.largest > tolerance || unseen > 0 ? kFinding : kFine;
+}
+
+}  // namespace
+
+void PixelFlags::AddTo(Command* command) {
+  command->AddFlag("--pixels", pixels,
+                   "Tell by how many pixels cameras differ over their images, for points at "
+                   "infinity; --tolerance then is in pixels");
+  command
+      ->AddOption("--distance", distance,
+                  "With --pixels: for points at that distance, in the unit of the extrinsics")
+      ->Check(NumberAboveZero())
+      ->ValueName("D");
+  command->AddFlag("--no-fit", no_fit,
+                   "With --pixels: do not take out the rotation (with --distance, the rigid "
+                   "transform) that explains most of the difference");
+  lens.AddTo(command, "With --pixels: what k and p mean; auto goes by their numbers");
+}
+
+int DiffPixels(const Record& before, const Record& after, const PixelFlags& flags,
+               double tolerance) {
+  const std::vector<GivenCamera> old_cameras =
+      ChosenCameras(*before.message, before.name, CameraFlag());
+  const std::vector<GivenCamera> new_cameras =
+      ChosenCameras(*after.message, after.name, CameraFlag());
+  if (old_cameras.size() != new_cameras.size()) {
+    throw Failure(after.name + ": has " + std::to_string(new_cameras.size()) + " cameras, " +
+                      before.name + " has " + std::to_string(old_cameras.size()),
+                  "Compare records of the same cameras.");
+  }
+  int status = kFine;
+  for (size_t i = 0; i < old_cameras.size(); ++i) {
+    if (old_cameras[i].name != new_cameras[i].name) {
+      throw Failure(after.name + ": camera " + std::to_string(i) + " is called " +
+                        new_cameras[i].name + ", in " + before.name + " it is " +
+                        old_cameras[i].name,
+                    "Compare records of the same cameras in the same order.");
+    }
+    if (DiffCamera(old_cameras[i], new_cameras[i], flags, tolerance) != kFine) status = kFinding;
+  }
+  return status;
+}
+
+}  // namespace calib

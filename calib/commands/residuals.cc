@@ -1,0 +1,230 @@
+// calib residuals FILE
+#include <algorithm>
+#include <cmath>
+#include <cstdio>
+#include <memory>
+#include <set>
+
+#include "calib/commands/commands.h"
+#include "calib/console/arguments.h"
+#include "calib/console/failure.h"
+#include "calib/console/file.h"
+#include "calib/console/number.h"
+#include "calib/formats/record_reader.h"
+#include "calib/tools/camera_geometry.h"
+#include "calib/tools/lens_flag.h"
+
+namespace calib {
+namespace {
+
+using zarvo::calibration::CameraIntrinsics;
+
+struct Flags {
+  std::string path;
+  int views = 0;
+  int worst = 5;
+  InputFlags input;
+  CameraFlag camera;
+  LensFlag lens;
+};
+
+struct View {
+  int first;  // of the sample points
+  std::vector<geometry::TargetPoint> points;
+};
+
+// What a point's residual is.
+struct Residual {
+  int sample, view;
+  geometry::Pixel pixel;
+  double error;
+};
+
+std::string Rounded(double value) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.4g", value);
+  return text;
+}
+
+geometry::TargetPoint PointOf(const GivenCamera& given, int i) {
+  const auto& sample = given.intrinsics->sample_points(i);
+  const bool whole =
+      sample.has_img_x() && sample.has_img_y() && sample.has_tgt_x() && sample.has_tgt_y();
+  const double sum = 0.0 + sample.img_x() + sample.img_y() + sample.tgt_x() + sample.tgt_y();
+  if (!whole || !std::isfinite(sum)) {
+    throw Failure(given.place + ": sample_points[" + std::to_string(i) +
+                      "] lacks one of img_x, img_y, tgt_x and tgt_y, or has one that is not finite",
+                  "Correct it in the record.");
+  }
+  return {sample.tgt_x(), sample.tgt_y(), {sample.img_x(), sample.img_y()}};
+}
+
+// A view ends where the target's points start anew: where one comes that the view has already.
+std::vector<View> ViewsOf(const GivenCamera& given, int count) {
+  std::vector<View> views;
+  const int samples = given.intrinsics->sample_points_size();
+  if (count > 0 && samples % count != 0) {
+    throw Failure(given.place + ": has " + std::to_string(samples) +
+                      " sample_points, which do not make " + std::to_string(count) +
+                      " views of one size",
+                  "Leave --views out: views are told by the target's points starting anew.");
+  }
+  std::set<std::pair<double, double>> seen;
+  for (int i = 0; i < samples; ++i) {
+    const geometry::TargetPoint point = PointOf(given, i);
+    const bool anew = !seen.insert({point.x, point.y}).second;
+    if (i == 0 || (count > 0 ? i % (samples / count) == 0 : anew)) {
+      views.push_back({i, {}});
+      seen = {{point.x, point.y}};
+    }
+    views.back().points.push_back(point);
+  }
+  return views;
+}
+
+double Rms(const std::vector<Residual>& residuals) {
+  double sum = 0;
+  for (const Residual& residual : residuals) sum += residual.error * residual.error;
+  return residuals.empty() ? 0 : std::sqrt(sum / static_cast<double>(residuals.size()));
+}
+
+// The residuals of a view, whose pose is refitted.
+std::vector<Residual> ResidualsOf(const geometry::Camera& camera, double z, const View& view,
+                                  int number, std::string* line) {
+  const geometry::Pose pose = geometry::FitPose(camera, z, view.points);
+  *line = "  view " + std::to_string(number) + ": " + std::to_string(view.points.size()) +
+          " points from sample_points[" + std::to_string(view.first) + "], ";
+  if (pose.status != geometry::Status::kOk) {
+    *line += pose.status == geometry::Status::kNoSolution
+                 ? "too few, or on a line: left out\n"
+                 : "one of which " + std::string(geometry::Explain(pose.status)) + ": left out\n";
+    return {};
+  }
+  *line += "RMS " + Rounded(pose.rms) + "\n";
+  std::vector<Residual> residuals;
+  for (size_t i = 0; i < view.points.size(); ++i) {
+    const geometry::TargetPoint& point = view.points[i];
+    const geometry::Projected seen =
+        geometry::Project(camera, geometry::Apply(pose.camera_from_target, {point.x, point.y, z}));
+    const double error = std::hypot(seen.pixel.u - point.pixel.u, seen.pixel.v - point.pixel.v);
+    residuals.push_back({view.first + static_cast<int>(i), number, point.pixel, error});
+  }
+  return residuals;
+}
+
+// RMS in three by three parts of the image.
+std::string Regions(const std::vector<Residual>& residuals, const geometry::Camera& camera) {
+  std::vector<std::vector<Residual>> regions(9);
+  for (const Residual& residual : residuals) {
+    const auto third = [](double at, int size) {
+      return static_cast<int>(std::min(2.0, std::max(0.0, std::floor(3 * (at + 0.5) / size))));
+    };
+    const int region =
+        3 * third(residual.pixel.v, camera.height) + third(residual.pixel.u, camera.width);
+    regions[static_cast<size_t>(region)].push_back(residual);
+  }
+  std::string text = "  RMS by region, from the upper left:\n";
+  for (size_t i = 0; i < 9; ++i) {
+    const std::string cell = regions[i].empty() ? "-" : Rounded(Rms(regions[i]));
+    text += (i % 3 == 0 ? "    " : "  ") + cell +
+            std::string(10 - std::min<size_t>(10, cell.size()), ' ');
+    if (i % 3 != 2) continue;
+    text.erase(text.find_last_not_of(' ') + 1);
+    text += "\n";
+  }
+  return text;
+}
+
+std::string Worst(std::vector<Residual> residuals, int count) {
+  std::stable_sort(residuals.begin(), residuals.end(),
+                   [](const Residual& a, const Residual& b) { return a.error > b.error; });
+  residuals.resize(std::min(residuals.size(), static_cast<size_t>(count)));
+  std::string text = residuals.empty() ? "" : "  the worst:\n";
+  for (const Residual& residual : residuals) {
+    text += "    sample_points[" + std::to_string(residual.sample) +
+            "]: " + Rounded(residual.error) + " at " + Rounded(residual.pixel.u) + " " +
+            Rounded(residual.pixel.v) + ", view " + std::to_string(residual.view) + "\n";
+  }
+  return text;
+}
+
+int ResidualsOf(const GivenCamera& given, const Flags& flags) {
+  const CameraIntrinsics& in = *given.intrinsics;
+  if (in.sample_points_size() == 0) {
+    throw Failure(given.place + ": has no sample_points",
+                  "They come with an import of a file that holds them.");
+  }
+  RequireSize(given);
+  const geometry::Camera camera = GeometryOf(given, flags.lens.model());
+  const std::vector<View> views = ViewsOf(given, flags.views);
+  std::string lines;
+  std::vector<Residual> all;
+  for (size_t i = 0; i < views.size(); ++i) {
+    std::string line;
+    const std::vector<Residual> residuals =
+        ResidualsOf(camera, in.tgt_z(), views[i], static_cast<int>(i), &line);
+    all.insert(all.end(), residuals.begin(), residuals.end());
+    lines += line;
+  }
+  if (all.empty()) {
+    throw Failure(given.place + ": no view of its sample_points can be fitted",
+                  "Say how many views there are with --views N, or check --distortion-model.");
+  }
+  const double rms = Rms(all);
+  // Which norm error_per_point is of, nothing says; a third is more than norms of errors differ.
+  const bool disagrees = in.has_error_per_point() && !(std::abs(in.error_per_point() - rms) <=
+                                                       std::max(in.error_per_point(), rms) / 3);
+  Print(given.name + ": " + std::to_string(all.size()) + " points in " +
+        std::to_string(views.size()) + (views.size() == 1 ? " view" : " views") + ", RMS " +
+        Rounded(rms) + " pixels" +
+        (!in.has_error_per_point()
+             ? ""
+             : "; error_per_point is " + Shortest(in.error_per_point()) +
+                   (disagrees ? ", which differs by more than a third" : "")) +
+        "\n" + lines + Regions(all, camera) + Worst(all, flags.worst));
+  return disagrees || all.size() < static_cast<size_t>(in.sample_points_size()) ? kFinding : kFine;
+}
+
+int Residuals(const Flags& flags) {
+  const Record record = ReadRecord(flags.path, flags.input);
+  int status = kFine;
+  for (const GivenCamera& given : ChosenCameras(*record.message, record.name, flags.camera)) {
+    if (ResidualsOf(given, flags) != kFine) status = kFinding;
+  }
+  return status;
+}
+
+}  // namespace
+
+void AddResiduals(Command* program, int* status) {
+  Command* command =
+      program->AddCommand("residuals", "Tells how well intrinsics fit their sample points");
+  const auto flags = std::make_shared<Flags>();
+  command->AddOption("FILE", flags->path, "The record of the cameras")->Required();
+  command
+      ->AddOption("--views", flags->views,
+                  "The sample points are N views of one size; else a view ends where the target's "
+                  "points start anew")
+      ->Check(CountFromOne())
+      ->ValueName("N");
+  command->AddOption("--worst", flags->worst, "How many of the worst points to show; else 5")
+      ->Check(CountFromZero())
+      ->ValueName("N");
+  flags->input.AddTo(command);
+  flags->camera.AddTo(command);
+  flags->lens.AddTo(command,
+                    "What k and p mean; auto goes by their numbers: 4 k and no p are equidistant, "
+                    "else plumb_bob or rational_polynomial");
+  command->Footer(
+      "From where each view was taken is found anew, with the intrinsics as they are; what is left "
+      "are distances in pixels, whose root mean square is told of all, of each view and of nine "
+      "parts of the image.\n\n"
+      "Exit status: 0 fine, 1 the stored error_per_point differs by more than a third, or a view "
+      "cannot be fitted, 2 trouble.\n\n"
+      "Examples:\n"
+      "  calib residuals board.CameraCalibration.binpb\n"
+      "  calib residuals rig.RobotCalibration.binpb --camera 0 --views 12 --worst 20");
+  command->Callback([flags, status] { *status = Residuals(*flags); });
+}
+
+}  // namespace calib

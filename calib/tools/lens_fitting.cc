@@ -1,0 +1,81 @@
+#include "calib/tools/lens_fitting.h"
+
+#include <cstdio>
+
+#include "calib/console/arguments.h"
+#include "calib/console/failure.h"
+#include "calib/console/file.h"
+#include "calib/console/number.h"
+
+namespace calib {
+
+namespace {
+
+constexpr double kDegree = 3.14159265358979323846 / 180;
+
+std::string Rounded(double value, const char* format = "%.3g") {
+  char text[32];
+  std::snprintf(text, sizeof text, format, value);
+  return text;
+}
+
+// Makes an alias the name; other words stay, and are refused as what they are.
+void ToName(std::string* word) {
+  const LensModel* model = FindLensModel(*word);
+  if (model != nullptr && model->in_camera_info) *word = model->name;
+}
+
+std::string Degrees(double angle) { return Rounded(angle / kDegree, "%.1f") + " degrees"; }
+
+}  // namespace
+
+Option* FitFlags::AddTo(Command* command, const std::string& option,
+                        const std::string& description) {
+  Option* choice =
+      AddChoice(command, option, &model, CameraInfoModels(), description)->Transform(ToName);
+  command
+      ->AddOption("--max-error", max_error,
+                  "Refuse a lens that is further off anywhere, in pixels; else 0.5")
+      ->Check(NumberFromZero())
+      ->ValueName("PIXELS");
+  command
+      ->AddOption("--up-to", up_to,
+                  "Fit, and judge, what is up to that angle to the axis alone, in degrees")
+      ->Check(NumberFromZero())
+      ->ValueName("ANGLE");
+  return choice;
+}
+
+void FitFlags::Store(const geometry::Camera& camera, const std::string& place,
+                     zarvo::calibration::CameraIntrinsics* intrinsics) const {
+  const LensModel& target = *FindLensModel(model);
+  const bool fisheye = target.order == LensModel::Order::kFisheye;
+  geometry::FitOptions options;
+  options.max_error = max_error;
+  options.largest_angle = up_to * kDegree;
+  const geometry::FittedLens fitted =
+      geometry::FitLens(camera, fisheye ? geometry::Lens::kFisheye : geometry::Lens::kBrown,
+                        target.k() + target.p(), options);
+  if (fitted.status != geometry::Status::kOk) {
+    throw Failure(place + ": the image shows too little for a lens to be fitted",
+                  "Check its size, the lens, and --up-to.");
+  }
+  const std::string where = Rounded(fitted.where.u, "%.0f") + " " + Rounded(fitted.where.v, "%.0f");
+  const std::string holds =
+      fitted.angle < fitted.reach
+          ? "it holds up to " + Degrees(fitted.angle) + " of " + Degrees(fitted.reach)
+          : "it holds up to " + Degrees(fitted.reach) + ", all that was fitted";
+  const std::string error = "RMS " + Rounded(fitted.rms) + " pixels, at most " +
+                            Rounded(fitted.largest) + (fitted.unseen == 0 ? " at " + where : "");
+  const std::string what = place + (place.back() == ':' ? " " : ": ");
+  if (fitted.unseen > 0 || !(fitted.largest <= max_error)) {
+    throw Failure(
+        what + target.name + " cannot be the same lens: " + error +
+            (fitted.unseen > 0 ? ", and it does not see " + where + " at all" : "") + "; " + holds,
+        "--max-error accepts more, --up-to ANGLE leaves out what is further from the axis.");
+  }
+  Note(what + "is written as " + target.name + ": " + error + "; " + holds);
+  StoreGeometry(fitted.camera, target, intrinsics);
+}
+
+}  // namespace calib
