@@ -17,6 +17,7 @@ constexpr double kLeastPlot = 60;
 constexpr double kFinestCell = 2, kCoarsestCell = 64;
 constexpr double kFarStep = 14;  // marks of what lies far off are this far from each other
 
+constexpr size_t kMostAvoidedPoints = 500;
 constexpr size_t kMostAvoided = 100000;  // labels times lines: the time that it may take to be neat
 
 // How many ticks there is room for in a length where each takes `each`.
@@ -434,6 +435,16 @@ std::string ChartDrawing::FarOff(LabelPlaces* places) const {
   return svg;
 }
 
+void ChartDrawing::AvoidCurves(LabelPlaces* places) const {
+  for (const ChartSeries& series : chart_.series) {
+    if (!series.connected || series.points.size() > kMostAvoidedPoints) continue;
+    for (size_t i = 1; i < series.points.size(); ++i) {
+      const Pixel from = AtEdge(series.points[i - 1]), to = AtEdge(series.points[i]);
+      if (!series.points[i].after_gap) places->Avoid(from.x, from.y, to.x, to.y);
+    }
+  }
+}
+
 std::string ChartDrawing::Marks(LabelPlaces* places) const {
   std::string svg;
   for (const ChartMark& mark : chart_.marks) {
@@ -527,6 +538,7 @@ std::string ChartDrawing::Draw(size_t most_points, size_t most_bytes) const {
   }
   svg += Lines() + AreaBorder(&places);
   svg += Rectangle(chart_.verdict == Verdict::kFailed ? "r" : "f", x1_, y1_, x2_, y2_);
+  AvoidCurves(&places);
   svg += Marks(&places);
   svg += FarOff(&places);
   svg += Labels(&places);

@@ -51,6 +51,7 @@ class ChartDrawing {
   std::string Points(const ChartSeries& series) const;
   std::string Swarm(const std::vector<ChartPoint>& points, int color, double cell) const;
   std::string Swarms(size_t most_bytes) const;
+  void AvoidCurves(LabelPlaces* places) const;
   std::string FarOff(LabelPlaces* places) const;
   std::string Marks(LabelPlaces* places) const;
   std::string Labels(LabelPlaces* places) const;
