@@ -44,7 +44,7 @@ void AddConvert(Command* program, int* status) {
                    "Leave unknown fields out, and say so; text and JSON cannot hold them");
   command->Footer(
       "The output holds what the input holds, or is not written: JSON cannot hold text that is not "
-      "UTF-8, nor does it keep the sign of a zero.\n\n"
+      "UTF-8. Comments of a text are no part of a record.\n\n"
       "Examples:\n"
       "  calib convert rig.RobotCalibration.binpb rig.RobotCalibration.txtpb\n"
       "  calib convert rig.RobotCalibration.binpb - --to json | jq .camera[].name\n"

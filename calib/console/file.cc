@@ -9,6 +9,7 @@
 #include <climits>
 #include <cstdio>
 #include <cstring>
+#include <functional>
 #include <utility>
 #include <vector>
 
@@ -71,22 +72,47 @@ class Descriptor {
   int fd_;
 };
 
-// Writes all bytes; returns 0 or the error.
-int WriteAll(int fd, const std::string& bytes, const std::string& name) {
-  Progress progress("writing " + name, bytes.size());
-  for (size_t done = 0; done < bytes.size();) {
-    const ssize_t written = write(fd, bytes.data() + done, std::min(kBlock, bytes.size() - done));
-    if (written < 0 && errno != EINTR) return errno;
+// Hands bytes to a sink.
+using Produce = std::function<void(const Sink& sink)>;
+
+// Thrown through what produces the bytes.
+struct WriteError {
+  int number;
+};
+
+void WriteAll(int fd, const char* bytes, size_t size) {
+  for (size_t done = 0; done < size;) {
+    const ssize_t written = write(fd, bytes + done, std::min(kBlock, size - done));
+    if (written < 0 && errno != EINTR) throw WriteError{errno};
     if (written > 0) done += static_cast<size_t>(written);
-    progress.Update(done);
   }
-  return 0;
+}
+
+// Writes all that is produced; returns 0 or the error.
+int WriteAll(int fd, const Produce& produce) {
+  try {
+    produce([fd](const char* bytes, size_t size) { WriteAll(fd, bytes, size); });
+    return 0;
+  } catch (const WriteError& error) {
+    return error.number;
+  }
+}
+
+// Produces bytes that are there already, and shows how many are written.
+Produce Producer(const std::string& name, const std::string& bytes) {
+  return [&name, &bytes](const Sink& sink) {
+    Progress progress("writing " + name, bytes.size());
+    for (size_t done = 0; done < bytes.size(); done += kBlock) {
+      sink(bytes.data() + done, std::min(kBlock, bytes.size() - done));
+      progress.Update(std::min(done + kBlock, bytes.size()));
+    }
+  };
 }
 
 // Writing to a terminal, a pipe or a device: there is no file of before to keep.
-void WriteInPlace(int fd, const std::string& bytes, const std::string& name) {
+void WriteInPlace(int fd, const Produce& produce, const std::string& name) {
   Descriptor file(fd);
-  int error = WriteAll(file.fd(), bytes, name);
+  int error = WriteAll(file.fd(), produce);
   if (file.Close() != 0 && error == 0) error = errno;
   if (error == ENOSPC) throw Failure(name + ": cannot be written: " + Reason(error), "Make room.");
   if (error != 0) Fail(name, "cannot be written", error);
@@ -115,13 +141,19 @@ std::string Resolved(std::string path) {
 
 // `name` is what the user calls the file at `path`.
 void Replace(const std::string& name, const std::string& path, mode_t mode,
-             const std::string& bytes) {
+             const Produce& produce) {
   const size_t slash = path.find_last_of('/');
   const std::string folder = slash == std::string::npos ? "" : path.substr(0, slash + 1);
   const TemporaryFile temporary(folder);
   if (temporary.fd() < 0) Fail(name, "cannot be created", errno);
   Descriptor file(temporary.fd());
-  int error = WriteAll(file.fd(), bytes, name);
+  int error = 0;
+  try {
+    error = WriteAll(file.fd(), produce);
+  } catch (...) {
+    unlink(temporary.path().c_str());
+    throw;
+  }
   if (error == 0 && (fchmod(file.fd(), mode) != 0 || fsync(file.fd()) != 0)) error = errno;
   if (file.Close() != 0 && error == 0) error = errno;
   if (error == 0 && rename(temporary.path().c_str(), path.c_str()) != 0) error = errno;
@@ -171,9 +203,9 @@ std::string ReadFile(const std::string& path) {
   return bytes;
 }
 
-void WriteFile(const std::string& path, const std::string& bytes) {
-  if (path == "-") return Print(bytes);
+void WriteFile(const std::string& path, const Produce& produce) {
   const std::string name = OutputName(path);
+  if (path == "-") return WriteInPlace(STDOUT_FILENO, produce, name);
   struct stat status;
   const bool exists = stat(path.c_str(), &status) == 0;
   if (!exists && errno == ELOOP) Fail(name, "cannot be written", ELOOP);
@@ -181,12 +213,16 @@ void WriteFile(const std::string& path, const std::string& bytes) {
   if (exists && !S_ISREG(status.st_mode)) {
     const int fd = open(path.c_str(), O_WRONLY | O_CLOEXEC);
     if (fd < 0) Fail(name, "cannot be opened", errno);
-    return WriteInPlace(fd, bytes, name);
+    return WriteInPlace(fd, produce, name);
   }
-  Replace(name, Resolved(path), exists ? status.st_mode & 07777 : ModeForNewFiles(), bytes);
+  Replace(name, Resolved(path), exists ? status.st_mode & 07777 : ModeForNewFiles(), produce);
 }
 
-void Print(const std::string& text) { WriteInPlace(STDOUT_FILENO, text, OutputName("-")); }
+void WriteFile(const std::string& path, const std::string& bytes) {
+  WriteFile(path, Producer(OutputName(path), bytes));
+}
+
+void Print(const std::string& text) { WriteFile("-", text); }
 
 void Note(const std::string& text) {
   std::fprintf(stderr, "calib: %s\n", PrintableLines(text).c_str());

@@ -4,7 +4,10 @@
 #ifndef CALIB_CONSOLE_FILE_H_
 #define CALIB_CONSOLE_FILE_H_
 
+#include <functional>
 #include <string>
+
+#include "calib/console/sink.h"
 
 namespace calib {
 
@@ -20,6 +23,9 @@ std::string ReadFile(const std::string& path);
 // nobody ever sees half of it and a failure, or Ctrl-C, leaves the file of before in place and no
 // other behind.
 void WriteFile(const std::string& path, const std::string& bytes);
+// The same for what `produce` hands to the sink, piece by piece. What it throws leaves the file of
+// before in place, too, but for standard output, pipes and devices.
+void WriteFile(const std::string& path, const std::function<void(const Sink& sink)>& produce);
 
 // Writes to standard output.
 void Print(const std::string& text);

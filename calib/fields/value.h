@@ -18,7 +18,11 @@ std::string ShortValue(const google::protobuf::Message& message,
 std::string FullValue(const google::protobuf::Message& message,
                       const google::protobuf::FieldDescriptor* field, int index);
 
-// What a string or bytes field holds, as it is.
+// What a string or bytes field holds, as it is: where it stands, if it stands somewhere, else in
+// `scratch`. The one without a scratch is a copy.
+const std::string& TextIn(const google::protobuf::Message& message,
+                          const google::protobuf::FieldDescriptor* field, int index,
+                          std::string* scratch);
 std::string RawString(const google::protobuf::Message& message,
                       const google::protobuf::FieldDescriptor* field, int index);
 

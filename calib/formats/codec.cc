@@ -53,10 +53,19 @@ std::unique_ptr<Message> DecodeIfFits(Format format, const Descriptor* type,
   }
 }
 
-std::string Encode(Format format, const Message& record) {
-  if (format == Format::kBinary) return EncodeBinary(record);
+void Encode(Format format, const Message& record, const Sink& sink) {
+  if (format == Format::kBinary) {
+    const std::string bytes = EncodeBinary(record);
+    return sink(bytes.data(), bytes.size());
+  }
   CheckNothingUnknown(format, record);
-  return format == Format::kText ? EncodeText(record) : EncodeJson(record);
+  format == Format::kText ? EncodeText(record, sink) : EncodeJson(record, sink);
+}
+
+std::string Encode(Format format, const Message& record) {
+  std::string bytes;
+  Encode(format, record, [&](const char* piece, size_t size) { bytes.append(piece, size); });
+  return bytes;
 }
 
 }  // namespace calib

@@ -12,6 +12,7 @@
 #include <memory>
 #include <string>
 
+#include "calib/console/sink.h"
 #include "calib/formats/names.h"
 
 namespace calib {
@@ -26,6 +27,10 @@ std::unique_ptr<google::protobuf::Message> DecodeIfFits(Format format,
                                                         const google::protobuf::Descriptor* type,
                                                         const std::string& bytes);
 
+// Hands the bytes to the sink in pieces, of which text and JSON need not hold all at a time.
+// Nothing is handed out if the format cannot hold the record.
+void Encode(Format format, const google::protobuf::Message& record, const Sink& sink);
+// The bytes as a whole.
 std::string Encode(Format format, const google::protobuf::Message& record);
 
 }  // namespace calib

@@ -1,7 +1,7 @@
-// The run-time's converter is more particular than users want: it refuses records whose required
-// fields are missing, drops octets that are not UTF-8 without a word, and names no line. The type
-// resolver below tells it that nothing is required, what it wrote is read back, and where it gave
-// up is found out from how far it had read.
+// The run-time's converter is not what users want: it refuses records whose required fields are
+// missing, takes the last of two values for one key without a word, and names no line. The type
+// resolver below tells it that nothing is required, keys that are there twice are looked for, and
+// where it gave up is found out from how far it had read.
 #include "calib/formats/json_codec.h"
 
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
@@ -14,7 +14,6 @@
 #include <memory>
 
 #include "calib/console/failure.h"
-#include "calib/fields/compare.h"
 #include "calib/formats/binary_codec.h"
 #include "calib/formats/json_place.h"
 
@@ -129,6 +128,8 @@ void DecodeUnmarked(const std::string& name, const std::string& bytes, Message* 
   std::string binary;
   const Status status = ToBinary(*record, bytes, &binary);
   if (!status.ok()) Refuse(name, *record, bytes, status.ToString());
+  const std::string twice = DescribeKeyThatIsTwice(bytes);
+  if (!twice.empty()) throw Failure(name + twice, "Take one of them out.");
   DecodeBinary(name, binary, record);
 }
 
@@ -153,32 +154,9 @@ bool FitsJson(const std::string& bytes, Message* record) {
   std::string binary;
   const Status status = HasByteOrderMark(bytes) ? ToBinary(*record, Unmarked(bytes), &binary)
                                                 : ToBinary(*record, bytes, &binary);
-  if (!status.ok()) return false;
+  if (!status.ok() || !DescribeKeyThatIsTwice(bytes).empty()) return false;
   DecodeBinary("", binary, record);
   return true;
-}
-
-std::string EncodeJson(const Message& record) {
-  NothingRequired resolver;
-  google::protobuf::util::JsonOptions options;
-  options.add_whitespace = true;
-  std::string json;
-  const Status status = google::protobuf::util::BinaryToJsonString(
-      &resolver, UrlOf(record), EncodeBinary(record), &json, options);
-  const char* remedy = "Write it in the binary or the text format, which hold every record.";
-  if (!status.ok()) {
-    throw Failure("the record cannot be written as JSON: " + status.ToString(), remedy);
-  }
-  std::unique_ptr<Message> read(record.New());
-  DecodeJson("the JSON just written", json, read.get());
-  const std::vector<Difference> differences = Compare(record, *read, Tolerance());
-  if (!differences.empty()) {
-    throw Failure(differences.front().path +
-                      " cannot be written as JSON, which holds text in "
-                      "UTF-8 only",
-                  remedy);
-  }
-  return json;
 }
 
 }  // namespace calib

@@ -1,5 +1,6 @@
-// The JSON format, by the run-time's converter. It cannot hold unknown fields, nor text that is not
-// UTF-8.
+// The JSON format. It is read by the run-time's converter, but a key that is there twice is
+// refused, and written by json_writer.cc, which takes no memory for it. It cannot hold unknown
+// fields, nor text that is not UTF-8.
 #ifndef CALIB_FORMATS_JSON_CODEC_H_
 #define CALIB_FORMATS_JSON_CODEC_H_
 
@@ -7,13 +8,15 @@
 
 #include <string>
 
+#include "calib/console/sink.h"
+
 namespace calib {
 
 void DecodeJson(const std::string& name, const std::string& bytes,
                 google::protobuf::Message* record);
 // Reads the bytes if they are such a record; does not find out where and why they are not.
 bool FitsJson(const std::string& bytes, google::protobuf::Message* record);
-std::string EncodeJson(const google::protobuf::Message& record);
+void EncodeJson(const google::protobuf::Message& record, const Sink& sink);
 
 }  // namespace calib
 

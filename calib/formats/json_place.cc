@@ -4,7 +4,9 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <map>
 #include <sstream>
+#include <vector>
 
 namespace calib {
 
@@ -147,7 +149,69 @@ void Split(const std::string& message, std::string* path, std::string* what) {
   *what = colon == std::string::npos ? message : message.substr(colon + 2);
 }
 
+// An object or a list around a place.
+struct Around {
+  bool is_object;
+  bool at_key;  // else at a value
+  int index;    // of the element, in a list
+  std::string key;
+  std::map<std::string, size_t> keys;  // each with its place
+};
+
+// "wheelBase" and "wheel_base" name one field.
+std::string WithoutCase(const std::string& key) {
+  std::string result;
+  for (const char c : key) {
+    if (c != '_') result += static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+  }
+  return result;
+}
+
+std::string PathOf(const std::vector<Around>& around) {
+  std::string path;
+  for (const Around& part : around) {
+    if (!part.is_object) {
+      path += "[" + std::to_string(part.index) + "]";
+    } else {
+      path += (path.empty() ? "" : ".") + part.key;
+    }
+  }
+  return path;
+}
+
 }  // namespace
+
+std::string DescribeKeyThatIsTwice(const std::string& json) {
+  std::vector<Around> around;
+  for (size_t at = std::min(json.find('{'), json.size()); at < json.size();
+       at = SkipBlanks(json, at)) {
+    if (IsIn("{[", json[at])) {
+      around.push_back({json[at] == '{', json[at] == '{', 0, "", {}});
+      ++at;
+    } else if (IsIn("}]", json[at])) {
+      if (!around.empty()) around.pop_back();
+      ++at;
+    } else if (IsIn(",:", json[at])) {
+      if (!around.empty()) {
+        around.back().at_key = around.back().is_object && json[at] == ',';
+        if (json[at] == ',') ++around.back().index;
+      }
+      ++at;
+    } else {
+      if (!around.empty() && around.back().at_key) {
+        Around& object = around.back();
+        object.key = TextAt(json, at);
+        const auto added = object.keys.insert({WithoutCase(object.key), at});
+        if (!added.second) {
+          return ":" + LineAndColumn(json, at) + ": " + PathOf(around) +
+                 ": is there twice, first at " + LineAndColumn(json, added.first->second);
+        }
+      }
+      at = SkipText(json, at);
+    }
+  }
+  return "";
+}
 
 std::string LineAndColumn(const std::string& text, size_t offset) {
   const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(offset, text.size()));

@@ -26,6 +26,11 @@ size_t FindStop(size_t size,
 std::string DescribeJsonError(const std::string& json, const google::protobuf::Descriptor* type,
                               const std::string& message);
 
+// Of JSON that the converter found no fault with: the first key that an object has twice, in either
+// spelling of a field's name, as ":LINE:COLUMN: PATH: is there twice, first at LINE:COLUMN"; "" if
+// there is none.
+std::string DescribeKeyThatIsTwice(const std::string& json);
+
 }  // namespace calib
 
 #endif  // CALIB_FORMATS_JSON_PLACE_H_

@@ -53,9 +53,9 @@ void CheckTerminal(const std::string& path, Format format) {
 }
 
 // Encodes the record; where the format cannot hold it, the message names the file as well.
-std::string EncodeFor(const std::string& name, Format format, const Message& record) {
+void EncodeFor(const std::string& name, Format format, const Message& record, const Sink& sink) {
   try {
-    return Encode(format, record);
+    Encode(format, record, sink);
   } catch (const Failure& failure) {
     throw Failure(name + ": not written: " + failure.what(), failure.remedy());
   }
@@ -70,7 +70,7 @@ void WriteRecord(const std::string& path, const Message& record, const OutputFla
   CheckType(name, facts, record.GetDescriptor());
   if (!flags.partial) CheckRequiredFields(name, record);
   CheckTerminal(path, format);
-  WriteFile(path, EncodeFor(name, format, record));
+  WriteFile(path, [&](const Sink& sink) { EncodeFor(name, format, record, sink); });
 }
 
 void NoteLostComments(const Record& read, const std::string& path, const OutputFlags& flags) {

@@ -4,11 +4,17 @@
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 #include <google/protobuf/text_format.h>
 
+#include <vector>
+
 #include "calib/console/failure.h"
+#include "calib/fields/text_fields.h"
+#include "calib/fields/value.h"
 
 namespace calib {
 
+using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
+using google::protobuf::Reflection;
 using google::protobuf::TextFormat;
 
 namespace {
@@ -31,21 +37,142 @@ class FirstError : public google::protobuf::io::ErrorCollector {
   std::string place_, message_;
 };
 
-// Counts what is written to it, and keeps none of it.
-class SizeStream : public google::protobuf::io::ZeroCopyOutputStream {
+// What the run-time prints, on its way to a sink.
+class SinkStream : public google::protobuf::io::ZeroCopyOutputStream {
  public:
+  explicit SinkStream(BufferedSink* sink) : sink_(sink) {}
+  ~SinkStream() override { Flush(); }
+  SinkStream(const SinkStream&) = delete;
+  SinkStream& operator=(const SinkStream&) = delete;
+
   bool Next(void** data, int* size) override {
+    Flush();
     *data = block_;
     *size = sizeof block_;
+    used_ = sizeof block_;
     count_ += *size;
     return true;
   }
-  void BackUp(int count) override { count_ -= count; }
+  void BackUp(int count) override {
+    used_ -= static_cast<size_t>(count);
+    count_ -= count;
+  }
   google::protobuf::int64 ByteCount() const override { return count_; }
 
  private:
+  void Flush() {
+    sink_->Write(block_, used_);
+    used_ = 0;
+  }
+
+  BufferedSink* sink_;
   char block_[4096];
+  size_t used_ = 0;
   google::protobuf::int64 count_ = 0;
+};
+
+// Text of that size is escaped in pieces; of what is shorter, the run-time's printer holds all.
+constexpr size_t kLong = size_t{1} << 20;
+
+bool HasLongText(const Message& message) {
+  bool found = false;
+  ForEachText(message, [&](const FieldDescriptor*, const std::string& text,
+                           const std::function<std::string()>&) {
+    if (text.size() > kLong) found = true;
+  });
+  return found;
+}
+
+// Prints messages as the run-time does, but goes itself through those that have a long text in or
+// below them.
+class Printer {
+ public:
+  explicit Printer(BufferedSink* sink) : sink_(sink) {}
+
+  void Print(const Message& message, int indent) {
+    if (!HasLongText(message)) return PrintAtOnce(message, indent);
+    const Reflection* reflection = message.GetReflection();
+    std::vector<const FieldDescriptor*> fields;
+    reflection->ListFields(message, &fields);
+    for (const FieldDescriptor* field : fields) {
+      const int size = field->is_repeated() ? reflection->FieldSize(message, field) : -1;
+      switch (field->cpp_type()) {
+        case FieldDescriptor::CPPTYPE_STRING:
+          if (size < 0) PrintText(message, field, -1, indent);
+          for (int i = 0; i < size; ++i) PrintText(message, field, i, indent);
+          break;
+        case FieldDescriptor::CPPTYPE_MESSAGE:
+          if (size < 0) PrintInner(reflection->GetMessage(message, field), field, indent);
+          for (int i = 0; i < size; ++i) {
+            PrintInner(reflection->GetRepeatedMessage(message, field, i), field, indent);
+          }
+          break;
+        default:
+          PrintNumbers(message, field, size, indent);
+      }
+    }
+  }
+
+ private:
+  void PrintAtOnce(const Message& message, int indent) {
+    TextFormat::Printer printer;
+    printer.SetUseShortRepeatedPrimitives(true);
+    printer.SetInitialIndentLevel(indent);
+    SinkStream stream(sink_);
+    if (printer.Print(message, &stream)) return;
+    throw Failure("the record cannot be written as text", "Write it in the binary format.");
+  }
+
+  void Begin(const FieldDescriptor* field, int indent) {
+    sink_->Write(std::string(2 * static_cast<size_t>(indent), ' ') + field->name());
+  }
+
+  void PrintInner(const Message& inner, const FieldDescriptor* field, int indent) {
+    Begin(field, indent);
+    sink_->Write(" {\n");
+    Print(inner, indent + 1);
+    sink_->Write(std::string(2 * static_cast<size_t>(indent), ' ') + "}\n");
+  }
+
+  void PrintNumbers(const Message& message, const FieldDescriptor* field, int size, int indent) {
+    Begin(field, indent);
+    sink_->Write(size < 0 ? ": " + FullValue(message, field, -1) : ": [");
+    for (int i = 0; i < size; ++i) {
+      sink_->Write((i > 0 ? ", " : "") + FullValue(message, field, i));
+    }
+    sink_->Write(size < 0 ? "\n" : "]\n");
+  }
+
+  void PrintText(const Message& message, const FieldDescriptor* field, int index, int indent) {
+    Begin(field, indent);
+    std::string scratch;
+    const std::string& text = TextIn(message, field, index, &scratch);
+    sink_->Write(": \"");
+    for (size_t i = 0; i < text.size(); ++i) PrintEscaped(text[i]);
+    sink_->Write("\"\n");
+  }
+
+  void PrintEscaped(char c) {
+    const unsigned octet = static_cast<unsigned char>(c);
+    const char escape = c == '\n'                            ? 'n'
+                        : c == '\r'                          ? 'r'
+                        : c == '\t'                          ? 't'
+                        : c == '"' || c == '\'' || c == '\\' ? c
+                                                             : '\0';
+    if (escape != '\0') {
+      const char escaped[] = {'\\', escape};
+      sink_->Write(escaped, sizeof escaped);
+    } else if (octet < 0x20 || octet >= 0x7f) {
+      const char escaped[] = {'\\', static_cast<char>('0' + (octet >> 6)),
+                              static_cast<char>('0' + (octet >> 3 & 7)),
+                              static_cast<char>('0' + (octet & 7))};
+      sink_->Write(escaped, sizeof escaped);
+    } else {
+      sink_->Write(&c, 1);
+    }
+  }
+
+  BufferedSink* sink_;
 };
 
 }  // namespace
@@ -77,17 +204,10 @@ bool HasComments(const std::string& bytes) {
   return false;
 }
 
-std::string EncodeText(const Message& record) {
-  TextFormat::Printer printer;
-  printer.SetUseShortRepeatedPrimitives(true);
-  // A text that grows is there twice at times, and up to twice as long as it need be.
-  SizeStream size;
-  std::string text;
-  if (printer.Print(record, &size)) text.reserve(static_cast<size_t>(size.ByteCount()));
-  if (!printer.PrintToString(record, &text)) {
-    throw Failure("the record cannot be written as text", "Write it in the binary format.");
-  }
-  return text;
+void EncodeText(const Message& record, const Sink& sink) {
+  BufferedSink buffered(sink);
+  Printer(&buffered).Print(record, 0);
+  buffered.Flush();
 }
 
 }  // namespace calib

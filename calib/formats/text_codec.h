@@ -1,4 +1,5 @@
-// The text format, by the run-time's parser and printer. It cannot hold unknown fields.
+// The text format, by the run-time's parser and printer, but for long texts, which the printer
+// would hold as a whole with all that is escaped. It cannot hold unknown fields.
 #ifndef CALIB_FORMATS_TEXT_CODEC_H_
 #define CALIB_FORMATS_TEXT_CODEC_H_
 
@@ -6,13 +7,15 @@
 
 #include <string>
 
+#include "calib/console/sink.h"
+
 namespace calib {
 
 void DecodeText(const std::string& name, const std::string& bytes,
                 google::protobuf::Message* record);
 // Whether there is a comment in text that has been decoded.
 bool HasComments(const std::string& bytes);
-std::string EncodeText(const google::protobuf::Message& record);
+void EncodeText(const google::protobuf::Message& record, const Sink& sink);
 
 }  // namespace calib
 
