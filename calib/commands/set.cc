@@ -55,7 +55,7 @@ void AddSet(Command* program, int* status) {
       "camera[name=cam0] for those of that name.\n\n"
       "Examples:\n"
       "  calib set rig.RobotCalibration.binpb camera[0].name=left camera[1].name=right\n"
-      "  calib set rig.RobotCalibration.binpb 'camera[name=left].intrinsics.k=[-0.28, 0.07]'\n"
+      "  calib set rig.RobotCalibration.binpb 'camera[0].intrinsics.k=[-0.28, 0.07]'\n"
       "  calib set rig.RobotCalibration.binpb 'camera[*].serial=' --output bare.json");
   command->Callback([flags, status] {
     Set(*flags);
