@@ -399,7 +399,8 @@ std::string ChartDrawing::FarOff(LabelPlaces* places) const {
         continue;
       }
       const std::string x = RoundedText(point.x), y = RoundedText(point.y);
-      const std::string text = dx == 0 ? y : dy == 0 ? x : x + ", " + y;
+      std::string text = dx == 0 ? y : x;
+      if (dx != 0 && dy != 0) text.append(", ").append(y);
       far.push_back({place, dx, dy, 1, text, PointText(chart_, series, point)});
     }
   }

@@ -36,9 +36,10 @@ constexpr char kDarkShapes[] =
 std::string Colors(const char* const* palette) {
   std::string style;
   for (int i = 0; i < kColors; ++i) {
-    const std::string number = std::to_string(i), color = palette[i];
-    style += ".l" + number + ",.q" + number + "{stroke:" + color + "}.p" + number +
-             "{fill:" + color + "}";
+    const std::string number = std::to_string(i);
+    style.append(".l").append(number).append(",.q").append(number);
+    style.append("{stroke:").append(palette[i]).append("}.p").append(number);
+    style.append("{fill:").append(palette[i]).append("}");
   }
   return style;
 }

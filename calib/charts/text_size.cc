@@ -51,7 +51,8 @@ std::vector<std::string> WrapToWidth(const std::string& text, double width, doub
   std::istringstream words(text);
   std::string word, line;
   while (words >> word) {
-    const std::string longer = line.empty() ? word : line + " " + word;
+    std::string longer = line;
+    longer.append(line.empty() ? "" : " ").append(word);
     if (TextWidth(longer, size) <= width) {
       line = longer;
       continue;

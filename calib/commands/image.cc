@@ -16,7 +16,6 @@
 
 namespace calib {
 
-using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
 using zarvo::calibration::CalibrationImage;
 

@@ -7,6 +7,7 @@
 #include <memory>
 #include <system_error>
 
+#include "calib/checks/plausible.h"
 #include "calib/commands/commands.h"
 #include "calib/commands/lens_reading.h"
 #include "calib/console/arguments.h"
@@ -35,6 +36,10 @@ std::vector<std::string> FindingsOf(const Record& record) {
   }
   for (const UnknownField& unknown : FindUnknownFields(*record.message)) {
     findings.push_back(Describe(unknown));
+  }
+  for (const Finding& finding : FindImplausible(*record.message, kRotationTolerance)) {
+    findings.push_back((finding.path.empty() ? "" : finding.path + ": ") + finding.what + " (" +
+                       finding.rule + ")");
   }
   return findings;
 }

@@ -144,10 +144,13 @@ std::string TurnableRig(const Rig& rig) {
       places += (places.empty() ? "" : " ") + PlaceText(place);
       points += (points.empty() ? "" : " ") + Coordinate(at.x) + "," + Coordinate(at.y);
     }
-    drawing += Tag("polyline",
-                   Class(ColorClass(line.dashed ? "l d l" : "l l", line.color)) + " data-p=\"" +
-                       places + "\" points=\"" + points + "\"",
-                   "");
+    std::string attributes = Class(ColorClass(line.dashed ? "l d l" : "l l", line.color));
+    attributes.append(" data-p=\"")
+        .append(places)
+        .append("\" points=\"")
+        .append(points)
+        .append("\"");
+    drawing += Tag("polyline", attributes, "");
   }
   for (const RigName& name : rig.names) {
     const Place3 place = ball.At(name.place);

@@ -13,7 +13,7 @@ namespace {
 
 constexpr double kDegree = 3.14159265358979323846 / 180;
 
-std::string Rounded(double value, const char* format = "%.3g") {
+std::string Formatted(double value, const char* format = "%.3g") {
   char text[32];
   std::snprintf(text, sizeof text, format, value);
   return text;
@@ -25,7 +25,7 @@ void ToName(std::string* word) {
   if (model != nullptr && model->in_camera_info) *word = model->name;
 }
 
-std::string Degrees(double angle) { return Rounded(angle / kDegree, "%.1f") + " degrees"; }
+std::string Degrees(double angle) { return Formatted(angle / kDegree, "%.1f") + " degrees"; }
 
 }  // namespace
 
@@ -60,13 +60,14 @@ void FitFlags::Store(const geometry::Camera& camera, const std::string& place,
     throw Failure(place + ": the image shows too little for a lens to be fitted",
                   "Check its size, the lens, and --up-to.");
   }
-  const std::string where = Rounded(fitted.where.u, "%.0f") + " " + Rounded(fitted.where.v, "%.0f");
+  const std::string where =
+      Formatted(fitted.where.u, "%.0f") + " " + Formatted(fitted.where.v, "%.0f");
   const std::string holds =
       fitted.angle < fitted.reach
           ? "it holds up to " + Degrees(fitted.angle) + " of " + Degrees(fitted.reach)
           : "it holds up to " + Degrees(fitted.reach) + ", all that was fitted";
-  const std::string error = "RMS " + Rounded(fitted.rms) + " pixels, at most " +
-                            Rounded(fitted.largest) + (fitted.unseen == 0 ? " at " + where : "");
+  const std::string error = "RMS " + Formatted(fitted.rms) + " pixels, at most " +
+                            Formatted(fitted.largest) + (fitted.unseen == 0 ? " at " + where : "");
   const std::string what = place + (place.back() == ':' ? " " : ": ");
   if (fitted.unseen > 0 || !(fitted.largest <= max_error)) {
     throw Failure(
