@@ -22,7 +22,8 @@ int Run(int argc, char** argv) {
       "Files are named NAME.TYPE.EXTENSION, such as rig.RobotCalibration.binpb, with the "
       "extensions binpb (binary), txtpb (text) and json. For other names, --type and --format tell "
       "what is in them. The file '-' is standard input or output.\n\n"
-      "Exit status: 0 fine, 1 a finding (check, diff, residuals) or nothing found (get, image, project, unproject, undistort), 2 trouble." +
+      "Exit status: 0 fine, 1 a finding (check, diff, residuals) or nothing found (get, image, "
+      "project, unproject, undistort), 2 trouble." +
       std::string(kReadsJson ? ""
                              : "\n\nThis build writes JSON, but does not read it: its protobuf "
                                "run-time skips in silence what it does not understand there."));

@@ -1,12 +1,11 @@
 #include "calib/commands/diff_pixels.h"
 
 #include <cmath>
-#include <cstdio>
 
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
-#include "calib/console/number.h"
+#include "calib/console/number_rows.h"
 #include "calib/tools/camera_geometry.h"
 
 namespace calib {
@@ -16,25 +15,20 @@ namespace {
 constexpr double kRounding = 1e-9;  // pixels
 constexpr double kDegree = 3.14159265358979323846 / 180;
 
-std::string Rounded(double value, const char* format = "%.4g") {
-  char text[32];
-  std::snprintf(text, sizeof text, format, value);
-  return text;
-}
-
 // What was taken out, such as "turned by 0.2 degrees about 0 1 0".
 std::string TakenOut(const geometry::Difference& difference, const PixelFlags& flags) {
   if (flags.no_fit) return "";
   const geometry::Point turn = geometry::RotationVectorOf(difference.after_from_before);
   const double angle = std::hypot(turn.x, turn.y, turn.z);
-  std::string text = "; a rotation of " + Rounded(angle / kDegree) + " degrees";
+  std::string text = "; a rotation of " + ToDigits(angle / kDegree, 4) + " degrees";
   if (angle > 0) {
-    text += " about " + Rounded(turn.x / angle, "%.3f") + " " + Rounded(turn.y / angle, "%.3f") +
-            " " + Rounded(turn.z / angle, "%.3f");
+    text += " about " + ToDigits(turn.x / angle, 3) + " " + ToDigits(turn.y / angle, 3) + " " +
+            ToDigits(turn.z / angle, 3);
   }
   if (flags.distance > 0) {
     const double* m = difference.after_from_before.m;
-    text += " and a translation of " + Rounded(m[3]) + " " + Rounded(m[7]) + " " + Rounded(m[11]);
+    text += " and a translation of " + ToDigits(m[3], 4) + " " + ToDigits(m[7], 4) + " " +
+            ToDigits(m[11], 4);
   }
   return text + " is taken out";
 }
@@ -62,9 +56,10 @@ int DiffCamera(const GivenCamera& before, const GivenCamera& after, const PixelF
     return kFine;
   }
   const size_t unseen = difference.pixels.size() - difference.compared;
-  Print(before.name + ": " + Rounded(difference.mean) + " pixels on average, " +
-        Rounded(difference.largest) + " at most, at " + Rounded(difference.where.u, "%.0f") + " " +
-        Rounded(difference.where.v, "%.0f") + TakenOut(difference, flags) +
+  Print(before.name + ": " + ToDigits(difference.mean, 4) + " pixels on average, " +
+        ToDigits(difference.largest, 4) + " at most, at " +
+        std::to_string(std::lround(difference.where.u)) + " " +
+        std::to_string(std::lround(difference.where.v)) + TakenOut(difference, flags) +
         (unseen == 0
              ? ""
              : "; " + std::to_string(unseen) + " of " + std::to_string(difference.pixels.size()) +

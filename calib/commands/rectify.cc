@@ -1,11 +1,11 @@
 // calib rectify FILE --left CAMERA --right CAMERA
-#include <cstdio>
 #include <memory>
 
 #include "calib/commands/commands.h"
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
+#include "calib/console/number_rows.h"
 #include "calib/formats/record_reader.h"
 #include "calib/tools/lens_flag.h"
 #include "calib/tools/rig_geometry.h"
@@ -88,12 +88,6 @@ std::string Matrix(const std::string& name, const double* numbers, int rows, int
   return text + "]\n";
 }
 
-std::string Rounded(double value) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.6g", value);
-  return text;
-}
-
 void Rectify(const Flags& flags) {
   const Record record = ReadRecord(flags.path, flags.input);
   const Pair pair = PairOf(record, flags);
@@ -104,7 +98,7 @@ void Rectify(const Flags& flags) {
   const geometry::Rectified rectified =
       geometry::Rectify(left, right, pair.right_from_left, flags.options);
   CheckResult(record.name, pair, rectified);
-  Note(record.name + ": " + pair.right.name + " is " + Rounded(rectified.baseline) +
+  Note(record.name + ": " + pair.right.name + " is " + ToDigits(rectified.baseline, 6) +
        (rectified.vertical ? " below " : " right of ") + pair.left.name +
        ", in the unit of the extrinsics" + (rectified.vertical ? "; columns meet, not rows" : ""));
   WriteFile(flags.output_path, Matrix("R1", rectified.r1, 3, 3) + Matrix("R2", rectified.r2, 3, 3) +

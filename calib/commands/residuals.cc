@@ -1,7 +1,6 @@
 // calib residuals FILE
 #include <algorithm>
 #include <cmath>
-#include <cstdio>
 #include <memory>
 #include <set>
 
@@ -10,6 +9,7 @@
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/number.h"
+#include "calib/console/number_rows.h"
 #include "calib/formats/record_reader.h"
 #include "calib/tools/camera_geometry.h"
 #include "calib/tools/lens_flag.h"
@@ -39,12 +39,6 @@ struct Residual {
   geometry::Pixel pixel;
   double error;
 };
-
-std::string Rounded(double value) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.4g", value);
-  return text;
-}
 
 geometry::TargetPoint PointOf(const GivenCamera& given, int i) {
   const auto& sample = given.intrinsics->sample_points(i);
@@ -100,7 +94,7 @@ std::vector<Residual> ResidualsOf(const geometry::Camera& camera, double z, cons
                  : "one of which " + std::string(geometry::Explain(pose.status)) + ": left out\n";
     return {};
   }
-  *line += "RMS " + Rounded(pose.rms) + "\n";
+  *line += "RMS " + ToDigits(pose.rms, 4) + "\n";
   std::vector<Residual> residuals;
   for (size_t i = 0; i < view.points.size(); ++i) {
     const geometry::TargetPoint& point = view.points[i];
@@ -125,7 +119,7 @@ std::string Regions(const std::vector<Residual>& residuals, const geometry::Came
   }
   std::string text = "  RMS by region, from the upper left:\n";
   for (size_t i = 0; i < 9; ++i) {
-    const std::string cell = regions[i].empty() ? "-" : Rounded(Rms(regions[i]));
+    const std::string cell = regions[i].empty() ? "-" : ToDigits(Rms(regions[i]), 4);
     text += (i % 3 == 0 ? "    " : "  ") + cell +
             std::string(10 - std::min<size_t>(10, cell.size()), ' ');
     if (i % 3 != 2) continue;
@@ -142,8 +136,8 @@ std::string Worst(std::vector<Residual> residuals, int count) {
   std::string text = residuals.empty() ? "" : "  the worst:\n";
   for (const Residual& residual : residuals) {
     text += "    sample_points[" + std::to_string(residual.sample) +
-            "]: " + Rounded(residual.error) + " at " + Rounded(residual.pixel.u) + " " +
-            Rounded(residual.pixel.v) + ", view " + std::to_string(residual.view) + "\n";
+            "]: " + ToDigits(residual.error, 4) + " at " + ToDigits(residual.pixel.u, 4) + " " +
+            ToDigits(residual.pixel.v, 4) + ", view " + std::to_string(residual.view) + "\n";
   }
   return text;
 }
@@ -176,7 +170,7 @@ int ResidualsOf(const GivenCamera& given, const Flags& flags) {
                                                        std::max(in.error_per_point(), rms) / 3);
   Print(given.name + ": " + std::to_string(all.size()) + " points in " +
         std::to_string(views.size()) + (views.size() == 1 ? " view" : " views") + ", RMS " +
-        Rounded(rms) + " pixels" +
+        ToDigits(rms, 4) + " pixels" +
         (!in.has_error_per_point()
              ? ""
              : "; error_per_point is " + Shortest(in.error_per_point()) +

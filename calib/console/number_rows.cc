@@ -1,5 +1,6 @@
 #include "calib/console/number_rows.h"
 
+#include <cstdio>
 #include <cstdlib>
 #include <sstream>
 
@@ -48,6 +49,12 @@ std::string NumberLine(const std::vector<double>& numbers) {
   // Plus 0, so that nobody is asked what -0 means.
   for (const double number : numbers) line += (line.empty() ? "" : " ") + Shortest(number + 0.0);
   return line + "\n";
+}
+
+std::string ToDigits(double value, int digits) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%.*g", digits, value);
+  return text;
 }
 
 }  // namespace calib

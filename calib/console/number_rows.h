@@ -21,6 +21,9 @@ std::vector<NumberRow> NumberRows(const std::string& name, const std::string& te
 // Numbers as a line of such a table.
 std::string NumberLine(const std::vector<double>& numbers);
 
+// A number that is measured or computed, as a message tells it.
+std::string ToDigits(double value, int digits);
+
 }  // namespace calib
 
 #endif  // CALIB_CONSOLE_NUMBER_ROWS_H_

@@ -1,11 +1,11 @@
 #include "calib/tools/lens_fitting.h"
 
-#include <cstdio>
+#include <cmath>
 
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
-#include "calib/console/number.h"
+#include "calib/console/number_rows.h"
 
 namespace calib {
 
@@ -13,19 +13,13 @@ namespace {
 
 constexpr double kDegree = 3.14159265358979323846 / 180;
 
-std::string Formatted(double value, const char* format = "%.3g") {
-  char text[32];
-  std::snprintf(text, sizeof text, format, value);
-  return text;
-}
-
 // Makes an alias the name; other words stay, and are refused as what they are.
 void ToName(std::string* word) {
   const LensModel* model = FindLensModel(*word);
   if (model != nullptr && model->in_camera_info) *word = model->name;
 }
 
-std::string Degrees(double angle) { return Formatted(angle / kDegree, "%.1f") + " degrees"; }
+std::string Degrees(double angle) { return ToDigits(angle / kDegree, 3) + " degrees"; }
 
 }  // namespace
 
@@ -60,14 +54,15 @@ void FitFlags::Store(const geometry::Camera& camera, const std::string& place,
     throw Failure(place + ": the image shows too little for a lens to be fitted",
                   "Check its size, the lens, and --up-to.");
   }
-  const std::string where =
-      Formatted(fitted.where.u, "%.0f") + " " + Formatted(fitted.where.v, "%.0f");
+  const std::string where = std::to_string(std::lround(fitted.where.u)) + " " +
+                            std::to_string(std::lround(fitted.where.v));
   const std::string holds =
       fitted.angle < fitted.reach
           ? "it holds up to " + Degrees(fitted.angle) + " of " + Degrees(fitted.reach)
           : "it holds up to " + Degrees(fitted.reach) + ", all that was fitted";
-  const std::string error = "RMS " + Formatted(fitted.rms) + " pixels, at most " +
-                            Formatted(fitted.largest) + (fitted.unseen == 0 ? " at " + where : "");
+  const std::string error = "RMS " + ToDigits(fitted.rms, 3) + " pixels, at most " +
+                            ToDigits(fitted.largest, 3) +
+                            (fitted.unseen == 0 ? " at " + where : "");
   const std::string what = place + (place.back() == ':' ? " " : ": ");
   if (fitted.unseen > 0 || !(fitted.largest <= max_error)) {
     throw Failure(

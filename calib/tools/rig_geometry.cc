@@ -1,11 +1,11 @@
 #include "calib/tools/rig_geometry.h"
 
 #include <algorithm>
-#include <cstdio>
 
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
+#include "calib/console/number_rows.h"
 
 namespace calib {
 
@@ -15,12 +15,6 @@ namespace {
 
 constexpr double kMostDefect = 1e-4;
 constexpr double kRounding = 1e-9;  // a defect that is not worth a word
-
-std::string Rounded(double value) {
-  char text[32];
-  std::snprintf(text, sizeof text, "%.3g", value);
-  return text;
-}
 
 std::string Told(const std::string& direction) {
   if (direction == "from-camera") return "from-camera, from each camera to the common frame";
@@ -54,7 +48,7 @@ Transform TransformOf(const GivenCamera& camera, const ExtrinsicsFlags& flags) {
   if (defect <= kMostDefect && !flags.orthonormalize) return transform;
   if (!flags.orthonormalize) {
     throw Failure(place + " is no rotation and translation: R^T R differs from 1 by " +
-                      Rounded(defect) + ", which is more than " + Rounded(kMostDefect),
+                      ToDigits(defect, 3) + ", which is more than " + ToDigits(kMostDefect, 3),
                   "--orthonormalize takes the nearest rotation.");
   }
   if (!geometry::Orthonormalize(&transform)) {
@@ -63,7 +57,7 @@ Transform TransformOf(const GivenCamera& camera, const ExtrinsicsFlags& flags) {
         "Correct it in the record.");
   }
   if (defect > kRounding) {
-    Note(place + ": R^T R differed from 1 by " + Rounded(defect) + ", made a rotation");
+    Note(place + ": R^T R differed from 1 by " + ToDigits(defect, 3) + ", made a rotation");
   }
   return transform;
 }
