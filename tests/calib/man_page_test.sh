@@ -14,7 +14,7 @@ fail() {
 # The words, on one line.
 words() { tr -s ' \n' ' '; }
 
-export LC_ALL=C.UTF-8 MANROFFOPT='' MANWIDTH=400 MAN_KEEP_FORMATTING=''
+export LC_ALL=C.UTF-8 MANROFFOPT='' MANWIDTH=9999 MAN_KEEP_FORMATTING=''
 warnings=$(man --warnings -l "$page" 2>&1 >/dev/null)
 [[ -z $warnings ]] || fail "man warns: $warnings"
 warnings=$(groff -man -ww -z -Tutf8 "$page" 2>&1)
