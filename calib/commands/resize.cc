@@ -108,7 +108,7 @@ void Resize(const Flags& flags, const ResizeCamera& resize) {
 }
 
 std::shared_ptr<Flags> AddFlags(Command* command, const std::string& footer) {
-  const auto flags = std::make_shared<Flags>();
+  auto flags = std::make_shared<Flags>();
   command->AddOption("FILE", flags->path, "The record of the cameras")->Required();
   command->AddOption("--output", flags->output_path, "The file to write; else standard output")
       ->ValueName("OUT");

@@ -61,7 +61,7 @@ std::string Spelled(const Transform& transform, const std::string& form) {
   const double* m = transform.m;
   std::string text;
   if (form == "matrix") {
-    for (int row = 0; row < 4; ++row) {
+    for (size_t row = 0; row < 4; ++row) {
       text += "  " + NumberLine({m + 4 * row, m + 4 * row + 4});
     }
     return text;

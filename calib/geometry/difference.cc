@@ -7,6 +7,7 @@
 #include <cmath>
 
 #include "calib/geometry/calibration_geometry.h"
+#include "calib/geometry/grid.h"
 
 namespace zarvo {
 namespace calibration_geometry {
@@ -84,15 +85,7 @@ Difference Compare(const Camera& before, const Camera& after, const DifferenceOp
     result.status = Status::kNotACamera;
     return result;
   }
-  const int columns = options.columns;
-  // No more than makes a square of the grid ten times.
-  const double rows_wanted = std::round(1.0 * before.height / before.width * columns);
-  const int rows = static_cast<int>(std::min(std::max(rows_wanted, 2.0), 10.0 * columns));
-  std::vector<Pixel> grid;
-  for (int i = 0; i < columns * rows; ++i) {
-    grid.push_back({1.0 * (i % columns) * (before.width - 1) / (columns - 1),
-                    1.0 * (i / columns) * (before.height - 1) / (rows - 1)});
-  }
+  const std::vector<Pixel> grid = Grid(before, options.columns);
   std::vector<Direction> in_before(grid.size()), in_after(grid.size());
   Unproject(before, grid.data(), grid.size(), in_before.data());
   Unproject(after, grid.data(), grid.size(), in_after.data());

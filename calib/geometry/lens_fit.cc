@@ -4,6 +4,7 @@
 
 #include "calib/geometry/brown.h"
 #include "calib/geometry/calibration_geometry.h"
+#include "calib/geometry/grid.h"
 #include "calib/geometry/least_squares.h"
 
 namespace zarvo {
@@ -26,13 +27,7 @@ struct Sight {
 
 // What pixels of the image see, up to the angle.
 std::vector<Sight> Sights(const Camera& camera, int columns, double largest_angle) {
-  const double rows_wanted = std::round(1.0 * columns * camera.height / camera.width);
-  const int rows = static_cast<int>(std::min(std::max(rows_wanted, 2.0), 10.0 * columns));
-  std::vector<Pixel> pixels;
-  for (int i = 0; i < columns * rows; ++i) {
-    pixels.push_back({1.0 * (i % columns) * (camera.width - 1) / (columns - 1),
-                      1.0 * (i / columns) * (camera.height - 1) / (rows - 1)});
-  }
+  const std::vector<Pixel> pixels = Grid(camera, columns);
   std::vector<Direction> directions(pixels.size());
   Unproject(camera, pixels.data(), pixels.size(), directions.data());
   std::vector<Sight> sights;

@@ -64,7 +64,7 @@ bool PoseOf(const Matrix3d& homography, double z, Transform* pose) {
   const double length = std::sqrt(homography.col(0).norm() * homography.col(1).norm());
   const Matrix3d h = homography / length;
   const Vector3d third = h.col(0).cross(h.col(1));
-  for (int row = 0; row < 3; ++row) {
+  for (Eigen::Index row = 0; row < 3; ++row) {
     pose->m[4 * row] = h(row, 0);
     pose->m[4 * row + 1] = h(row, 1);
     pose->m[4 * row + 2] = third[row];
@@ -80,6 +80,7 @@ bool PoseOf(const Matrix3d& homography, double z, Transform* pose) {
 Pose FitPose(const Camera& camera, double z, const std::vector<TargetPoint>& points) {
   Pose pose;
   std::vector<Pixel> pixels;
+  pixels.reserve(points.size());
   for (const TargetPoint& point : points) pixels.push_back(point.pixel);
   std::vector<Direction> directions(points.size());
   Unproject(camera, pixels.data(), pixels.size(), directions.data());

@@ -79,8 +79,8 @@ Eigen::Vector2d MiddleOfCorners(const Side& side, double focal) {
   const Brown brown(side.camera.distortion);
   Eigen::Vector2d sum(0, 0);
   for (int i = 0; i < 4; ++i) {
-    const Flat corner = {static_cast<double>(i % 2 * (side.camera.width - 1)),
-                         static_cast<double>(i / 2 * (side.camera.height - 1))};
+    const Flat corner = {i % 2 == 0 ? 0.0 : side.camera.width - 1.0,
+                         i < 2 ? 0.0 : side.camera.height - 1.0};
     const Flat flat = RoughlyUndistorted(side.camera, brown, corner);
     const Flat rounded = Rounded(flat.x, flat.y);
     const Vector3d ray = side.turn * Vector3d(rounded.x, rounded.y, 1);
@@ -153,7 +153,7 @@ double ChooseForBrown(Side* sides, int along, const RectifyOptions& options) {
   Share(sides, options.zero_disparity, 1 - along);
   if (options.alpha < 0) return focal;
   double inner[8], outer[8];
-  for (int i = 0; i < 2; ++i) {
+  for (size_t i = 0; i < 2; ++i) {
     Box inside, outside;
     Boxes(sides[i], focal, &inside, &outside);
     Scales(sides[i], inside, inner + 4 * i);
@@ -168,13 +168,14 @@ double ChooseForBrown(Side* sides, int along, const RectifyOptions& options) {
 // on its own. False if one of them is beyond the lens, or not in front of the turned camera.
 bool ChooseAlone(Side* side, double balance, double* focal) {
   const Camera& camera = side->camera;
-  const int w = camera.width, h = camera.height;
-  const double pixels[][2] = {
-      {w / 2 * 1.0, 0}, {w * 1.0, h / 2 * 1.0}, {w / 2 * 1.0, h * 1.0}, {0, h / 2 * 1.0}};
+  // Halves without a fraction, as pixels are counted there.
+  const double w = camera.width, middle_u = std::floor(w / 2);
+  const double h = camera.height, middle_v = std::floor(h / 2);
+  const Pixel pixels[] = {{middle_u, 0}, {w, middle_v}, {middle_u, h}, {0, middle_v}};
   const double aspect = camera.fx / camera.fy;
   double x[4], y[4], mean_x = 0, mean_y = 0;
   for (int i = 0; i < 4; ++i) {
-    const Direction direction = Unproject(camera, {pixels[i][0], pixels[i][1]});
+    const Direction direction = Unproject(camera, pixels[i]);
     if (direction.status != Status::kOk) return false;
     const Point& ray = direction.ray;
     const Vector3d seen = side->turn * Vector3d(ray.x, ray.y, ray.z);
