@@ -37,6 +37,8 @@ usage() { "${calib[@]}" "$@" --help | sed -n 's/^Usage: //p' | sed 's/-/\\-/g'; 
 
 printf '.TH CALIB 1 "" "%s" "User Commands"\n' \
   "$("${calib[@]}" --version | sed 's/ (.*//')"
+# Words that are cut at the end of a line are not found.
+printf '.nh\n'
 printf '.SH NAME\ncalib \\- look at calibration records, check, convert, compare and draw them\n'
 printf '.SH SYNOPSIS\n%s\n' "$(usage)"
 printf '.SH DESCRIPTION\n'
