@@ -12,33 +12,37 @@
 #include <iostream>
 
 #include "calibration_common/calibration.pb.h"
-#include "record_log.h"
+#include "calibration_common/record_log.h"
 
 namespace {
 
 using zarvo::calibration::FocusCheckProto;
+using zarvo::calibration::RecordLogReader;
+using zarvo::calibration::RecordLogWriter;
 
 struct Report {
   int records = 0;
   long long good_bytes = 0;
-  record_log::Result end = record_log::Result::kEnd;
+  RecordLogReader::Result end = RecordLogReader::Result::kEnd;
   bool written = true;
 };
 
 Report Copy(std::istream* from, std::ostream* to) {
   google::protobuf::io::IstreamInputStream input(from);
   google::protobuf::io::OstreamOutputStream output(to);
+  RecordLogReader reader(&input);
+  RecordLogWriter writer(&output);
   Report report;
   // A record that fails to parse holds what came ahead of the damage, so it is not copied: half
   // a calibration looks like a whole one.
   FocusCheckProto check;
-  while ((report.end = record_log::ReadNext(&input, &check)) == record_log::Result::kRecord) {
-    if (!record_log::Append(check, &output)) {
+  while ((report.end = reader.Read(&check)) == RecordLogReader::Result::kRecord) {
+    if (writer.Write(check) != RecordLogWriter::Result::kWritten) {
       report.written = false;
       break;
     }
     ++report.records;
-    report.good_bytes = input.ByteCount();
+    report.good_bytes = reader.end();
   }
   return report;
 }
@@ -63,7 +67,7 @@ int main(int argc, char** argv) {
   }
   std::cout << argv[1] << ": " << report.records << " whole records, " << report.good_bytes
             << " bytes\n";
-  if (report.end == record_log::Result::kEnd) return 0;
+  if (report.end == RecordLogReader::Result::kEnd) return 0;
   std::cout << argv[1] << ": damaged from byte " << report.good_bytes << "\n";
   return 1;
 }

@@ -1,5 +1,5 @@
 #!/usr/bin/env bash
-# The public header compiles without a warning, whatever users ask to be warned of, in every standard
+# The public headers compile without a warning, whatever users ask to be warned of, in every standard
 # that they may have, alone and as a file's first include, and may be included twice and by several
 # files of one program. It takes no names from them: all its macros begin with ZARVO_CALIBRATION_, and who says
 # `using namespace zarvo::calibration` may call namespaces of his own as he likes.
@@ -35,6 +35,23 @@ int $unit() {
 END
 done
 
+cat >"$folder/log.cc" <<END
+#include "calibration_common/record_log.h"
+#include "calibration_common/record_log.h"
+#include "calibration_common/calibration.pb.h"
+
+bool copy(::google::protobuf::io::ZeroCopyInputStream* from,
+          ::google::protobuf::io::ZeroCopyOutputStream* to, ::google::protobuf::Message* any) {
+  zarvo::calibration::RobotCalibration robot;
+  zarvo::calibration::RecordLogReader reader(from);
+  zarvo::calibration::RecordLogWriter writer(to);
+  reader.Read(any);
+  writer.Write(*any);
+  return reader.Read(&robot) == zarvo::calibration::RecordLogReader::Result::kRecord &&
+         writer.Write(robot) == zarvo::calibration::RecordLogWriter::Result::kWritten;
+}
+END
+
 warnings=(-Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wswitch-enum)
 [[ $compiler != g++ ]] || warnings+=(-Wuseless-cast)
 
@@ -57,6 +74,9 @@ compile() {
 for standard in c++14 c++17 c++20; do
   compile "-std=$standard" -fsyntax-only "$folder/one.cc"
 done
+for standard in c++11 c++20; do
+  compile "-std=$standard" -fno-exceptions -fsyntax-only "$folder/log.cc"
+done
 for unit in one two; do
   compile -std=c++11 -O2 -c "$folder/$unit.cc" -o "$folder/$unit.o"
 done
@@ -64,7 +84,7 @@ done
 "$compiler" -r -nostdlib "$folder/one.o" "$folder/two.o" -o "$folder/both.o"
 
 compile -std=c++17 -fsyntax-only "$folder/names.cc"
-macros=$(compile -std=c++17 -E -dD "$folder/one.cc" | awk '
+macros=$(compile -std=c++17 -E -dD "$folder/log.cc" | awk '
   /^# [0-9]+ "/ { ours = $3 ~ /\/calibration_common\// }
   ours && $1 == "#define" { sub(/\(.*/, "", $2); print $2 }')
 [[ $macros == *ZARVO_CALIBRATION_EXPORT* ]] || {

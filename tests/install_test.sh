@@ -32,7 +32,7 @@ case $check in
     files() { (cd "$1" && find . ! -type d | sed "s,^$libdir/,LIB/,; s,^\./,," | LC_ALL=C sort); }
     list() { printf '%s\n' "$@" | LC_ALL=C sort; }
 
-    # The public header, and what it includes.
+    # The public headers, and what they include.
     public_headers() {
       local header=$1 included
       [[ " $headers " == *" $header "* ]] && return
@@ -44,6 +44,7 @@ case $check in
     }
     headers=""
     public_headers calibration_common/calibration.pb.h
+    public_headers calibration_common/record_log.h
 
     runtime_files=("LIB/$library.$version" "LIB/$library.${version%%.*}")
     cmake_folder=LIB/cmake/calibration_protolib

@@ -1,4 +1,4 @@
-# Shows Doxygen the plain comments of calibration.pb.h as documentation:
+# Shows Doxygen the plain comments of the public headers as documentation:
 #
 # - the comment at the top describes the file, as it stands;
 # - a comment above a class or a function describes it;
