@@ -19,9 +19,7 @@ std::string OutputName(const std::string& path);
 // All bytes of the file, of which there may be 2 GiB. Standard input can be read once.
 std::string ReadFile(const std::string& path);
 
-// A regular file is written under a temporary name in the same folder and then renamed, so that
-// nobody ever sees half of it and a failure, or Ctrl-C, leaves the file of before in place and no
-// other behind.
+// Writes the file whole or not at all; see output_file.h.
 void WriteFile(const std::string& path, const std::string& bytes);
 // The same for what `produce` hands to the sink, piece by piece. What it throws leaves the file of
 // before in place, too, but for standard output, pipes and devices.
