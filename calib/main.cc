@@ -20,10 +20,12 @@ int Run(int argc, char** argv) {
                   kVersion);
   program.Footer(
       "Files are named NAME.TYPE.EXTENSION, such as rig.RobotCalibration.binpb, with the "
-      "extensions binpb (binary), txtpb (text) and json. For other names, --type and --format tell "
-      "what is in them. The file '-' is standard input or output.\n\n"
-      "Exit status: 0 fine, 1 a finding (check, diff, residuals) or nothing found (get, image, "
-      "project, unproject, undistort), 2 trouble." +
+      "extensions binpb (binary), txtpb (text), json, binpb.log (a log of many records) and jsonl "
+      "(JSON lines). For other names, --type and --format tell what is in them. FILE[17], FILE[-1] "
+      "and FILE[100:200] choose among the records of a file. The file '-' is standard input or "
+      "output.\n\n"
+      "Exit status: 0 fine, 1 a finding (check, diff, log, residuals) or nothing found (get, "
+      "image, project, unproject, undistort), 2 trouble." +
       std::string(kReadsJson ? ""
                              : "\n\nThis build writes JSON, but does not read it: its protobuf "
                                "run-time skips in silence what it does not understand there."));
@@ -37,6 +39,7 @@ int Run(int argc, char** argv) {
   AddGet(&program, &status);
   AddSet(&program, &status);
   AddMerge(&program, &status);
+  AddLog(&program, &status);
   AddPlot(&program, &status);
   AddReport(&program, &status);
   AddImage(&program, &status);

@@ -15,7 +15,7 @@ body() {
   awk "$escape"'
     /^Usage:/ { inside = 1; next }
     !inside { next }
-    /^(Arguments|Options|Subcommands):$/ { entries = $1 != "Subcommands:"; skip = !entries; next }
+    /^(Arguments|Options|Commands|Subcommands):$/ { entries = $1 != "Subcommands:"; skip = !entries; next }
     /^$/ { entries = skip = 0; if (example) print ".EE"; example = 0; apart = 1; next }
     skip { next }
     entries && /^  [^ ]/ {
@@ -46,8 +46,19 @@ printf '.SH DESCRIPTION\n'
 printf '.SH OPTIONS\n'
 "${calib[@]}" --help | sed '/^Subcommands:/,$d' | body
 printf '.SH SUBCOMMANDS\n'
-"${calib[@]}" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z-]*\) .*/\1/p' | while read -r subcommand; do
-  printf '.SS %s\n%s\n.PP\n' "$subcommand" "$(usage "$subcommand")"
-  "${calib[@]}" "$subcommand" --help | sed -n '1s/$/./p'
-  "${calib[@]}" "$subcommand" --help | body
-done
+
+# subcommands [SUBCOMMAND]: those of calib, or of one of its own.
+subcommands() {
+  "${calib[@]}" "$@" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z-]*\) .*/\1/p'
+}
+
+# section SUBCOMMAND...: what it tells of itself, and then of its own subcommands.
+section() {
+  local inner
+  printf '.SS %s\n%s\n.PP\n' "$*" "$(usage "$@")"
+  "${calib[@]}" "$@" --help | sed -n '1s/$/./p'
+  "${calib[@]}" "$@" --help | sed 's/^Subcommands:$/Commands:/' | body
+  for inner in $(subcommands "$@"); do section "$@" "$inner"; done
+}
+
+for subcommand in $(subcommands); do section "$subcommand"; done

@@ -78,6 +78,7 @@ std::string Text(const CheckedFile& file) {
   if (!file.trouble.empty()) return "";  // it was told when it happened
   std::string text;
   for (const Finding& finding : file.findings) text += Line(file.name, finding);
+  if (!file.summary.empty()) return text + file.summary + "\n";
   if (!text.empty()) return text;
   return file.name + ": a whole " + file.type + " of " + std::to_string(file.size) + " bytes" +
          (file.empty ? ", in which nothing is set\n" : "\n");

@@ -17,6 +17,7 @@ struct CheckedFile {
   size_t size = 0;     // in bytes
   bool empty = false;  // nothing is set in the record
   Findings findings;
+  std::string summary;  // of a file of many records: what there is to say of all
   std::string trouble;  // why the file could not be checked; "" if it was
 };
 

@@ -1,5 +1,6 @@
 // calib check FILE...
 #include <algorithm>
+#include <cstdint>
 #include <cstdlib>
 #include <memory>
 #include <optional>
@@ -12,6 +13,7 @@
 #include "calib/console/file.h"
 #include "calib/console/printable.h"
 #include "calib/fields/assignment.h"
+#include "calib/fields/field_path.h"
 #include "calib/fields/fingerprint.h"
 #include "calib/fields/presence.h"
 #include "calib/fields/unknown.h"
@@ -104,31 +106,77 @@ Findings FindAll(const Record& record, const Flags& flags) {
   return findings;
 }
 
+// Of a file of many records: what there is to say of all.
+struct Tally {
+  int64_t records = 0, whole = 0, empty_at_end = 0;
+
+  std::string Summary(const CheckedFile& checked) const {
+    std::string summary = checked.name + ": " + std::to_string(whole) +
+                          (whole < records ? " of " + std::to_string(records) : "") + " whole " +
+                          checked.type + (records == 1 ? " record, " : " records, ") +
+                          std::to_string(checked.size) + " bytes";
+    if (empty_at_end > 0) {
+      summary += "; in the last " + std::to_string(empty_at_end) +
+                 " nothing is set, as where a file was not written to its end";
+    }
+    return summary;
+  }
+};
+
+// What is wrong with the record, which it is decoded into. Throws Failure for an expectation that
+// no record of this type can meet.
+Findings FindIn(const EncodedRecord& encoded, const Flags& flags, Record* record) {
+  try {
+    DecodeRecordInto(encoded, record);
+  } catch (const Failure& malformed) {
+    return {Malformed(encoded.name, malformed.what())};
+  }
+  try {
+    return FindAll(*record, flags);
+  } catch (const Failure& failure) {
+    throw Failure(encoded.name + ": " + failure.what(), failure.remedy());
+  }
+}
+
+// The findings of all records of a file; of many, each has its record's number in its path.
+void CheckRecords(RecordFile* file, const Flags& flags, CheckedFile* checked) {
+  Tally tally;
+  EncodedRecord encoded;
+  Record record = {};
+  while (file->Next(&encoded)) {
+    Findings findings = FindIn(encoded, flags, &record);
+    ++tally.records;
+    tally.whole += findings.empty();
+    tally.empty_at_end = encoded.bytes.empty() ? tally.empty_at_end + 1 : 0;
+    checked->size += encoded.bytes.size();
+    if (!file->many()) {
+      checked->name = encoded.name;
+      checked->empty = record.message != nullptr && IsEmpty(*record.message);
+    }
+    for (Finding& finding : findings) {
+      const std::string index = "[" + std::to_string(encoded.index) + "]";
+      if (file->many()) finding.path = finding.path.empty() ? index : JoinPath(index, finding.path);
+      checked->findings.push_back(std::move(finding));
+    }
+  }
+  if (file->many()) checked->summary = tally.Summary(*checked);
+}
+
 // Throws Failure if the file cannot be read; `checked` says so as well.
 void CheckFile(const std::string& path, const Flags& flags, CheckedFile* checked) {
   checked->name = InputName(path);
-  std::optional<RecordFile> file;
   try {
-    file = ReadRecordFile(path, flags.input);
+    RecordFile file(path, flags.input);
+    checked->name = file.name();
+    checked->type = file.type()->name();
+    try {
+      CheckRecords(&file, flags, checked);
+    } catch (const DamagedLog& damaged) {
+      checked->findings.push_back(Malformed(file.name(), damaged.what()));
+    }
   } catch (const Failure& failure) {
     checked->trouble = failure.what();
     throw;
-  }
-  checked->type = file->type->name();
-  checked->size = file->bytes.size();
-  std::optional<Record> record;
-  try {
-    record = DecodeRecord(*file);
-  } catch (const Failure& malformed) {
-    checked->findings = {Malformed(checked->name, malformed.what())};
-    return;
-  }
-  checked->empty = IsEmpty(*record->message);
-  try {
-    checked->findings = FindAll(*record, flags);
-  } catch (const Failure& failure) {  // an expectation that no record of this type can meet
-    checked->trouble = checked->name + ": " + failure.what();
-    throw Failure(checked->trouble, failure.remedy());
   }
 }
 
@@ -196,7 +244,7 @@ void AddCheck(Command* program, int* status) {
   command->Footer(
       "Reports where a file is malformed and how, required fields that are not set, and unknown "
       "fields: one line for each, or one that says that the record is whole. Of several files all "
-      "are checked, and the last line counts them.\n\n"
+      "are checked, and the last line counts them; of a log, all records.\n\n"
       "--plausible reports focal lengths and sizes that are not above 0, numbers that are not "
       "finite, principal points and sample points outside the image, distortion that folds the "
       "image, extrinsics that are no rigid transform, names and serial numbers that two cameras "
@@ -208,6 +256,7 @@ void AddCheck(Command* program, int* status) {
       "Exit status: 0 all are whole, 1 something was found, 2 a file could not be checked.\n\n"
       "Examples:\n"
       "  calib check rig.RobotCalibration.binpb\n"
+      "  calib check checks.FocusCheckProto.binpb.log\n"
       "  calib check rig.RobotCalibration.binpb --expect 'camera[0].serial=B-0042'\n"
       "  calib check --plausible --report junit *.RobotCalibration.binpb > report.xml\n"
       "  calib check --type RobotCalibration --format binary - < rig.bin");

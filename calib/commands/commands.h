@@ -33,6 +33,17 @@ void AddCrop(Command* program, int* status);
 void AddBin(Command* program, int* status);
 void AddRotate(Command* program, int* status);
 void AddResiduals(Command* program, int* status);
+void AddTypes(CLI::App* program, int* status);
+void AddShow(CLI::App* program, int* status);
+void AddConvert(CLI::App* program, int* status);
+void AddCheck(CLI::App* program, int* status);
+void AddPlot(CLI::App* program, int* status);
+void AddImport(CLI::App* program, int* status);
+void AddExport(CLI::App* program, int* status);
+void AddDiff(CLI::App* program, int* status);
+void AddGet(CLI::App* program, int* status);
+void AddMerge(CLI::App* program, int* status);
+void AddLog(Command* program, int* status);
 
 }  // namespace calib
 

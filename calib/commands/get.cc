@@ -1,9 +1,11 @@
 // calib get FILE PATH
 #include <memory>
+#include <optional>
 
 #include "calib/commands/commands.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
+#include "calib/console/output_file.h"
 #include "calib/fields/field_path.h"
 #include "calib/fields/value.h"
 #include "calib/formats/record_reader.h"
@@ -62,24 +64,35 @@ std::string NotSet(const Place& place) {
   return note;
 }
 
-int Get(const Flags& flags) {
-  const Record record = ReadRecord(flags.path, flags.input);
-  const bool several = flags.field.find("[*]") != std::string::npos;
-  std::string values;
-  bool found = false, raw = false;
+// Adds the values of one record; whether none was missing, which is told.
+bool AddValues(const Record& record, const std::string& path, std::optional<std::string>* values) {
+  const bool several = path.find("[*]") != std::string::npos;
   std::vector<std::string> missing;
   const auto take = [&](const Place& place) {
     if (!IsSet(place)) return missing.push_back(NotSet(place));
-    found = true;
-    raw = place.field->type() == FieldDescriptor::TYPE_BYTES;
-    values += Values(place, several);
-    if (raw) values.pop_back();
+    if (!*values) values->emplace();
+    **values += Values(place, several);
+    if (place.field->type() == FieldDescriptor::TYPE_BYTES) (*values)->pop_back();
   };
-  ForEachPlace(*record.message, flags.field, Unset::kMissing, take,
+  ForEachPlace(*record.message, path, Unset::kMissing, take,
                [&](const std::string& why) { missing.push_back(why); });
-  if (found) WriteFile(flags.output, values);
   for (const std::string& why : missing) Note(record.name + ": " + why);
-  return missing.empty() ? kFine : kFinding;
+  return missing.empty();
+}
+
+int Get(const Flags& flags) {
+  RecordReader reader(flags.path, flags.input);
+  std::optional<OutputFile> output;  // opened once there is something to write
+  bool all = true;
+  for (Record record = {}; reader.Next(&record);) {
+    std::optional<std::string> values;
+    all &= AddValues(record, flags.field, &values);
+    if (!values) continue;
+    if (!output) output.emplace(flags.output);
+    output->Write(*values);
+  }
+  if (output) output->Commit();
+  return all ? kFine : kFinding;
 }
 
 }  // namespace
@@ -100,12 +113,13 @@ void AddGet(Command* program, int* status) {
       "Numbers and texts are written as they are, with a line for each element of a repeated "
       "field; messages in the text format; the bytes of an image raw, with nothing added. Indices "
       "count from 0; camera[*] stands for all cameras, camera[name=cam0] for those of that "
-      "name.\n\n"
+      "name. Of a log, the values of all records are written, one after the other.\n\n"
       "Exit status: 0 it was written, 1 some or all of it is not set in this record, 2 trouble.\n\n"
       "Examples:\n"
       "  calib get rig.RobotCalibration.binpb camera[0].intrinsics.fx\n"
       "  calib get rig.RobotCalibration.binpb 'camera[name=cam1].extrinsics.a'\n"
       "  calib get rig.RobotCalibration.binpb 'camera[*].name'\n"
+      "  calib get checks.FocusCheckProto.binpb.log[-100:] value_at_cutoff\n"
       "  calib get board.CameraCalibration.binpb intrinsics_image.imgdata \\\n"
       "    --output board.gray");
   command->Callback([flags, status] { *status = Get(*flags); });

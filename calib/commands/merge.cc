@@ -29,13 +29,17 @@ void TellReplaced(const Record& next, const google::protobuf::Message& merged) {
 }
 
 void Merge(const Flags& flags) {
-  const std::vector<Record> records = ReadRecords(flags.paths, flags.input);
-  google::protobuf::Message* merged = records[0].message.get();
-  for (size_t i = 1; i < records.size(); ++i) {
-    TellReplaced(records[i], *merged);
-    merged->MergeFrom(*records[i].message);
-  }
-  for (const Record& record : records) NoteLostComments(record, flags.out, flags.output);
+  std::unique_ptr<google::protobuf::Message> merged;
+  ForEachRecord(flags.paths, flags.input, [&](const Record& record) {
+    if (merged == nullptr) {
+      merged.reset(record.message->New());
+    } else {
+      TellReplaced(record, *merged);
+    }
+    merged->MergeFrom(*record.message);
+    NoteLostComments(record, flags.out, flags.output);
+  });
+  if (merged == nullptr) throw Failure("there is no record to merge");
   WriteRecord(flags.out, *merged, flags.output);
 }
 

@@ -1,4 +1,6 @@
 // calib plot FILE
+#include <utility>
+
 #include "calib/charts/chart_svg.h"
 #include "calib/charts/chart_text.h"
 #include "calib/charts/overlay.h"
@@ -8,6 +10,7 @@
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/terminal.h"
+#include "calib/fields/field_path.h"
 #include "calib/fields/parts.h"
 #include "calib/formats/record_reader.h"
 #include "calib/views/record_charts.h"
@@ -27,28 +30,48 @@ struct Flags {
   LensFlag lens;
 };
 
-std::vector<Chart> DrawnOf(const Record& record, const Flags& flags) {
-  return ChartsOf(flags.camera.Choose(*record.message, record.name, DrawableTypes()), flags.charts);
+// The records of the file `path`, one or many, as charts.
+struct Drawn {
+  std::string name;  // of what is drawn, as messages call it
+  const google::protobuf::Descriptor* type;
+  std::vector<Chart> charts;
+};
+
+Drawn Draw(const std::string& path, const Flags& flags) {
+  RecordReader reader(path, flags.input);
+  const RecordFile& file = reader.file();
+  Drawn drawn = {file.name(), file.type(), {}};
+  for (Record record = {}; reader.Next(&record);) {
+    std::vector<Part> parts = flags.camera.Choose(*record.message, record.name, DrawableTypes());
+    const std::string index = record.name.substr(file.name().size());
+    for (Part& part : parts) {
+      if (file.many()) part.path = part.path.empty() ? index : JoinPath(index, part.path);
+    }
+    if (!file.many()) drawn.name = record.name;
+    for (Chart& chart : ChartsOf(parts, flags.charts)) drawn.charts.push_back(std::move(chart));
+  }
+  return drawn;
 }
 
 std::string Plot(Flags flags) {
   flags.charts.lens = ReaderOf(flags.lens);
   flags.charts.extrinsics = ExtrinsicsByName(flags.extrinsics);
-  const Record record = ReadRecord(flags.path, flags.input);
-  std::vector<Chart> charts = DrawnOf(record, flags);
-  std::string title = record.name + " (" + record.type->name() + ")";
+  const Drawn drawn = Draw(flags.path, flags);
+  const std::string& name = drawn.name;
+  std::vector<Chart> charts = drawn.charts;
+  std::string title = name + " (" + drawn.type->name() + ")";
   if (!flags.against_path.empty()) {
-    const Record before = ReadRecord(flags.against_path, flags.input);
-    if (before.type != record.type) {
-      throw Failure(before.name + ": is a " + before.type->name() + ", but " + record.name +
-                        " is a " + record.type->name(),
+    const Drawn before = Draw(flags.against_path, flags);
+    if (before.type != drawn.type) {
+      throw Failure(before.name + ": is a " + before.type->name() + ", but " + name + " is a " +
+                        drawn.type->name(),
                     "Name records of one type.");
     }
-    charts = Overlay(charts, record.name, DrawnOf(before, flags), before.name);
+    charts = Overlay(charts, name, before.charts, before.name);
     title += " against " + before.name;
   }
   if (charts.empty()) {
-    throw Failure(record.name + ": has nothing that can be drawn",
+    throw Failure(name + ": has nothing that can be drawn",
                   "Drawn are extrinsics of CameraCalibration, sample_points and lens of "
                   "CameraIntrinsics, "
                   "FocusInfoItem, FocusCheckProto and samples of PTZIntrinsics.");

@@ -20,18 +20,25 @@ struct Flags {
   std::string color = "auto";
 };
 
-void Show(const Flags& flags) {
-  const Record record = ReadRecord(flags.path, flags.input);
-  TextOptions options;
-  options.full = flags.full;
-  options.color = UseColor(flags.color);
-  options.width = OutputWidth();
+void ShowOne(const Record& record, const TextOptions& options) {
   Print(TextOf(*record.message, options));
   if (IsEmpty(*record.message)) {
     Note(record.name + ": a " + record.type->name() + " in which nothing is set");
   }
   for (const std::string& path : MissingFields(*record.message)) {
     Note(record.name + ": " + path + " is required, but not set");
+  }
+}
+
+void Show(const Flags& flags) {
+  TextOptions options;
+  options.full = flags.full;
+  options.color = UseColor(flags.color);
+  options.width = OutputWidth();
+  RecordReader reader(flags.path, flags.input);
+  for (Record record = {}; reader.Next(&record);) {
+    if (reader.file().many()) Print("# " + record.name + "\n");
+    ShowOne(record, options);
   }
 }
 
@@ -47,9 +54,10 @@ void AddShow(Command* program, int* status) {
   command->Footer(
       "Lists of more than 16 elements, and text and images of more than 64 bytes, are folded to "
       "their size, in a way that no reader takes for a whole record; 'calib convert' writes "
-      "records for programs, and JSON.\n\n"
+      "records for programs, and JSON. Of a log, each record is shown below its name.\n\n"
       "Examples:\n"
       "  calib show rig.RobotCalibration.binpb\n"
+      "  calib show checks.FocusCheckProto.binpb.log[-1]\n"
       "  calib show --type FocusInfo --format binary focus.bin --full | less");
   command->Callback([flags, status] {
     Show(*flags);

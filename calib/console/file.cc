@@ -25,15 +25,19 @@ std::string OutputName(const std::string& path) {
 
 std::string ReadFile(const std::string& path) {
   InputFile file(path);
+  return ReadAll(&file);
+}
+
+std::string ReadAll(InputFile* file) {
   std::string bytes;
   size_t size = 0;
   for (;;) {
-    bytes.resize(std::max(size + kBlock, file.size() + 1));
-    const size_t count = file.Read(&bytes[size], std::min(kBlock, bytes.size() - size));
+    bytes.resize(std::max(size + kBlock, file->size() + 1));
+    const size_t count = file->Read(&bytes[size], std::min(kBlock, bytes.size() - size));
     if (count == 0) break;
     size += count;
     if (size > INT_MAX) {
-      throw Failure(file.name() + ": is larger than 2 GiB, the most that a record may take",
+      throw Failure(file->name() + ": is larger than 2 GiB, the most that a record may take",
                     "Check that it is the file you meant.");
     }
   }

@@ -11,6 +11,8 @@
 
 namespace calib {
 
+class InputFile;
+
 // What messages call the file at a path: "standard input" or "standard output" for "-", else the
 // path.
 std::string InputName(const std::string& path);
@@ -18,6 +20,7 @@ std::string OutputName(const std::string& path);
 
 // All bytes of the file, of which there may be 2 GiB. Standard input can be read once.
 std::string ReadFile(const std::string& path);
+std::string ReadAll(InputFile* file);
 
 // Writes the file whole or not at all; see output_file.h.
 void WriteFile(const std::string& path, const std::string& bytes);

@@ -5,7 +5,7 @@
 #include <cstddef>
 #include <string>
 
-#include "calib/console/descriptor.h"
+#include "calib/console/open_file.h"
 #include "calib/console/progress.h"
 
 namespace calib {
@@ -28,7 +28,7 @@ class InputFile {
 
  private:
   std::string name_;
-  Descriptor file_;
+  OpenFile file_;
   bool regular_ = false;
   size_t size_ = 0, done_ = 0;
   Progress progress_;

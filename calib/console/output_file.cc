@@ -62,7 +62,7 @@ std::string FolderOf(const std::string& path) {
 
 OutputFile::OutputFile(const std::string& path) : name_(OutputName(path)) {
   if (path == "-") {
-    file_ = std::make_unique<Descriptor>(STDOUT_FILENO);
+    file_ = std::make_unique<OpenFile>(STDOUT_FILENO);
     return;
   }
   struct stat status;
@@ -70,7 +70,7 @@ OutputFile::OutputFile(const std::string& path) : name_(OutputName(path)) {
   if (!exists && errno == ELOOP) FailForSystem(name_, "cannot be written", ELOOP);
   if (exists && S_ISDIR(status.st_mode)) FailForSystem(name_, "cannot be written", EISDIR);
   if (exists && !S_ISREG(status.st_mode)) {
-    file_ = std::make_unique<Descriptor>(open(path.c_str(), O_WRONLY | O_CLOEXEC));
+    file_ = std::make_unique<OpenFile>(open(path.c_str(), O_WRONLY | O_CLOEXEC));
     if (file_->fd() < 0) FailForSystem(name_, "cannot be opened", errno);
     return;
   }
@@ -78,7 +78,7 @@ OutputFile::OutputFile(const std::string& path) : name_(OutputName(path)) {
   mode_ = exists ? status.st_mode & 07777 : ModeForNewFiles();
   auto temporary = std::make_unique<TemporaryFile>(FolderOf(target_));
   if (temporary->fd() < 0) FailForSystem(name_, "cannot be created", errno);
-  file_ = std::make_unique<Descriptor>(temporary->fd());
+  file_ = std::make_unique<OpenFile>(temporary->fd());
   temporary_ = std::move(temporary);
 }
 

@@ -13,7 +13,7 @@
 #include <memory>
 #include <string>
 
-#include "calib/console/descriptor.h"
+#include "calib/console/open_file.h"
 #include "calib/console/temporary_file.h"
 
 namespace calib {
@@ -37,7 +37,7 @@ class OutputFile {
   std::string name_, target_, pending_;
   mode_t mode_ = 0;
   std::unique_ptr<TemporaryFile> temporary_;  // none if it is written in place
-  std::unique_ptr<Descriptor> file_;
+  std::unique_ptr<OpenFile> file_;
 };
 
 }  // namespace calib

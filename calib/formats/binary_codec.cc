@@ -1,12 +1,14 @@
 #include "calib/formats/binary_codec.h"
 
 #include <google/protobuf/io/coded_stream.h>
+#include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 
 #include <cstdint>
 
 #include "calib/console/failure.h"
 #include "calib/formats/stream_limit.h"
 #include "calib/formats/wire_defect.h"
+#include "calibration_common/record_log.h"
 
 namespace calib {
 
@@ -33,6 +35,13 @@ std::string EncodeBinary(const Message& record) {
                   "Leave some of it out.");
   }
   return bytes;
+}
+
+std::string FrameRecord(const std::string& bytes) {
+  std::string framed;
+  google::protobuf::io::StringOutputStream stream(&framed);
+  zarvo::calibration::RecordLogWriter(&stream).WriteBytes(bytes.data(), bytes.size());
+  return framed;
 }
 
 }  // namespace calib

@@ -12,6 +12,8 @@ namespace calib {
 void DecodeBinary(const std::string& name, const std::string& bytes,
                   google::protobuf::Message* record);
 std::string EncodeBinary(const google::protobuf::Message& record);
+// An encoded record as it stands in a log: behind its length.
+std::string FrameRecord(const std::string& bytes);
 
 }  // namespace calib
 

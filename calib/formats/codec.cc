@@ -28,18 +28,19 @@ void CheckNothingUnknown(Format format, const Message& record) {
 std::unique_ptr<Message> Decode(Format format, const Descriptor* type, const std::string& name,
                                 const std::string& bytes) {
   std::unique_ptr<Message> record(MessageFactory::generated_factory()->GetPrototype(type)->New());
+  DecodeInto(format, name, bytes, record.get());
+  return record;
+}
+
+void DecodeInto(Format format, const std::string& name, const std::string& bytes, Message* record) {
   switch (format) {
     case Format::kBinary:
-      DecodeBinary(name, bytes, record.get());
-      break;
+      return DecodeBinary(name, bytes, record);
     case Format::kText:
-      DecodeText(name, bytes, record.get());
-      break;
+      return DecodeText(name, bytes, record);
     case Format::kJson:
-      DecodeJson(name, bytes, record.get());
-      break;
+      return DecodeJson(name, bytes, record);
   }
-  return record;
 }
 
 std::unique_ptr<Message> DecodeIfFits(Format format, const Descriptor* type,
@@ -59,13 +60,24 @@ void Encode(Format format, const Message& record, const Sink& sink) {
     return sink(bytes.data(), bytes.size());
   }
   CheckNothingUnknown(format, record);
-  format == Format::kText ? EncodeText(record, sink) : EncodeJson(record, sink);
+  format == Format::kText ? EncodeText(record, sink)
+                          : EncodeJson(record, JsonLayout::kIndented, sink);
 }
 
 std::string Encode(Format format, const Message& record) {
   std::string bytes;
   Encode(format, record, [&](const char* piece, size_t size) { bytes.append(piece, size); });
   return bytes;
+}
+
+void EncodeForFile(FileFormat format, const Message& record, const Sink& sink) {
+  if (!format.many) return Encode(format.format, record, sink);
+  if (format.format == Format::kBinary) {
+    const std::string framed = FrameRecord(EncodeBinary(record));
+    return sink(framed.data(), framed.size());
+  }
+  CheckNothingUnknown(format.format, record);
+  EncodeJson(record, JsonLayout::kOneLine, sink);
 }
 
 }  // namespace calib

@@ -22,7 +22,11 @@ std::unique_ptr<google::protobuf::Message> Decode(Format format,
                                                   const std::string& name,
                                                   const std::string& bytes);
 
-// The same, but null if the bytes are no such record; does not find out where and why.
+// The same into a record of that type, which keeps its memory.
+void DecodeInto(Format format, const std::string& name, const std::string& bytes,
+                google::protobuf::Message* record);
+
+// The same as Decode(), but null if the bytes are no such record; does not find out where and why.
 std::unique_ptr<google::protobuf::Message> DecodeIfFits(Format format,
                                                         const google::protobuf::Descriptor* type,
                                                         const std::string& bytes);
@@ -32,6 +36,8 @@ std::unique_ptr<google::protobuf::Message> DecodeIfFits(Format format,
 void Encode(Format format, const google::protobuf::Message& record, const Sink& sink);
 // The bytes as a whole.
 std::string Encode(Format format, const google::protobuf::Message& record);
+// The record as it stands in a file of the format: in a log behind its length, or as a line.
+void EncodeForFile(FileFormat format, const google::protobuf::Message& record, const Sink& sink);
 
 }  // namespace calib
 

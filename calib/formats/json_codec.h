@@ -16,7 +16,9 @@ void DecodeJson(const std::string& name, const std::string& bytes,
                 google::protobuf::Message* record);
 // Reads the bytes if they are such a record; does not find out where and why they are not.
 bool FitsJson(const std::string& bytes, google::protobuf::Message* record);
-void EncodeJson(const google::protobuf::Message& record, const Sink& sink);
+// One line, without blanks, or several, with one for each level.
+enum class JsonLayout { kIndented, kOneLine };
+void EncodeJson(const google::protobuf::Message& record, JsonLayout layout, const Sink& sink);
 
 }  // namespace calib
 

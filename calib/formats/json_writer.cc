@@ -50,7 +50,8 @@ std::string Scalar(const Message& message, const FieldDescriptor* field, int ind
 
 class Writer {
  public:
-  explicit Writer(BufferedSink* sink) : sink_(sink) {}
+  Writer(JsonLayout layout, BufferedSink* sink)
+      : one_line_(layout == JsonLayout::kOneLine), sink_(sink) {}
 
   void Object(const Message& message, size_t indent) {
     std::vector<const FieldDescriptor*> fields;
@@ -58,7 +59,7 @@ class Writer {
     sink_->Write("{");
     for (size_t i = 0; i < fields.size(); ++i) {
       NextLine(i > 0, indent + 1);
-      sink_->Write("\"" + fields[i]->camelcase_name() + "\": ");
+      sink_->Write("\"" + fields[i]->camelcase_name() + (one_line_ ? "\":" : "\": "));
       fields[i]->is_repeated() ? List(message, fields[i], indent + 1)
                                : Value(message, fields[i], -1, indent + 1);
     }
@@ -68,6 +69,7 @@ class Writer {
 
  private:
   void NextLine(bool comma, size_t indent) {
+    if (one_line_) return sink_->Write(comma ? "," : "");
     sink_->Write((comma ? ",\n" : "\n") + std::string(indent, ' '));
   }
 
@@ -134,6 +136,7 @@ class Writer {
     }
   }
 
+  const bool one_line_;
   BufferedSink* sink_;
 };
 
@@ -148,10 +151,10 @@ void CheckText(const Message& record) {
 
 }  // namespace
 
-void EncodeJson(const Message& record, const Sink& sink) {
+void EncodeJson(const Message& record, JsonLayout layout, const Sink& sink) {
   CheckText(record);
   BufferedSink buffered(sink);
-  Writer(&buffered).Object(record, 0);
+  Writer(layout, &buffered).Object(record, 0);
   buffered.Write("\n");
   buffered.Flush();
 }

@@ -12,13 +12,15 @@ using google::protobuf::FileDescriptor;
 namespace {
 
 struct NamedFormat {
-  Format format;
+  FileFormat format;
   const char* name;
   const char* extension;
 };
-constexpr NamedFormat kFormats[] = {{Format::kBinary, "binary", "binpb"},
-                                    {Format::kText, "text", "txtpb"},
-                                    {Format::kJson, "json", "json"}};
+constexpr NamedFormat kFormats[] = {{{Format::kBinary, false}, "binary", "binpb"},
+                                    {{Format::kText, false}, "text", "txtpb"},
+                                    {{Format::kJson, false}, "json", "json"},
+                                    {{Format::kBinary, true}, "log", "binpb.log"},
+                                    {{Format::kJson, true}, "jsonl", "jsonl"}};
 
 const FileDescriptor* SchemaFile() {
   return zarvo::calibration::RobotCalibration::descriptor()->file();
@@ -28,6 +30,19 @@ const Descriptor* FindType(const std::string& name) {
   const std::string package = SchemaFile()->package() + ".";
   const bool full = name.compare(0, package.size(), package) == 0;
   return SchemaFile()->FindMessageTypeByName(full ? name.substr(package.size()) : name);
+}
+
+// Takes the extension away, with its dot. False if it is none of the formats'.
+bool CutExtension(std::string* name, std::optional<FileFormat>* format) {
+  for (const NamedFormat& known : kFormats) {
+    const std::string end = std::string(".") + known.extension;
+    if (name->size() < end.size()) continue;
+    if (name->compare(name->size() - end.size(), end.size(), end) != 0) continue;
+    name->resize(name->size() - end.size());
+    *format = known.format;
+    return true;
+  }
+  return false;
 }
 
 }  // namespace
@@ -51,12 +66,12 @@ const Descriptor* RecordType(const std::string& name) {
 
 const char* NameOf(Format format) {
   for (const NamedFormat& known : kFormats) {
-    if (known.format == format) return known.name;
+    if (known.format.format == format && !known.format.many) return known.name;
   }
   return "";
 }
 
-Format FormatNamed(const std::string& name) {
+FileFormat FormatNamed(const std::string& name) {
   const NamedFormat* known = kFormats;
   while (known->name != name) ++known;
   return known->format;
@@ -71,22 +86,31 @@ std::vector<std::string> FormatNames() {
 NameFacts FactsFromName(const std::string& path) {
   NameFacts facts;
   std::string name = path.substr(path.find_last_of('/') + 1);
-  const size_t dot = name.find_last_of('.');
-  if (dot == std::string::npos) return facts;
-  for (const NamedFormat& known : kFormats) {
-    if (name.substr(dot + 1) == known.extension) facts.format = known.format;
-  }
-  if (!facts.format) return facts;
-  name.resize(dot);
+  if (!CutExtension(&name, &facts.format)) return facts;
   facts.type = FindType(name.substr(name.find_last_of('.') + 1));
   return facts;
+}
+
+std::string StemOf(const std::string& path) {
+  std::string name = path.substr(path.find_last_of('/') + 1);
+  std::optional<FileFormat> format;
+  CutExtension(&name, &format);
+  const size_t dot = name.find_last_of('.');
+  if (dot != std::string::npos && FindType(name.substr(dot + 1)) != nullptr) name.resize(dot);
+  return name;
+}
+
+std::string NameFor(const std::string& stem, const Descriptor* type, FileFormat format) {
+  const NamedFormat* known = kFormats;
+  while (known->format.format != format.format || known->format.many != format.many) ++known;
+  return stem + "." + type->name() + "." + known->extension;
 }
 
 void FailForFormat(const std::string& name, const std::string& option) {
   throw Failure(name + ": its format is not known",
                 "Give it with " + option +
-                    " binary, text or json, or name the file *.binpb (binary), *.txtpb (text) or "
-                    "*.json.");
+                    " binary, text, json, log or jsonl, or name the file *.binpb (binary), *.txtpb "
+                    "(text), *.json, *.binpb.log or *.jsonl.");
 }
 
 }  // namespace calib

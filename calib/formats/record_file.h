@@ -1,27 +1,62 @@
-// The file of a record as it is read from disk: its bytes, and the type and the format that the
-// flags or its name tell.
+// The file of records as it is read from disk: the bytes of each that the user means, and the type
+// and the format that the flags or its name tell. A file of a single record is one of [0].
 #ifndef CALIB_FORMATS_RECORD_FILE_H_
 #define CALIB_FORMATS_RECORD_FILE_H_
 
 #include <google/protobuf/descriptor.h>
 
+#include <cstdint>
+#include <memory>
 #include <string>
 
+#include "calib/console/input_file.h"
 #include "calib/formats/names.h"
+#include "calib/formats/record_choice.h"
 #include "calib/formats/record_flags.h"
+#include "calib/formats/record_source.h"
 
 namespace calib {
 
-struct RecordFile {
-  std::string name;  // of the file, as messages call it
+struct EncodedRecord {
+  std::string name;  // as messages call it: the file, or FILE[17] where a file holds many
   const google::protobuf::Descriptor* type;
   Format format;
   std::string bytes;
+  int64_t index;  // in the file
 };
 
-// Throws Failure if the file cannot be read, or if its type or its format is not known; where it is
-// the type, the remedy names those that could hold what is in the file.
-RecordFile ReadRecordFile(const std::string& path, const InputFlags& flags);
+class RecordFile {
+ public:
+  // Throws Failure if the file cannot be read, or if its type or its format is not known; where it
+  // is the type, the remedy names those that could hold what is in the file.
+  RecordFile(const std::string& path, const InputFlags& flags);
+
+  // Of the file, as messages call it.
+  const std::string& name() const { return file_.name(); }
+  const google::protobuf::Descriptor* type() const { return type_; }
+  // Whether there may be any number of records: not if the file holds one, or one is chosen.
+  bool many() const { return format_.many && !choice_.single; }
+
+  // Replaces *record by the next one; false at the end. Throws DamagedLog where a log is torn or
+  // damaged, or Failure, if the file cannot be read or the single record that is chosen is not in
+  // it; behind that there is no next one.
+  bool Next(EncodedRecord* record);
+
+ private:
+  RecordFile(const ChosenPath& chosen, const InputFlags& flags);
+  [[noreturn]] void FailForType();
+  int64_t CountRecords();
+  bool AtEnd() const;
+
+  FileFormat format_;
+  RecordChoice choice_;
+  const google::protobuf::Descriptor* type_;
+  InputFile file_;
+  std::unique_ptr<RecordSource> source_;
+  int64_t index_ = 0;  // of the next one
+  int64_t count_ = 0;  // of all, if they were counted
+  bool done_ = false, any_ = false;
+};
 
 }  // namespace calib
 

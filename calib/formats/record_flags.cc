@@ -12,6 +12,11 @@ void InputFlags::AddTo(Command* command, const std::vector<std::string>& further
       ->ValueName("TYPE");
   AddChoice(command, "--format", &format, words,
             "Format of the input; else the file's name tells it");
+  command
+      ->AddOption("--records", records,
+                  "Of files of many records, only number N, or those from A to below B; FILE[N] "
+                  "and FILE[A:B] say so for one file")
+      ->ValueName("N|A:B");
 }
 
 void OutputFlags::AddTo(Command* command) {

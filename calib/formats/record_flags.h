@@ -10,10 +10,11 @@
 
 namespace calib {
 
-// --type and --format; each is empty if it is not given.
+// --type, --format and --records; each is empty if it is not given.
 struct InputFlags {
   std::string type;
   std::string format;
+  std::string records;
 
   // A command whose --format takes further words has to look at it before a file is read.
   void AddTo(Command* command, const std::vector<std::string>& further_words = {});

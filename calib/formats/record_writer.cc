@@ -18,7 +18,7 @@ using google::protobuf::Message;
 
 namespace {
 
-Format OutputFormat(const std::string& name, const OutputFlags& flags, const NameFacts& facts) {
+FileFormat OutputFormat(const std::string& name, const OutputFlags& flags, const NameFacts& facts) {
   if (!flags.format.empty()) return FormatNamed(flags.format);
   if (!facts.format) FailForFormat(name, "--to");
   return *facts.format;
@@ -46,36 +46,63 @@ void CheckRequiredFields(const std::string& name, const Message& record) {
                 "Set them, or write the record as it is with --partial.");
 }
 
-void CheckTerminal(const std::string& path, Format format) {
-  if (path != "-" || format != Format::kBinary || isatty(STDOUT_FILENO) == 0) return;
+void CheckTerminal(const std::string& path, FileFormat format) {
+  if (path != "-" || format.format != Format::kBinary || isatty(STDOUT_FILENO) == 0) return;
   throw Failure("standard output: is a terminal, which cannot show the binary format",
                 "Name a file, or choose --to text.");
 }
 
 // Encodes the record; where the format cannot hold it, the message names the file as well.
-void EncodeFor(const std::string& name, Format format, const Message& record, const Sink& sink) {
+void EncodeFor(const std::string& name, FileFormat format, const Message& record,
+               const Sink& sink) {
   try {
-    Encode(format, record, sink);
+    EncodeForFile(format, record, sink);
   } catch (const Failure& failure) {
     throw Failure(name + ": not written: " + failure.what(), failure.remedy());
   }
 }
 
+// The path, once all is in order for records of the type.
+const std::string& Checked(const std::string& path, FileFormat format, const Descriptor* type) {
+  CheckType(OutputName(path), FactsFromName(path), type);
+  CheckTerminal(path, format);
+  return path;
+}
+
 }  // namespace
 
+RecordFileWriter::RecordFileWriter(const std::string& path, const Descriptor* type,
+                                   const OutputFlags& flags)
+    : name_(OutputName(path)),
+      format_(OutputFormat(name_, flags, FactsFromName(path))),
+      partial_(flags.partial),
+      file_(Checked(path, format_, type)) {}
+
+void RecordFileWriter::Write(const Message& record) {
+  if (written_++ > 0 && !format_.many) {
+    throw Failure(
+        name_ + ": not written, since the " + NameOf(format_.format) +
+            " format holds one record, and there are more",
+        "Choose one, such as FILE[0], or write a log or JSON lines: --to log, --to jsonl.");
+  }
+  if (!partial_) CheckRequiredFields(name_, record);
+  EncodeFor(name_, format_, record,
+            [&](const char* bytes, size_t size) { file_.Write(bytes, size); });
+}
+
+void RecordFileWriter::Commit() { file_.Commit(); }
+
 void WriteRecord(const std::string& path, const Message& record, const OutputFlags& flags) {
-  const NameFacts facts = FactsFromName(path);
-  const std::string name = OutputName(path);
-  const Format format = OutputFormat(name, flags, facts);
-  CheckType(name, facts, record.GetDescriptor());
-  if (!flags.partial) CheckRequiredFields(name, record);
-  CheckTerminal(path, format);
-  WriteFile(path, [&](const Sink& sink) { EncodeFor(name, format, record, sink); });
+  RecordFileWriter writer(path, record.GetDescriptor(), flags);
+  writer.Write(record);
+  writer.Commit();
 }
 
 void NoteLostComments(const Record& read, const std::string& path, const OutputFlags& flags) {
   if (!read.has_comments) return;
-  if (OutputFormat(OutputName(path), flags, FactsFromName(path)) != Format::kText) return;
+  if (OutputFormat(OutputName(path), flags, FactsFromName(path)).format != Format::kText) {
+    return;
+  }
   Note(read.name + ": its comments are not written: they are no part of the record");
 }
 

@@ -127,7 +127,7 @@ std::string RecordReport(const ReportedRecord& reported, const Schema& schema,
                          const ChartOptions& options) {
   const Record& record = *reported.record;
   std::string intro =
-      Paragraph("A " + record.type->name() + " of " + std::to_string(record.file_size) + " bytes" +
+      Paragraph("A " + record.type->name() + " of " + std::to_string(record.encoded_size) + " bytes" +
                 (Contents(record).empty() ? "" : ": " + Contents(record)) + ".");
   intro += Paragraph(schema.Comment(record.type));
   std::vector<Section> sections = {{"findings", "Findings", FindingsHtml(reported.findings)}};
@@ -154,8 +154,8 @@ std::string DifferenceReport(const ReportedRecord& before, const ReportedRecord&
     rows.push_back({difference.path, difference.before, difference.after});
   }
   const std::string intro = Paragraph(
-      "Two " + new_record.type->name() + " records, of " + std::to_string(old_record.file_size) +
-      " and " + std::to_string(new_record.file_size) + " bytes. Drawings show the first dashed.");
+      "Two " + new_record.type->name() + " records, of " + std::to_string(old_record.encoded_size) +
+      " and " + std::to_string(new_record.encoded_size) + " bytes. Drawings show the first dashed.");
   std::vector<Section> sections = {
       {"differences", "Differences",
        rows.empty() ? Paragraph("No field differs.")

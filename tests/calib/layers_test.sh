@@ -14,7 +14,7 @@ cd "$1"
 status=0
 # Lines such as calib/fields/walk.cc:1:#include "calib/fields/walk.h"
 while IFS=: read -r file line include; do
-  [[ $include == '#include "calibration_common/calibration.pb.h"' ]] && continue
+  [[ $include == '#include "calibration_common/'@(calibration.pb|record_log)'.h"' ]] && continue
   from=${file#calib/} from=${from%%/*}
   to=${include#'#include "calib/'} to=${to%%/*}
   if [[ -z ${height[$from]-} || -z ${height[$to]-} ]]; then

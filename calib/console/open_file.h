@@ -1,17 +1,17 @@
 // An open file of the system's, which is closed with the object.
-#ifndef CALIB_CONSOLE_DESCRIPTOR_H_
-#define CALIB_CONSOLE_DESCRIPTOR_H_
+#ifndef CALIB_CONSOLE_OPEN_FILE_H_
+#define CALIB_CONSOLE_OPEN_FILE_H_
 
 #include <unistd.h>
 
 namespace calib {
 
-class Descriptor {
+class OpenFile {
  public:
-  explicit Descriptor(int fd) : fd_(fd) {}
-  ~Descriptor() { Close(); }
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
+  explicit OpenFile(int fd) : fd_(fd) {}
+  ~OpenFile() { Close(); }
+  OpenFile(const OpenFile&) = delete;
+  OpenFile& operator=(const OpenFile&) = delete;
 
   int fd() const { return fd_; }
   // Standard input and output stay open. Returns what close() does.
@@ -27,4 +27,4 @@ class Descriptor {
 
 }  // namespace calib
 
-#endif  // CALIB_CONSOLE_DESCRIPTOR_H_
+#endif  // CALIB_CONSOLE_OPEN_FILE_H_
