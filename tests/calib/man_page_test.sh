@@ -26,7 +26,8 @@ count=0
 lines() {
   "$calib" "$@" --help | grep -vE '^(Usage: .*|[A-Z][a-z]*:|)$' | sed 's/^ *//' | tr -s ' '
 }
-subcommands=$("$calib" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z-]*\) .*/\1/p')
+subcommands_of() { "$calib" "$@" --help | sed -n '/^Subcommands:/,/^$/s/^  \([a-z-]*\) .*/\1/p'; }
+subcommands=$(subcommands_of)
 while IFS= read -r line; do
   [[ $shown == *"$line"* ]] || fail "the page lacks '$line', which --help prints"
   count=$((count + 1))
@@ -35,6 +36,10 @@ done < <(
   for subcommand in $subcommands; do
     echo "calib $subcommand ["
     lines "$subcommand"
+    for inner in $(subcommands_of "$subcommand"); do
+      echo "calib $subcommand $inner ["
+      lines "$subcommand" "$inner"
+    done
   done
 )
 ((count > 100)) || fail "--help printed only $count lines"
