@@ -44,6 +44,7 @@ void AddDiff(CLI::App* program, int* status);
 void AddGet(CLI::App* program, int* status);
 void AddMerge(CLI::App* program, int* status);
 void AddLog(Command* program, int* status);
+void AddTable(Command* program, int* status);
 
 }  // namespace calib
 

@@ -29,10 +29,10 @@ std::string ReadFile(const std::string& path) {
 }
 
 std::string ReadAll(InputFile* file) {
-  std::string bytes;
+  std::string bytes(file->regular() ? file->size() + 1 : kBlock, '\0');
   size_t size = 0;
   for (;;) {
-    bytes.resize(std::max(size + kBlock, file->size() + 1));
+    if (size == bytes.size()) bytes.resize(size + kBlock);
     const size_t count = file->Read(&bytes[size], std::min(kBlock, bytes.size() - size));
     if (count == 0) break;
     size += count;

@@ -1,8 +1,12 @@
 #include "calib/console/number.h"
 
+#include <algorithm>
+#include <charconv>
 #include <cstdio>
 #include <cstdlib>
 #include <limits>
+
+#include <cstring>
 
 namespace calib {
 
@@ -19,6 +23,29 @@ std::string ShortestOf(T value, T (*parse)(const char*, char**)) {
   return text;
 }
 
+#ifdef __cpp_lib_to_chars
+template <typename T>
+void AppendFewest(T value, std::string* text) {
+  char digits[32];
+  text->append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
+}
+#else
+// The same without std::to_chars(): the fewest digits that read back, with an exponent if that
+// takes fewer characters.
+template <typename T>
+void AppendFewest(T value, std::string* text) {
+  char exponential[32], fixed[400];
+  const double number = static_cast<double>(value);
+  int digits = 0;
+  do {
+    std::snprintf(exponential, sizeof exponential, "%.*e", digits, number);
+  } while (static_cast<T>(std::strtod(exponential, nullptr)) != value && digits++ < 17);
+  const int exponent = std::atoi(std::strchr(exponential, 'e') + 1);
+  std::snprintf(fixed, sizeof fixed, "%.*f", std::max(digits - exponent, 0), number);
+  *text += std::strlen(fixed) <= std::strlen(exponential) ? fixed : exponential;
+}
+#endif
+
 }  // namespace
 
 std::string Shortest(double value) { return ShortestOf(value, std::strtod); }
@@ -29,5 +56,8 @@ std::string Rounded(double value) {
   std::snprintf(text, sizeof text, "%.6g", value);
   return text;
 }
+
+void AppendShortest(double value, std::string* text) { AppendFewest(value, text); }
+void AppendShortest(float value, std::string* text) { AppendFewest(value, text); }
 
 }  // namespace calib

@@ -1,0 +1,313 @@
+#include "calib/views/table.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "calib/console/failure.h"
+#include "calib/console/number.h"
+#include "calib/console/printable.h"
+
+namespace calib {
+
+using google::protobuf::Descriptor;
+using google::protobuf::FieldDescriptor;
+using google::protobuf::Message;
+using google::protobuf::Reflection;
+
+namespace {
+
+constexpr size_t kAlignedBytes = size_t{1} << 20;
+
+void AppendJsonString(const std::string& text, std::string* out) {
+  static constexpr char kHex[] = "0123456789abcdef";
+  *out += '"';
+  for (const char c : text) {
+    const unsigned char octet = static_cast<unsigned char>(c);
+    if (c == '"' || c == '\\') {
+      *out += {'\\', c};
+    } else if (c == '\n') {
+      *out += "\\n";
+    } else if (octet < 0x20) {
+      *out += "\\u00";
+      *out += {kHex[octet >> 4], kHex[octet & 15]};
+    } else {
+      *out += c;
+    }
+  }
+  *out += '"';
+}
+
+bool IsAscii(const std::string& text) {
+  return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
+}
+
+void AppendCsv(const std::string& text, std::string* out) {
+  if (text.find_first_of(",\"\r\n") == std::string::npos) {
+    *out += text;
+    return;
+  }
+  *out += '"';
+  for (const char c : text) {
+    if (c == '"') *out += '"';
+    *out += c;
+  }
+  *out += '"';
+}
+
+void AppendTsv(const std::string& text, std::string* out) {
+  for (const char c : text) {
+    switch (c) {
+      case '\t':
+        *out += "\\t";
+        break;
+      case '\n':
+        *out += "\\n";
+        break;
+      case '\r':
+        *out += "\\r";
+        break;
+      case '\\':
+        *out += "\\\\";
+        break;
+      default:
+        *out += c;
+    }
+  }
+}
+
+char SeparatorOf(TableFormat format) {
+  switch (format) {
+    case TableFormat::kTsv:
+      return '\t';
+    case TableFormat::kText:
+      return Table::kCellEnd;
+    default:
+      return ',';
+  }
+}
+
+}  // namespace
+
+Table::Table(const Descriptor* type, const TableOptions& options)
+    : type_(type), format_(options.format), defaults_(options.defaults), row_type_(type) {
+  if (!options.each.empty()) {
+    each_ = FindEach(type, options.each);
+    row_type_ = each_.fields.back()->message_type();
+  }
+  std::vector<std::string> names = options.columns;
+  if (names.empty()) {
+    names = {"file", "record"};
+    if (!options.each.empty()) names.push_back("index");
+    for (const std::string& path : ScalarPaths(row_type_)) names.push_back(path);
+  }
+  for (const std::string& name : names) {
+    Column column = FindColumnOf(name);
+    column.name = name;
+    AppendJsonString(name, &column.key);
+    column.key += ':';
+    columns_.push_back(std::move(column));
+  }
+}
+
+// A field of the row's message comes first, then one of the record.
+Table::Column Table::FindColumnOf(const std::string& name) const {
+  const std::string first = name.substr(0, name.find_first_of(".["));
+  Column column = {Column::kField, "", "", false, {}};
+  if (row_type_->FindFieldByName(first) != nullptr) {
+    column.path = FindColumn(row_type_, name);
+  } else if (name == "file") {
+    column.kind = Column::kFile;
+  } else if (name == "record") {
+    column.kind = Column::kRecord;
+  } else if (name == "index" && !each_.fields.empty()) {
+    column.kind = Column::kIndex;
+  } else {
+    column.of_record = type_->FindFieldByName(first) != nullptr;
+    column.path = FindColumn(column.of_record ? type_ : row_type_, name);
+  }
+  return column;
+}
+
+std::string Table::Header() const {
+  if (format_ == TableFormat::kJsonLines) return "";
+  std::string header;
+  for (const Column& column : columns_) {
+    if (&column != &columns_.front()) header += SeparatorOf(format_);
+    AppendText(column.name, &header);
+  }
+  return header + "\n";
+}
+
+void Table::AppendRows(const Message& record, const RowSource& source, std::string* rows) const {
+  if (each_.fields.empty()) return AppendRow(record, record, source, "", rows);
+  ForEachElement(record, each_, [&](const Message& element, const std::string& index) {
+    AppendRow(record, element, source, index, rows);
+  });
+}
+
+void Table::AppendRow(const Message& record, const Message& element, const RowSource& source,
+                      const std::string& index, std::string* rows) const {
+  const bool json = format_ == TableFormat::kJsonLines;
+  if (json) *rows += '{';
+  for (const Column& column : columns_) {
+    if (&column != &columns_.front()) *rows += SeparatorOf(format_);
+    if (json) *rows += column.key;
+    switch (column.kind) {
+      case Column::kFile:
+        AppendText(source.file, rows);
+        break;
+      case Column::kRecord:
+        *rows += std::to_string(source.record);
+        break;
+      case Column::kIndex:
+        // "0.17" is no number.
+        index.find('.') == std::string::npos ? * rows += index : (AppendText(index, rows), *rows);
+        break;
+      case Column::kField:
+        AppendField(column.of_record ? record : element, column.path, rows);
+        break;
+    }
+  }
+  *rows += json ? "}\n" : "\n";
+}
+
+void Table::AppendField(const Message& message, const ColumnPath& path, std::string* row) const {
+  const bool json = format_ == TableFormat::kJsonLines;
+  const auto [field, index] = path.steps.back();
+  const Message* holder = HolderOf(message, path);
+  const Reflection* reflection = holder == nullptr ? nullptr : holder->GetReflection();
+  if (field->is_repeated()) {
+    const int size = holder == nullptr ? 0 : reflection->FieldSize(*holder, field);
+    if (index >= 0) {
+      if (index < size) return AppendValue(*holder, field, index, row);
+      if (json) *row += "null";
+      return;
+    }
+    if (json) *row += '[';
+    for (int i = 0; i < size; ++i) {
+      if (i > 0) *row += json ? ',' : ' ';
+      AppendValue(*holder, field, i, row);
+    }
+    if (json) *row += ']';
+    return;
+  }
+  if (holder != nullptr && reflection->HasField(*holder, field)) {
+    return AppendValue(*holder, field, -1, row);
+  }
+  if (defaults_ && field->has_default_value()) {
+    return AppendValue(*google::protobuf::MessageFactory::generated_factory()->GetPrototype(
+                           field->containing_type()),
+                       field, -1, row);
+  }
+  if (json) *row += "null";
+}
+
+void Table::AppendValue(const Message& message, const FieldDescriptor* field, int index,
+                        std::string* row) const {
+  const Reflection* r = message.GetReflection();
+  const bool one = index < 0;
+  switch (field->cpp_type()) {
+    case FieldDescriptor::CPPTYPE_DOUBLE:
+    case FieldDescriptor::CPPTYPE_FLOAT: {
+      const bool is_float = field->cpp_type() == FieldDescriptor::CPPTYPE_FLOAT;
+      const float f = !is_float ? 0
+                      : one     ? r->GetFloat(message, field)
+                                : r->GetRepeatedFloat(message, field, index);
+      const double d = is_float ? static_cast<double>(f)
+                       : one    ? r->GetDouble(message, field)
+                                : r->GetRepeatedDouble(message, field, index);
+      if (!std::isfinite(d))
+        return AppendText(std::isnan(d) ? "NaN" : d > 0 ? "Infinity" : "-Infinity", row);
+      is_float ? AppendShortest(f, row) : AppendShortest(d, row);
+      return;
+    }
+    case FieldDescriptor::CPPTYPE_INT32:
+      *row += std::to_string(one ? r->GetInt32(message, field)
+                                 : r->GetRepeatedInt32(message, field, index));
+      return;
+    case FieldDescriptor::CPPTYPE_INT64:
+      *row += std::to_string(one ? r->GetInt64(message, field)
+                                 : r->GetRepeatedInt64(message, field, index));
+      return;
+    case FieldDescriptor::CPPTYPE_UINT32:
+      *row += std::to_string(one ? r->GetUInt32(message, field)
+                                 : r->GetRepeatedUInt32(message, field, index));
+      return;
+    case FieldDescriptor::CPPTYPE_UINT64:
+      *row += std::to_string(one ? r->GetUInt64(message, field)
+                                 : r->GetRepeatedUInt64(message, field, index));
+      return;
+    case FieldDescriptor::CPPTYPE_BOOL:
+      *row += (one ? r->GetBool(message, field) : r->GetRepeatedBool(message, field, index))
+                  ? "true"
+                  : "false";
+      return;
+    case FieldDescriptor::CPPTYPE_STRING:
+      if (field->type() == FieldDescriptor::TYPE_BYTES) {
+        *row += std::to_string(
+            (one ? r->GetString(message, field) : r->GetRepeatedString(message, field, index))
+                .size());
+        return;
+      }
+      return AppendText(
+          one ? r->GetString(message, field) : r->GetRepeatedString(message, field, index), row);
+    default:
+      throw Failure(field->name() + ": is of a kind that no table holds");
+  }
+}
+
+void Table::AppendText(const std::string& text, std::string* row) const {
+  switch (format_) {
+    case TableFormat::kCsv:
+      return AppendCsv(text, row);
+    case TableFormat::kTsv:
+      return AppendTsv(text, row);
+    case TableFormat::kJsonLines:
+      return AppendJsonString(IsAscii(text) ? text : Printable(text), row);
+    case TableFormat::kText:
+      *row += Printable(text);
+  }
+}
+
+std::string TextColumns::Add(const std::string& rows) {
+  if (known_) return Lay(rows);
+  pending_ += rows;
+  return pending_.size() < kAlignedBytes ? "" : Rest();
+}
+
+std::string TextColumns::Rest() {
+  known_ = true;
+  size_t column = 0, begin = 0;
+  for (size_t i = 0; i < pending_.size(); ++i) {
+    if (pending_[i] != Table::kCellEnd && pending_[i] != '\n') continue;
+    if (column == widths_.size()) widths_.push_back(0);
+    widths_[column] = std::max(widths_[column], CountCharacters(pending_.substr(begin, i - begin)));
+    begin = i + 1;
+    column = pending_[i] == '\n' ? 0 : column + 1;
+  }
+  const std::string laid = Lay(pending_);
+  pending_.clear();
+  return laid;
+}
+
+std::string TextColumns::Lay(const std::string& rows) const {
+  std::string laid;
+  size_t column = 0, begin = 0;
+  for (size_t i = 0; i < rows.size(); ++i) {
+    if (rows[i] != Table::kCellEnd && rows[i] != '\n') continue;
+    const std::string cell = rows.substr(begin, i - begin);
+    laid += cell;
+    if (rows[i] == '\n') {
+      laid.erase(laid.find_last_not_of(' ') + 1);
+      laid += '\n';
+    } else {
+      const size_t width = column < widths_.size() ? widths_[column] : 0;
+      laid.append(std::max(width, CountCharacters(cell)) - CountCharacters(cell) + 2, ' ');
+    }
+    begin = i + 1;
+    column = rows[i] == '\n' ? 0 : column + 1;
+  }
+  return laid;
+}
+
+}  // namespace calib

@@ -1,0 +1,92 @@
+// Records as rows of a table, as CSV, TSV, JSON lines or aligned text.
+//
+// Numbers print as the shortest text that reads back as the same bits. What is not set is an empty
+// cell, and null in JSON lines. CSV quotes as RFC 4180 does; TSV writes tab, line end and backslash
+// as \t, \n and \\.
+#ifndef CALIB_VIEWS_TABLE_H_
+#define CALIB_VIEWS_TABLE_H_
+
+#include <google/protobuf/message.h>
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "calib/fields/column.h"
+
+namespace calib {
+
+enum class TableFormat { kCsv, kTsv, kJsonLines, kText };
+
+struct TableOptions {
+  TableFormat format = TableFormat::kText;
+  std::vector<std::string> columns;  // all single values if empty
+  std::string each;                  // a row for each of these messages, "" for each record
+  bool defaults = false;             // declared defaults in place of nothing
+};
+
+// What names a record among all.
+struct RowSource {
+  std::string file;
+  int64_t record;  // its index in the file
+};
+
+class Table {
+ public:
+  // Throws Failure if a column is none of the type's.
+  Table(const google::protobuf::Descriptor* type, const TableOptions& options);
+
+  const google::protobuf::Descriptor* type() const { return type_; }
+  // The line of the columns' names; none in JSON lines.
+  std::string Header() const;
+  // Appends a record's rows. May be called by several threads at once. In kText, cells are apart by
+  // kCellEnd, for Align().
+  void AppendRows(const google::protobuf::Message& record, const RowSource& source,
+                  std::string* rows) const;
+
+  static constexpr char kCellEnd = '\x1f';
+
+ private:
+  struct Column {
+    enum Kind { kFile, kRecord, kIndex, kField } kind;
+    std::string name, key;   // key: as JSON lines have it, up to the value
+    bool of_record = false;  // and not of the element
+    ColumnPath path;
+  };
+  Column FindColumnOf(const std::string& name) const;
+  void AppendRow(const google::protobuf::Message& record, const google::protobuf::Message& element,
+                 const RowSource& source, const std::string& index, std::string* rows) const;
+  void AppendField(const google::protobuf::Message& message, const ColumnPath& path,
+                   std::string* row) const;
+  void AppendValue(const google::protobuf::Message& message,
+                   const google::protobuf::FieldDescriptor* field, int index,
+                   std::string* row) const;
+  void AppendText(const std::string& text, std::string* row) const;
+
+  const google::protobuf::Descriptor* const type_;
+  const TableFormat format_;
+  const bool defaults_;
+  EachPath each_;
+  const google::protobuf::Descriptor* row_type_;
+  std::vector<Column> columns_;
+};
+
+// Aligns what Header() and AppendRows() make of TableFormat::kText. The widths are those of the
+// first rows; a later cell that is wider shifts its line.
+class TextColumns {
+ public:
+  // The lines of what was added that can be told by now.
+  std::string Add(const std::string& rows);
+  std::string Rest();
+
+ private:
+  std::string Lay(const std::string& rows) const;
+
+  std::string pending_;
+  std::vector<size_t> widths_;
+  bool known_ = false;
+};
+
+}  // namespace calib
+
+#endif  // CALIB_VIEWS_TABLE_H_
