@@ -11,6 +11,10 @@ void AddLog(Command* program, int* status) {
   AddLogSplit(log, status);
   AddLogJoin(log, status);
   AddLogRecover(log, status);
+  AddLogCurrent(log, status);
+  AddLogAt(log, status);
+  AddLogRollback(log, status);
+  AddLogHistory(log, status);
   log->Footer(
       "A log holds any number of records of one type, each behind its length, and is named "
       "NAME.TYPE.binpb.log. All commands that read a file read logs, too.\n\n"

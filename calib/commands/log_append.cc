@@ -1,5 +1,7 @@
 // calib log append LOG FILE...
+#include <cstdint>
 #include <memory>
+#include <optional>
 
 #include "calib/commands/log_commands.h"
 #include "calib/console/failure.h"
@@ -7,6 +9,7 @@
 #include "calib/fields/presence.h"
 #include "calib/formats/codec.h"
 #include "calib/formats/log_appender.h"
+#include "calib/formats/log_times.h"
 #include "calib/formats/log_type.h"
 #include "calib/formats/record_reader.h"
 
@@ -14,7 +17,7 @@ namespace calib {
 namespace {
 
 struct Flags {
-  std::string log;
+  std::string log, time;
   std::vector<std::string> paths;
   InputFlags input;
   bool keep_empty = false, partial = false;
@@ -30,6 +33,8 @@ void CheckRequiredFields(const Record& record) {
 void Append(const Flags& flags) {
   // The log's own name tells the type, else that of what is appended.
   const google::protobuf::Descriptor* type = LogType(flags.log, flags.input);
+  std::optional<int64_t> time;
+  if (!flags.time.empty()) time = TimeNamed(flags.time);
   std::unique_ptr<LogAppender> appender;
   ForEachRecord(flags.paths, flags.input, [&](const Record& record) {
     if (type == nullptr) type = record.type;
@@ -38,6 +43,7 @@ void Append(const Flags& flags) {
     if (appender == nullptr) {
       appender = std::make_unique<LogAppender>(flags.log, type, flags.keep_empty);
     }
+    if (time) LogTimes::Add(flags.log, appender->records(), *time);
     appender->Append(record.name, Encode(Format::kBinary, *record.message));
   });
   if (appender != nullptr) appender->Commit();
@@ -56,6 +62,10 @@ void AddLogAppend(Command* log, int* status) {
                    "Append records even if required fields are missing");
   command->AddFlag("--keep-empty", flags->keep_empty,
                    "Append records in which nothing is set, and keep those at the log's end");
+  command
+      ->AddOption("--time", flags->time,
+                  "Keep when the records were appended, in LOG.times, for 'calib log at'")
+      ->ValueName("now|DATE");
   command->Footer(
       "Whatever happens, the records that were in the log stay whole. What a command left behind "
       "that was stopped in the middle is cut off by the next one, which says so. Records are on "

@@ -11,6 +11,10 @@ void AddLogAppend(Command* log, int* status);
 void AddLogSplit(Command* log, int* status);
 void AddLogJoin(Command* log, int* status);
 void AddLogRecover(Command* log, int* status);
+void AddLogCurrent(Command* log, int* status);
+void AddLogAt(Command* log, int* status);
+void AddLogRollback(Command* log, int* status);
+void AddLogHistory(Command* log, int* status);
 
 }  // namespace calib
 
