@@ -24,8 +24,8 @@ int Run(int argc, char** argv) {
       "(JSON lines). For other names, --type and --format tell what is in them. FILE[17], FILE[-1] "
       "and FILE[100:200] choose among the records of a file. The file '-' is standard input or "
       "output.\n\n"
-      "Exit status: 0 fine, 1 a finding (check, diff, log, residuals, table) or nothing found "
-      "(get, image, project, unproject, undistort), 2 trouble." +
+      "Exit status: 0 fine, 1 a finding (check, diff, drift, log, residuals, table) or nothing "
+      "found (get, image, project, unproject, undistort), 2 trouble." +
       std::string(kReadsJson ? ""
                              : "\n\nThis build writes JSON, but does not read it: its protobuf "
                                "run-time skips in silence what it does not understand there."));
@@ -41,6 +41,7 @@ int Run(int argc, char** argv) {
   AddMerge(&program, &status);
   AddLog(&program, &status);
   AddTable(&program, &status);
+  AddDrift(&program, &status);
   AddPlot(&program, &status);
   AddReport(&program, &status);
   AddImage(&program, &status);

@@ -45,6 +45,7 @@ void AddGet(CLI::App* program, int* status);
 void AddMerge(CLI::App* program, int* status);
 void AddLog(Command* program, int* status);
 void AddTable(Command* program, int* status);
+void AddDrift(Command* program, int* status);
 
 }  // namespace calib
 

@@ -13,36 +13,23 @@
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/fields/compare.h"
-#include "calib/fields/walk.h"
+#include "calib/fields/metadata_time.h"
 #include "calib/formats/codec.h"
 #include "calib/formats/log_appender.h"
 #include "calib/formats/log_times.h"
 #include "calib/formats/record_reader.h"
 #include "calib/formats/record_writer.h"
-#include "calibration_common/calibration.pb.h"
 
 namespace calib {
 namespace {
 
 using google::protobuf::Message;
-using zarvo::calibration::CalibrationMetadataProto;
 
 struct Flags {
   std::string log, when, record, time = "now", out = "-";
   InputFlags input;
   OutputFlags output;
 };
-
-// The first metadata.time in the record.
-std::optional<int64_t> MetadataTime(const Message& record) {
-  std::optional<int64_t> time;
-  ForEachMessage(record, [&](const Message& message, const std::string&) {
-    if (time || message.GetDescriptor() != CalibrationMetadataProto::descriptor()) return;
-    const auto& metadata = static_cast<const CalibrationMetadataProto&>(message);
-    if (metadata.has_time()) time = metadata.time();
-  });
-  return time;
-}
 
 Record RecordAt(const Flags& flags, const std::string& index) {
   InputFlags input = flags.input;

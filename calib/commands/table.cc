@@ -174,15 +174,8 @@ class TableMaker {
   size_t troubles_ = 0;
 };
 
-TableFormat FormatOf(const std::string& name) {
-  return name == "csv"     ? TableFormat::kCsv
-         : name == "tsv"   ? TableFormat::kTsv
-         : name == "jsonl" ? TableFormat::kJsonLines
-                           : TableFormat::kText;
-}
-
 int MakeTable(Flags flags) {
-  flags.table.format = FormatOf(flags.to);
+  flags.table.format = TableFormatNamed(flags.to);
   std::istringstream names(flags.columns);
   for (std::string name; std::getline(names, name, ',');) flags.table.columns.push_back(name);
   std::vector<std::string> paths = flags.paths;
@@ -218,7 +211,7 @@ void AddTable(Command* program, int* status) {
           "A row for each element of this repeated message, such as camera or "
           "camera.intrinsics.sample_points; columns are the element's fields, or the record's")
       ->ValueName("FIELD");
-  AddChoice(command, "--to", &flags->to, {"text", "csv", "tsv", "jsonl"}, "Format of the table");
+  AddChoice(command, "--to", &flags->to, TableFormatNames(), "Format of the table");
   command->AddFlag("--defaults", flags->table.defaults,
                    "Declared defaults in place of what is not set");
   command->AddOption("--output", flags->output_path, "The file to write; else standard output")

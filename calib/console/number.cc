@@ -4,9 +4,8 @@
 #include <charconv>
 #include <cstdio>
 #include <cstdlib>
-#include <limits>
-
 #include <cstring>
+#include <limits>
 
 namespace calib {
 

@@ -127,8 +127,8 @@ std::string RecordReport(const ReportedRecord& reported, const Schema& schema,
                          const ChartOptions& options) {
   const Record& record = *reported.record;
   std::string intro =
-      Paragraph("A " + record.type->name() + " of " + std::to_string(record.encoded_size) + " bytes" +
-                (Contents(record).empty() ? "" : ": " + Contents(record)) + ".");
+      Paragraph("A " + record.type->name() + " of " + std::to_string(record.encoded_size) +
+                " bytes" + (Contents(record).empty() ? "" : ": " + Contents(record)) + ".");
   intro += Paragraph(schema.Comment(record.type));
   std::vector<Section> sections = {{"findings", "Findings", FindingsHtml(reported.findings)}};
   const Rig rig = RigOf(PartsOfType(record, CameraCalibration::descriptor()), options.extrinsics);
@@ -153,9 +153,10 @@ std::string DifferenceReport(const ReportedRecord& before, const ReportedRecord&
        Compare(*old_record.message, *new_record.message, Tolerance())) {
     rows.push_back({difference.path, difference.before, difference.after});
   }
-  const std::string intro = Paragraph(
-      "Two " + new_record.type->name() + " records, of " + std::to_string(old_record.encoded_size) +
-      " and " + std::to_string(new_record.encoded_size) + " bytes. Drawings show the first dashed.");
+  const std::string intro = Paragraph("Two " + new_record.type->name() + " records, of " +
+                                      std::to_string(old_record.encoded_size) + " and " +
+                                      std::to_string(new_record.encoded_size) +
+                                      " bytes. Drawings show the first dashed.");
   std::vector<Section> sections = {
       {"differences", "Differences",
        rows.empty() ? Paragraph("No field differs.")

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 #include "calib/console/failure.h"
 #include "calib/console/number.h"
@@ -86,7 +87,41 @@ char SeparatorOf(TableFormat format) {
   }
 }
 
+void AppendTextCell(TableFormat format, const std::string& text, std::string* row) {
+  switch (format) {
+    case TableFormat::kCsv:
+      return AppendCsv(text, row);
+    case TableFormat::kTsv:
+      return AppendTsv(text, row);
+    case TableFormat::kJsonLines:
+      return AppendJsonString(IsAscii(text) ? text : Printable(text), row);
+    case TableFormat::kText:
+      *row += Printable(text);
+  }
+}
+
+struct NamedFormat {
+  const char* name;
+  TableFormat format;
+};
+constexpr NamedFormat kFormats[] = {{"text", TableFormat::kText},
+                                    {"csv", TableFormat::kCsv},
+                                    {"tsv", TableFormat::kTsv},
+                                    {"jsonl", TableFormat::kJsonLines}};
+
 }  // namespace
+
+std::vector<std::string> TableFormatNames() {
+  std::vector<std::string> names;
+  for (const NamedFormat& known : kFormats) names.emplace_back(known.name);
+  return names;
+}
+
+TableFormat TableFormatNamed(const std::string& name) {
+  const NamedFormat* known = kFormats;
+  while (known->name != name) ++known;
+  return known->format;
+}
 
 Table::Table(const Descriptor* type, const TableOptions& options)
     : type_(type), format_(options.format), defaults_(options.defaults), row_type_(type) {
@@ -257,16 +292,7 @@ void Table::AppendValue(const Message& message, const FieldDescriptor* field, in
 }
 
 void Table::AppendText(const std::string& text, std::string* row) const {
-  switch (format_) {
-    case TableFormat::kCsv:
-      return AppendCsv(text, row);
-    case TableFormat::kTsv:
-      return AppendTsv(text, row);
-    case TableFormat::kJsonLines:
-      return AppendJsonString(IsAscii(text) ? text : Printable(text), row);
-    case TableFormat::kText:
-      *row += Printable(text);
-  }
+  AppendTextCell(format_, text, row);
 }
 
 std::string TextColumns::Add(const std::string& rows) {
@@ -308,6 +334,43 @@ std::string TextColumns::Lay(const std::string& rows) const {
     column = rows[i] == '\n' ? 0 : column + 1;
   }
   return laid;
+}
+
+CellWriter::CellWriter(TableFormat format, const std::vector<std::string>& names)
+    : format_(format), names_(names) {
+  if (format == TableFormat::kJsonLines) return;
+  std::vector<Cell> header;
+  for (const std::string& name : names) header.push_back({name, false});
+  AddRow(header);
+}
+
+void CellWriter::AddRow(const std::vector<Cell>& cells) {
+  const bool json = format_ == TableFormat::kJsonLines;
+  if (json) rows_ += '{';
+  for (size_t i = 0; i < cells.size(); ++i) {
+    const Cell& cell = cells[i];
+    if (i > 0) rows_ += SeparatorOf(format_);
+    if (json) {
+      AppendJsonString(names_[i], &rows_);
+      rows_ += ':';
+    }
+    const bool digits = cell.number && cell.text.find_first_of("NI") == std::string::npos;
+    if (json && cell.number && cell.text.empty()) {
+      rows_ += "null";
+    } else if (digits) {
+      rows_ += cell.text;
+    } else {
+      AppendTextCell(format_, cell.text, &rows_);
+    }
+  }
+  rows_ += json ? "}\n" : "\n";
+}
+
+std::string CellWriter::Take() {
+  if (format_ != TableFormat::kText) return std::move(rows_);
+  TextColumns columns;
+  const std::string laid = columns.Add(rows_);
+  return laid + columns.Rest();
 }
 
 }  // namespace calib

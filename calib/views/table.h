@@ -18,6 +18,11 @@ namespace calib {
 
 enum class TableFormat { kCsv, kTsv, kJsonLines, kText };
 
+// What users call them.
+std::vector<std::string> TableFormatNames();
+// The format of a name that is one of TableFormatNames().
+TableFormat TableFormatNamed(const std::string& name);
+
 struct TableOptions {
   TableFormat format = TableFormat::kText;
   std::vector<std::string> columns;  // all single values if empty
@@ -85,6 +90,26 @@ class TextColumns {
   std::string pending_;
   std::vector<size_t> widths_;
   bool known_ = false;
+};
+
+// A table of other rows than records' fields.
+class CellWriter {
+ public:
+  struct Cell {
+    std::string text;  // empty: there is no value
+    bool number;       // finite, or NaN and Infinity, which JSON lines hold as text
+  };
+
+  CellWriter(TableFormat format, const std::vector<std::string>& names);
+  // REQUIRES: a cell for each name.
+  void AddRow(const std::vector<Cell>& cells);
+  // The table so far.
+  std::string Take();
+
+ private:
+  const TableFormat format_;
+  const std::vector<std::string> names_;
+  std::string rows_;
 };
 
 }  // namespace calib

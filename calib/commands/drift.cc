@@ -1,0 +1,214 @@
+// calib drift FILE...
+#include <sys/stat.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <cstdio>
+#include <cstdlib>
+#include <map>
+#include <memory>
+#include <optional>
+#include <sstream>
+
+#include "calib/commands/commands.h"
+#include "calib/console/arguments.h"
+#include "calib/console/failure.h"
+#include "calib/console/file.h"
+#include "calib/console/file_list.h"
+#include "calib/console/number.h"
+#include "calib/fields/metadata_time.h"
+#include "calib/formats/record_reader.h"
+#include "calib/views/camera_drift.h"
+#include "calib/views/table.h"
+
+namespace calib {
+namespace {
+
+struct Flags {
+  std::vector<std::string> paths;
+  std::string camera, order = "auto", to = "text", threshold;
+  InputFlags input;
+};
+
+// A record's cameras, and what the record may be ordered by.
+struct Stage {
+  std::vector<CameraSample> cameras;
+  std::string name;
+  std::optional<int64_t> time;
+  int64_t file_time;
+};
+
+int64_t FileTime(const std::string& path) {
+  struct stat status;
+  return stat(SplitPath(path).path.c_str(), &status) == 0 ? status.st_mtime : 0;
+}
+
+std::vector<Stage> Read(const Flags& flags) {
+  const std::vector<std::string> files = ListFiles(flags.paths, [](const std::string& path) {
+    const NameFacts facts = FactsFromName(path);
+    return facts.format && facts.type != nullptr;
+  });
+  std::vector<Stage> stages;
+  Failures failures(files.size());
+  for (const std::string& path : files) {
+    failures.Try([&] {
+      RecordReader reader(path, flags.input);
+      for (Record record = {}; reader.Next(&record);) {
+        stages.push_back({CameraSamplesOf(*record.message, record.name), record.name,
+                          MetadataTime(*record.message), FileTime(path)});
+      }
+    });
+  }
+  failures.ThrowIfAny();
+  return stages;
+}
+
+// Records of the same time, name or file stay in the order of the input.
+void Order(const std::string& order, std::vector<Stage>* stages) {
+  const bool all_times = std::all_of(stages->begin(), stages->end(),
+                                     [](const Stage& stage) { return stage.time.has_value(); });
+  if (order == "time" && !all_times) {
+    const auto without = std::find_if(stages->begin(), stages->end(),
+                                      [](const Stage& stage) { return !stage.time; });
+    throw Failure(without->name + ": has no metadata.time to be ordered by",
+                  "Choose another order with --order.");
+  }
+  const bool by_time = order == "time" || (order == "auto" && all_times);
+  std::stable_sort(stages->begin(), stages->end(), [&](const Stage& a, const Stage& b) {
+    if (by_time) return *a.time < *b.time;
+    if (order == "name") return a.name < b.name;
+    return order == "file-time" && a.file_time < b.file_time;
+  });
+}
+
+std::map<std::string, double> Thresholds(const std::string& text) {
+  std::map<std::string, double> thresholds;
+  std::istringstream items(text);
+  for (std::string item; std::getline(items, item, ',');) {
+    const size_t equals = item.find('=');
+    char* end = nullptr;
+    const double most =
+        equals == std::string::npos ? 0 : std::strtod(item.c_str() + equals + 1, &end);
+    if (end == nullptr || *end != '\0' || end == item.c_str() + equals + 1 || !(most >= 0)) {
+      throw Failure("--threshold: is '" + item + "', expected a quantity and a number from 0",
+                    "Write it like fx=0.5,rotation=0.1.");
+    }
+    thresholds[item.substr(0, equals)] = most;
+  }
+  return thresholds;
+}
+
+std::string NumberOf(const std::optional<double>& value) {
+  if (!value) return "";
+  if (!std::isfinite(*value))
+    return std::isnan(*value) ? "NaN" : *value > 0 ? "Infinity" : "-Infinity";
+  std::string text;
+  AppendShortest(*value, &text);
+  return text;
+}
+
+// Six digits: what a difference has beyond them is rounding.
+std::string ChangeOf(const std::optional<double>& change) {
+  char text[32];
+  if (!change || !std::isfinite(*change)) return NumberOf(change);
+  std::snprintf(text, sizeof text, "%.6g", *change);
+  return text;
+}
+
+std::string TextOf(const std::vector<DriftRow>& rows, TableFormat format) {
+  CellWriter writer(format,
+                    {"camera", "record", "quantity", "value", "since_first", "since_before"});
+  for (const DriftRow& row : rows) {
+    writer.AddRow({{row.camera, false},
+                   {row.record, false},
+                   {row.quantity, false},
+                   {NumberOf(row.value), true},
+                   {ChangeOf(row.since_first), true},
+                   {ChangeOf(row.since_before), true}});
+  }
+  return writer.Take();
+}
+
+// Tells what changed by more than it may since the first record; returns whether anything did.
+bool TellExceeding(const std::vector<DriftRow>& rows,
+                   const std::map<std::string, double>& thresholds) {
+  bool any = false;
+  for (const auto& [quantity, most] : thresholds) {
+    const bool known =
+        std::any_of(rows.begin(), rows.end(),
+                    [&name = quantity](const DriftRow& row) { return row.quantity == name; });
+    if (!known) {
+      throw Failure("--threshold: no camera has the quantity '" + quantity + "'",
+                    "Those of the table are fx, fy, skew, cx, cy, k[0], p[0], rotation, position.");
+    }
+  }
+  for (const DriftRow& row : rows) {
+    const auto most = thresholds.find(row.quantity);
+    if (most == thresholds.end() || !row.since_first) continue;
+    if (std::abs(*row.since_first) <= most->second) continue;
+    Note(row.record + ": " + row.camera + ": " + row.quantity + " changed by " +
+         ChangeOf(row.since_first) + ", more than " + NumberOf(most->second));
+    any = true;
+  }
+  return any;
+}
+
+int Drift(const Flags& flags) {
+  const std::map<std::string, double> thresholds = Thresholds(flags.threshold);
+  std::vector<Stage> stages = Read(flags);
+  Order(flags.order, &stages);
+  std::vector<CameraSample> samples;
+  for (Stage& stage : stages) {
+    for (CameraSample& camera : stage.cameras) {
+      if (!flags.camera.empty() && camera.camera != flags.camera) continue;
+      if (camera.odd_transform) {
+        Note(camera.record + ": " + camera.camera +
+             ": extrinsics are no rigid transform of 16 numbers by rows, and left out");
+      }
+      samples.push_back(std::move(camera));
+    }
+  }
+  if (samples.empty()) {
+    throw Failure(flags.camera.empty() ? "there is no camera in these records"
+                                       : "no camera '" + flags.camera + "' is in these records",
+                  "Cameras go by their serial number, else by their name.");
+  }
+  const std::vector<DriftRow> rows = DriftOf(samples);
+  Print(TextOf(rows, TableFormatNamed(flags.to)));
+  return TellExceeding(rows, thresholds) ? kFinding : kFine;
+}
+
+}  // namespace
+
+void AddDrift(Command* program, int* status) {
+  Command* command = program->AddCommand("drift", "Says how cameras change from record to record");
+  const auto flags = std::make_shared<Flags>();
+  command->AddOption("FILE", flags->paths, "The records, also logs and folders")->Required();
+  command->AddOption("--camera", flags->camera, "Only the camera of that serial number or name")
+      ->ValueName("NAME");
+  AddChoice(command, "--order", &flags->order, {"auto", "time", "file-time", "name", "input"},
+            "What comes first; auto goes by metadata.time where all records have it, else by the "
+            "order of the input");
+  AddChoice(command, "--to", &flags->to, TableFormatNames(), "Format of the table");
+  command
+      ->AddOption("--threshold", flags->threshold,
+                  "How much a quantity may have changed since the first record")
+      ->ValueName("QUANTITY=MOST,...");
+  flags->input.AddTo(command);
+  command->Footer(
+      "A camera is the same if it has the same serial number or, without one, the same name. Each "
+      "row is one quantity of a camera in one record: its value, and its change since the first "
+      "record and since the one before. 'rotation' is the angle in degrees by which the camera "
+      "turned, 'position' the distance that it moved, in the records' unit of length; both take "
+      "extrinsics.a for 16 numbers of a rigid transform by rows. Changes are given to six "
+      "digits.\n\n"
+      "Exit status: 0 fine, 1 more than a threshold, 2 trouble.\n\n"
+      "Examples:\n"
+      "  calib drift october.RobotCalibration.binpb november.RobotCalibration.binpb\n"
+      "  calib drift robot.RobotCalibration.binpb.log --camera cam0 --to csv\n"
+      "  calib drift robot.RobotCalibration.binpb.log --threshold fx=0.5,rotation=0.1");
+  command->Callback([flags, status] { *status = Drift(*flags); });
+}
+
+}  // namespace calib

@@ -1,0 +1,130 @@
+#include "calib/views/camera_drift.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "calib/fields/walk.h"
+#include "calibration_common/calibration.pb.h"
+
+namespace calib {
+
+namespace geometry = zarvo::calibration_geometry;
+using google::protobuf::Message;
+using zarvo::calibration::CameraCalibration;
+using zarvo::calibration::CameraIntrinsics;
+
+namespace {
+
+constexpr double kMostDefect = 1e-3;  // of a rotation whose digits were rounded
+
+void AddIntrinsics(const CameraIntrinsics& intrinsics, CameraSample* sample) {
+  sample->intrinsics = {{"fx", intrinsics.fx()},
+                        {"fy", intrinsics.fy()},
+                        {"skew", intrinsics.skew()},
+                        {"cx", intrinsics.cx()},
+                        {"cy", intrinsics.cy()}};
+  const auto add = [&](const char* name, const auto& values) {
+    for (int i = 0; i < values.size(); ++i) {
+      sample->intrinsics.emplace_back(std::string(name) + "[" + std::to_string(i) + "]",
+                                      values.Get(i));
+    }
+  };
+  add("k", intrinsics.k());
+  add("p", intrinsics.p());
+}
+
+void AddTransform(const CameraCalibration& camera, CameraSample* sample) {
+  if (camera.extrinsics().a_size() == 0) return;
+  geometry::Transform transform;
+  sample->odd_transform = camera.extrinsics().a_size() != 16;
+  if (sample->odd_transform) return;
+  std::copy(camera.extrinsics().a().begin(), camera.extrinsics().a().end(), transform.m);
+  sample->odd_transform =
+      geometry::RotationDefect(transform) > kMostDefect || !geometry::Orthonormalize(&transform);
+  if (!sample->odd_transform) sample->transform = transform;
+}
+
+// The angle between two rotations, in degrees.
+double Angle(const geometry::Transform& a, const geometry::Transform& b) {
+  constexpr double kDegrees = 57.29577951308232;
+  const geometry::Point axis =
+      geometry::RotationVectorOf(geometry::Compose(geometry::Invert(a), b));
+  return kDegrees * std::sqrt(axis.x * axis.x + axis.y * axis.y + axis.z * axis.z);
+}
+
+double Distance(const geometry::Transform& a, const geometry::Transform& b) {
+  return std::sqrt(std::pow(a.m[3] - b.m[3], 2) + std::pow(a.m[7] - b.m[7], 2) +
+                   std::pow(a.m[11] - b.m[11], 2));
+}
+
+using Change = double (*)(const geometry::Transform& a, const geometry::Transform& b);
+
+std::optional<double> ChangeOf(Change change, const CameraSample* before, const CameraSample& now) {
+  if (before == nullptr || !before->transform || !now.transform) return std::nullopt;
+  if (std::equal(now.transform->m, now.transform->m + 16, before->transform->m)) return 0;
+  return change(*before->transform, *now.transform);
+}
+
+// The change of the intrinsic of that name, if both have it.
+std::optional<double> ChangeOf(const std::pair<std::string, double>& value,
+                               const CameraSample* before) {
+  if (before == nullptr) return std::nullopt;
+  for (const auto& [name, earlier] : before->intrinsics) {
+    if (name == value.first) return value.second - earlier;
+  }
+  return std::nullopt;
+}
+
+void AddRows(const CameraSample& now, const CameraSample* first, const CameraSample* before,
+             std::vector<DriftRow>* rows) {
+  for (const auto& value : now.intrinsics) {
+    rows->push_back({now.camera, now.record, value.first, value.second, ChangeOf(value, first),
+                     ChangeOf(value, before)});
+  }
+  if (!now.transform) return;
+  rows->push_back({now.camera, now.record, "rotation", std::nullopt, ChangeOf(Angle, first, now),
+                   ChangeOf(Angle, before, now)});
+  rows->push_back({now.camera, now.record, "position", std::nullopt, ChangeOf(Distance, first, now),
+                   ChangeOf(Distance, before, now)});
+}
+
+}  // namespace
+
+std::vector<CameraSample> CameraSamplesOf(const Message& record, const std::string& name) {
+  std::vector<CameraSample> samples;
+  ForEachMessage(record, [&](const Message& message, const std::string& path) {
+    if (message.GetDescriptor() != CameraCalibration::descriptor()) return;
+    const auto& camera = static_cast<const CameraCalibration&>(message);
+    CameraSample sample;
+    sample.camera = !camera.serial().empty() ? camera.serial()
+                    : !camera.name().empty() ? camera.name()
+                                             : path;
+    sample.record = name;
+    if (camera.has_intrinsics()) AddIntrinsics(camera.intrinsics(), &sample);
+    AddTransform(camera, &sample);
+    samples.push_back(std::move(sample));
+  });
+  return samples;
+}
+
+std::vector<DriftRow> DriftOf(const std::vector<CameraSample>& samples) {
+  std::vector<std::string> cameras;
+  for (const CameraSample& sample : samples) {
+    if (std::find(cameras.begin(), cameras.end(), sample.camera) == cameras.end()) {
+      cameras.push_back(sample.camera);
+    }
+  }
+  std::vector<DriftRow> rows;
+  for (const std::string& camera : cameras) {
+    const CameraSample *first = nullptr, *before = nullptr;
+    for (const CameraSample& sample : samples) {
+      if (sample.camera != camera) continue;
+      AddRows(sample, first, before, &rows);
+      if (first == nullptr) first = &sample;
+      before = &sample;
+    }
+  }
+  return rows;
+}
+
+}  // namespace calib
