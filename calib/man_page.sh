@@ -3,9 +3,11 @@
 set -euo pipefail
 
 calib=("$@")
-# A hyphen that is typed, not one that a line may be broken at; nothing that begins a request.
+# A hyphen that is typed, not one that a line may be broken at, unlike the comma of a list of words;
+# nothing that begins a request.
 escape='function text(line) {
   gsub(/\\/, "\\e", line); gsub(/-/, "\\-", line)
+  gsub(/,/, ",\\:", line)
   return line ~ /^[.\x27]/ ? "\\&" line : line
 }'
 
@@ -38,7 +40,7 @@ usage() { "${calib[@]}" "$@" --help | sed -n 's/^Usage: //p' | sed 's/-/\\-/g'; 
 printf '.TH CALIB 1 "" "%s" "User Commands"\n' \
   "$("${calib[@]}" --version | sed 's/ (.*//')"
 # Words that are cut at the end of a line are not found.
-printf '.nh\n'
+printf '.nr HY 0\n.nh\n.ds AD l\n.ad l\n'
 printf '.SH NAME\ncalib \\- look at calibration records, check, convert, compare and draw them\n'
 printf '.SH SYNOPSIS\n%s\n' "$(usage)"
 printf '.SH DESCRIPTION\n'
