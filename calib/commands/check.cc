@@ -138,26 +138,42 @@ Findings FindIn(const EncodedRecord& encoded, const Flags& flags, Record* record
   }
 }
 
-// The findings of all records of a file; of many, each has its record's number in its path.
+// A finding in one of many records has its number in its path, and its column in the text: the line
+// is the record's own.
+Finding AmongMany(Finding finding, int64_t record) {
+  const std::string index = "[" + std::to_string(record) + "]";
+  finding.path = finding.path.empty() ? index : JoinPath(index, finding.path);
+  if (finding.line > 0) {
+    finding.what.insert(0, "column " + std::to_string(finding.column) + ": ");
+    finding.line = finding.column = 0;
+  }
+  return finding;
+}
+
+// What is found in all records of a file.
 void CheckRecords(RecordFile* file, const Flags& flags, CheckedFile* checked) {
   Tally tally;
   EncodedRecord encoded;
   Record record = {};
-  while (file->Next(&encoded)) {
-    Findings findings = FindIn(encoded, flags, &record);
-    ++tally.records;
-    tally.whole += findings.empty();
-    tally.empty_at_end = encoded.bytes.empty() ? tally.empty_at_end + 1 : 0;
-    checked->size += encoded.bytes.size();
-    if (!file->many()) {
-      checked->name = encoded.name;
-      checked->empty = record.message != nullptr && IsEmpty(*record.message);
+  try {
+    while (file->Next(&encoded)) {
+      Findings findings = FindIn(encoded, flags, &record);
+      ++tally.records;
+      tally.whole += findings.empty();
+      tally.empty_at_end = encoded.bytes.empty() ? tally.empty_at_end + 1 : 0;
+      checked->size += encoded.bytes.size();
+      if (!file->many()) {
+        checked->name = encoded.name;
+        checked->empty = IsEmpty(*record.message);
+        checked->findings = std::move(findings);
+        continue;
+      }
+      for (Finding& finding : findings) {
+        checked->findings.push_back(AmongMany(std::move(finding), encoded.index));
+      }
     }
-    for (Finding& finding : findings) {
-      const std::string index = "[" + std::to_string(encoded.index) + "]";
-      if (file->many()) finding.path = finding.path.empty() ? index : JoinPath(index, finding.path);
-      checked->findings.push_back(std::move(finding));
-    }
+  } catch (const DamagedLog& damaged) {
+    checked->findings.push_back(Malformed(file->name(), damaged.what()));
   }
   if (file->many()) checked->summary = tally.Summary(*checked);
 }
@@ -169,11 +185,7 @@ void CheckFile(const std::string& path, const Flags& flags, CheckedFile* checked
     RecordFile file(path, flags.input);
     checked->name = file.name();
     checked->type = file.type()->name();
-    try {
-      CheckRecords(&file, flags, checked);
-    } catch (const DamagedLog& damaged) {
-      checked->findings.push_back(Malformed(file.name(), damaged.what()));
-    }
+    CheckRecords(&file, flags, checked);
   } catch (const Failure& failure) {
     checked->trouble = failure.what();
     throw;

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
-#include <cstdio>
 #include <cstdlib>
 #include <map>
 #include <memory>
@@ -110,10 +109,7 @@ std::string NumberOf(const std::optional<double>& value) {
 
 // Six digits: what a difference has beyond them is rounding.
 std::string ChangeOf(const std::optional<double>& change) {
-  char text[32];
-  if (!change || !std::isfinite(*change)) return NumberOf(change);
-  std::snprintf(text, sizeof text, "%.6g", *change);
-  return text;
+  return change && std::isfinite(*change) ? Rounded(*change) : NumberOf(change);
 }
 
 std::string TextOf(const std::vector<DriftRow>& rows, TableFormat format) {

@@ -64,35 +64,38 @@ std::string NotSet(const Place& place) {
   return note;
 }
 
-// Adds the values of one record; whether none was missing, which is told.
-bool AddValues(const Record& record, const std::string& path, std::optional<std::string>* values) {
+// The values of one record, if there are any; adds why others are missing.
+std::optional<std::string> ValuesOf(const Record& record, const std::string& path,
+                                    std::vector<std::string>* missing) {
   const bool several = path.find("[*]") != std::string::npos;
-  std::vector<std::string> missing;
+  std::optional<std::string> values;
   const auto take = [&](const Place& place) {
-    if (!IsSet(place)) return missing.push_back(NotSet(place));
-    if (!*values) values->emplace();
-    **values += Values(place, several);
-    if (place.field->type() == FieldDescriptor::TYPE_BYTES) (*values)->pop_back();
+    if (!IsSet(place)) return missing->push_back(NotSet(place));
+    if (!values) values.emplace();
+    *values += Values(place, several);
+    if (place.field->type() == FieldDescriptor::TYPE_BYTES) values->pop_back();
   };
   ForEachPlace(*record.message, path, Unset::kMissing, take,
-               [&](const std::string& why) { missing.push_back(why); });
-  for (const std::string& why : missing) Note(record.name + ": " + why);
-  return missing.empty();
+               [&](const std::string& why) { missing->push_back(why); });
+  return values;
 }
 
 int Get(const Flags& flags) {
   RecordReader reader(flags.path, flags.input);
   std::optional<OutputFile> output;  // opened once there is something to write
-  bool all = true;
+  int status = kFine;
   for (Record record = {}; reader.Next(&record);) {
-    std::optional<std::string> values;
-    all &= AddValues(record, flags.field, &values);
-    if (!values) continue;
-    if (!output) output.emplace(flags.output);
-    output->Write(*values);
+    std::vector<std::string> missing;
+    if (const auto values = ValuesOf(record, flags.field, &missing)) {
+      if (!output) output.emplace(flags.output);
+      output->Write(*values);
+      if (!reader.file().many()) output->Commit();
+    }
+    for (const std::string& why : missing) Note(record.name + ": " + why);
+    if (!missing.empty()) status = kFinding;
   }
-  if (output) output->Commit();
-  return all ? kFine : kFinding;
+  if (output && reader.file().many()) output->Commit();
+  return status;
 }
 
 }  // namespace
