@@ -28,7 +28,6 @@ namespace {
 
 using ::google::protobuf::Message;
 using ::google::protobuf::io::ArrayInputStream;
-using ::google::protobuf::io::ZeroCopyInputStream;
 using ::google::protobuf::io::ZeroCopyOutputStream;
 using Read = RecordLogReader::Result;
 using Written = RecordLogWriter::Result;

@@ -29,6 +29,7 @@ const FieldDescriptor* FindField(const Descriptor* type, const std::string& name
                                  const std::string& path) {
   if (const FieldDescriptor* field = type->FindFieldByName(name)) return field;
   std::vector<std::string> names;
+  names.reserve(static_cast<size_t>(type->field_count()));
   for (int i = 0; i < type->field_count(); ++i) names.push_back(type->field(i)->name());
   Refuse(path, type->name() + " has no field '" + name + "'",
          SuggestClosest(name, names) + "'calib types " + type->name() + "' lists its fields.");

@@ -11,7 +11,6 @@
 
 namespace calib {
 
-using google::protobuf::Message;
 using google::protobuf::MessageFactory;
 using google::protobuf::io::ArrayInputStream;
 using zarvo::calibration::RecordLogReader;

@@ -87,6 +87,13 @@ char SeparatorOf(TableFormat format) {
   }
 }
 
+// Whether the field, or its element `index` if that is not -1, is set.
+bool IsThere(const Message& message, const FieldDescriptor* field, int index) {
+  const Reflection* reflection = message.GetReflection();
+  return index < 0 ? reflection->HasField(message, field)
+                   : index < reflection->FieldSize(message, field);
+}
+
 void AppendTextCell(TableFormat format, const std::string& text, std::string* row) {
   switch (format) {
     case TableFormat::kCsv:
@@ -210,31 +217,23 @@ void Table::AppendField(const Message& message, const ColumnPath& path, std::str
   const bool json = format_ == TableFormat::kJsonLines;
   const auto [field, index] = path.steps.back();
   const Message* holder = HolderOf(message, path);
-  const Reflection* reflection = holder == nullptr ? nullptr : holder->GetReflection();
-  if (field->is_repeated()) {
-    const int size = holder == nullptr ? 0 : reflection->FieldSize(*holder, field);
-    if (index >= 0) {
-      if (index < size) return AppendValue(*holder, field, index, row);
-      if (json) *row += "null";
-      return;
-    }
+  if (field->is_repeated() && index < 0) {
+    const int size = holder == nullptr ? 0 : holder->GetReflection()->FieldSize(*holder, field);
     if (json) *row += '[';
     for (int i = 0; i < size; ++i) {
       if (i > 0) *row += json ? ',' : ' ';
       AppendValue(*holder, field, i, row);
     }
     if (json) *row += ']';
-    return;
+  } else if (holder != nullptr && IsThere(*holder, field, index)) {
+    AppendValue(*holder, field, index, row);
+  } else if (defaults_ && field->has_default_value()) {
+    AppendValue(*google::protobuf::MessageFactory::generated_factory()->GetPrototype(
+                    field->containing_type()),
+                field, -1, row);
+  } else if (json) {
+    *row += "null";
   }
-  if (holder != nullptr && reflection->HasField(*holder, field)) {
-    return AppendValue(*holder, field, -1, row);
-  }
-  if (defaults_ && field->has_default_value()) {
-    return AppendValue(*google::protobuf::MessageFactory::generated_factory()->GetPrototype(
-                           field->containing_type()),
-                       field, -1, row);
-  }
-  if (json) *row += "null";
 }
 
 void Table::AppendValue(const Message& message, const FieldDescriptor* field, int index,
@@ -311,7 +310,7 @@ std::string TextColumns::Rest() {
     begin = i + 1;
     column = pending_[i] == '\n' ? 0 : column + 1;
   }
-  const std::string laid = Lay(pending_);
+  std::string laid = Lay(pending_);
   pending_.clear();
   return laid;
 }
@@ -340,6 +339,7 @@ CellWriter::CellWriter(TableFormat format, const std::vector<std::string>& names
     : format_(format), names_(names) {
   if (format == TableFormat::kJsonLines) return;
   std::vector<Cell> header;
+  header.reserve(names.size());
   for (const std::string& name : names) header.push_back({name, false});
   AddRow(header);
 }
