@@ -14,7 +14,7 @@ bool IsEmpty(const Message& record) {
 
 std::vector<std::string> MissingFields(const Message& record) {
   std::vector<std::string> missing;
-  record.FindInitializationErrors(&missing);
+  if (!record.IsInitialized()) record.FindInitializationErrors(&missing);
   return missing;
 }
 
