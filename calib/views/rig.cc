@@ -24,7 +24,7 @@ namespace {
 constexpr double kLargestDefect = 1e-4;
 constexpr double kFrustumOfRig = 0.25;  // its depth, as a share of the rig's size
 constexpr double kWidestFrustum = 4;    // half of its width, in depths; beyond, lenses bend it much
-constexpr double kFarBody = 2.5;          // the body is drawn if it is no more rigs away
+constexpr double kFarBody = 2.5;        // the body is drawn if it is no more rigs away
 constexpr int kXColor = 1, kYColor = 2, kZColor = 0, kFrustumColor = 4, kBodyColor = 3;
 
 struct RigCamera {

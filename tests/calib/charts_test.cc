@@ -127,7 +127,8 @@ TEST(ChartSvgTest, WhatLiesFarOffIsAtTheEdgeOrToScale) {
   Chart chart = CurveOf({1, 2, 3, 4, 5, 6, 1e9, 5, 4});
   std::string svg = ChartsAsSvg("", {chart});
   EXPECT_EQ(Count(svg, "class=\"o\""), 1u);
-  EXPECT_NE(svg.find("1 lies far off, shown at the edge: x 6, y 1000000000"), std::string::npos) << svg;
+  EXPECT_NE(svg.find("1 lies far off, shown at the edge: x 6, y 1000000000"), std::string::npos)
+      << svg;
   chart.full_range = true;
   svg = ChartsAsSvg("", {chart});
   EXPECT_EQ(Count(svg, "class=\"o\""), 0u);
