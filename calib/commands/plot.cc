@@ -5,7 +5,7 @@
 #include "calib/charts/chart_text.h"
 #include "calib/charts/overlay.h"
 #include "calib/commands/commands.h"
-#include "calib/commands/lens_reading.h"
+#include "calib/commands/drawing_flags.h"
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
@@ -26,8 +26,7 @@ struct Flags {
   CameraFlag camera;
   bool terminal = false;
   ChartOptions charts;
-  std::string extrinsics;
-  LensFlag lens;
+  DrawingFlags drawing;
 };
 
 // The records of the file `path`, one or many, as charts.
@@ -54,8 +53,7 @@ Drawn Draw(const std::string& path, const Flags& flags) {
 }
 
 std::string Plot(Flags flags) {
-  flags.charts.lens = ReaderOf(flags.lens);
-  flags.charts.extrinsics = ExtrinsicsByName(flags.extrinsics);
+  flags.drawing.Apply(&flags.charts);
   const Drawn drawn = Draw(flags.path, flags);
   const std::string& name = drawn.name;
   std::vector<Chart> charts = drawn.charts;
@@ -95,10 +93,7 @@ void AddPlot(Command* program, int* status) {
                    "Draw with characters (in UTF-8) instead, as wide as the terminal");
   command->AddFlag("--full-range", flags->charts.full_range,
                    "Draw to scale, too, what lies far off all other values");
-  AddChoice(command, "--extrinsics", &flags->extrinsics, ExtrinsicsNames(),
-            "What a camera's extrinsics map; assumed is camera-from-body: from the body's frame to "
-            "the camera's");
-  flags->lens.AddTo(command, "What the distortion coefficients mean; auto goes by their numbers");
+  flags->drawing.AddTo(command);
   flags->input.AddTo(command);
   flags->camera.AddTo(command);
   command->Footer(

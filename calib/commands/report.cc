@@ -9,7 +9,7 @@
 
 #include "calib/checks/plausible.h"
 #include "calib/commands/commands.h"
-#include "calib/commands/lens_reading.h"
+#include "calib/commands/drawing_flags.h"
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
@@ -25,8 +25,7 @@ struct Flags {
   std::vector<std::string> paths;
   std::string output_path = "-";
   InputFlags input;
-  LensFlag lens;
-  std::string extrinsics;
+  DrawingFlags drawing;
 };
 
 std::vector<std::string> FindingsOf(const Record& record) {
@@ -83,8 +82,7 @@ std::string Overview(const std::vector<std::string>& paths, const Flags& flags,
 
 std::string Report(const Flags& flags) {
   ChartOptions options;
-  options.extrinsics = ExtrinsicsByName(flags.extrinsics);
-  options.lens = ReaderOf(flags.lens);
+  flags.drawing.Apply(&options);
   std::vector<std::string> paths;
   bool overview = flags.paths.size() > 2;
   for (const std::string& path : flags.paths) {
@@ -111,10 +109,7 @@ void AddReport(Command* program, int* status) {
   command->AddOption("FILE", flags->paths, "The records, or folders of them")->Required();
   command->AddOption("--output", flags->output_path, "The page to write; else standard output")
       ->ValueName("OUT");
-  AddChoice(command, "--extrinsics", &flags->extrinsics, ExtrinsicsNames(),
-            "What a camera's extrinsics map; assumed is camera-from-body: from the body's frame to "
-            "the camera's");
-  flags->lens.AddTo(command, "What the distortion coefficients mean; auto goes by their numbers");
+  flags->drawing.AddTo(command);
   flags->input.AddTo(command);
   command->Footer(
       "Of one record: what it is, what checks find, its drawings, images and all its fields. Of "

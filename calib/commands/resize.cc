@@ -120,17 +120,6 @@ std::shared_ptr<Flags> AddFlags(Command* command, const std::string& footer) {
   return flags;
 }
 
-void AddCount(Command* command, const char* name, int* value, const char* description,
-              bool from_one, bool required = true) {
-  Option* option = command->AddOption(name, *value, description);
-  if (from_one) {
-    option->Check(CountFromOne());
-  } else {
-    option->Check(CountFromZero());
-  }
-  if (required) option->Required();
-}
-
 // The rectangle must lie within the image.
 geometry::Resized CropWithin(const geometry::Camera& camera, const Flags& flags) {
   if (flags.width > camera.width - flags.u || flags.height > camera.height - flags.v) {
@@ -165,8 +154,10 @@ void AddScale(Command* program, int* status) {
       "Examples:\n"
       "  calib scale rig.RobotCalibration.binpb 376 240 --output half.RobotCalibration.binpb\n"
       "  calib scale cam.CameraCalibration.binpb 1920 1080 --to text");
-  AddCount(command, "WIDTH", &flags->width, "Width of the resized image", true);
-  AddCount(command, "HEIGHT", &flags->height, "Its height", true);
+  command->AddOption("WIDTH", flags->width, "Width of the resized image")
+      ->Check(CountFromOne())
+      ->Required();
+  command->AddOption("HEIGHT", flags->height, "Its height")->Check(CountFromOne())->Required();
   command->Callback([flags, status] {
     Resize(*flags, [&](const geometry::Camera& camera) {
       return geometry::Scale(camera, flags->width, flags->height);
@@ -184,10 +175,16 @@ void AddCrop(Command* program, int* status) {
       "Examples:\n"
       "  calib crop cam.CameraCalibration.binpb 56 0 640 480\n"
       "  calib crop rig.RobotCalibration.binpb --camera 0 0 100 752 200");
-  AddCount(command, "U", &flags->u, "Columns that are cut off at the left", false);
-  AddCount(command, "V", &flags->v, "Rows that are cut off at the top", false);
-  AddCount(command, "WIDTH", &flags->width, "Width of what is left", true);
-  AddCount(command, "HEIGHT", &flags->height, "Its height", true);
+  command->AddOption("U", flags->u, "Columns that are cut off at the left")
+      ->Check(CountFromZero())
+      ->Required();
+  command->AddOption("V", flags->v, "Rows that are cut off at the top")
+      ->Check(CountFromZero())
+      ->Required();
+  command->AddOption("WIDTH", flags->width, "Width of what is left")
+      ->Check(CountFromOne())
+      ->Required();
+  command->AddOption("HEIGHT", flags->height, "Its height")->Check(CountFromOne())->Required();
   command->Callback([flags, status] {
     Resize(*flags, [&](const geometry::Camera& camera) { return CropWithin(camera, *flags); });
     *status = kFine;
@@ -204,8 +201,11 @@ void AddBin(Command* program, int* status) {
       "Examples:\n"
       "  calib bin rig.RobotCalibration.binpb 2 --output binned.RobotCalibration.binpb\n"
       "  calib bin cam.CameraCalibration.binpb 2 1 --decimate");
-  AddCount(command, "COLUMNS", &flags->columns, "Pixels in a row that become one", true);
-  AddCount(command, "ROWS", &flags->rows, "Rows that become one; else as many", true, false);
+  command->AddOption("COLUMNS", flags->columns, "Pixels in a row that become one")
+      ->Check(CountFromOne())
+      ->Required();
+  command->AddOption("ROWS", flags->rows, "Rows that become one; else as many")
+      ->Check(CountFromOne());
   command->AddFlag("--decimate", flags->decimate, "The bins are their first pixels, not the mean");
   command->Callback([flags, status] {
     Resize(*flags, [&](const geometry::Camera& camera) { return BinWhole(camera, *flags); });

@@ -3,7 +3,6 @@
 #include <cstdlib>
 #include <sstream>
 
-#include "calib/console/closest.h"
 #include "calib/console/failure.h"
 #include "calib/fields/field_path.h"
 
@@ -20,19 +19,12 @@ bool IsMessage(const FieldDescriptor* field) {
   return field->cpp_type() == FieldDescriptor::CPPTYPE_MESSAGE;
 }
 
+// What messages call a column.
+std::string Named(const std::string& path) { return "column '" + path + "'"; }
+
 [[noreturn]] void Refuse(const std::string& path, const std::string& what,
                          const std::string& remedy) {
-  throw Failure("column '" + path + "': " + what, remedy);
-}
-
-const FieldDescriptor* FindField(const Descriptor* type, const std::string& name,
-                                 const std::string& path) {
-  if (const FieldDescriptor* field = type->FindFieldByName(name)) return field;
-  std::vector<std::string> names;
-  names.reserve(static_cast<size_t>(type->field_count()));
-  for (int i = 0; i < type->field_count(); ++i) names.push_back(type->field(i)->name());
-  Refuse(path, type->name() + " has no field '" + name + "'",
-         SuggestClosest(name, names) + "'calib types " + type->name() + "' lists its fields.");
+  throw Failure(Named(path) + ": " + what, remedy);
 }
 
 // "k[0]" as the field's name and the index; -1 if there is none.
@@ -87,7 +79,7 @@ ColumnPath FindColumn(const Descriptor* type, const std::string& path) {
   for (std::string element; std::getline(elements, element, '.');) {
     const int index = TakeIndex(&element, path);
     if (type == nullptr) Refuse(path, "goes on behind a single value", "End the path there.");
-    const FieldDescriptor* field = FindField(type, element, path);
+    const FieldDescriptor* field = FindField(type, element, Named(path));
     if (index >= 0 && !field->is_repeated()) {
       Refuse(path, element + " is not repeated", "Leave the index out.");
     }
@@ -131,7 +123,7 @@ EachPath FindEach(const Descriptor* type, const std::string& path) {
   bool repeated = false;
   std::istringstream elements(path);
   for (std::string element; std::getline(elements, element, '.');) {
-    const FieldDescriptor* field = FindField(type, element, path);
+    const FieldDescriptor* field = FindField(type, element, Named(path));
     if (!IsMessage(field)) {
       Refuse(path, element + " is no message", "Name a repeated message, such as camera.");
     }

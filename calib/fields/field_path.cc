@@ -24,9 +24,12 @@ struct Element {
   std::string key, value;  // of [key=value]
 };
 
+// What messages call a path.
+std::string Named(const std::string& path) { return "field path '" + path + "'"; }
+
 [[noreturn]] void Fail(const std::string& path, const std::string& what,
                        const std::string& remedy) {
-  throw Failure("field path '" + path + "': " + what, remedy);
+  throw Failure(Named(path) + ": " + what, remedy);
 }
 
 // What stands in the brackets of `element`.
@@ -84,16 +87,6 @@ std::vector<Element> ParsePath(const std::string& path) {
   return elements;
 }
 
-const FieldDescriptor* FindField(const Descriptor* type, const std::string& name,
-                                 const std::string& path) {
-  if (const FieldDescriptor* field = type->FindFieldByName(name)) return field;
-  std::vector<std::string> names;
-  names.reserve(static_cast<size_t>(type->field_count()));
-  for (int i = 0; i < type->field_count(); ++i) names.push_back(type->field(i)->name());
-  Fail(path, type->name() + " has no field '" + name + "'",
-       SuggestClosest(name, names) + "'calib types " + type->name() + "' lists its fields.");
-}
-
 bool IsMessage(const FieldDescriptor* field) {
   return field->cpp_type() == FieldDescriptor::CPPTYPE_MESSAGE;
 }
@@ -123,7 +116,7 @@ class Follower {
 
   void Follow(const Message& message, size_t at) {
     const Element& element = elements_[at];
-    const FieldDescriptor* field = FindField(message.GetDescriptor(), element.name, path_);
+    const FieldDescriptor* field = FindField(message.GetDescriptor(), element.name, Named(path_));
     CheckShape(element, field, at + 1 == elements_.size());
     if (element.selector == Element::Selector::kNone) return Enter(message, field, -1, at);
     bool any = false;
@@ -154,7 +147,7 @@ class Follower {
     if (!IsMessage(field)) {
       Fail(path_, field->name() + " has no fields of its own", "Select an element by its index.");
     }
-    const FieldDescriptor* key = FindField(field->message_type(), element.key, path_);
+    const FieldDescriptor* key = FindField(field->message_type(), element.key, Named(path_));
     if (IsMessage(key) || key->is_repeated()) {
       Fail(path_, element.key + " is no single value", "Select elements by a number or a text.");
     }
@@ -203,7 +196,7 @@ class Follower {
   // A path that is none is told as such even where the record ends before it.
   void CheckRest(const Descriptor* type, size_t at) const {
     for (; at < elements_.size(); ++at) {
-      const FieldDescriptor* field = FindField(type, elements_[at].name, path_);
+      const FieldDescriptor* field = FindField(type, elements_[at].name, Named(path_));
       CheckShape(elements_[at], field, at + 1 == elements_.size());
       type = field->message_type();
     }
@@ -234,6 +227,17 @@ void ForEachPlace(const Message& record, const std::string& path, Unset unset,
                   const std::function<void(const Place& place)>& found,
                   const std::function<void(const std::string& why)>& missing) {
   Follower(path, unset, found, missing).Follow(record, 0);
+}
+
+const FieldDescriptor* FindField(const Descriptor* type, const std::string& name,
+                                 const std::string& where) {
+  if (const FieldDescriptor* field = type->FindFieldByName(name)) return field;
+  std::vector<std::string> names;
+  names.reserve(static_cast<size_t>(type->field_count()));
+  for (int i = 0; i < type->field_count(); ++i) names.push_back(type->field(i)->name());
+  throw Failure(
+      where + ": " + type->name() + " has no field '" + name + "'",
+      SuggestClosest(name, names) + "'calib types " + type->name() + "' lists its fields.");
 }
 
 bool IsSet(const Place& place) {

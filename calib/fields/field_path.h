@@ -26,6 +26,12 @@ struct Step {
   int index;  // -1: the field as a whole
 };
 
+// The field of that name. Throws Failure if there is none; `where` is what its message begins with,
+// such as "field path 'camera.nme'".
+const google::protobuf::FieldDescriptor* FindField(const google::protobuf::Descriptor* type,
+                                                   const std::string& name,
+                                                   const std::string& where);
+
 // A place in a record that a path leads to: a field of `message`, or one element of it. The field
 // need not be set.
 struct Place {

@@ -5,14 +5,14 @@
 
 #include <google/protobuf/repeated_field.h>
 
-#include <array>
 #include <optional>
+
+#include "calib/geometry/calibration_geometry.h"
 
 namespace calib {
 
 struct RigidNumbers {
-  std::array<double, 9> rotation;  // row by row
-  std::array<double, 3> translation;
+  zarvo::calibration_geometry::Transform transform;
   // How far it is off one: by the largest difference between an element of the product of the
   // rotation with its transpose and that of the identity, or between an element of the last row of
   // a matrix of 4 by 4 and 0, or 1 for the last; 2 if it is a reflection.

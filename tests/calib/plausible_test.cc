@@ -2,7 +2,10 @@
 // that are walked along in small steps, rigid transforms beside such as were put together by hand.
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <array>
 #include <cmath>
+#include <iterator>
 #include <random>
 
 #include "calib/checks/radial_curve.h"
@@ -71,8 +74,9 @@ TEST(RigidNumbersTest, IsTheSameInEveryLayout) {
       Transform({c, s, 0, 0, -s, c, 0, 0, 0, 0, 1, 0, 1, 2, 3, 1}),
   };
   for (const RigidNumbers& transform : transforms) {
-    EXPECT_EQ(transform.rotation, transforms[0].rotation);
-    EXPECT_EQ(transform.translation, (std::array<double, 3>{1, 2, 3}));
+    const auto& m = transform.transform.m;
+    EXPECT_TRUE(std::equal(std::begin(m), std::end(m), transforms[0].transform.m));
+    EXPECT_EQ((std::array<double, 3>{m[3], m[7], m[11]}), (std::array<double, 3>{1, 2, 3}));
     EXPECT_LT(transform.off, 1e-15);
   }
 }
