@@ -6,6 +6,7 @@
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/number_rows.h"
+#include "calib/tools/lens_flag.h"
 
 namespace calib {
 
@@ -13,20 +14,13 @@ namespace {
 
 constexpr double kDegree = 3.14159265358979323846 / 180;
 
-// Makes an alias the name; other words stay, and are refused as what they are.
-void ToName(std::string* word) {
-  const LensModel* model = FindLensModel(*word);
-  if (model != nullptr && model->in_camera_info) *word = model->name;
-}
-
 std::string Degrees(double angle) { return ToDigits(angle / kDegree, 3) + " degrees"; }
 
 }  // namespace
 
 Option* FitFlags::AddTo(Command* command, const std::string& option,
                         const std::string& description) {
-  Option* choice =
-      AddChoice(command, option, &model, CameraInfoModels(), description)->Transform(ToName);
+  Option* choice = AddLensChoice(command, option, &model, CameraInfoModels(), description);
   command
       ->AddOption("--max-error", max_error,
                   "Refuse a lens that is further off anywhere, in pixels; else 0.5")

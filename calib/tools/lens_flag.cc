@@ -14,10 +14,15 @@ void ToName(std::string* word) {
 
 }  // namespace
 
+Option* AddLensChoice(Command* command, const std::string& option, std::string* value,
+                      const std::vector<std::string>& words, const std::string& description) {
+  return AddChoice(command, option, value, words, description)->Transform(ToName);
+}
+
 void LensFlag::AddTo(Command* command, const std::string& description) {
   std::vector<std::string> words = CameraInfoModels();
   words.insert(words.begin(), "auto");
-  AddChoice(command, "--distortion-model", &name, words, description)->Transform(ToName);
+  AddLensChoice(command, "--distortion-model", &name, words, description);
 }
 
 }  // namespace calib

@@ -9,6 +9,10 @@
 
 namespace calib {
 
+// Adds an option that takes one of some words, among them lens models by any of their names.
+Option* AddLensChoice(Command* command, const std::string& option, std::string* value,
+                      const std::vector<std::string>& words, const std::string& description);
+
 // --distortion-model, by any name of the model.
 struct LensFlag {
   std::string name = "auto";
