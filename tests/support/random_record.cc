@@ -231,6 +231,9 @@ const std::vector<int64_t>& BoundaryInt64() {
   return values;
 }
 
+// Where numbers are returned in registers of the x87 (i386), a signalling NaN becomes a quiet one
+// on the way: accessors do not keep its bits there, as docs/run-times.md tells, and it is no
+// sample.
 const std::vector<uint32_t>& BoundaryFloatBits() {
   static const std::vector<uint32_t> values = {
       0x00000000, 0x80000000,              // 0.0, -0.0
@@ -238,7 +241,10 @@ const std::vector<uint32_t>& BoundaryFloatBits() {
       0x3F800000, 0xBF800000,              // 1, -1
       0x7F7FFFFF, 0x7F800000, 0xFF800000,  // the largest, infinities
       0x7FC00000, 0xFFC00000, 0x7FC12345,  // quiet NaNs
-      0x7F800001, 0xFFABCDEF};             // signalling NaNs
+#ifndef __i386__
+      0x7F800001, 0xFFABCDEF,  // signalling NaNs
+#endif
+  };
   return values;
 }
 
@@ -249,7 +255,10 @@ const std::vector<uint64_t>& BoundaryDoubleBits() {
       0x3FF0000000000000, 0xBFF0000000000000,                      // 1, -1
       0x7FEFFFFFFFFFFFFF, 0x7FF0000000000000, 0xFFF0000000000000,  // largest, infinities
       0x7FF8000000000000, 0xFFF8000000000000, 0x7FF8123456789ABC,  // quiet NaNs
-      0x7FF0000000000001, 0xFFF123456789ABCD};                     // signalling NaNs
+#ifndef __i386__
+      0x7FF0000000000001, 0xFFF123456789ABCD,  // signalling NaNs
+#endif
+  };
   return values;
 }
 
