@@ -231,9 +231,8 @@ const std::vector<int64_t>& BoundaryInt64() {
   return values;
 }
 
-// Where numbers are returned in registers of the x87 (i386), a signalling NaN becomes a quiet one
-// on the way: accessors do not keep its bits there, as docs/run-times.md tells, and it is no
-// sample.
+// Where numbers pass through registers of the x87 (i386), a signalling NaN becomes a quiet one on
+// the way, as docs/run-times.md tells: it is no sample there.
 const std::vector<uint32_t>& BoundaryFloatBits() {
   static const std::vector<uint32_t> values = {
       0x00000000, 0x80000000,              // 0.0, -0.0
@@ -268,12 +267,18 @@ const std::vector<int>& BoundaryLengths() {
 }
 
 float FloatOf(uint32_t bits) {
+#ifdef __i386__
+  if ((bits & 0x7FFFFFFF) > 0x7F800000) bits |= 0x00400000;
+#endif
   float value;
   std::memcpy(&value, &bits, sizeof value);
   return value;
 }
 
 double DoubleOf(uint64_t bits) {
+#ifdef __i386__
+  if ((bits & 0x7FFFFFFFFFFFFFFF) > 0x7FF0000000000000) bits |= 0x0008000000000000;
+#endif
   double value;
   std::memcpy(&value, &bits, sizeof value);
   return value;
