@@ -52,7 +52,8 @@ is_number() { [[ $1 =~ ^[0-9]+$ ]]; }
 # front: not every release that is served has it.
 for_library=(cmake g++ make libprotobuf-dev)
 for_generator=(libprotoc-dev)
-for_calib=(libprotoc-dev libcli11-dev libeigen3-dev libpng-dev libyaml-cpp-dev libtinyxml2-dev)
+for_calib=(libprotoc-dev libcli11-dev libeigen3-dev libpng-dev zlib1g-dev libzstd-dev
+  liblz4-dev libyaml-cpp-dev libtinyxml2-dev)
 for_suites=("${for_generator[@]}" libgtest-dev protobuf-compiler)
 for_packages=("${for_library[@]}" build-essential debhelper dh-python python3)
 # From Debian 12 on, clang alone comes without the run-times of its sanitizers, counters and libFuzzer.

@@ -1,4 +1,6 @@
 // calib export --to TOOL FILE
+#include <unistd.h>
+
 #include <filesystem>
 #include <set>
 
@@ -47,6 +49,7 @@ std::vector<CameraInRecord> Cameras(const Record& record, const Flags& flags,
     return {{own, file, file}};
   }
   std::vector<CameraInRecord> cameras;
+  cameras.reserve(parts.size());
   for (const Part& part : parts) {
     cameras.push_back({static_cast<const CameraCalibration*>(part.message),
                        file + (part.path.empty() ? "" : " " + part.path),
@@ -112,7 +115,14 @@ void CheckNames(const Flags& flags, const Record& record, const std::vector<Expo
 }
 
 void WriteAll(const Flags& flags, const std::vector<ExportedFile>& files) {
-  if (flags.folder.empty()) return WriteFile(flags.output_path, files[0].text);
+  if (flags.folder.empty()) {
+    const bool binary = files[0].text.find('\0') != std::string::npos;
+    if (binary && flags.output_path == "-" && isatty(STDOUT_FILENO) != 0) {
+      throw Failure("standard output: is a terminal, which cannot show a binary file",
+                    "Name a file with --output.");
+    }
+    return WriteFile(flags.output_path, files[0].text);
+  }
   std::error_code error;
   std::filesystem::create_directories(flags.folder, error);
   if (error) throw Failure(flags.folder + ": cannot be made a folder: " + error.message());
@@ -130,8 +140,8 @@ void Export(const Flags& flags) {
   options.from_camera = flags.extrinsics == "from-camera";
   options.folder = !flags.folder.empty();
   if (!flags.projection_path.empty()) {
-    if (exporter.format != "ros") {
-      throw Failure("--projection-from is for ros, the only format that has a projection",
+    if (!exporter.has_projection) {
+      throw Failure("--projection-from is for ros and mcap, the formats that have a projection",
                     "Leave it out.");
     }
     TakeProjection(
@@ -139,7 +149,8 @@ void Export(const Flags& flags) {
         cameras[0], &options);
   }
   ExportReport report;
-  const ExportRig rig = PrepareRig(exporter, cameras, options, &report);
+  ExportRig rig = PrepareRig(exporter, cameras, options, &report);
+  rig.record = flags.camera.camera.empty() ? record.message.get() : cameras[0].camera;
   const std::vector<ExportedFile> files = exporter.write(rig, &report);
   CheckNames(flags, record, files);
   TellTransforms(rig, files, &report);
@@ -183,13 +194,14 @@ void AddExport(Command* program, int* status) {
   command->AddOption("--name", flags->options.name, "Name of the camera, where it has none");
   command
       ->AddOption("--projection-from", flags->projection_path,
-                  "Of ros: a camera_info whose rectification and projection to take over")
+                  "Of ros and mcap: a camera_info whose rectification and projection to take over")
       ->ValueName("FILE");
   flags->leftovers.AddTo(command, true);
   command->Footer(
       "Writes ROS camera_info (ros), Kalibr camchain, OpenCV's files of one camera and of a stereo "
       "pair, ORB-SLAM3 settings, OpenVINS, camodocal (VINS), Basalt, mrcal, COLMAP cameras.txt and "
-      "rig_config.json, and nerfstudio transforms.json. What a file has no place for is counted on "
+      "rig_config.json, nerfstudio transforms.json, and MCAP with what Foxglove draws. What a file "
+      "has no place for is counted on "
       "standard error, and listed by --verbose; a lens that it cannot hold is refused, and so is "
       "what no camera can have, such as a focal length of 0 or NaN. 'calib convert' writes "
       "JSON.\n\n"

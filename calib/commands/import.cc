@@ -1,16 +1,21 @@
 // calib import [--from TOOL] FILE
 #include <algorithm>
+#include <filesystem>
+#include <string_view>
 
 #include "calib/commands/commands.h"
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
+#include "calib/console/mapped_file.h"
 #include "calib/formats/names.h"
 #include "calib/formats/record_writer.h"
+#include "calib/tools/foreign_mcap.h"
 #include "calib/tools/import_fit.h"
 #include "calib/tools/import_formats.h"
 #include "calib/tools/leftovers.h"
 #include "calib/tools/lens_flag.h"
+#include "calib/tools/mcap_reader.h"
 
 namespace calib {
 namespace {
@@ -22,7 +27,7 @@ using zarvo::calibration::RobotCalibration;
 constexpr char kAuto[] = "auto";
 
 struct Flags {
-  std::vector<std::string> paths;
+  std::vector<std::string> paths, topics;
   std::string source = kAuto, type;
   std::string output_path = "-";
   OutputFlags output;
@@ -65,6 +70,25 @@ void Fit(const std::vector<Foreign>& files, const ImportFormat& format, const Fl
   FitCamchain(files[0], flags.fit, robot);
 }
 
+// A recording may be larger than memory, so a regular file is not read before it is known to be
+// none.
+Foreign ReadForeign(const std::string& path, const std::vector<std::string>& topics) {
+  const std::string name = InputName(path);
+  std::error_code error;
+  if (std::filesystem::is_regular_file(path, error)) {
+    const MappedFile mapped(path);
+    const std::string_view bytes(mapped.bytes().data, mapped.bytes().size);
+    if (BeginsAsMcap(bytes)) return ReadMcapCameras(name, bytes, topics);
+  }
+  std::string bytes = ReadFile(path);
+  if (BeginsAsMcap(bytes)) return ReadMcapCameras(name, bytes, topics);
+  if (!topics.empty()) {
+    throw Failure(name + ": does not begin as an MCAP file, which alone has topics",
+                  "Leave --topic out.");
+  }
+  return Foreign::Parse(name, std::move(bytes));
+}
+
 void Import(const Flags& flags) {
   RobotCalibration robot;
   const google::protobuf::Message* record = nullptr;
@@ -72,7 +96,7 @@ void Import(const Flags& flags) {
     std::vector<Foreign> files;
     Failures failures(flags.paths.size());
     for (const std::string& path : flags.paths) {
-      failures.Try([&] { files.push_back(Foreign::Parse(InputName(path), ReadFile(path))); });
+      failures.Try([&] { files.push_back(ReadForeign(path, flags.topics)); });
     }
     failures.ThrowIfAny();
     const ImportFormat& format = Format(flags, files);
@@ -114,11 +138,15 @@ void AddImport(Command* program, int* status) {
   flags->fit.AddTo(command, "--fit",
                    "Of Kalibr's omni, ds, eucm and fov cameras, which a record cannot hold, make "
                    "cameras of this lens, fitted over the image");
+  command
+      ->AddRepeatedOption("--topic", flags->topics,
+                          "Of MCAP: a topic of a camera's calibration; else all of them")
+      ->ValueName("TOPIC");
   flags->leftovers.AddTo(command, true);
   command->Footer(
       "Reads the camera files of ROS, Kalibr and OpenVINS, OpenCV, EuRoC, mrcal, Basalt, COLMAP, "
-      "camodocal and DepthAI; of OpenCV's stereo calibration, both files at once. What a record "
-      "has no field for is counted on standard "
+      "camodocal and DepthAI, and the cameras of MCAP recordings; of OpenCV's stereo calibration, "
+      "both files at once. What a record has no field for is counted on standard "
       "error, and listed with its line by --verbose. A file whose lens a record cannot hold is "
       "refused.\n\n"
       "Examples:\n"

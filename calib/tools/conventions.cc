@@ -84,6 +84,11 @@ const std::vector<Conventions>& AllConventions() {
        Axes::kOpenGl,
        {{"transform_matrix", Direction::kFromCamera, Rotation::kMatrix}},
        0},
+      {"mcap",
+       "MCAP with Foxglove's messages",
+       0,
+       kCv,
+       {{"foxglove.FrameTransform", Direction::kFromCamera, Rotation::kQuaternionXyzw}}},
   };
   return all;
 }

@@ -106,6 +106,7 @@ Exporter CameraInfoExporter() {
   exporter.keeps = {"skew", "width", "height", "name"};
   exporter.needs = {"width", "height"};
   exporter.file_a_camera = true;
+  exporter.has_projection = true;
   exporter.write = Write;
   return exporter;
 }

@@ -108,6 +108,7 @@ void VisitLeftovers(const Exporter& exporter, const ExportOptions& options,
            "is " + Shortest(camera.intrinsics().skew()) + ", and " + files + " has none",
            Leftover::Kind::kLens});
   }
+  if (exporter.holds_record) return;
   VisitOthers(record, camera.place, kept, files, visit);
   VisitOthers(record.intrinsics(), camera.intrinsics_place, kept, files, visit);
 }
@@ -171,7 +172,8 @@ void TellConversion(const Exporter& exporter, const ExportRig& rig, ExportReport
     report->notes.push_back("skew is written, but OpenCV, which reads it, projects without");
   }
   if (!any) return;
-  if (exporter.poses == Exporter::Poses::kNeeded && !rig.cameras[0].has_pose) {
+  if ((exporter.poses == Exporter::Poses::kNeeded || exporter.holds_record) &&
+      !rig.cameras[0].has_pose) {
     report->notes.push_back(rig.cameras[0].name +
                             " has no extrinsics, and is taken for the frame of reference");
   }
@@ -181,10 +183,11 @@ void TellConversion(const Exporter& exporter, const ExportRig& rig, ExportReport
 
 ExportRig PrepareRig(const Exporter& exporter, const std::vector<CameraInRecord>& cameras,
                      const ExportOptions& options, ExportReport* report) {
-  ExportRig rig{{}, &ConventionsOf(exporter.format), options};
+  ExportRig rig{{}, &ConventionsOf(exporter.format), options, nullptr};
   const std::string& files = rig.conventions->files;
   for (const CameraInRecord& from : cameras) {
-    ExportCamera camera{from.place, from.intrinsics_place, {}, "", nullptr, {}, 0, 0, false, {}};
+    ExportCamera camera{
+        from.place, from.intrinsics_place, {}, from.camera, "", nullptr, {}, 0, 0, false, {}};
     camera.camera.mutable_intrinsics()->CopyFrom(from.camera->intrinsics());
     if (from.camera->has_extrinsics()) {
       camera.camera.mutable_extrinsics()->CopyFrom(from.camera->extrinsics());

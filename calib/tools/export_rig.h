@@ -37,8 +37,9 @@ struct CameraInRecord {
 
 struct ExportCamera {
   std::string place, intrinsics_place;
-  zarvo::calibration::CameraCalibration camera;  // without its images
-  std::string name;                              // or cam0, cam1, ... of one without
+  zarvo::calibration::CameraCalibration camera;         // without its images
+  const zarvo::calibration::CameraCalibration* record;  // as it was
+  std::string name;                                     // or cam0, cam1, ... of one without
   const LensForm* form;
   std::vector<double> coefficients;  // in the form's order
   double cx, cy;                     // in the file's pixels
@@ -52,6 +53,8 @@ struct ExportRig {
   std::vector<ExportCamera> cameras;
   const Conventions* conventions;
   ExportOptions options;
+  // What is exported, for a file that holds it beside its own messages; nullptr if it is not there.
+  const google::protobuf::Message* record = nullptr;
 };
 
 struct ExportedFile {
@@ -80,11 +83,13 @@ struct Exporter {
   std::set<std::string> keeps;
   std::set<std::string> needs;  // width, height
   Poses poses = Poses::kNone;
-  bool one_lens = false;       // all its cameras have the same kind of lens
-  bool one_size = false;       // and images of the same size
-  size_t least = 1, most = 0;  // cameras that are written together; 0: any number
-  bool file_a_camera = false;  // else all are in one file, or in the files of a rig
-  bool numbered = false;       // cameras are called cam0, cam1, ...
+  bool one_lens = false;        // all its cameras have the same kind of lens
+  bool one_size = false;        // and images of the same size
+  size_t least = 1, most = 0;   // cameras that are written together; 0: any number
+  bool file_a_camera = false;   // else all are in one file, or in the files of a rig
+  bool numbered = false;        // cameras are called cam0, cam1, ...
+  bool holds_record = false;    // the file has the record itself, so that nothing is lost
+  bool has_projection = false;  // there is a place for those of --projection-from
   std::vector<ExportedFile> (*write)(const ExportRig& rig, ExportReport* report);
 };
 

@@ -6,7 +6,8 @@ const std::vector<Exporter>& Exporters() {
   static const std::vector<Exporter> all = {
       CameraInfoExporter(), CamchainExporter(), FileStorageExporter(), StereoExporter(),
       OrbSlamExporter(),    OpenVinsExporter(), CamodocalExporter(),   BasaltExporter(),
-      MrcalExporter(),      ColmapExporter(),   ColmapRigExporter(),   NerfstudioExporter()};
+      MrcalExporter(),      ColmapExporter(),   ColmapRigExporter(),   NerfstudioExporter(),
+      McapExporter()};
   return all;
 }
 

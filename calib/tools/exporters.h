@@ -23,6 +23,7 @@ Exporter ColmapRigExporter();
 Exporter NerfstudioExporter();
 Exporter BasaltExporter();
 Exporter MrcalExporter();
+Exporter McapExporter();
 
 // All of them, in the order of --help.
 const std::vector<Exporter>& Exporters();

@@ -5,11 +5,14 @@
 #include <cmath>
 #include <cstdlib>
 #include <limits>
+#include <utility>
 
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/number.h"
 #include "calib/fields/field_path.h"
+#include "calib/tools/foreign_mcap.h"
+#include "calib/tools/mcap_reader.h"
 
 namespace calib {
 
@@ -104,7 +107,15 @@ std::string Foreign::Spell() const {
   }
 }
 
+Foreign Foreign::FromMcap(const std::string& file, ForeignTree tree) {
+  const auto notebook = std::make_shared<Notebook>();
+  notebook->tree = std::move(tree);
+  notebook->is_mcap = true;
+  return Foreign(file, "", 0, notebook);
+}
+
 Foreign Foreign::Parse(const std::string& file, std::string text) {
+  if (BeginsAsMcap(text)) return ReadMcapCameras(file, text, {});
   if (text.compare(0, 2, "\x1f\x8b") == 0) {
     throw Failure(file + ": is compressed", "Decompress it first, with gunzip.");
   }
@@ -125,8 +136,8 @@ void Foreign::Refuse(const std::string& what, const std::string& remedy) const {
   throw Failure(Place() + what, remedy);
 }
 
-void Foreign::Remark(const std::string& what) const {
-  notebook_->remarks.emplace(tree().line(index_), Leftover{Place(), what});
+void Foreign::Remark(const std::string& what, Leftover::Kind kind) const {
+  notebook_->remarks.emplace(tree().line(index_), Leftover{Place(), what, kind});
 }
 
 void Foreign::Lose(const std::string& why) const {

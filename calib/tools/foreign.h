@@ -1,7 +1,7 @@
-// A file that another tool wrote, value by value, in YAML, OpenCV's XML or lines. Reading a value
-// marks it as used; what nobody used is visited by ForEachLeftover(), so that an importer cannot
-// drop anything silently. Every complaint names the file, the line, the column and the value's
-// path.
+// A file that another tool wrote, value by value, in YAML, OpenCV's XML, lines or MCAP. Reading a
+// value marks it as used; what nobody used is visited by ForEachLeftover(), so that an importer
+// cannot drop anything silently. Every complaint names the file, the line, the column and the
+// value's path.
 #ifndef CALIB_TOOLS_FOREIGN_H_
 #define CALIB_TOOLS_FOREIGN_H_
 
@@ -23,6 +23,9 @@ class Foreign {
  public:
   // The one document of the file. Throws Failure where the syntax is wrong.
   static Foreign Parse(const std::string& file, std::string text);
+  // What was read of an MCAP file; see foreign_mcap.h.
+  static Foreign FromMcap(const std::string& file, ForeignTree tree);
+  bool IsFromMcap() const { return notebook_->is_mcap; }
 
   const std::string& path() const { return path_; }
 
@@ -69,7 +72,7 @@ class Foreign {
   // A remark is for the user to know; NotKept() makes one that the record does not have the value,
   // Lose() one that it has another lens for that, and that the value counts as used; Convert() one
   // that the record has the value in other terms, which is told once of all that a file has alike.
-  void Remark(const std::string& what) const;
+  void Remark(const std::string& what, Leftover::Kind kind = Leftover::Kind::kHarmless) const;
   void NotKept(const std::string& why) const;
   void Lose(const std::string& why) const;
   void Convert(const std::string& how) const;
@@ -85,6 +88,7 @@ class Foreign {
   // What is common to all values of a file.
   struct Notebook {
     ForeignTree tree;
+    bool is_mcap = false;
     std::set<std::string> used;  // paths
     std::set<Index> checked;     // maps that have no key twice
     Remarks remarks;

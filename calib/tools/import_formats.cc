@@ -41,6 +41,7 @@ const std::vector<ImportFormat>& ImportFormats() {
       {"colmap", "COLMAP cameras.txt or rig_config.json", ImportOne<ImportColmap>, IsColmap, true},
       {"camodocal", "camodocal (VINS)", ImportOne<ImportCamodocal>, IsCamodocal, false},
       {"depthai", "DepthAI calibration", ImportOne<ImportDepthAi>, IsDepthAi, true},
+      {"mcap", "MCAP recording", ImportOne<ImportMcap>, IsMcap, false},
   };
   return formats;
 }

@@ -18,7 +18,7 @@ namespace calib {
 using ImportFile = void(const Foreign& file, const LensModel* lens,
                         zarvo::calibration::RobotCalibration* robot);
 ImportFile ImportBasalt, ImportCamchain, ImportCameraInfo, ImportCameraInfoIni, ImportCamodocal,
-    ImportColmap, ImportDepthAi, ImportEuroc, ImportMrcal;
+    ImportColmap, ImportDepthAi, ImportEuroc, ImportMcap, ImportMrcal;
 // Reads one file, or the two of a stereo calibration.
 void ImportOpenCv(const std::vector<Foreign>& files, const LensModel* lens,
                   zarvo::calibration::RobotCalibration* robot);
@@ -26,7 +26,7 @@ void ImportOpenCv(const std::vector<Foreign>& files, const LensModel* lens,
 // Whether a file has what one of that tool is told by, though it may not be whole.
 using IsFile = bool(const Foreign& file);
 IsFile IsBasalt, IsCamchain, IsCameraInfo, IsCameraInfoIni, IsCamodocal, IsColmap, IsDepthAi,
-    IsEuroc, IsMrcal, IsOpenCv;
+    IsEuroc, IsMcap, IsMrcal, IsOpenCv;
 
 // The cameras that were read from the file `name`, or the only one of them, as a record of the type
 // `type`. Visits what that type does not hold.

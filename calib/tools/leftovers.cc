@@ -19,10 +19,11 @@ void LeftoverFlags::AddTo(Command* command, bool with_lossy) {
 
 void TellLeftovers(const std::string& name, const LeftoverFlags& flags,
                    const std::function<void(const LeftoverVisitor&)>& visit_all) {
-  size_t harmless = 0, lost = 0;
+  size_t harmless = 0, damaged = 0, lost = 0;
   std::optional<Leftover> first;
   visit_all([&](const Leftover& leftover) {
     if (leftover.kind == Kind::kHarmless) ++harmless;
+    if (leftover.kind == Kind::kDamaged) ++damaged;
     if (leftover.kind != Kind::kLens) return;
     if (++lost == 1) first = leftover;
   });
@@ -38,7 +39,7 @@ void TellLeftovers(const std::string& name, const LeftoverFlags& flags,
       Note(leftover.place + leftover.what + (leftover.kind == Kind::kLens ? "; lost" : ""));
     }
   });
-  if (flags.strict && harmless > 0) {
+  if (flags.strict && harmless + damaged > 0) {
     throw Failure(name + ": not all of it is kept, and --strict refuses that",
                   "Leave --strict out, or take out of the file what is listed above.");
   }

@@ -14,6 +14,7 @@ struct Leftover {
   enum class Kind {
     kHarmless,   // not kept
     kConverted,  // kept, in the terms of another convention
+    kDamaged,    // not kept, since the file ends or goes wrong there
     kLens        // not kept, and without it points land elsewhere
   };
 

@@ -133,6 +133,7 @@ TEST(ExportTest, IsImportedAsTheSameLens) {
       {"basalt", ImportBasalt, {{0, 0}, {4, 0}}},
       {"mrcal", ImportMrcal, {{0, 0}, {2, 2}, {3, 2}, {6, 2}}},
       {"colmap", ImportColmap, {{0, 0}, {2, 2}, {6, 2}, {4, 0}}},
+      {"mcap", ImportMcap, {{3, 2}, {6, 2}, {4, 0}}},
   };
   for (const auto& given : cases) {
     for (const auto& [k, p] : given.counts) {
@@ -227,7 +228,7 @@ TEST(ExportTest, LosesASkewWithTheLens) {
     bool lost = false;
     for (const Leftover& leftover : exported.report.leftovers)
       lost = lost || leftover.kind == Leftover::Kind::kLens;
-    EXPECT_EQ(lost, exporter.format != "ros" && exporter.format != "opencv") << exporter.format;
+    EXPECT_EQ(lost, exporter.keeps.count("skew") == 0) << exporter.format;
   }
 }
 
@@ -318,7 +319,7 @@ std::string Extrinsics(const RigidTransform& transform) {
 TEST(ExportTest, WantsRigidTransforms) {
   const CameraCalibration scaled = Camera(Extrinsics({{2, 0, 0, 0, 2, 0, 0, 0, 2}, {1, 2, 3}}));
   for (const char* format :
-       {"kalibr", "openvins", "orbslam3", "basalt", "mrcal", "nerfstudio", "colmap-rig"}) {
+       {"kalibr", "openvins", "orbslam3", "basalt", "mrcal", "nerfstudio", "colmap-rig", "mcap"}) {
     EXPECT_NE(Export(scaled, "", format).find("refused: file: camera[0].extrinsics.a has no rota"),
               std::string::npos)
         << format;
