@@ -20,6 +20,7 @@
 #include "calib/tools/foreign.h"
 #include "calib/tools/foreign_tree.h"
 #include "calib/tools/import_formats.h"
+#include "calib/tools/mcap_chunk.h"
 #include "calib/tools/rig_geometry.h"
 #include "fuzz/fuzzer.h"
 #include "tests/support/peak_memory.h"
@@ -157,11 +158,11 @@ void ReadTree(const std::string& input) {
           "the values are no more than the file and its aliases have room for");
 }
 
-// A form feed stands between the two files of a stereo calibration.
+// A form feed stands between the two files of a stereo calibration, which are text.
 void Import(const std::string& name, const std::string& input) {
   RobotCalibration robot;
   const bool imported = Try([&] {
-    const size_t end = input.find('\f');
+    const size_t end = name == "mcap" ? std::string::npos : input.find('\f');
     std::vector<Foreign> files = {Foreign::Parse(kFile, input.substr(0, end))};
     if (end != std::string::npos) files.push_back(Foreign::Parse(kFile, input.substr(end + 1)));
     Try([&] { FormatOf(kFile, files); });
@@ -185,21 +186,24 @@ void Import(const std::string& name, const std::string& input) {
 struct Reader {
   const char* name;
   void (*read)(const std::string& input);
+  size_t memory = 0;  // that it may take whatever the size of its input is
 };
-constexpr Reader kReaders[] = {{"yaml", ReadTree<LoadYaml>},
-                               {"xml", ReadTree<LoadXml>},
-                               {"basalt", [](const auto& input) { Import("basalt", input); }},
-                               {"camchain", [](const auto& input) { Import("kalibr", input); }},
-                               {"camera_info", [](const auto& input) { Import("ros", input); }},
-                               {"camodocal", [](const auto& input) { Import("camodocal", input); }},
-                               {"colmap", [](const auto& input) { Import("colmap", input); }},
-                               {"depthai", [](const auto& input) { Import("depthai", input); }},
-                               {"euroc", [](const auto& input) { Import("euroc", input); }},
-                               {"file_storage", [](const auto& input) { Import("opencv", input); }},
-                               {"mrcal", [](const auto& input) { Import("mrcal", input); }},
-                               {"binary", ReadRecord<Format::kBinary>},
-                               {"text", ReadRecord<Format::kText>},
-                               {"json", ReadRecord<Format::kJson>}};
+constexpr Reader kReaders[] = {
+    {"yaml", ReadTree<LoadYaml>},
+    {"xml", ReadTree<LoadXml>},
+    {"basalt", [](const auto& input) { Import("basalt", input); }},
+    {"camchain", [](const auto& input) { Import("kalibr", input); }},
+    {"camera_info", [](const auto& input) { Import("ros", input); }},
+    {"camodocal", [](const auto& input) { Import("camodocal", input); }},
+    {"colmap", [](const auto& input) { Import("colmap", input); }},
+    {"depthai", [](const auto& input) { Import("depthai", input); }},
+    {"euroc", [](const auto& input) { Import("euroc", input); }},
+    {"file_storage", [](const auto& input) { Import("opencv", input); }},
+    {"mcap", [](const auto& input) { Import("mcap", input); }, 2 * kLargestMcapChunk},
+    {"mrcal", [](const auto& input) { Import("mrcal", input); }},
+    {"binary", ReadRecord<Format::kBinary>},
+    {"text", ReadRecord<Format::kText>},
+    {"json", ReadRecord<Format::kJson>}};
 
 const Reader& ReaderOfThisTarget() {
   for (const Reader& reader : kReaders) {
@@ -220,7 +224,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string input(reinterpret_cast<const char*>(data), size);
   const zarvo::calibration::testing::PeakMemory memory;
   reader.read(input);
-  Require(memory.bytes() <= 40 * size + 20000000,
+  Require(memory.bytes() <= 40 * size + 20000000 + reader.memory,
           "memory is bounded by the size: " + std::to_string(memory.bytes()) + " bytes");
   return 0;
 }
