@@ -54,8 +54,10 @@ for_library=(cmake g++ make libprotobuf-dev)
 for_generator=(libprotoc-dev)
 for_calib=(libprotoc-dev libcli11-dev libeigen3-dev libpng-dev zlib1g-dev libzstd-dev
   liblz4-dev libyaml-cpp-dev libtinyxml2-dev)
+for_geometry=(libeigen3-dev)
+for_calib=("${for_geometry[@]}" libprotoc-dev libcli11-dev libpng-dev libyaml-cpp-dev libtinyxml2-dev)
 for_suites=("${for_generator[@]}" libgtest-dev protobuf-compiler)
-for_packages=("${for_library[@]}" build-essential debhelper dh-python python3)
+for_packages=("${for_library[@]}" "${for_geometry[@]}" build-essential debhelper dh-python python3)
 # From Debian 12 on, clang alone comes without the run-times of its sanitizers, counters and libFuzzer.
 for_clang=(clang '?libclang-rt-dev')
 # What goes without a package that a release does not have; said ahead of installing.
@@ -169,8 +171,8 @@ build_folder() {
 # its build folder was configured with before.
 options_off=(
   -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DCALIBRATION_GENERATOR=OFF
-  -DCALIBRATION_EXAMPLES=OFF -DCALIBRATION_CALIB=OFF -DCALIBRATION_BENCHMARKS=OFF
-  -DCALIBRATION_INSTALL=OFF -DCALIBRATION_FUZZ=OFF
+  -DCALIBRATION_EXAMPLES=OFF -DCALIBRATION_CALIB=OFF -DCALIBRATION_GEOMETRY=OFF
+  -DCALIBRATION_BENCHMARKS=OFF -DCALIBRATION_INSTALL=OFF -DCALIBRATION_FUZZ=OFF
   -DCALIBRATION_WERROR=OFF -DCALIBRATION_SANITIZE=)
 
 # configure FOLDER [-DNAME=VALUE...]: what is named is on, and the user has the last word.

@@ -52,6 +52,16 @@ bool copy(::google::protobuf::io::ZeroCopyInputStream* from,
 }
 END
 
+cat >"$folder/geometry.cc" <<END
+#include "calib/geometry/calibration_geometry.h"
+#include "calib/geometry/calibration_geometry.h"
+#include "calib/geometry/calibration_geometry_c.h"
+
+double angle(const zarvo::calibration_geometry::Camera& camera) {
+  return zarvo::calibration_geometry::LargestAngle(camera);
+}
+END
+
 warnings=(-Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wswitch-enum)
 [[ $compiler != g++ ]] || warnings+=(-Wuseless-cast)
 
@@ -76,7 +86,11 @@ for standard in c++14 c++17 c++20; do
 done
 for standard in c++11 c++20; do
   compile "-std=$standard" -fno-exceptions -fsyntax-only "$folder/log.cc"
+  compile "-std=$standard" -fno-exceptions -fsyntax-only "$folder/geometry.cc"
 done
+printf '#include "%s"\n' calib/geometry/calibration_geometry_c.h{,} >"$folder/geometry.c"
+"$compiler" -x c -std=c99 -Wall -Wextra -Wpedantic -Wconversion -Werror -I "$source_folder" \
+  -fsyntax-only "$folder/geometry.c"
 for unit in one two; do
   compile -std=c++11 -O2 -c "$folder/$unit.cc" -o "$folder/$unit.o"
 done
@@ -84,14 +98,14 @@ done
 "$compiler" -r -nostdlib "$folder/one.o" "$folder/two.o" -o "$folder/both.o"
 
 compile -std=c++17 -fsyntax-only "$folder/names.cc"
-macros=$(compile -std=c++17 -E -dD "$folder/log.cc" | awk '
-  /^# [0-9]+ "/ { ours = $3 ~ /\/calibration_common\// }
+macros=$(compile -std=c++17 -E -dD "$folder/log.cc" "$folder/geometry.cc" | awk '
+  /^# [0-9]+ "/ { ours = $3 ~ /\/(calibration_common|calib\/geometry)\// }
   ours && $1 == "#define" { sub(/\(.*/, "", $2); print $2 }')
 [[ $macros == *ZARVO_CALIBRATION_EXPORT* ]] || {
   echo "header_test: found no macros of the header: $macros" >&2
   exit 1
 }
 if grep --invert-match '^ZARVO_CALIBRATION_' <<<"$macros"; then
-  echo "header_test: the header defines macros whose names do not begin with ZARVO_CALIBRATION_" >&2
+  echo "header_test: a header defines macros with other names than ZARVO_CALIBRATION_..." >&2
   exit 1
 fi

@@ -8,6 +8,8 @@
 # find_package      the README's CMakeLists.txt, on a tree that was moved, and on the build folder;
 #                   versions asked for
 # pkg_config        the README's compiler call, also where links lead out of the prefix
+# geometry          the library calibration_geometry: an example's program, built with
+#                   the tree that was moved, with the build folder and by pkg-config; a tree without it
 # series            a run-time of another series than the library's is refused, in one sentence
 # add_subdirectory  the sources as a part of another project, whose own compiler options are severe
 # fetch_content     the same, fetched by CMake
@@ -57,6 +59,16 @@ case $check in
       "$cmake_folder/calibration_protolibConfigVersion.cmake"
       "$cmake_folder/calibration_protolibTargets.cmake"
       "$cmake_folder/calibration_protolibTargets-release.cmake")
+    # The library of geometry, where it is built.
+    if [[ -e $folder/all/include/calib ]]; then
+      geometry=libcalibration_geometry.so
+      runtime_files+=("LIB/$geometry.$version" "LIB/$geometry.${version%%.*}")
+      development_files+=("LIB/$geometry" LIB/pkgconfig/calibration_geometry.pc
+        include/calib/geometry/calibration_geometry.h
+        include/calib/geometry/calibration_geometry_c.h
+        "$cmake_folder/calibration_geometryTargets.cmake"
+        "$cmake_folder/calibration_geometryTargets-release.cmake")
+    fi
     diff <(list "${runtime_files[@]}") <(files "$folder/runtime") || fail "component Runtime"
     diff <(list "${development_files[@]}") \
       <(files "$folder/development" | sed -E 's/(Targets-)[a-z]+/\1release/') ||
@@ -177,6 +189,41 @@ case $check in
         [[ $accepted == "${case#*=}" ]] || fail "run-time ${case%=*}: accepted: $accepted"
       done
     fi
+    ;;
+
+  geometry)
+    install_into "$folder/before"
+    mv "$folder/before" "$folder/moved"
+    mkdir "$folder/robot"
+    cp "$source/examples/rectify_pair.cc" "$folder/robot"
+    printf '%s\n' 'cmake_minimum_required(VERSION 3.16)' 'project(robot LANGUAGES CXX)' \
+      'find_package(calibration_protolib CONFIG REQUIRED COMPONENTS geometry)' \
+      'add_executable(robot rectify_pair.cc)' \
+      'target_link_libraries(robot PRIVATE calibration_protolib::geometry)' \
+      >"$folder/robot/CMakeLists.txt"
+    expect_pair() { [[ $("$@") == *"P2[0][3] -50."* ]] || fail "$* says: $("$@" 2>&1)"; }
+    for prefix in "$folder/moved" "$build"; do
+      rm -rf "$folder/robot/build"
+      configure "$folder/robot" "$prefix;$runtime"
+      ((status == 0)) || fail "CMake refused the project: $output"
+      quietly cmake --build "$folder/robot/build"
+      expect_pair "$folder/robot/build/robot"
+    done
+    file=$(find "$folder/moved" -name calibration_geometry.pc)
+    export PKG_CONFIG_PATH=${file%/*}
+    [[ $(pkg-config --modversion calibration_geometry) == "$version" ]] || fail "another version"
+    # Without the run-time's headers, and in the earliest standard.
+    quietly g++ -std=c++11 -Wall -Wextra -Wpedantic -Werror "$folder/robot/rectify_pair.cc" \
+      -o "$folder/robot/by_hand" $(pkg-config --cflags --libs calibration_geometry)
+    export LD_LIBRARY_PATH=${PKG_CONFIG_PATH%/*}
+    expect_pair "$folder/robot/by_hand"
+
+    # Who asks for it where it is not there, is told.
+    find "$folder/moved" -name 'calibration_geometryTargets*' -delete
+    rm -rf "$folder/robot/build"
+    configure "$folder/robot" "$folder/moved;$runtime"
+    [[ $status != 0 && $output == *"This calibration_protolib has no component 'geometry'"* ]] ||
+      fail "without the component, CMake says: $output"
     ;;
 
   series)

@@ -5,10 +5,13 @@
 #   library_file_test.sh exports LIBRARY SCHEMA
 #   library_file_test.sh needed LIBRARY
 #   library_file_test.sh initializers LIBRARY
+#   library_file_test.sh geometry LIBRARY HEADER-FOLDER
 #
 # exports: exactly the functions, constants and objects listed below, for the messages and fields of
 # the schema file. initializers: loading runs the constructor of one object, the one that registers
-# the file. Exit status: 0, it is so; 1, it is not, and the difference is told.
+# the file. geometry: libcalibration_geometry exports exactly the functions that its two headers
+# declare, needs the C++ run-time alone, and runs nothing when it is loaded. Exit status: 0, it is so; 1,
+# it is not, and the difference is told.
 set -euo pipefail
 
 check=$1
@@ -110,6 +113,25 @@ case $check in
     [[ -z $others ]] ||
       fail "$library: loading does more than construct static_descriptor_initializer_...:" \
         $'\n'"$others"
+    ;;
+
+  geometry)
+    # Overloads are one symbol each.
+    expected=$(cat "$3"/calibration_geometry.h "$3"/calibration_geometry_c.h |
+      sed -nE 's/^[a-zA-Z_][a-zA-Z_0-9* ]* \*?([A-Za-z_]+)\(.*/\1/p' | LC_ALL=C sort)
+    actual=$(nm -D --defined-only -C "$library" | cut -d' ' -f3- |
+      sed -E 's/^zarvo::calibration_geometry:://; s/\(.*//' | LC_ALL=C sort)
+    [[ $(wc -l <<<"$expected") -gt 40 && $expected == "$actual" ]] ||
+      fail "$library exports other symbols than its headers declare (<: declared, >: exported)" \
+        $'\n'"$(diff <(echo "$expected") <(echo "$actual"))"
+    needed=$(readelf -dW "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
+    for name in $needed; do
+      [[ $name =~ ^(libstdc\+\+|libm|libgcc_s|libc|ld-linux-[a-z0-9_-]+)\.so ]] ||
+        fail "$library needs $name, which is not of the C++ run-time"
+    done
+    sections=$(readelf -SW "$library")
+    [[ ! $sections =~ \.init_array\ +INIT_ARRAY\ +[^\ ]+\ [^\ ]+\ ([0-9a-f]+) ]] ||
+      ((16#${BASH_REMATCH[1]} == 8)) || fail "$library runs something when it is loaded"
     ;;
 
   *) fail "unknown check '$check'" ;;

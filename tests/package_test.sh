@@ -33,8 +33,9 @@ PATH=$folder/bin:$PATH
 DEB_BUILD_OPTIONS=noopt quietly "$source/scripts/package" --output "$folder/packages"
 architecture=$(dpkg --print-architecture)
 runtime=$folder/packages/libcalibration-protolib${version%%.*}_${version}_$architecture.deb
+geometry=$folder/packages/libcalibration-geometry${version%%.*}_${version}_$architecture.deb
 development=$folder/packages/libcalibration-protolib-dev_${version}_$architecture.deb
-for package in "$runtime" "$development"; do
+for package in "$runtime" "$geometry" "$development"; do
   [[ -r $package ]] || fail "no $package: $(ls "$folder/packages")"
 done
 
@@ -44,21 +45,27 @@ depends=$(dpkg-deb --field "$runtime" Depends)
 for name in libc6 'libprotobuf[0-9]+(t64)?' 'libstdc\+\+6'; do
   [[ ", $depends" =~ ", "$name" (" ]] || fail "$runtime does not depend on $name: $depends"
 done
+depends=$(dpkg-deb --field "$geometry" Depends)
+[[ $depends == *libc6* && ! $depends =~ protobuf|eigen ]] || fail "$geometry depends on $depends"
 depends=$(dpkg-deb --field "$development" Depends)
-for expected in "libcalibration-protolib${version%%.*} (= $version)" \
+for expected in "libcalibration-geometry${version%%.*} (= $version)" \
+  "libcalibration-protolib${version%%.*} (= $version)" \
   "libprotobuf-dev (>= $series)" "libprotobuf-dev (<< ${series%.*}.$((${series#*.} + 1))~)"; do
   [[ $depends == *"$expected"* ]] || fail "$development does not depend on $expected: $depends"
 done
 # Those of two architectures may be installed at once.
-for package in "$runtime" "$development"; do
+for package in "$runtime" "$geometry" "$development"; do
   [[ $(dpkg-deb --field "$package" Multi-Arch) == same ]] || fail "$package is not Multi-Arch: same"
 done
 # Packages of two SONAMEs may be installed at once: no file is in both.
 major=${version%%.*}
-others=$(dpkg-deb --contents "$runtime" | awk '$1 !~ /^d/ { print $6 }' |
-  grep -vE "/libcalibration_protolib\.so\.$major(\.[0-9]+)*$|/doc/libcalibration-protolib$major/" ||
-  true)
-[[ -z $others ]] || fail "$runtime holds more than its library: $others"
+for name in protolib geometry; do
+  package=$folder/packages/libcalibration-$name${major}_${version}_$architecture.deb
+  others=$(dpkg-deb --contents "$package" | awk '$1 !~ /^d/ { print $6 }' |
+    grep -vE "/libcalibration_$name\.so\.$major(\.[0-9]+)*$|/doc/libcalibration-$name$major/" ||
+    true)
+  [[ -z $others ]] || fail "$package holds more than its library: $others"
+done
 for package in "$folder"/packages/*.deb; do
   name=$(dpkg-deb --field "$package" Package)
   # Read to the end before it is searched: a reader that stops early breaks the pipe.
@@ -91,7 +98,7 @@ root=$folder/root
 mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates" "$root/var/lib/dpkg/triggers"
 # What is installed on this machine, but for these packages, should they be.
 awk -v RS= -v ORS='\n\n' \
-  '!/^Package: (libcalibration-protolib|calibration-tools|python3-calibration-protolib)/' \
+  '!/^Package: (libcalibration-(protolib|geometry)|calibration-tools|python3-calibration-protolib)/' \
   /var/lib/dpkg/status >"$root/var/lib/dpkg/status"
 echo 1 >"$root/var/lib/dpkg/info/format"
 quietly fakeroot dpkg --root="$root" --no-triggers --force-not-root --force-script-chrootless \
@@ -110,6 +117,9 @@ LD_LIBRARY_PATH=$(dirname "$library")
 make_program
 build_and_run "$folder/robot" "$root/usr"
 export PKG_CONFIG_PATH="$LD_LIBRARY_PATH/pkgconfig"
+quietly g++ "$source/examples/rectify_pair.cc" -o "$folder/rectify_pair" \
+  $(pkg-config --cflags --libs calibration_geometry)
+quietly "$folder/rectify_pair"
 command=$(readme_block sh)
 rm "$folder"/*.binpb
 (cd "$folder/robot" && quietly bash -c "$command")

@@ -2,14 +2,20 @@
 // rectified pairs, lenses of one model as another. Functions take values and return values: they
 // keep no state, read no files, know no records, and throw nothing.
 //
+// It is a shared library of its own: calibration_protolib::geometry of the CMake package,
+// calibration_geometry of pkg-config. calibration_geometry_c.h has the same for C.
+//
 // Pixels: the centre of the first one is (0, 0), u goes right and v down. Cameras look along z,
 // with x to the right and y down. Angles are radians; lengths have the unit that the caller gives
 // them in.
-#ifndef CALIB_GEOMETRY_CALIBRATION_GEOMETRY_H_
-#define CALIB_GEOMETRY_CALIBRATION_GEOMETRY_H_
+#ifndef ZARVO_CALIBRATION_GEOMETRY_H_
+#define ZARVO_CALIBRATION_GEOMETRY_H_
 
 #include <cstddef>
 #include <vector>
+
+// What the shared library exports.
+#pragma GCC visibility push(default)
 
 namespace zarvo {
 namespace calibration_geometry {
@@ -53,11 +59,12 @@ enum class Status {
   kBeyondLens,  // beyond the angle up to which the model maps angles one to one
   kNotConverged,  // no direction was found that lands on the pixel
   kNotARotation,  // a matrix that was to be one
-  kNoSolution     // the numbers do not determine what was asked for
+  kNoSolution,    // the numbers do not determine what was asked for
+  kNoMemory       // there was not enough to find out
 };
 
 // A sentence's end, such as "is behind the camera".
-const char* Explain(Status status);
+const char* Explain(Status status) noexcept;
 
 struct Projected {
   Status status;
@@ -70,17 +77,19 @@ struct Direction {
 
 // Where points land. A point that lands in the image only because the polynomial folds back behind
 // its last extremum is kBeyondLens.
-Projected Project(const Camera& camera, const Point& point);
-void Project(const Camera& camera, const Point* points, size_t count, Projected* projected);
+Projected Project(const Camera& camera, const Point& point) noexcept;
+void Project(const Camera& camera, const Point* points, size_t count,
+             Projected* projected) noexcept;
 
 // Where pixels look: the direction that lands on the pixel to 1e-12 of a focal length (a billionth
 // of a pixel at 1000), or a status that says why there is none.
-Direction Unproject(const Camera& camera, const Pixel& pixel);
-void Unproject(const Camera& camera, const Pixel* pixels, size_t count, Direction* directions);
+Direction Unproject(const Camera& camera, const Pixel& pixel) noexcept;
+void Unproject(const Camera& camera, const Pixel* pixels, size_t count,
+               Direction* directions) noexcept;
 
 // The largest angle to the optical axis at which a camera without tangential distortion maps angles
 // one to one; pi if there is none.
-double LargestAngle(const Camera& camera);
+double LargestAngle(const Camera& camera) noexcept;
 
 // --- Rigid transforms ----------------------------------------------------------------------------
 
@@ -99,25 +108,25 @@ struct RollPitchYaw {
   double roll, pitch, yaw;
 };
 
-Transform Invert(const Transform& transform);
+Transform Invert(const Transform& transform) noexcept;
 // `first`, then `second`: the matrix product second first.
-Transform Compose(const Transform& second, const Transform& first);
-Point Apply(const Transform& transform, const Point& point);
+Transform Compose(const Transform& second, const Transform& first) noexcept;
+Point Apply(const Transform& transform, const Point& point) noexcept;
 
 // How far the upper left 3x3 is from a rotation: the largest element of R^T R - I; infinite where
 // it mirrors, where a number is not finite or the last row is not 0 0 0 1.
-double RotationDefect(const Transform& transform);
+double RotationDefect(const Transform& transform) noexcept;
 // With the rotation that is nearest (in the sum of squared differences). False if there is none.
-bool Orthonormalize(Transform* transform);
+bool Orthonormalize(Transform* transform) noexcept;
 
-Quaternion QuaternionOf(const Transform& transform);
-RollPitchYaw RollPitchYawOf(const Transform& transform);
+Quaternion QuaternionOf(const Transform& transform) noexcept;
+RollPitchYaw RollPitchYawOf(const Transform& transform) noexcept;
 // The axis of the rotation, as long as its angle.
-Point RotationVectorOf(const Transform& transform);
+Point RotationVectorOf(const Transform& transform) noexcept;
 // The rotation that they mean, and that translation. The quaternion may have any length but 0.
-Transform FromQuaternion(const Quaternion& rotation, const Point& translation);
-Transform FromRollPitchYaw(const RollPitchYaw& rotation, const Point& translation);
-Transform FromRotationVector(const Point& rotation, const Point& translation);
+Transform FromQuaternion(const Quaternion& rotation, const Point& translation) noexcept;
+Transform FromRollPitchYaw(const RollPitchYaw& rotation, const Point& translation) noexcept;
+Transform FromRotationVector(const Point& rotation, const Point& translation) noexcept;
 
 // --- Rectified pairs -----------------------------------------------------------------------------
 
@@ -142,7 +151,7 @@ struct Rectified {
 
 // The cameras must have images of one size.
 Rectified Rectify(const Camera& first, const Camera& second, const Transform& second_from_first,
-                  const RectifyOptions& options);
+                  const RectifyOptions& options) noexcept;
 
 // --- Two calibrations of one camera --------------------------------------------------------------
 
@@ -151,7 +160,7 @@ struct DifferenceOptions {
   // difference.
   bool fit = true;
   double distance = 0;  // of the points that are compared; 0: at infinity
-  int columns = 60;     // of the grid of pixels, which spans the image
+  int columns = 60;     // of the grid of pixels, which spans the image; from 2 to 10000
 };
 
 struct Displacement {
@@ -169,7 +178,8 @@ struct Difference {
 };
 
 // Where `after` sees what `before` sees. The cameras must have images of one size.
-Difference Compare(const Camera& before, const Camera& after, const DifferenceOptions& options);
+Difference Compare(const Camera& before, const Camera& after,
+                   const DifferenceOptions& options) noexcept;
 
 // --- A lens of one model as another --------------------------------------------------------------
 
@@ -190,7 +200,8 @@ struct FittedLens {
 
 // The camera of the lens `target` (kPinhole, kBrown or kFisheye) with `coefficients` coefficients
 // that sees the image most like `source` does: with the least sum of squared distances.
-FittedLens FitLens(const Camera& source, Lens target, int coefficients, const FitOptions& options);
+FittedLens FitLens(const Camera& source, Lens target, int coefficients,
+                   const FitOptions& options) noexcept;
 
 // --- The same camera with another image ----------------------------------------------------------
 
@@ -204,14 +215,14 @@ struct Resized {
 
 // As an image that is resized, with the corners where they were: the first pixel's centre is at
 // half a pixel from them, before and after.
-Resized Scale(const Camera& camera, int width, int height);
+Resized Scale(const Camera& camera, int width, int height) noexcept;
 // What is within the rectangle, whose first pixel is that of u and v.
-Resized Crop(const Camera& camera, int u, int v, int width, int height);
+Resized Crop(const Camera& camera, int u, int v, int width, int height) noexcept;
 // The mean of so many pixels as one or, decimated, the first of them.
-Resized Bin(const Camera& camera, int columns, int rows, bool decimate);
-// Turned clockwise by that many quarters. kNoSolution if no such camera has these parameters: with
-// skew but for half a turn, and with tilt.
-Resized Rotate(const Camera& camera, int quarters);
+Resized Bin(const Camera& camera, int columns, int rows, bool decimate) noexcept;
+// Turned clockwise by that many quarters. kNoSolution if the size is not known or no such camera
+// has these parameters: with skew but for half a turn, and with tilt.
+Resized Rotate(const Camera& camera, int quarters) noexcept;
 
 // --- Poses of a flat target ----------------------------------------------------------------------
 
@@ -227,9 +238,11 @@ struct Pose {
 };
 
 // From where a camera sees the target so: the least sum of squared distances. The target is at z.
-Pose FitPose(const Camera& camera, double z, const std::vector<TargetPoint>& points);
+Pose FitPose(const Camera& camera, double z, const std::vector<TargetPoint>& points) noexcept;
 
 }  // namespace calibration_geometry
 }  // namespace zarvo
 
-#endif  // CALIB_GEOMETRY_CALIBRATION_GEOMETRY_H_
+#pragma GCC visibility pop
+
+#endif  // ZARVO_CALIBRATION_GEOMETRY_H_

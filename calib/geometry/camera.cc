@@ -2,6 +2,7 @@
 // rule; then kBrown and kOmni bend that plane, and fx, fy, skew, cx and cy make it pixels.
 #include <cmath>
 #include <limits>
+#include <new>
 
 #include "calib/geometry/brown.h"
 #include "calib/geometry/calibration_geometry.h"
@@ -274,9 +275,20 @@ class Optics {
   double fisheye_limit_;
 };
 
+// What makes the optics takes memory.
+template <typename Use>
+Status WithOptics(const Camera& camera, const Use& use) {
+  try {
+    use(Optics(camera));
+    return Status::kOk;
+  } catch (const std::bad_alloc&) {
+    return Status::kNoMemory;
+  }
+}
+
 }  // namespace
 
-const char* Explain(Status status) {
+const char* Explain(Status status) noexcept {
   switch (status) {
     case Status::kOk:
       return "is as it should be";
@@ -294,41 +306,54 @@ const char* Explain(Status status) {
       return "is no rotation";
     case Status::kNoSolution:
       return "is not determined by the numbers";
+    case Status::kNoMemory:
+      return "takes more memory than there is";
   }
   return "is unknown";
 }
 
-Projected Project(const Camera& camera, const Point& point) {
+Projected Project(const Camera& camera, const Point& point) noexcept {
   Projected projected;
   Project(camera, &point, 1, &projected);
   return projected;
 }
 
-void Project(const Camera& camera, const Point* points, size_t count, Projected* projected) {
-  const Optics optics(camera);
-  for (size_t i = 0; i < count; ++i) {
-    projected[i].pixel = {kNan, kNan};
-    projected[i].status = optics.Project(points[i], &projected[i].pixel);
-  }
+void Project(const Camera& camera, const Point* points, size_t count,
+             Projected* projected) noexcept {
+  const Status status = WithOptics(camera, [&](const Optics& optics) {
+    for (size_t i = 0; i < count; ++i) {
+      projected[i].pixel = {kNan, kNan};
+      projected[i].status = optics.Project(points[i], &projected[i].pixel);
+    }
+  });
+  if (status == Status::kOk) return;
+  for (size_t i = 0; i < count; ++i) projected[i] = {status, {kNan, kNan}};
 }
 
-Direction Unproject(const Camera& camera, const Pixel& pixel) {
+Direction Unproject(const Camera& camera, const Pixel& pixel) noexcept {
   Direction direction;
   Unproject(camera, &pixel, 1, &direction);
   return direction;
 }
 
-void Unproject(const Camera& camera, const Pixel* pixels, size_t count, Direction* directions) {
-  const Optics optics(camera);
-  for (size_t i = 0; i < count; ++i) {
-    Point ray = {kNan, kNan, kNan};
-    directions[i].status = optics.Unproject(pixels[i], &ray);
-    if (directions[i].status != Status::kOk) ray = {kNan, kNan, kNan};
-    directions[i].ray = ray;
-  }
+void Unproject(const Camera& camera, const Pixel* pixels, size_t count,
+               Direction* directions) noexcept {
+  const Point none = {kNan, kNan, kNan};
+  const Status status = WithOptics(camera, [&](const Optics& optics) {
+    for (size_t i = 0; i < count; ++i) {
+      directions[i].status = optics.Unproject(pixels[i], &directions[i].ray);
+      if (directions[i].status != Status::kOk) directions[i].ray = none;
+    }
+  });
+  if (status == Status::kOk) return;
+  for (size_t i = 0; i < count; ++i) directions[i] = {status, none};
 }
 
-double LargestAngle(const Camera& camera) { return Optics(camera).LargestAngle(); }
+double LargestAngle(const Camera& camera) noexcept {
+  double angle = kNan;
+  WithOptics(camera, [&](const Optics& optics) { angle = optics.LargestAngle(); });
+  return angle;
+}
 
 }  // namespace calibration_geometry
 }  // namespace zarvo

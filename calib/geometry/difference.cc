@@ -8,6 +8,7 @@
 
 #include "calib/geometry/calibration_geometry.h"
 #include "calib/geometry/grid.h"
+#include "calib/geometry/guarded.h"
 
 namespace zarvo {
 namespace calibration_geometry {
@@ -16,6 +17,7 @@ namespace {
 
 using Eigen::Vector3d;
 
+constexpr int kMostColumns = 10000;
 constexpr double kFar = 5 * 3.14159265358979323846 / 180;
 
 Vector3d ToVector(const Point& point) { return {point.x, point.y, point.z}; }
@@ -76,12 +78,10 @@ Transform FitTransform(const std::vector<Pair>& pairs, bool at_infinity) {
   return fit;
 }
 
-}  // namespace
-
-Difference Compare(const Camera& before, const Camera& after, const DifferenceOptions& options) {
+Difference TryCompare(const Camera& before, const Camera& after, const DifferenceOptions& options) {
   Difference result;
   if (before.width < 2 || before.height < 2 || before.width != after.width ||
-      before.height != after.height || options.columns < 2) {
+      before.height != after.height || options.columns < 2 || options.columns > kMostColumns) {
     result.status = Status::kNotACamera;
     return result;
   }
@@ -94,6 +94,7 @@ Difference Compare(const Camera& before, const Camera& after, const DifferenceOp
   std::vector<Pair> pairs;
   std::vector<Point> points;
   for (size_t i = 0; i < grid.size(); ++i) {
+    for (const Direction& direction : {in_before[i], in_after[i]}) Checked(direction.status);
     const Point& ray = in_before[i].ray;
     points.push_back({ray.x * scale, ray.y * scale, ray.z * scale});
     if (in_before[i].status == Status::kOk && in_after[i].status == Status::kOk) {
@@ -106,7 +107,8 @@ Difference Compare(const Camera& before, const Camera& after, const DifferenceOp
   std::vector<Projected> seen(grid.size());
   Project(after, points.data(), points.size(), seen.data());
   for (size_t i = 0; i < grid.size(); ++i) {
-    const Status status = in_before[i].status != Status::kOk ? in_before[i].status : seen[i].status;
+    const Status status =
+        in_before[i].status != Status::kOk ? in_before[i].status : Checked(seen[i].status);
     const Pixel by = {seen[i].pixel.u - grid[i].u, seen[i].pixel.v - grid[i].v};
     result.pixels.push_back({status, grid[i], by});
     if (status != Status::kOk) continue;
@@ -121,6 +123,13 @@ Difference Compare(const Camera& before, const Camera& after, const DifferenceOp
   result.mean /= static_cast<double>(result.compared);
   result.status = Status::kOk;
   return result;
+}
+
+}  // namespace
+
+Difference Compare(const Camera& before, const Camera& after,
+                   const DifferenceOptions& options) noexcept {
+  return Guarded([&] { return TryCompare(before, after, options); });
 }
 
 }  // namespace calibration_geometry

@@ -5,6 +5,7 @@
 #include "calib/geometry/brown.h"
 #include "calib/geometry/calibration_geometry.h"
 #include "calib/geometry/grid.h"
+#include "calib/geometry/guarded.h"
 #include "calib/geometry/least_squares.h"
 
 namespace zarvo {
@@ -32,7 +33,7 @@ std::vector<Sight> Sights(const Camera& camera, int columns, double largest_angl
   Unproject(camera, pixels.data(), pixels.size(), directions.data());
   std::vector<Sight> sights;
   for (size_t i = 0; i < pixels.size(); ++i) {
-    if (directions[i].status != Status::kOk) continue;
+    if (Checked(directions[i].status) != Status::kOk) continue;
     const Point& ray = directions[i].ray;
     const double angle = std::atan2(std::hypot(ray.x, ray.y), ray.z);
     if (angle <= largest_angle) sights.push_back({pixels[i], ray, angle});
@@ -70,8 +71,8 @@ void StartAt(const Camera& source, Camera* camera) {
   const double small = 1e-4;
   const Projected centre = Project(source, {0, 0, 1});
   const Projected right = Project(source, {small, 0, 1}), below = Project(source, {0, small, 1});
-  if (centre.status != Status::kOk || right.status != Status::kOk || below.status != Status::kOk) {
-    return;
+  for (const Projected& point : {centre, right, below}) {
+    if (Checked(point.status) != Status::kOk) return;
   }
   camera->fx = (right.pixel.u - centre.pixel.u) / small;
   camera->fy = (below.pixel.v - centre.pixel.v) / small;
@@ -123,9 +124,10 @@ void Judge(const Camera& source, const FitOptions& options, FittedLens* fitted) 
   bool holds = true;
   for (const Sight& sight : sights) {
     const Projected again = Project(fitted->camera, sight.ray);
-    const double error = again.status == Status::kOk ? std::hypot(again.pixel.u - sight.pixel.u,
-                                                                  again.pixel.v - sight.pixel.v)
-                                                     : HUGE_VAL;
+    const double error =
+        Checked(again.status) == Status::kOk
+            ? std::hypot(again.pixel.u - sight.pixel.u, again.pixel.v - sight.pixel.v)
+            : HUGE_VAL;
     if (!(error <= options.max_error)) holds = false;
     if (holds) fitted->angle = sight.angle;
     fitted->reach = sight.angle;
@@ -142,12 +144,13 @@ void Judge(const Camera& source, const FitOptions& options, FittedLens* fitted) 
   if (seen > 0) fitted->rms = std::sqrt(sum / static_cast<double>(seen));
 }
 
-}  // namespace
-
-FittedLens FitLens(const Camera& source, Lens target, int coefficients, const FitOptions& options) {
+FittedLens TryFitLens(const Camera& source, Lens target, int coefficients,
+                      const FitOptions& options) {
   FittedLens result;
+  const int most = target == Lens::kBrown ? 14 : target == Lens::kFisheye ? 4 : 0;
+  if (coefficients < 0 || coefficients > most || target > Lens::kFisheye) return result;
   if (source.width < 2 || source.height < 2 ||
-      Project(source, {0, 0, 1}).status == Status::kNotACamera) {
+      Checked(Project(source, {0, 0, 1}).status) == Status::kNotACamera) {
     result.status = Status::kNotACamera;
     return result;
   }
@@ -173,6 +176,13 @@ FittedLens FitLens(const Camera& source, Lens target, int coefficients, const Fi
   Judge(source, options, &result);
   result.status = Status::kOk;
   return result;
+}
+
+}  // namespace
+
+FittedLens FitLens(const Camera& source, Lens target, int coefficients,
+                   const FitOptions& options) noexcept {
+  return Guarded([&] { return TryFitLens(source, target, coefficients, options); });
 }
 
 }  // namespace calibration_geometry

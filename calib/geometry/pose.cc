@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "calib/geometry/calibration_geometry.h"
+#include "calib/geometry/guarded.h"
 #include "calib/geometry/least_squares.h"
 
 namespace zarvo {
@@ -75,9 +76,7 @@ bool PoseOf(const Matrix3d& homography, double z, Transform* pose) {
   return true;
 }
 
-}  // namespace
-
-Pose FitPose(const Camera& camera, double z, const std::vector<TargetPoint>& points) {
+Pose TryFitPose(const Camera& camera, double z, const std::vector<TargetPoint>& points) {
   Pose pose;
   std::vector<Pixel> pixels;
   pixels.reserve(points.size());
@@ -85,7 +84,7 @@ Pose FitPose(const Camera& camera, double z, const std::vector<TargetPoint>& poi
   std::vector<Direction> directions(points.size());
   Unproject(camera, pixels.data(), pixels.size(), directions.data());
   for (const Direction& direction : directions) {
-    if (direction.status == Status::kOk) continue;
+    if (Checked(direction.status) == Status::kOk) continue;
     pose.status = direction.status;
     return pose;
   }
@@ -110,7 +109,7 @@ Pose FitPose(const Camera& camera, double z, const std::vector<TargetPoint>& poi
       seen[i] = Apply(trial, {points[i].x, points[i].y, z});
     Project(camera, seen.data(), seen.size(), landed.data());
     for (size_t i = 0; i < points.size(); ++i) {
-      const bool there = landed[i].status == Status::kOk;
+      const bool there = Checked(landed[i].status) == Status::kOk;
       (*values)[2 * i] = there ? landed[i].pixel.u - points[i].pixel.u : kNotSeen;
       (*values)[2 * i + 1] = there ? landed[i].pixel.v - points[i].pixel.v : kNotSeen;
     }
@@ -125,6 +124,12 @@ Pose FitPose(const Camera& camera, double z, const std::vector<TargetPoint>& poi
   pose.rms = std::sqrt(sum / static_cast<double>(points.size()));
   pose.status = Status::kOk;
   return pose;
+}
+
+}  // namespace
+
+Pose FitPose(const Camera& camera, double z, const std::vector<TargetPoint>& points) noexcept {
+  return Guarded([&] { return TryFitPose(camera, z, points); });
 }
 
 }  // namespace calibration_geometry

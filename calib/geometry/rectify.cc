@@ -11,6 +11,7 @@
 
 #include "calib/geometry/brown.h"
 #include "calib/geometry/calibration_geometry.h"
+#include "calib/geometry/guarded.h"
 
 namespace zarvo {
 namespace calibration_geometry {
@@ -176,7 +177,7 @@ bool ChooseAlone(Side* side, double balance, double* focal) {
   double x[4], y[4], mean_x = 0, mean_y = 0;
   for (int i = 0; i < 4; ++i) {
     const Direction direction = Unproject(camera, pixels[i]);
-    if (direction.status != Status::kOk) return false;
+    if (Checked(direction.status) != Status::kOk) return false;
     const Point& ray = direction.ray;
     const Vector3d seen = side->turn * Vector3d(ray.x, ray.y, ray.z);
     if (!(seen[2] > 0)) return false;
@@ -222,13 +223,11 @@ bool IsWide(const Camera& camera) {
   return camera.lens != Lens::kBrown && camera.lens != Lens::kPinhole;
 }
 
-}  // namespace
-
-Rectified Rectify(const Camera& first, const Camera& second, const Transform& second_from_first,
-                  const RectifyOptions& options) {
+Rectified TryRectify(const Camera& first, const Camera& second, const Transform& second_from_first,
+                     const RectifyOptions& options) {
   Rectified result;
-  if (Project(first, {0, 0, 1}).status == Status::kNotACamera ||
-      Project(second, {0, 0, 1}).status == Status::kNotACamera || first.width <= 0 ||
+  if (Checked(Project(first, {0, 0, 1}).status) == Status::kNotACamera ||
+      Checked(Project(second, {0, 0, 1}).status) == Status::kNotACamera || first.width <= 0 ||
       first.height <= 0 || second.width != first.width || second.height != first.height) {
     result.status = Status::kNotACamera;
     return result;
@@ -279,6 +278,13 @@ Rectified Rectify(const Camera& first, const Camera& second, const Transform& se
   result.swapped = shift > 0;
   result.status = Status::kOk;
   return result;
+}
+
+}  // namespace
+
+Rectified Rectify(const Camera& first, const Camera& second, const Transform& second_from_first,
+                  const RectifyOptions& options) noexcept {
+  return Guarded([&] { return TryRectify(first, second, second_from_first, options); });
 }
 
 }  // namespace calibration_geometry

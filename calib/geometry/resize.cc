@@ -56,25 +56,26 @@ bool Quarter(Camera* camera, double* map) {
 
 }  // namespace
 
-Resized Scale(const Camera& camera, int width, int height) {
+Resized Scale(const Camera& camera, int width, int height) noexcept {
   if (camera.width <= 0 || camera.height <= 0) return {};
   const double su = 1.0 * width / camera.width, sv = 1.0 * height / camera.height;
   return Stretched(camera, su, 0.5 * su - 0.5, sv, 0.5 * sv - 0.5, width, height);
 }
 
-Resized Crop(const Camera& camera, int u, int v, int width, int height) {
-  return Stretched(camera, 1, -u, 1, -v, width, height);
+Resized Crop(const Camera& camera, int u, int v, int width, int height) noexcept {
+  return Stretched(camera, 1, -1.0 * u, 1, -1.0 * v, width, height);
 }
 
-Resized Bin(const Camera& camera, int columns, int rows, bool decimate) {
+Resized Bin(const Camera& camera, int columns, int rows, bool decimate) noexcept {
   if (columns <= 0 || rows <= 0) return {};
   const double su = 1.0 / columns, sv = 1.0 / rows;
   return Stretched(camera, su, decimate ? 0 : 0.5 * su - 0.5, sv, decimate ? 0 : 0.5 * sv - 0.5,
                    camera.width / columns, camera.height / rows);
 }
 
-Resized Rotate(const Camera& camera, int quarters) {
+Resized Rotate(const Camera& camera, int quarters) noexcept {
   Resized resized;
+  if (camera.width <= 0 || camera.height <= 0) return resized;
   resized.camera = camera;
   Camera& result = resized.camera;
   quarters = (quarters % 4 + 4) % 4;

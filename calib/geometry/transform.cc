@@ -39,7 +39,7 @@ bool IsAffine(const Transform& transform) {
 
 }  // namespace
 
-Transform Invert(const Transform& transform) {
+Transform Invert(const Transform& transform) noexcept {
   const double* m = transform.m;
   Transform inverse;
   for (int row = 0; row < 3; ++row) {
@@ -52,7 +52,7 @@ Transform Invert(const Transform& transform) {
   return inverse;
 }
 
-Transform Compose(const Transform& second, const Transform& first) {
+Transform Compose(const Transform& second, const Transform& first) noexcept {
   Transform product;
   for (int row = 0; row < 4; ++row) {
     for (int column = 0; column < 4; ++column) {
@@ -64,14 +64,14 @@ Transform Compose(const Transform& second, const Transform& first) {
   return product;
 }
 
-Point Apply(const Transform& transform, const Point& point) {
+Point Apply(const Transform& transform, const Point& point) noexcept {
   const double* m = transform.m;
   return {m[0] * point.x + m[1] * point.y + m[2] * point.z + m[3],
           m[4] * point.x + m[5] * point.y + m[6] * point.z + m[7],
           m[8] * point.x + m[9] * point.y + m[10] * point.z + m[11]};
 }
 
-double RotationDefect(const Transform& transform) {
+double RotationDefect(const Transform& transform) noexcept {
   const Matrix3 rotation = RotationOf(transform);
   if (!IsAffine(transform) || !(rotation.determinant() > 0)) {
     return std::numeric_limits<double>::infinity();
@@ -79,7 +79,7 @@ double RotationDefect(const Transform& transform) {
   return (rotation.transpose() * rotation - Matrix3::Identity()).cwiseAbs().maxCoeff();
 }
 
-bool Orthonormalize(Transform* transform) {
+bool Orthonormalize(Transform* transform) noexcept {
   if (!std::isfinite(RotationDefect(*transform))) return false;
   const Eigen::JacobiSVD<Eigen::Matrix3d> svd(RotationOf(*transform),
                                               Eigen::ComputeFullU | Eigen::ComputeFullV);
@@ -88,14 +88,14 @@ bool Orthonormalize(Transform* transform) {
   return true;
 }
 
-Quaternion QuaternionOf(const Transform& transform) {
+Quaternion QuaternionOf(const Transform& transform) noexcept {
   Eigen::Quaterniond q(Eigen::Matrix3d(RotationOf(transform)));
   q.normalize();
   const double sign = q.w() < 0 ? -1 : 1;
   return {sign * q.w(), sign * q.x(), sign * q.y(), sign * q.z()};
 }
 
-RollPitchYaw RollPitchYawOf(const Transform& transform) {
+RollPitchYaw RollPitchYawOf(const Transform& transform) noexcept {
   const double* m = transform.m;
   const double level = std::hypot(m[0], m[4]);
   const double pitch = std::atan2(-m[8], level);
@@ -104,7 +104,7 @@ RollPitchYaw RollPitchYawOf(const Transform& transform) {
   return {std::atan2(m[9], m[10]), pitch, std::atan2(m[4], m[0])};
 }
 
-Point RotationVectorOf(const Transform& transform) {
+Point RotationVectorOf(const Transform& transform) noexcept {
   const Quaternion q = QuaternionOf(transform);
   const double sine = std::hypot(std::hypot(q.x, q.y), q.z);
   // The angle over its sine is 2 where both vanish.
@@ -112,12 +112,12 @@ Point RotationVectorOf(const Transform& transform) {
   return {q.x * scale, q.y * scale, q.z * scale};
 }
 
-Transform FromQuaternion(const Quaternion& rotation, const Point& translation) {
+Transform FromQuaternion(const Quaternion& rotation, const Point& translation) noexcept {
   const Eigen::Quaterniond q(rotation.w, rotation.x, rotation.y, rotation.z);
   return Assembled(q.normalized().toRotationMatrix(), translation);
 }
 
-Transform FromRollPitchYaw(const RollPitchYaw& rotation, const Point& translation) {
+Transform FromRollPitchYaw(const RollPitchYaw& rotation, const Point& translation) noexcept {
   const Eigen::Matrix3d matrix = (Eigen::AngleAxisd(rotation.yaw, Eigen::Vector3d::UnitZ()) *
                                   Eigen::AngleAxisd(rotation.pitch, Eigen::Vector3d::UnitY()) *
                                   Eigen::AngleAxisd(rotation.roll, Eigen::Vector3d::UnitX()))
@@ -125,7 +125,7 @@ Transform FromRollPitchYaw(const RollPitchYaw& rotation, const Point& translatio
   return Assembled(matrix, translation);
 }
 
-Transform FromRotationVector(const Point& rotation, const Point& translation) {
+Transform FromRotationVector(const Point& rotation, const Point& translation) noexcept {
   const Eigen::Vector3d axis(rotation.x, rotation.y, rotation.z);
   const double angle = axis.norm();
   if (angle == 0) return Assembled(Matrix3::Identity(), translation);
