@@ -86,7 +86,7 @@ elif [[ -e $tools ]]; then
 fi
 
 contents=$(dpkg-deb --contents "$folder/packages/python3-calibration-protolib_${version}_all.deb")
-for file in __init__.py records.pyi py.typed calibration.desc; do
+for file in __init__.py geometry.py records.pyi py.typed calibration.desc; do
   [[ $contents == *" ./usr/lib/python3/dist-packages/calibration_protolib/$file"* ]] ||
     fail "python3-calibration-protolib does not hold $file: $contents"
 done
@@ -130,6 +130,8 @@ cat >"$folder/read.py" <<END
 from calibration_protolib import RobotCalibration, descriptor_set, read
 assert str(descriptor_set.find()).startswith("$root/usr/lib/python3/"), descriptor_set.find()
 assert read("$folder/robot.RobotCalibration.binpb", RobotCalibration).camera[0].name == "cam0"
+from calibration_protolib import geometry
+assert geometry.largest_angle(geometry.Camera(geometry.Lens.FISHEYE, 1, 1)) > 3.14
 END
 PYTHONPATH=$root/usr/lib/python3/dist-packages quietly /usr/bin/python3 -B "$folder/read.py"
 
