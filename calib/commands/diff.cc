@@ -75,7 +75,7 @@ void CheckTypes(const RecordFile& before, const RecordFile& after) {
 int Diff(const Flags& flags) {
   if (flags.pixels.pixels) {
     const std::vector<Record> two = ReadRecords({flags.before, flags.after}, flags.input);
-    return DiffPixels(two[0], two[1], flags.pixels, flags.tolerance.absolute);
+    return DiffPixels(two[0], two[1], flags.pixels, By(flags.by), flags.tolerance.absolute);
   }
   std::optional<RecordReader> readers[2];
   Record records[2] = {};

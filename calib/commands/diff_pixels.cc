@@ -1,5 +1,6 @@
 #include "calib/commands/diff_pixels.h"
 
+#include <algorithm>
 #include <cmath>
 
 #include "calib/console/arguments.h"
@@ -68,6 +69,31 @@ int DiffCamera(const GivenCamera& before, const GivenCamera& after, const PixelF
   return difference.largest > tolerance || unseen > 0 ? kFinding : kFine;
 }
 
+// Where nothing but their order says which camera is which.
+void CheckSameCameras(const std::string& before, const std::vector<GivenCamera>& old_cameras,
+                      const std::string& after, const std::vector<GivenCamera>& new_cameras) {
+  if (old_cameras.size() != new_cameras.size()) {
+    throw Failure(after + ": has " + std::to_string(new_cameras.size()) + " cameras, " + before +
+                      " has " + std::to_string(old_cameras.size()),
+                  "Compare records of the same cameras.");
+  }
+  for (size_t i = 0; i < old_cameras.size(); ++i) {
+    if (old_cameras[i].name == new_cameras[i].name) continue;
+    throw Failure(after + ": camera " + std::to_string(i) + " is called " + new_cameras[i].name +
+                      ", in " + before + " it is " + old_cameras[i].name,
+                  "Compare records of the same cameras in the same order.");
+  }
+}
+
+// Of those that are left, the one that is the same camera: the first, where nothing was matched.
+std::vector<GivenCamera>::iterator PartnerOf(const GivenCamera& camera, const CameraMatch& match,
+                                             std::vector<GivenCamera>* left) {
+  if (!match.matches()) return left->begin();
+  const google::protobuf::Message* partner = match.AfterOf(*camera.camera);
+  return std::find_if(left->begin(), left->end(),
+                      [&](const GivenCamera& other) { return other.camera == partner; });
+}
+
 }  // namespace
 
 void PixelFlags::AddTo(Command* command) {
@@ -85,26 +111,28 @@ void PixelFlags::AddTo(Command* command) {
   lens.AddTo(command, "With --pixels: what k and p mean; auto goes by their numbers");
 }
 
-int DiffPixels(const Record& before, const Record& after, const PixelFlags& flags,
+int DiffPixels(const Record& before, const Record& after, const PixelFlags& flags, MatchBy by,
                double tolerance) {
   const std::vector<GivenCamera> old_cameras =
       ChosenCameras(*before.message, before.name, CameraFlag());
-  const std::vector<GivenCamera> new_cameras =
-      ChosenCameras(*after.message, after.name, CameraFlag());
-  if (old_cameras.size() != new_cameras.size()) {
-    throw Failure(after.name + ": has " + std::to_string(new_cameras.size()) + " cameras, " +
-                      before.name + " has " + std::to_string(old_cameras.size()),
-                  "Compare records of the same cameras.");
-  }
+  std::vector<GivenCamera> new_cameras = ChosenCameras(*after.message, after.name, CameraFlag());
+  const CameraMatch match(*before.message, *after.message, by);
+  if (!match.matches()) CheckSameCameras(before.name, old_cameras, after.name, new_cameras);
+  if (match.moved() && by != MatchBy::kIndex) Note(match.Told());
   int status = kFine;
-  for (size_t i = 0; i < old_cameras.size(); ++i) {
-    if (old_cameras[i].name != new_cameras[i].name) {
-      throw Failure(after.name + ": camera " + std::to_string(i) + " is called " +
-                        new_cameras[i].name + ", in " + before.name + " it is " +
-                        old_cameras[i].name,
-                    "Compare records of the same cameras in the same order.");
+  for (const GivenCamera& camera : old_cameras) {
+    const auto partner = PartnerOf(camera, match, &new_cameras);
+    if (partner == new_cameras.end()) {
+      Print(camera.name + ": has intrinsics in " + before.name + " only\n");
+      status = kFinding;
+      continue;
     }
-    if (DiffCamera(old_cameras[i], new_cameras[i], flags, tolerance) != kFine) status = kFinding;
+    if (DiffCamera(camera, *partner, flags, tolerance) != kFine) status = kFinding;
+    new_cameras.erase(partner);
+  }
+  for (const GivenCamera& camera : new_cameras) {
+    Print(camera.name + ": has intrinsics in " + after.name + " only\n");
+    status = kFinding;
   }
   return status;
 }

@@ -3,6 +3,7 @@
 #define CALIB_COMMANDS_DIFF_PIXELS_H_
 
 #include "calib/console/command_line.h"
+#include "calib/fields/camera_match.h"
 #include "calib/formats/record_reader.h"
 #include "calib/tools/lens_flag.h"
 
@@ -16,9 +17,9 @@ struct PixelFlags {
   void AddTo(Command* command);
 };
 
-// Prints a line for each camera. Returns the exit status: kFinding if one differs by more than
-// `tolerance` pixels.
-int DiffPixels(const Record& before, const Record& after, const PixelFlags& flags,
+// Prints a line for each camera; cameras are matched like those of fields. Returns the exit status:
+// kFinding if one differs by more than `tolerance` pixels, or has intrinsics in one record only.
+int DiffPixels(const Record& before, const Record& after, const PixelFlags& flags, MatchBy by,
                double tolerance);
 
 }  // namespace calib

@@ -20,7 +20,8 @@ void DrawingFlags::Apply(ChartOptions* options) const {
     LensReading reading;
     try {
       const LensModel* model = nullptr;
-      reading.camera = GeometryOf({&intrinsics, nullptr, "intrinsics", ""}, chosen, &model);
+      reading.camera =
+          GeometryOf({nullptr, &intrinsics, nullptr, "intrinsics", ""}, chosen, &model);
       reading.model = model->name + (chosen == nullptr ? " (by the numbers of coefficients)" : "");
     } catch (const Failure& failure) {
       reading.reason = failure.what() + (failure.remedy().empty() ? "" : ". " + failure.remedy());

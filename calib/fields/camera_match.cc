@@ -122,6 +122,7 @@ Pairing PairCameras(const RobotCalibration& before, const RobotCalibration& afte
 CameraMatch::CameraMatch(const Message& before, const Message& after, MatchBy by) {
   const Robot from = RobotOf(before), to = RobotOf(after);
   if (from.cameras == nullptr || to.cameras == nullptr) return;
+  matches_ = true;
   const Pairing pairing = PairCameras(*from.cameras, *to.cameras, by);
   const int common = std::min(from.cameras->camera_size(), to.cameras->camera_size());
   for (int i = 0; i < from.cameras->camera_size(); ++i) {
@@ -135,8 +136,12 @@ CameraMatch::CameraMatch(const Message& before, const Message& after, MatchBy by
 }
 
 bool CameraMatch::AreSame(const Message& before, const Message& after) const {
+  return AfterOf(before) == &after;
+}
+
+const Message* CameraMatch::AfterOf(const Message& before) const {
   const auto found = after_of_.find(&before);
-  return found != after_of_.end() && found->second == &after;
+  return found == after_of_.end() ? nullptr : found->second;
 }
 
 bool CameraMatch::moved() const {

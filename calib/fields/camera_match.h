@@ -27,6 +27,12 @@ class CameraMatch {
   bool AreSame(const google::protobuf::Message& before,
                const google::protobuf::Message& after) const;
 
+  // The camera of `after` that is this one of `before`; nullptr if none is, or if it is in no such
+  // list.
+  const google::protobuf::Message* AfterOf(const google::protobuf::Message& before) const;
+  // Whether both records have lists of cameras, which are matched.
+  bool matches() const { return matches_; }
+
   // Whether a camera has another index in the other record.
   bool moved() const;
   // How it was done: "cameras are matched by name"; "" if there are none to match.
@@ -40,7 +46,7 @@ class CameraMatch {
 
   std::vector<Pair> pairs_;
   std::map<const google::protobuf::Message*, const google::protobuf::Message*> after_of_;
-  bool is_by_index_ = true;
+  bool matches_ = false, is_by_index_ = true;
 };
 
 }  // namespace calib

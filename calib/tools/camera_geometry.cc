@@ -25,13 +25,13 @@ constexpr size_t kFirstTangential = 2;  // in k1 k2 p1 p2 k3 k4 k5 k6
 GivenCamera Given(const Message& message, const std::string& path, const std::string& file) {
   if (message.GetDescriptor() == CameraIntrinsics::descriptor()) {
     const std::string place = path.empty() ? file + ":" : file + ": " + path;
-    return {static_cast<const CameraIntrinsics*>(&message), nullptr, place, "the camera"};
+    return {nullptr, static_cast<const CameraIntrinsics*>(&message), nullptr, place, "the camera"};
   }
   const auto& camera = static_cast<const CameraCalibration&>(message);
   const std::string name = !camera.name().empty() ? Printable(camera.name())
                            : !path.empty()        ? path
                                                   : "the camera";
-  return {&camera.intrinsics(), camera.has_extrinsics() ? &camera.extrinsics() : nullptr,
+  return {&camera, &camera.intrinsics(), camera.has_extrinsics() ? &camera.extrinsics() : nullptr,
           file + ": " + JoinPath(path, "intrinsics"), name};
 }
 

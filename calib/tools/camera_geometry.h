@@ -18,6 +18,7 @@ namespace geometry = zarvo::calibration_geometry;
 
 // One camera of a record.
 struct GivenCamera {
+  const zarvo::calibration::CameraCalibration* camera;     // nullptr of a CameraIntrinsics
   const zarvo::calibration::CameraIntrinsics* intrinsics;  // empty ones if it has none
   const zarvo::calibration::CameraExtrinsics* extrinsics;  // nullptr if it has none
   std::string place;  // of the intrinsics, such as "rig.json: camera[0].intrinsics"
