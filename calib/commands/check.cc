@@ -21,6 +21,9 @@
 #include "calib/formats/record_reader.h"
 
 namespace calib {
+
+using google::protobuf::Message;
+
 namespace {
 
 struct Flags {
@@ -69,9 +72,9 @@ Finding Malformed(const std::string& name, const std::string& failure) {
 }
 
 // What is not as the user expects it.
-void FindUnexpected(const Record& record, const Flags& flags, Findings* findings) {
+void FindUnexpected(const Message& record, const Flags& flags, Findings* findings) {
   for (const Assignment& expected : flags.expected) {
-    for (const Unmet& unmet : FindUnmet(expected, *record.message)) {
+    for (const Unmet& unmet : FindUnmet(expected, record)) {
       findings->push_back({"expect", unmet.path, unmet.value,
                            (unmet.value.empty() ? "is not set" : "is " + unmet.value) +
                                ", expected " +
@@ -79,26 +82,26 @@ void FindUnexpected(const Record& record, const Flags& flags, Findings* findings
     }
   }
   if (flags.fingerprint.empty()) return;
-  const std::string fingerprint = Fingerprint(*record.message);
+  const std::string fingerprint = Fingerprint(record);
   if (fingerprint == flags.fingerprint) return;
   findings->push_back({"expect-fingerprint", "", fingerprint,
                        "its fingerprint is " + fingerprint + ", expected " + flags.fingerprint});
 }
 
 // What is wrong with the record.
-Findings FindAll(const Record& record, const Flags& flags) {
+Findings FindAll(const Message& record, const Flags& flags) {
   Findings findings;
-  for (const std::string& path : MissingFields(*record.message)) {
+  for (const std::string& path : MissingFields(record)) {
     findings.push_back({"required", path, "", "required, but not set"});
   }
   if (!flags.allow_unknown) {
-    for (UnknownField& unknown : FindUnknownFields(*record.message)) {
+    for (UnknownField& unknown : FindUnknownFields(record)) {
       const std::string path = std::exchange(unknown.path, "");
       findings.push_back({"unknown", path, "", Describe(unknown)});
     }
   }
   if (flags.plausible) {
-    for (Finding& finding : FindImplausible(*record.message, flags.rotation_tolerance)) {
+    for (Finding& finding : FindImplausible(record, flags.rotation_tolerance)) {
       findings.push_back(std::move(finding));
     }
   }
@@ -125,16 +128,17 @@ struct Tally {
 
 // What is wrong with the record, which it is decoded into. Throws Failure for an expectation that
 // no record of this type can meet.
-Findings FindIn(const EncodedRecord& encoded, const Flags& flags, Record* record) {
+Findings FindIn(const EncodedRecord& encoded, const Flags& flags,
+                std::unique_ptr<Message>* record) {
   try {
-    DecodeRecordInto(encoded, record);
+    DecodeMessageInto(encoded, record);
   } catch (const Failure& malformed) {
-    return {Malformed(encoded.name, malformed.what())};
+    return {Malformed(encoded.name(), malformed.what())};
   }
   try {
-    return FindAll(*record, flags);
+    return FindAll(**record, flags);
   } catch (const Failure& failure) {
-    throw Failure(encoded.name + ": " + failure.what(), failure.remedy());
+    throw Failure(encoded.name() + ": " + failure.what(), failure.remedy());
   }
 }
 
@@ -154,7 +158,7 @@ Finding AmongMany(Finding finding, int64_t record) {
 void CheckRecords(RecordFile* file, const Flags& flags, CheckedFile* checked) {
   Tally tally;
   EncodedRecord encoded;
-  Record record = {};
+  std::unique_ptr<Message> record;
   try {
     while (file->Next(&encoded)) {
       Findings findings = FindIn(encoded, flags, &record);
@@ -163,8 +167,8 @@ void CheckRecords(RecordFile* file, const Flags& flags, CheckedFile* checked) {
       tally.empty_at_end = encoded.bytes.empty() ? tally.empty_at_end + 1 : 0;
       checked->size += encoded.bytes.size();
       if (!file->many()) {
-        checked->name = encoded.name;
-        checked->empty = IsEmpty(*record.message);
+        checked->name = encoded.name();
+        checked->empty = IsEmpty(*record);
         checked->findings = std::move(findings);
         continue;
       }

@@ -33,49 +33,10 @@ std::vector<UnknownField> OwnUnknownFields(const google::protobuf::Message& mess
   return result;
 }
 
-namespace {
-
-using google::protobuf::Descriptor;
-using google::protobuf::FieldDescriptor;
-using google::protobuf::Message;
-using google::protobuf::Reflection;
-
-std::vector<const FieldDescriptor*> MessageFields(const Descriptor* type) {
-  std::vector<const FieldDescriptor*> fields;
-  for (int i = 0; i < type->field_count(); ++i) {
-    const FieldDescriptor* field = type->field(i);
-    if (field->cpp_type() == FieldDescriptor::CPPTYPE_MESSAGE) fields.push_back(field);
-  }
-  return fields;
-}
-
-// Most records have none, and finding that out takes no paths. `fields` are the message's own
-// MessageFields(), which all elements of a list share.
-bool HasUnknownFields(const Message& message, const std::vector<const FieldDescriptor*>& fields) {
-  const Reflection* reflection = message.GetReflection();
-  if (!reflection->GetUnknownFields(message).empty()) return true;
-  for (const FieldDescriptor* field : fields) {
-    const bool set = field->is_repeated() ? reflection->FieldSize(message, field) > 0
-                                          : reflection->HasField(message, field);
-    if (!set) continue;
-    const std::vector<const FieldDescriptor*> inner = MessageFields(field->message_type());
-    if (!field->is_repeated()) {
-      if (HasUnknownFields(reflection->GetMessage(message, field), inner)) return true;
-      continue;
-    }
-    const int size = reflection->FieldSize(message, field);
-    for (int i = 0; i < size; ++i) {
-      if (HasUnknownFields(reflection->GetRepeatedMessage(message, field, i), inner)) return true;
-    }
-  }
-  return false;
-}
-
-}  // namespace
-
 std::vector<UnknownField> FindUnknownFields(const google::protobuf::Message& record) {
   std::vector<UnknownField> result;
-  if (!HasUnknownFields(record, MessageFields(record.GetDescriptor()))) return result;
+  // Most records have none, and finding that out takes no paths.
+  if (!HasUnknownFields(record)) return result;
   ForEachMessage(record, [&](const google::protobuf::Message& message, const std::string& path) {
     for (UnknownField& unknown : OwnUnknownFields(message, path)) {
       result.push_back(std::move(unknown));

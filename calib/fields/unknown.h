@@ -17,6 +17,9 @@ struct UnknownField {
   std::string what;  // "varint 5", "12 bytes", ...
 };
 
+// Whether the record may have any; false if it has none.
+bool HasUnknownFields(const google::protobuf::Message& record);
+
 // The unknown fields of the whole record, the outermost first.
 std::vector<UnknownField> FindUnknownFields(const google::protobuf::Message& record);
 

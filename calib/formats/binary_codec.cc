@@ -6,6 +6,7 @@
 #include <cstdint>
 
 #include "calib/console/failure.h"
+#include "calib/fields/record_classes.h"
 #include "calib/formats/stream_limit.h"
 #include "calib/formats/wire_defect.h"
 #include "calibration_common/record_log.h"
@@ -14,10 +15,28 @@ namespace calib {
 
 using google::protobuf::Message;
 
+namespace {
+
+// By the class, which for a small record takes two thirds of the time.
+template <typename Class>
+struct Reading {
+  static bool Do(const std::string& bytes, Message* record) {
+    google::protobuf::io::CodedInputStream input(reinterpret_cast<const uint8_t*>(bytes.data()),
+                                                 static_cast<int>(bytes.size()));
+    return ReadWhole(&input, bytes, static_cast<Class*>(record), 0);
+  }
+};
+
+bool Read(const std::string& bytes, Message* record) {
+  const auto read =
+      CallFor<bool (*)(const std::string&, Message*), Reading>(record->GetDescriptor());
+  return read == nullptr ? Reading<Message>::Do(bytes, record) : read(bytes, record);
+}
+
+}  // namespace
+
 void DecodeBinary(const std::string& name, const std::string& bytes, Message* record) {
-  google::protobuf::io::CodedInputStream input(reinterpret_cast<const uint8_t*>(bytes.data()),
-                                               static_cast<int>(bytes.size()));
-  if (ReadWhole(&input, bytes, record, 0)) return;
+  if (Read(bytes, record)) return;
   const std::string type = record->GetDescriptor()->name();
   const std::optional<WireDefect> defect = FindWireDefect(record->GetDescriptor(), bytes);
   if (!defect) throw Failure(name + ": the run-time refuses to read it as a " + type);

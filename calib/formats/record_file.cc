@@ -75,8 +75,8 @@ bool RecordFile::Next(EncodedRecord* record) {
   }
   if (choice_.last && index_ >= *choice_.last) return any_ ? false : AtEnd();
   if (!source_->Next(&record->bytes)) return AtEnd();
-  record->name = name();
-  if (format_.many) record->name += "[" + std::to_string(index_) + "]";
+  if (record->file != name()) record->file = name();
+  record->one_of_many = format_.many;
   record->type = type_;
   record->format = format_.format;
   record->index = index_++;

@@ -18,11 +18,15 @@
 namespace calib {
 
 struct EncodedRecord {
-  std::string name;  // as messages call it: the file, or FILE[17] where a file holds many
+  std::string file;  // as messages call it
   const google::protobuf::Descriptor* type;
   Format format;
   std::string bytes;
   int64_t index;  // in the file
+  bool one_of_many;
+
+  // As messages call it: the file, or FILE[17] where a file holds many.
+  std::string name() const { return one_of_many ? file + "[" + std::to_string(index) + "]" : file; }
 };
 
 class RecordFile {

@@ -8,6 +8,7 @@
 
 namespace calib {
 
+using google::protobuf::Message;
 using google::protobuf::MessageFactory;
 
 namespace {
@@ -29,15 +30,25 @@ Record DecodeRecord(const EncodedRecord& encoded) {
 }
 
 void DecodeRecordInto(const EncodedRecord& encoded, Record* record) {
-  if (record->message == nullptr || record->type != encoded.type) {
-    record->type = encoded.type;
-    record->message.reset(MessageFactory::generated_factory()->GetPrototype(encoded.type)->New());
-  }
-  record->name = encoded.name;
+  record->type = encoded.type;
+  record->name = encoded.name();
   record->encoded_size = encoded.bytes.size();
   record->format = encoded.format;
   record->has_comments = encoded.format == Format::kText && HasComments(encoded.bytes);
-  DecodeInto(encoded.format, encoded.name, encoded.bytes, record->message.get());
+  DecodeMessageInto(encoded, &record->message);
+}
+
+void DecodeMessageInto(const EncodedRecord& encoded, std::unique_ptr<Message>* message) {
+  if (*message == nullptr || (*message)->GetDescriptor() != encoded.type) {
+    message->reset(MessageFactory::generated_factory()->GetPrototype(encoded.type)->New());
+  }
+  // What is said of a record begins with its name, which takes longer to make than a small record
+  // to read.
+  try {
+    DecodeInto(encoded.format, "", encoded.bytes, message->get());
+  } catch (const Failure& failure) {
+    throw Failure(encoded.name() + failure.what(), failure.remedy());
+  }
 }
 
 bool RecordReader::Next(Record* record) {

@@ -31,6 +31,10 @@ Record ReadRecord(const std::string& path, const InputFlags& flags);
 Record DecodeRecord(const EncodedRecord& encoded);
 // The same into a record, which keeps its memory if it has the type.
 void DecodeRecordInto(const EncodedRecord& encoded, Record* record);
+// The same into a message, which is made anew if it is not of the type, for those who go through
+// many records and need no more of them.
+void DecodeMessageInto(const EncodedRecord& encoded,
+                       std::unique_ptr<google::protobuf::Message>* message);
 
 // All records of a file, one after the other.
 class RecordReader {

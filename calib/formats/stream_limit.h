@@ -23,14 +23,15 @@ auto LiftTotalLimit(Stream* stream, long) -> decltype(stream->SetTotalBytesLimit
 
 // Reads a whole record. Run-times that take one limit read arrays of any size, and in these, unlike
 // in streams, accept tags that are written longer than need be.
-template <typename Stream>
-auto ReadWhole(Stream* stream, const std::string& bytes, google::protobuf::Message* record, int)
+template <typename Stream, typename Record>
+auto ReadWhole(Stream* stream, const std::string& bytes, Record* record, int)
     -> decltype(stream->SetTotalBytesLimit(INT_MAX), bool()) {
   return record->ParsePartialFromString(bytes);
 }
-template <typename Stream>
-bool ReadWhole(Stream* stream, const std::string&, google::protobuf::Message* record, long) {
+template <typename Stream, typename Record>
+bool ReadWhole(Stream* stream, const std::string&, Record* record, long) {
   LiftTotalLimit(stream, 0);
+  record->Clear();
   return record->MergePartialFromCodedStream(stream) && stream->ConsumedEntireMessage();
 }
 
