@@ -5,6 +5,9 @@
 // time, so that memory is bounded.
 #include "calib/views/table.h"
 
+#include <sys/stat.h>
+#include <unistd.h>
+
 #include <deque>
 #include <future>
 #include <memory>
@@ -14,10 +17,13 @@
 
 #include "calib/commands/commands.h"
 #include "calib/console/arguments.h"
+#include "calib/console/date.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/file_list.h"
 #include "calib/console/output_file.h"
+#include "calib/console/progress.h"
+#include "calib/formats/log_times.h"
 #include "calib/formats/record_reader.h"
 
 namespace calib {
@@ -38,33 +44,96 @@ struct Trouble {
   std::string what, remedy;
 };
 
-struct BatchRecord {
-  EncodedRecord encoded;
-  std::string file;
-  std::optional<Trouble> trouble;  // in place of a record
-};
+// Encoded records of some files, one behind the other, and what is wrong with files, in the order
+// of the input; and what is made of them. Used again for later ones, with the memory that it has.
+struct Batch {
+  struct File {
+    std::string name;
+    const google::protobuf::Descriptor* type;
+    Format format;
+    bool many;
+  };
+  // What few items have.
+  struct Extra {
+    std::string appended, large;     // large: what it holds, in place of `size` bytes
+    std::optional<Trouble> trouble;  // in place of a record
+  };
+  struct Item {
+    size_t file, size;
+    int64_t index;
+    std::unique_ptr<Extra> extra;
+  };
+  std::vector<File> files;
+  std::vector<Item> items;
+  std::string bytes;
 
-struct Rows {
-  std::string text;
+  std::string rows;
   std::vector<Trouble> troubles;
+
+  EncodedRecord encoded;  // the one that rows are made of
+  std::unique_ptr<google::protobuf::Message> record;
+
+  void Clear() {
+    files.clear();
+    items.clear();
+    bytes.clear();
+    rows.clear();
+    troubles.clear();
+  }
 };
 
-Rows RowsOf(const Table* table, const std::vector<BatchRecord>& batch) {
-  Rows rows;
-  Record record = {};
-  for (const BatchRecord& next : batch) {
-    if (next.trouble) {
-      rows.troubles.push_back(*next.trouble);
-      continue;
-    }
-    try {
-      DecodeRecordInto(next.encoded, &record);
-      table->AppendRows(*record.message, {next.file, next.encoded.index}, &rows.text);
-    } catch (const Failure& failure) {
-      rows.troubles.push_back({failure.what(), failure.remedy()});
+// Rows on the same terminal show it themselves.
+bool ShowsProgress(const Flags& flags) {
+  return Progress::OnTerminal() && (flags.output_path != "-" || isatty(STDOUT_FILENO) == 0);
+}
+
+size_t SizeOfAll(const std::vector<std::string>& paths) {
+  size_t size = 0;
+  for (const std::string& path : paths) {
+    struct stat status;
+    if (stat(SplitPath(path).path.c_str(), &status) == 0 && S_ISREG(status.st_mode)) {
+      size += static_cast<size_t>(status.st_size);
     }
   }
-  return rows;
+  return size;
+}
+
+// Makes the record of `item`, whose bytes begin at `begin`, encoded again.
+void Take(const Batch::File& file, Batch::Item* item, size_t begin, Batch* batch) {
+  EncodedRecord* encoded = &batch->encoded;
+  encoded->file = file.name;
+  encoded->type = file.type;
+  encoded->format = file.format;
+  encoded->one_of_many = file.many;
+  encoded->index = item->index;
+  if (item->extra && !item->extra->large.empty()) {
+    encoded->bytes = std::move(item->extra->large);
+  } else {
+    encoded->bytes.assign(batch->bytes, begin, item->size);
+  }
+}
+
+std::unique_ptr<Batch> MakeRows(const Table* table, std::unique_ptr<Batch> batch) {
+  const std::string nothing;
+  size_t begin = 0;
+  for (Batch::Item& item : batch->items) {
+    if (item.extra && item.extra->trouble) {
+      batch->troubles.push_back(std::move(*item.extra->trouble));
+      continue;
+    }
+    const Batch::File& file = batch->files[item.file];
+    Take(file, &item, begin, batch.get());
+    begin += item.size;
+    try {
+      DecodeMessageInto(batch->encoded, &batch->record);
+      table->AppendRows(*batch->record,
+                        {file.name, item.index, item.extra ? item.extra->appended : nothing},
+                        &batch->rows);
+    } catch (const Failure& failure) {
+      batch->troubles.push_back({failure.what(), failure.remedy()});
+    }
+  }
+  return batch;
 }
 
 // Writes rows as they come, and the header ahead of them.
@@ -73,7 +142,8 @@ class TableWriter {
   TableWriter(const std::string& path, TableFormat format) : format_(format), file_(path) {}
 
   void Write(const std::string& rows) {
-    file_.Write(format_ == TableFormat::kText ? aligned_.Add(rows) : rows);
+    if (format_ == TableFormat::kText) return file_.Write(aligned_.Add(rows));
+    file_.Write(rows);
   }
   void Commit() {
     if (format_ == TableFormat::kText) file_.Write(aligned_.Rest());
@@ -92,6 +162,9 @@ class TableMaker {
       : flags_(flags), writer_(flags.output_path, flags.table.format) {}
 
   int Run(const std::vector<std::string>& paths) {
+    const Progress progress(Progress::OfMany(),
+                            "reading " + std::to_string(paths.size()) + " files",
+                            ShowsProgress(flags_) ? SizeOfAll(paths) : 0);
     for (const std::string& path : paths) Read(path);
     Send();
     while (!under_way_.empty()) Receive();
@@ -108,18 +181,36 @@ class TableMaker {
     try {
       RecordFile file(path, flags_.input);
       TakeType(file);
-      for (;;) {
-        BatchRecord next;
-        if (!file.Next(&next.encoded)) return;
-        next.file = file.name();
-        bytes_ += next.encoded.bytes.size();
-        batch_.push_back(std::move(next));
-        if (bytes_ >= kBatchBytes || batch_.size() >= kBatchRecords) Send();
+      const std::optional<LogTimes> times =
+          table_->NeedsTimes() ? std::optional<LogTimes>(SplitPath(path).path) : std::nullopt;
+      while (file.Next(&encoded_)) {
+        Add(file.name(), times ? times->TimeOf(encoded_.index) : std::nullopt);
+        if (batch_->bytes.size() >= kBatchBytes || batch_->items.size() >= kBatchRecords) Send();
       }
     } catch (const WrongColumn& wrong) {
       throw Failure(wrong.what(), wrong.remedy());
     } catch (const Failure& failure) {
-      batch_.push_back({{}, "", Trouble{failure.what(), failure.remedy()}});
+      batch_->items.push_back({0, 0, 0, std::make_unique<Batch::Extra>()});
+      batch_->items.back().extra->trouble = {failure.what(), failure.remedy()};
+    }
+  }
+
+  // The record that was read.
+  void Add(const std::string& file, std::optional<int64_t> time) {
+    std::vector<Batch::File>& files = batch_->files;
+    if (files.empty() || files.back().name != file) {
+      files.push_back({file, encoded_.type, encoded_.format, encoded_.one_of_many});
+    }
+    const bool large = encoded_.bytes.size() >= kBatchBytes;
+    batch_->items.push_back(
+        {files.size() - 1, large ? 0 : encoded_.bytes.size(), encoded_.index, nullptr});
+    if (large || time) batch_->items.back().extra = std::make_unique<Batch::Extra>();
+    if (time) batch_->items.back().extra->appended = FormatDate(*time);
+    if (large) {
+      batch_->items.back().extra->large = std::move(encoded_.bytes);
+      Send();
+    } else {
+      batch_->bytes += encoded_.bytes;
     }
   }
 
@@ -139,24 +230,27 @@ class TableMaker {
   }
 
   void Send() {
-    if (batch_.empty()) return;
+    if (batch_->items.empty()) return;
     // A small table is made at once, and so is any by a single processor.
     static const unsigned processors = std::thread::hardware_concurrency();
-    const bool alone = processors < 2 || (under_way_.empty() && bytes_ < kBatchBytes / 4);
-    under_way_.push_back(
-        std::async(alone ? std::launch::deferred : std::launch::async,
-                   [this, batch = std::move(batch_)] { return RowsOf(table_.get(), batch); }));
-    batch_.clear();
-    bytes_ = 0;
+    const bool alone =
+        processors < 2 || (under_way_.empty() && batch_->bytes.size() < kBatchBytes / 4);
+    under_way_.push_back(std::async(alone ? std::launch::deferred : std::launch::async, MakeRows,
+                                    table_.get(), std::move(batch_)));
     while (under_way_.size() > (alone ? 0 : 2 * processors)) Receive();
+    if (spare_.empty()) spare_.push_back(std::make_unique<Batch>());
+    batch_ = std::move(spare_.back());
+    spare_.pop_back();
   }
 
   void Receive() {
-    const Rows rows = under_way_.front().get();
+    std::unique_ptr<Batch> done = under_way_.front().get();
     under_way_.pop_front();
-    writer_.Write(rows.text);
-    for (const Trouble& trouble : rows.troubles) TellFailure(trouble.what, trouble.remedy);
-    troubles_ += rows.troubles.size();
+    writer_.Write(done->rows);
+    for (const Trouble& trouble : done->troubles) TellFailure(trouble.what, trouble.remedy);
+    troubles_ += done->troubles.size();
+    done->Clear();
+    spare_.push_back(std::move(done));
   }
 
   // Of the command line, and not of a file.
@@ -168,9 +262,10 @@ class TableMaker {
   const Flags& flags_;
   TableWriter writer_;
   std::unique_ptr<Table> table_;
-  std::vector<BatchRecord> batch_;
-  size_t bytes_ = 0;
-  std::deque<std::future<Rows>> under_way_;
+  EncodedRecord encoded_;
+  std::unique_ptr<Batch> batch_ = std::make_unique<Batch>();
+  std::deque<std::future<std::unique_ptr<Batch>>> under_way_;
+  std::vector<std::unique_ptr<Batch>> spare_;
   size_t troubles_ = 0;
 };
 
@@ -203,7 +298,8 @@ void AddTable(Command* program, int* status) {
       ->AddOption(
           "--columns", flags->columns,
           "Fields, such as name,intrinsics.fx,intrinsics.k[0]; also file, record (its index "
-          "in the file) and index (of --each). Else all single values")
+          "in the file), appended (when, where LOG.times tells) and index (of --each). Else all "
+          "single values")
       ->ValueName("A,B...");
   command
       ->AddOption(

@@ -45,6 +45,7 @@ size_t InputFile::Read(char* bytes, size_t size) {
     if (count < 0) FailForSystem(name_, "cannot be read", errno);
     done_ += static_cast<size_t>(count);
     progress_.Update(done_);
+    Progress::AddToMany(static_cast<size_t>(count));
     return static_cast<size_t>(count);
   }
 }

@@ -26,7 +26,8 @@ std::string ShortestOf(T value, T (*parse)(const char*, char**)) {
 template <typename T>
 void AppendFewest(T value, std::string* text) {
   char digits[32];
-  text->append(digits, std::to_chars(digits, digits + sizeof digits, value).ptr);
+  const char* const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
+  text->append(digits, static_cast<size_t>(end - digits));
 }
 #else
 // The same without std::to_chars(): the fewest digits that read back, with an exponent if that

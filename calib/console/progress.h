@@ -12,15 +12,25 @@ class Progress {
  public:
   // `total` is the number of bytes to come, 0 if it is not known.
   Progress(const std::string& action, size_t total);
+  // Of many files that are read: while it lasts, those of single files are silent.
+  struct OfMany {};
+  Progress(OfMany, const std::string& action, size_t total);
   ~Progress();
   Progress(const Progress&) = delete;
   Progress& operator=(const Progress&) = delete;
 
+  // Whether any can be seen.
+  static bool OnTerminal();
+  // Of the many files, so much more was read.
+  static void AddToMany(size_t bytes);
+
   void Update(size_t done);
 
  private:
+  static Progress* of_many_;
+
   std::string action_;
-  size_t total_;
+  size_t total_, done_ = 0;
   bool shown_;
   int percent_ = -1;
 };

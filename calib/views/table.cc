@@ -43,7 +43,8 @@ bool IsAscii(const std::string& text) {
 }
 
 void AppendCsv(const std::string& text, std::string* out) {
-  if (text.find_first_of(",\"\r\n") == std::string::npos) {
+  const auto is_plain = [](char c) { return c != ',' && c != '"' && c != '\r' && c != '\n'; };
+  if (std::all_of(text.begin(), text.end(), is_plain)) {
     *out += text;
     return;
   }
@@ -85,13 +86,6 @@ char SeparatorOf(TableFormat format) {
     default:
       return ',';
   }
-}
-
-// Whether the field, or its element `index` if that is not -1, is set.
-bool IsThere(const Message& message, const FieldDescriptor* field, int index) {
-  const Reflection* reflection = message.GetReflection();
-  return index < 0 ? reflection->HasField(message, field)
-                   : index < reflection->FieldSize(message, field);
 }
 
 void AppendTextCell(TableFormat format, const std::string& text, std::string* row) {
@@ -147,6 +141,7 @@ Table::Table(const Descriptor* type, const TableOptions& options)
     column.name = name;
     AppendJsonString(name, &column.key);
     column.key += ':';
+    column.same_holder = !columns_.empty() && HaveSameHolder(columns_.back(), column);
     columns_.push_back(std::move(column));
   }
 }
@@ -154,13 +149,15 @@ Table::Table(const Descriptor* type, const TableOptions& options)
 // A field of the row's message comes first, then one of the record.
 Table::Column Table::FindColumnOf(const std::string& name) const {
   const std::string first = name.substr(0, name.find_first_of(".["));
-  Column column = {Column::kField, "", "", false, {}};
+  Column column = {Column::kField, "", "", false, false, {}};
   if (row_type_->FindFieldByName(first) != nullptr) {
     column.path = FindColumn(row_type_, name);
   } else if (name == "file") {
     column.kind = Column::kFile;
   } else if (name == "record") {
     column.kind = Column::kRecord;
+  } else if (name == "appended") {
+    column.kind = Column::kAppended;
   } else if (name == "index" && !each_.fields.empty()) {
     column.kind = Column::kIndex;
   } else {
@@ -168,6 +165,20 @@ Table::Column Table::FindColumnOf(const std::string& name) const {
     column.path = FindColumn(column.of_record ? type_ : row_type_, name);
   }
   return column;
+}
+
+bool Table::NeedsTimes() const {
+  return std::any_of(columns_.begin(), columns_.end(),
+                     [](const Column& column) { return column.kind == Column::kAppended; });
+}
+
+bool Table::HaveSameHolder(const Column& a, const Column& b) {
+  const auto same_step = [](const ColumnPath::Step& one, const ColumnPath::Step& other) {
+    return one.field == other.field && one.index == other.index;
+  };
+  return a.kind == Column::kField && b.kind == Column::kField && a.of_record == b.of_record &&
+         std::equal(a.path.steps.begin(), a.path.steps.end() - 1, b.path.steps.begin(),
+                    b.path.steps.end() - 1, same_step);
 }
 
 std::string Table::Header() const {
@@ -191,6 +202,7 @@ void Table::AppendRow(const Message& record, const Message& element, const RowSo
                       const std::string& index, std::string* rows) const {
   const bool json = format_ == TableFormat::kJsonLines;
   if (json) *rows += '{';
+  const Message* holder = nullptr;
   for (const Column& column : columns_) {
     if (&column != &columns_.front()) *rows += SeparatorOf(format_);
     if (json) *rows += column.key;
@@ -201,32 +213,38 @@ void Table::AppendRow(const Message& record, const Message& element, const RowSo
       case Column::kRecord:
         *rows += std::to_string(source.record);
         break;
+      case Column::kAppended:
+        if (json && source.appended.empty()) {
+          *rows += "null";
+        } else {
+          AppendText(source.appended, rows);
+        }
+        break;
       case Column::kIndex:
         // "0.17" is no number.
         index.find('.') == std::string::npos ? * rows += index : (AppendText(index, rows), *rows);
         break;
       case Column::kField:
-        AppendField(column.of_record ? record : element, column.path, rows);
+        if (!column.same_holder) {
+          holder = HolderOf(column.of_record ? record : element, column.path);
+        }
+        AppendField(holder, column.path.steps.back(), rows);
         break;
     }
   }
   *rows += json ? "}\n" : "\n";
 }
 
-void Table::AppendField(const Message& message, const ColumnPath& path, std::string* row) const {
+void Table::AppendField(const Message* holder, const ColumnPath::Step& step,
+                        std::string* row) const {
   const bool json = format_ == TableFormat::kJsonLines;
-  const auto [field, index] = path.steps.back();
-  const Message* holder = HolderOf(message, path);
+  const auto [field, index] = step;
   if (field->is_repeated() && index < 0) {
-    const int size = holder == nullptr ? 0 : holder->GetReflection()->FieldSize(*holder, field);
     if (json) *row += '[';
-    for (int i = 0; i < size; ++i) {
-      if (i > 0) *row += json ? ',' : ' ';
-      AppendValue(*holder, field, i, row);
-    }
+    if (holder != nullptr) AppendList(*holder, field, row);
     if (json) *row += ']';
-  } else if (holder != nullptr && IsThere(*holder, field, index)) {
-    AppendValue(*holder, field, index, row);
+  } else if (holder != nullptr && AppendIfThere(*holder, step, row)) {
+    return;
   } else if (defaults_ && field->has_default_value()) {
     AppendValue(*google::protobuf::MessageFactory::generated_factory()->GetPrototype(
                     field->containing_type()),
@@ -236,25 +254,73 @@ void Table::AppendField(const Message& message, const ColumnPath& path, std::str
   }
 }
 
+// A number that is not its default is there, which is seen sooner than asked.
+bool Table::AppendIfThere(const Message& message, const ColumnPath::Step& step,
+                          std::string* row) const {
+  const auto [field, index] = step;
+  const Reflection* reflection = message.GetReflection();
+  if (index >= 0) {
+    if (index >= reflection->FieldSize(message, field)) return false;
+  } else if (field->cpp_type() == FieldDescriptor::CPPTYPE_DOUBLE) {
+    const double number = reflection->GetDouble(message, field);
+    if (number == field->default_value_double() && !reflection->HasField(message, field)) {
+      return false;
+    }
+    AppendNumber(number, row);
+    return true;
+  } else if (!reflection->HasField(message, field)) {
+    return false;
+  }
+  AppendValue(message, field, index, row);
+  return true;
+}
+
+// Lists of floating-point numbers are the long ones, and are not asked for each element.
+void Table::AppendList(const Message& message, const FieldDescriptor* field,
+                       std::string* row) const {
+  const char between = format_ == TableFormat::kJsonLines ? ',' : ' ';
+  const Reflection* reflection = message.GetReflection();
+  const auto append = [&](const auto& list) {
+    for (int i = 0, size = list.size(); i < size; ++i) {
+      if (i > 0) *row += between;
+      AppendNumber(list.Get(i), row);
+    }
+  };
+// Later run-times would rather have their users call a function for each element.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wdeprecated-declarations"
+  switch (field->cpp_type()) {
+    case FieldDescriptor::CPPTYPE_DOUBLE:
+      return append(reflection->GetRepeatedField<double>(message, field));
+    case FieldDescriptor::CPPTYPE_FLOAT:
+      return append(reflection->GetRepeatedField<float>(message, field));
+    default:
+      break;
+  }
+#pragma GCC diagnostic pop
+  for (int i = 0, size = reflection->FieldSize(message, field); i < size; ++i) {
+    if (i > 0) *row += between;
+    AppendValue(message, field, i, row);
+  }
+}
+
+template <typename Number>
+void Table::AppendNumber(Number number, std::string* row) const {
+  if (std::isfinite(number)) return AppendShortest(number, row);
+  AppendText(std::isnan(number) ? "NaN" : number > 0 ? "Infinity" : "-Infinity", row);
+}
+
 void Table::AppendValue(const Message& message, const FieldDescriptor* field, int index,
                         std::string* row) const {
   const Reflection* r = message.GetReflection();
   const bool one = index < 0;
   switch (field->cpp_type()) {
     case FieldDescriptor::CPPTYPE_DOUBLE:
-    case FieldDescriptor::CPPTYPE_FLOAT: {
-      const bool is_float = field->cpp_type() == FieldDescriptor::CPPTYPE_FLOAT;
-      const float f = !is_float ? 0
-                      : one     ? r->GetFloat(message, field)
-                                : r->GetRepeatedFloat(message, field, index);
-      const double d = is_float ? static_cast<double>(f)
-                       : one    ? r->GetDouble(message, field)
-                                : r->GetRepeatedDouble(message, field, index);
-      if (!std::isfinite(d))
-        return AppendText(std::isnan(d) ? "NaN" : d > 0 ? "Infinity" : "-Infinity", row);
-      is_float ? AppendShortest(f, row) : AppendShortest(d, row);
-      return;
-    }
+      return AppendNumber(
+          one ? r->GetDouble(message, field) : r->GetRepeatedDouble(message, field, index), row);
+    case FieldDescriptor::CPPTYPE_FLOAT:
+      return AppendNumber(
+          one ? r->GetFloat(message, field) : r->GetRepeatedFloat(message, field, index), row);
     case FieldDescriptor::CPPTYPE_INT32:
       *row += std::to_string(one ? r->GetInt32(message, field)
                                  : r->GetRepeatedInt32(message, field, index));
@@ -276,15 +342,14 @@ void Table::AppendValue(const Message& message, const FieldDescriptor* field, in
                   ? "true"
                   : "false";
       return;
-    case FieldDescriptor::CPPTYPE_STRING:
-      if (field->type() == FieldDescriptor::TYPE_BYTES) {
-        *row += std::to_string(
-            (one ? r->GetString(message, field) : r->GetRepeatedString(message, field, index))
-                .size());
-        return;
-      }
-      return AppendText(
-          one ? r->GetString(message, field) : r->GetRepeatedString(message, field, index), row);
+    case FieldDescriptor::CPPTYPE_STRING: {
+      std::string space;
+      const std::string& text = one ? r->GetStringReference(message, field, &space)
+                                    : r->GetRepeatedStringReference(message, field, index, &space);
+      if (field->type() != FieldDescriptor::TYPE_BYTES) return AppendText(text, row);
+      *row += std::to_string(text.size());
+      return;
+    }
     default:
       throw Failure(field->name() + ": is of a kind that no table holds");
   }

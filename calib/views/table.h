@@ -32,8 +32,9 @@ struct TableOptions {
 
 // What names a record among all.
 struct RowSource {
-  std::string file;
-  int64_t record;  // its index in the file
+  const std::string& file;
+  int64_t record;               // its index in the file
+  const std::string& appended;  // when it was, as a date; empty if that is not kept
 };
 
 class Table {
@@ -42,6 +43,8 @@ class Table {
   Table(const google::protobuf::Descriptor* type, const TableOptions& options);
 
   const google::protobuf::Descriptor* type() const { return type_; }
+  // Whether a column asks for RowSource::appended.
+  bool NeedsTimes() const;
   // The line of the columns' names; none in JSON lines.
   std::string Header() const;
   // Appends a record's rows. May be called by several threads at once. In kText, cells are apart by
@@ -53,16 +56,25 @@ class Table {
 
  private:
   struct Column {
-    enum Kind { kFile, kRecord, kIndex, kField } kind;
-    std::string name, key;   // key: as JSON lines have it, up to the value
-    bool of_record = false;  // and not of the element
+    enum Kind { kFile, kRecord, kAppended, kIndex, kField } kind;
+    std::string name, key;     // key: as JSON lines have it, up to the value
+    bool of_record = false;    // and not of the element
+    bool same_holder = false;  // as the column in front: the message need not be sought again
     ColumnPath path;
   };
+  static bool HaveSameHolder(const Column& a, const Column& b);
   Column FindColumnOf(const std::string& name) const;
   void AppendRow(const google::protobuf::Message& record, const google::protobuf::Message& element,
                  const RowSource& source, const std::string& index, std::string* rows) const;
-  void AppendField(const google::protobuf::Message& message, const ColumnPath& path,
+  void AppendField(const google::protobuf::Message* holder, const ColumnPath::Step& step,
                    std::string* row) const;
+  // False if it is not there.
+  bool AppendIfThere(const google::protobuf::Message& message, const ColumnPath::Step& step,
+                     std::string* row) const;
+  void AppendList(const google::protobuf::Message& message,
+                  const google::protobuf::FieldDescriptor* field, std::string* row) const;
+  template <typename Number>
+  void AppendNumber(Number number, std::string* row) const;
   void AppendValue(const google::protobuf::Message& message,
                    const google::protobuf::FieldDescriptor* field, int index,
                    std::string* row) const;
