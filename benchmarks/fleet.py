@@ -1,0 +1,153 @@
+#!/usr/bin/env python3
+"""What calib takes for very many records, beside a program that only reads and parses them.
+
+    fleet.py --build FOLDER [--runs N] [--records N]
+
+Makes two logs in a temporary folder, 10,000 cameras of 30 KB (with sample points) and 700,000 of 340
+bytes, and prints for `calib table`, `check` and `log count` on one processor and on two: records a
+second, memory, and time beside that of benchmark_log_limit on one. That compares like with like: the
+limit of `table` makes the same bytes, which is looked at. The time is the least of N runs (5), which take
+turns; --records makes all logs so short. scripts/benchmark --fleet runs it.
+"""
+
+import argparse
+import os
+import pathlib
+import random
+import struct
+import subprocess
+import sys
+import tempfile
+import time
+
+COLUMNS = ("name,serial,intrinsics.fx,intrinsics.fy,intrinsics.cx,intrinsics.cy,intrinsics.k,"
+           "intrinsics.width,intrinsics.height,intrinsics.error_per_point,extrinsics.a")
+LOGS = (("30 KB", 10000, 1240), ("340 bytes", 700000, 0))
+
+
+def varint(value):
+    digits = []
+    while value >= 0x80:
+        digits.append(value & 0x7F | 0x80)
+        value >>= 7
+    return bytes(digits + [value])
+
+
+def length_delimited(field, value):
+    return varint(8 * field + 2) + varint(len(value)) + value
+
+
+def sample_points(count):
+    points = []
+    for i in range(count):
+        values = (i % 40 * 18.25 + 0.125, i // 40 * 18.75 + 0.375, i % 40 * 0.03, i // 40 * 0.03)
+        point = b"".join(bytes([8 * n + 13]) + struct.pack("<f", v) for n, v in enumerate(values))
+        points.append(b"\x82\x01" + varint(len(point)) + point)
+    return b"".join(points)
+
+
+# Doubles behind their tags: fx, fy, skew, cx, cy, six of k, two of p; error_per_point; a[0..15].
+LENS = struct.Struct("<" + "Bd" * 13)
+LENS_TAGS = [9, 17, 25, 33, 41] + [49] * 6 + [57] * 2
+ERROR = struct.Struct("<Bd")
+MOUNT = struct.Struct("<" + "Bd" * 16)
+
+
+def write_log(path, records, points):
+    """A log of CameraCalibration records, of which no two are alike."""
+    dice = random.Random(records)
+    size = b"\x40" + varint(752) + b"\x48" + varint(480)
+    points = sample_points(points)
+    around = [458, 457, 0, 367, 248, 0, 0, 0, 0, 0, 0, 0, 0]
+    mount = [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1]
+    with open(path, "wb") as out:
+        for number in range(records):
+            lens = [value + dice.random() for value in around]
+            mount[3] = dice.random()
+            intrinsics = LENS.pack(*(x for pair in zip(LENS_TAGS, lens) for x in pair))
+            intrinsics += size + ERROR.pack(81, dice.random()) + points
+            extrinsics = MOUNT.pack(*(x for value in mount for x in (9, value)))
+            record = length_delimited(1, intrinsics)
+            record += length_delimited(3, extrinsics)
+            record += length_delimited(5, b"cam%d" % (number % 6))
+            record += length_delimited(6, b"a camera with a wide and heavy lens")
+            record += length_delimited(7, b"C-%08d" % number)
+            out.write(varint(len(record)) + record)
+
+
+def run(command, processors):
+    """The seconds that the command takes, and its largest memory in bytes."""
+    to_nothing = [(os.POSIX_SPAWN_OPEN, 1, os.devnull, os.O_WRONLY, 0)]
+    os.sched_setaffinity(0, processors)
+    begin = time.perf_counter()
+    child = os.posix_spawn(command[0], command, os.environ, file_actions=to_nothing)
+    _, status, usage = os.wait4(child, 0)
+    if status != 0:
+        sys.exit(f"fleet.py: {' '.join(command)}: ended with {status}")
+    return time.perf_counter() - begin, usage.ru_maxrss * 1024
+
+
+def look_at_rows(table, limit, folder):
+    """Ends the program unless both print the same."""
+    outputs = []
+    for command in (table, limit):
+        outputs.append(folder / f"rows{len(outputs)}.csv")
+        with open(outputs[-1], "wb") as out:
+            subprocess.run(command, check=True, stdout=out)
+    if subprocess.run(["cmp", *outputs], check=False).returncode != 0:
+        sys.exit("fleet.py: calib table and benchmark_log_limit do not print the same rows")
+    for output in outputs:
+        output.unlink()
+
+
+def measure(build, path, records, folder, runs):
+    calib = str(build / "calib" / "calib")
+    limit = str(build / "benchmarks" / "benchmark_log_limit")
+    path = str(path)
+    limits = {what: [limit, what, path] for what in ("read", "table")}
+    commands = {
+        "log count": ([calib, "log", "count", path], "read"),
+        "check": ([calib, "check", path], "read"),
+        "table": ([calib, "table", path, "--to", "csv", "--columns", COLUMNS], "table")}
+    look_at_rows(commands["table"][0], limits["table"], folder)
+    everywhere = sorted(os.sched_getaffinity(0))
+    places = {1: {everywhere[0]}, 2: set(everywhere[:2])}
+    times = {}
+    for _ in range(runs):
+        for what, command in limits.items():
+            times.setdefault((what, 1), []).append(run(command, places[1]))
+        for what, (command, _) in commands.items():
+            for processors, place in places.items():
+                times.setdefault((what, processors), []).append(run(command, place))
+    os.sched_setaffinity(0, everywhere)
+    print(f"  {'':<22} {'records/s':>10} {'MB':>6} {'time/limit':>11}")
+    for what in limits:
+        seconds, memory = min(times[what, 1])
+        print(f"  {'limit: ' + what:<22} {records / seconds:>10,.0f} {memory / 1e6:>6.0f}")
+    for what, (_, limit) in commands.items():
+        for processors in places:
+            seconds, memory = min(times[what, processors])
+            name = f"{what}, {processors} processor" + "s" * (processors > 1)
+            print(f"  {name:<22} {records / seconds:>10,.0f} {memory / 1e6:>6.0f} "
+                  f"{seconds / min(times[limit, 1])[0]:>11.2f}")
+
+
+def main():
+    parser = argparse.ArgumentParser(description=__doc__.split("\n", maxsplit=1)[0])
+    parser.add_argument("--build", type=pathlib.Path, required=True)
+    parser.add_argument("--runs", type=int, default=5)
+    parser.add_argument("--records", type=int)
+    arguments = parser.parse_args()
+    with tempfile.TemporaryDirectory() as name:
+        folder = pathlib.Path(name)
+        for size, records, points in LOGS:
+            records = arguments.records or records
+            path = folder / "many.CameraCalibration.binpb.log"
+            write_log(path, records, points)
+            print(f"{records:,} records of {size}, {path.stat().st_size / 1e6:.0f} MB")
+            measure(arguments.build, path, records, folder, arguments.runs)
+            path.unlink()
+
+
+if __name__ == "__main__":
+    main()
