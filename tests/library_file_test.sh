@@ -5,13 +5,15 @@
 #   library_file_test.sh exports LIBRARY SCHEMA
 #   library_file_test.sh needed LIBRARY
 #   library_file_test.sh initializers LIBRARY
+#   library_file_test.sh searches LIBRARY
 #   library_file_test.sh geometry LIBRARY HEADER-FOLDER
 #
 # exports: exactly the functions, constants and objects listed below, for the messages and fields of
 # the schema file. initializers: loading runs the constructor of one object, the one that registers
-# the file. geometry: libcalibration_geometry exports exactly the functions that its two headers
-# declare, needs the C++ run-time alone, and runs nothing when it is loaded. Exit status: 0, it is so; 1,
-# it is not, and the difference is told.
+# the file. searches: of its own names, loading searches for those that a program may have a copy of,
+# the pointers to default instances, and for no other. geometry: libcalibration_geometry exports
+# exactly the functions that its two headers declare, needs the C++ run-time alone, and runs nothing
+# when it is loaded. Exit status: 0, it is so; 1, it is not, and the difference is told.
 set -euo pipefail
 
 check=$1
@@ -87,6 +89,15 @@ case $check in
     done
     ;;
 
+  searches)
+    own=$(nm -D --defined-only "$library" | awk '{ print $3 }')
+    searched=$(readelf -rW "$library" | awk '$5 ~ /^_/ { sub(/@.*/, "", $5); print $5 }' | sort -u |
+      grep -xF "$own" || true)
+    copied=$(grep 'default_instance_E$' <<<"$own" | sort -u)
+    [[ $searched == "$copied" ]] ||
+      fail "$library: expected searches (>) are not what it has (<):"$'\n'"$(
+        diff <(echo "$searched") <(echo "$copied") | c++filt)"
+    ;;
   initializers)
     # The C run-time brings one entry (frame_dummy); each source that has work to do brings one.
     size=$(readelf -SW "$library" |
