@@ -20,17 +20,6 @@ void RequireEqual(const PayloadEntry& first, const PayloadEntry& entry, const ch
 
 }  // namespace
 
-Catalogue EverySide() {
-  Catalogue catalogue;
-  AddOurs(&catalogue);
-#ifdef CALIBRATION_BENCHMARKS_OPPONENT
-  AddOpponent(&catalogue);
-#endif
-  AddDynamic(&catalogue);
-  AddMemcpy(&catalogue);
-  return catalogue;
-}
-
 void CheckAgreement(const Catalogue& catalogue) {
   struct First {
     const PayloadEntry* entry;
@@ -47,7 +36,7 @@ void CheckAgreement(const Catalogue& catalogue) {
     }
     const First& first = found->second;
     RequireEqual(*first.entry, entry, "fills in", first.encoded, encoded);
-    RequireEqual(*first.entry, entry, "writes after reading", first.rewritten, rewritten);
+    RequireEqual(*first.entry, entry, "makes of what it has read", first.rewritten, rewritten);
   }
 }
 

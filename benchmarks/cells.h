@@ -57,7 +57,7 @@ void AddOpponent(Catalogue* catalogue);
 void AddDynamic(Catalogue* catalogue);
 void AddMemcpy(Catalogue* catalogue);
 
-// All sides that were built, in that order.
+// All sides that were built, in that order. The peers' programs have sides of their own.
 Catalogue EverySide();
 
 // Ends the program with a message unless all sides have the same bytes for each payload and write

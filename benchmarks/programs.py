@@ -16,19 +16,23 @@ class Build:
         self.folder = folder
         self.linked = linked
         suffix = "_static" if linked == "static" else ""
-        self.time = f"{folder}/benchmarks/benchmark_time{suffix}"
-        self.instructions = f"{folder}/benchmarks/benchmark_instructions{suffix}"
-        self.probe = f"{folder}/benchmarks/benchmark_probe"
-        for program in (self.time, self.instructions, self.probe):
-            if not os.path.exists(program):
-                sys.exit(f"benchmarks: there is no {program}; expected a folder in which the "
-                         "benchmarks are built (scripts/benchmark builds them)")
+        self.time = self.program(f"benchmark_time{suffix}")
+        self.instructions = self.program(f"benchmark_instructions{suffix}")
+        self.probe = self.program("benchmark_probe")
         # For each side that is a shared library: the library, and the type whose reflection is
         # asked for.
         self.libraries = {"ours": (f"{folder}/libcalibration_protolib.so", f"zarvo.{_TYPE}")}
         opponent = f"{folder}/benchmarks/libcalibration_opponent_shared.so"
         if os.path.exists(opponent):
             self.libraries["opponent"] = (opponent, f"opponent.{_TYPE}")
+
+    def program(self, name):
+        """The path of a program; fails if it is not built."""
+        path = f"{self.folder}/benchmarks/{name}"
+        if not os.path.exists(path):
+            sys.exit(f"benchmarks: there is no {path}; expected a folder in which the "
+                     "benchmarks are built (scripts/benchmark builds them)")
+        return path
 
     def cells(self):
         """All cells of benchmark_instructions: (side, operation, payload). Fails if the sides do

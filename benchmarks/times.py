@@ -35,6 +35,7 @@ def take(build, wanted):
     """Takes the time of the cells that the regular expression `wanted` finds in
     "operation/payload"."""
     all_cells = build.cells()
+    sides = {cell[0] for cell in all_cells}
     names = {"/".join(cell[1:]) for cell in all_cells if re.search(wanted, "/".join(cell[1:]))}
     values = {cell: [] for cell in all_cells if "/".join(cell[1:]) in names}
     if names:
@@ -53,7 +54,7 @@ def take(build, wanted):
             if run["run_type"] != "iteration":
                 continue
             operation, payload, _ = run["run_name"].split("/")
-            for side in ("ours", "opponent", "dynamic", "memcpy"):
+            for side in sides:
                 if side in run:
                     values[side, operation, payload].append(run[side])
         for cell, taken in values.items():

@@ -58,6 +58,9 @@ for_geometry=(libeigen3-dev)
 for_calib=("${for_geometry[@]}" libprotoc-dev libcli11-dev libpng-dev libyaml-cpp-dev libtinyxml2-dev)
 for_suites=("${for_generator[@]}" libgtest-dev protobuf-compiler)
 for_packages=("${for_library[@]}" "${for_geometry[@]}" build-essential debhelper dh-python python3)
+for_peers=(flatbuffers-compiler libflatbuffers-dev capnproto libcapnp-dev libprotozero-dev rapidjson-dev
+  libyaml-cpp-dev libzstd-dev)
+for_packages=("${for_library[@]}" build-essential debhelper dh-python python3)
 # From Debian 12 on, clang alone comes without the run-times of its sanitizers, counters and libFuzzer.
 for_clang=(clang '?libclang-rt-dev')
 # What goes without a package that a release does not have; said ahead of installing.
@@ -173,6 +176,8 @@ options_off=(
   -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DCALIBRATION_GENERATOR=OFF
   -DCALIBRATION_EXAMPLES=OFF -DCALIBRATION_CALIB=OFF -DCALIBRATION_GEOMETRY=OFF
   -DCALIBRATION_BENCHMARKS=OFF -DCALIBRATION_INSTALL=OFF -DCALIBRATION_FUZZ=OFF
+  -DCALIBRATION_EXAMPLES=OFF -DCALIBRATION_CALIB=OFF -DCALIBRATION_BENCHMARKS=OFF
+  -DCALIBRATION_PEERS=OFF -DCALIBRATION_INSTALL=OFF -DCALIBRATION_FUZZ=OFF
   -DCALIBRATION_WERROR=OFF -DCALIBRATION_SANITIZE=)
 
 # configure FOLDER [-DNAME=VALUE...]: what is named is on, and the user has the last word.
