@@ -53,10 +53,11 @@ expect 2 "--import prints a table of its own" benchmark --import --absolute
 expect 2 "--growth prints a table of its own" benchmark --growth --cells size
 expect 2 "--calib prints a table of its own" benchmark --calib --absolute
 expect 2 "--fleet prints a table of its own" benchmark --fleet --instructions
+expect 2 "--startup prints a table of its own" benchmark --startup --instructions
 expect 2 "--peers prints tables of its own: leave out --opponent" benchmark --peers --opponent static
 expect 2 "--peers prints tables of its own: leave out --update" benchmark --peers --instructions --update
 expect 2 "--peers and --growth print a table each" benchmark --growth --peers
-expect 2 "--against needs opponent or dynamic, not 'us'" benchmark --against us
+expect 2 "--against needs opponent, dynamic or limit, not 'us'" benchmark --against us
 expect 2 "--opponent needs shared or static, not 'no'" benchmark --opponent no
 expect 2 "--output needs a value" package --output
 expect 2 "--count needs a number, not 'many'" mutate --count many
