@@ -201,6 +201,8 @@ constexpr Reader kReaders[] = {
     {"file_storage", [](const auto& input) { Import("opencv", input); }},
     {"mcap", [](const auto& input) { Import("mcap", input); }, 2 * kLargestMcapChunk},
     {"mrcal", [](const auto& input) { Import("mrcal", input); }},
+    {"nerfstudio", [](const auto& input) { Import("nerfstudio", input); }},
+    {"orbslam", [](const auto& input) { Import("orbslam3", input); }},
     {"binary", ReadRecord<Format::kBinary>},
     {"text", ReadRecord<Format::kText>},
     {"json", ReadRecord<Format::kJson>}};

@@ -145,8 +145,10 @@ void AddImport(Command* program, int* status) {
   flags->leftovers.AddTo(command, true);
   command->Footer(
       "Reads the camera files of ROS, Kalibr and OpenVINS, OpenCV, EuRoC, mrcal, Basalt, COLMAP, "
-      "camodocal and DepthAI, and the cameras of MCAP recordings; of OpenCV's stereo calibration, "
-      "both files at once. What a record has no field for is counted on standard "
+      "camodocal, DepthAI, ORB-SLAM and nerfstudio, and the cameras of MCAP recordings; of "
+      "OpenCV's "
+      "stereo calibration, both files at once. What a record has no field for is counted on "
+      "standard "
       "error, and listed with its line by --verbose. A file whose lens a record cannot hold is "
       "refused.\n\n"
       "Examples:\n"

@@ -5,124 +5,24 @@
 #include <yaml-cpp/eventhandler.h>
 #include <yaml-cpp/yaml.h>
 
-#include <algorithm>
 #include <istream>
 #include <map>
-#include <streambuf>
 #include <vector>
 
 #include "calib/console/failure.h"
-#include "calib/tools/foreign_lines.h"
 #include "calib/tools/foreign_tree.h"
+#include "calib/tools/yaml_source.h"
 
 namespace calib {
 namespace {
 
+using Place = YamlSource::Place;
 using Index = ForeignTree::Index;
 using Kind = ForeignTree::Kind;
 
 constexpr size_t kDeepest = 64;
 // What aliases may stand for in any file, however small, in bytes.
 constexpr uint64_t kAliasesAtLeast = uint64_t{256} << 10;
-// The reader holds all of a list or map back that may turn out to be a key, at up to 360 bytes for
-// each sign that is not within a word.
-constexpr size_t kMostHeldBack = size_t{32} << 10;
-
-constexpr char kDocumentStart[] = "--- ";
-constexpr size_t kDocumentStartSize = sizeof kDocumentStart - 1;
-
-constexpr char kNothing[] = " \t\r\n\xef\xbb\xbf";
-
-// What can make a token of its own.
-bool IsSign(char c) {
-  return (c < '0' || c > '9') && (c < 'A' || c > 'Z') && (c < 'a' || c > 'z') && c != ' ' &&
-         c != '\n' && c != '\r' && c != '.' && c != '+' && c != '/' && c != '=' && c != '_';
-}
-
-struct Place {
-  int line, column;  // counted from 0; -1 if there is none
-};
-
-// The bytes of a file, for the reader. A file that is a flow list or map as a whole, such as JSON,
-// is handed out with the mark of a document's start before it, behind which no key can stand.
-class Source : public std::streambuf {
- public:
-  explicit Source(const std::string& text) : text_(text) {
-    size_t first = text.find_first_not_of(kNothing);
-    while (first != std::string::npos && text[first] == '#') {
-      first = text.find_first_not_of(kNothing, text.find('\n', first));
-    }
-    if (first == std::string::npos || (text[first] != '{' && text[first] != '[')) return;
-    if (first > 0 && text[first - 1] != '\n' && text[first - 1] != '\xbf') return;
-    start_ = first;
-    start_line_ = static_cast<int>(
-        std::count(text.begin(), text.begin() + static_cast<std::ptrdiff_t>(first), '\n'));
-  }
-
-  // Where the mark lies in the file.
-  Place PlaceOf(const YAML::Mark& mark) const {
-    if (mark.is_null()) return {-1, -1};
-    return {mark.line, mark.line == start_line_
-                           ? std::max(mark.column - static_cast<int>(kDocumentStartSize), 0)
-                           : mark.column};
-  }
-
-  // Whether a line says that a document begins there or ends.
-  bool HasMarker() const {
-    return text_.compare(0, 3, "---") == 0 || text_.find("\n---") != std::string::npos ||
-           text_.find("\n...") != std::string::npos;
-  }
-
-  // The last line before that one that is neither empty nor a comment; its number is stored.
-  std::string_view LineBefore(int line, int* number) const {
-    std::string_view found;
-    Lines lines(text_, "#");
-    for (Line next; lines.Next(&next) && next.number < line;) {
-      found = next.text;
-      *number = next.number;
-    }
-    return found;
-  }
-
-  // Says that the reader has got somewhere, here.
-  void Arrived(Place place) {
-    arrived_at_ = place;
-    handed_out_ = 0;
-  }
-  bool HoldsTooMuch() const { return handed_out_ > kMostHeldBack; }
-  Place arrived_at() const { return arrived_at_; }
-
- protected:
-  int_type underflow() override {
-    if (HoldsTooMuch()) throw YAML::Exception(YAML::Mark::null_mark(), "");
-    if (position_ == start_ && !start_done_) {
-      start_done_ = true;
-      HandOut(kDocumentStart, kDocumentStartSize);
-    } else {
-      const size_t end = position_ < start_ ? std::min(start_, text_.size()) : text_.size();
-      const size_t size = std::min<size_t>(end - position_, 2048);
-      if (size == 0) return traits_type::eof();
-      HandOut(text_.data() + position_, size);
-      position_ += size;
-      handed_out_ += static_cast<size_t>(std::count_if(gptr(), egptr(), IsSign));
-    }
-    return traits_type::to_int_type(*gptr());
-  }
-
- private:
-  void HandOut(const char* bytes, size_t size) {
-    char* begin = const_cast<char*>(bytes);  // NOLINT: the base class only reads
-    setg(begin, begin, begin + size);
-  }
-
-  const std::string& text_;
-  size_t position_ = 0;
-  size_t start_ = std::string::npos;  // where the mark goes
-  int start_line_ = -1;
-  bool start_done_ = false;
-  size_t handed_out_ = 0;  // signs, since it got somewhere
-  Place arrived_at_ = {0, 0};
-};
 
 std::string Spell(Place place) {
   if (place.line < 0) return "";
@@ -131,7 +31,7 @@ std::string Spell(Place place) {
 
 class Loader : public YAML::EventHandler {
  public:
-  Loader(const std::string& file, uint64_t size, Source* source)
+  Loader(const std::string& file, uint64_t size, YamlSource* source)
       : file_(file), most_aliased_(size + kAliasesAtLeast), source_(source) {}
 
   ForeignTree Take() { return std::move(tree_); }
@@ -288,7 +188,7 @@ class Loader : public YAML::EventHandler {
 
   const std::string& file_;
   const uint64_t most_aliased_;
-  Source* source_;
+  YamlSource* source_;
   ForeignTree tree_;
   std::vector<Open> open_;
   std::map<YAML::anchor_t, Anchor> anchors_;
@@ -305,8 +205,8 @@ size_t ColonOf(std::string_view line) {
 }
 
 // Says what is wrong. The reader names the place where it noticed, which is often a line late.
-[[noreturn]] void RefuseSyntax(const std::string& file, const Source& source, const Loader& loader,
-                               const YAML::Exception& error) {
+[[noreturn]] void RefuseSyntax(const std::string& file, const YamlSource& source,
+                               const Loader& loader, const YAML::Exception& error) {
   Place place = source.PlaceOf(error.mark);
   std::string what = error.msg, remedy = "The file is no YAML; correct it there.";
   const bool in_list = what == YAML::ErrorMsg::END_OF_SEQ_FLOW;
@@ -335,7 +235,7 @@ size_t ColonOf(std::string_view line) {
 }  // namespace
 
 ForeignTree LoadYaml(const std::string& file, const std::string& text) {
-  Source source(text);
+  YamlSource source(text);
   Loader loader(file, text.size(), &source);
   try {
     std::istream stream(&source);
@@ -345,7 +245,7 @@ ForeignTree LoadYaml(const std::string& file, const std::string& text) {
   } catch (const YAML::Exception& error) {
     if (source.HoldsTooMuch()) {
       throw Failure(file + Spell(source.arrived_at()) + ": more than " +
-                        std::to_string(kMostHeldBack) +
+                        std::to_string(YamlSource::kMostHeldBack) +
                         " signs without a value follow, or a list or map that may be a key",
                     "Write a list of that length behind its key, in the same line.");
     }

@@ -1,5 +1,6 @@
 // camodocal: the camera files of VINS and its descendants, with coefficients by their names. A
-// settings file of VINS-Mono has in addition where the camera sits relative to the IMU.
+// settings file of VINS-Mono has in addition where the camera sits relative to the IMU; that of
+// VINS-Fusion, where each of the cameras does whose files it names.
 #include "calib/tools/import_common.h"
 #include "calib/tools/import_lens.h"
 #include "calib/tools/importers.h"
@@ -10,6 +11,8 @@ using zarvo::calibration::CameraCalibration;
 using zarvo::calibration::CameraIntrinsics;
 
 namespace {
+
+constexpr char kFrame[] = "the IMU";
 
 // Before the file itself, which knows them as values that belong to a lens.
 std::vector<Foreign> MapsOfLens(const Foreign& file) {
@@ -50,12 +53,21 @@ void StoreIntrinsics(const Foreign& file, const LensModel* chosen, CameraIntrins
   lens.LoseUnread();
 }
 
-// VINS writes matrices as OpenCV does.
-void StoreImuPose(const Foreign& file, CameraCalibration* camera) {
-  const std::string frame = "the IMU";
-  if (const auto pose = file.Find({"body_T_cam0"})) {
-    return StorePose("camodocal", *pose, ReadTransform(*pose), frame, camera->mutable_extrinsics());
-  }
+std::string PoseKey(int camera) { return "body_T_cam" + std::to_string(camera); }
+
+bool HasModel(const Foreign& file) {
+  return file.Has({"model_type"}) && file.Has({"projection_parameters"});
+}
+
+// Whether there was one. VINS writes matrices as OpenCV does.
+bool StoreImuPose(const Foreign& file, int number, CameraCalibration* camera) {
+  const auto pose = file.Find({PoseKey(number)});
+  if (!pose) return false;
+  StorePose("camodocal", *pose, ReadTransform(*pose), kFrame, camera->mutable_extrinsics());
+  return true;
+}
+
+void StoreImuVectors(const Foreign& file, CameraCalibration* camera) {
   const auto rotation = file.Find({"extrinsicRotation"});
   const auto translation = file.Find({"extrinsicTranslation"});
   if (!rotation || !translation) return;
@@ -64,24 +76,41 @@ void StoreImuPose(const Foreign& file, CameraCalibration* camera) {
   StorePose("camodocal", *rotation,
             RigidTransform::FromRows(
                 {r[0], r[1], r[2], t[0], r[3], r[4], r[5], t[1], r[6], r[7], r[8], t[2]}),
-            frame, camera->mutable_extrinsics());
+            kFrame, camera->mutable_extrinsics());
 }
 
-}  // namespace
-
-bool IsCamodocal(const Foreign& file) {
-  return file.Has({"model_type"}) && file.Has({"projection_parameters"});
-}
-
-void ImportCamodocal(const Foreign& file, const LensModel* lens,
-                     zarvo::calibration::RobotCalibration* robot) {
-  CameraCalibration* camera = robot->add_camera();
+void ImportCamera(const Foreign& file, const LensModel* lens, CameraCalibration* camera) {
   CameraIntrinsics* intrinsics = camera->mutable_intrinsics();
   StoreIntrinsics(file, lens, intrinsics);
   intrinsics->set_width(file.At({"image_width"}).Count());
   intrinsics->set_height(file.At({"image_height"}).Count());
   if (const auto name = file.Find({"camera_name"})) camera->set_name(name->Text());
-  StoreImuPose(file, camera);
+}
+
+}  // namespace
+
+bool IsCamodocal(const Foreign& file) { return HasModel(file) || file.Has({PoseKey(0)}); }
+
+void ImportCamodocal(const std::vector<Foreign>& files, const LensModel* lens,
+                     zarvo::calibration::RobotCalibration* robot) {
+  const Foreign* poses = nullptr;
+  for (const Foreign& file : files) {
+    if (HasModel(file) || files.size() == 1) {
+      ImportCamera(file, lens, robot->add_camera());
+    } else if (poses == nullptr) {
+      poses = &file;
+    } else {
+      file.Refuse("is a second file that is none of a camera",
+                  "Name the files of the cameras, and one that has " + PoseKey(0) + ".");
+    }
+  }
+  if (files.size() == 1) {
+    CameraCalibration* camera = robot->mutable_camera(0);
+    if (!StoreImuPose(files[0], 0, camera)) StoreImuVectors(files[0], camera);
+  }
+  for (int i = 0; poses != nullptr && i < robot->camera_size(); ++i) {
+    StoreImuPose(*poses, i, robot->mutable_camera(i));
+  }
 }
 
 }  // namespace calib

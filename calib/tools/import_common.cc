@@ -122,6 +122,14 @@ void StoreSize(const Foreign& list, CameraIntrinsics* intrinsics) {
   intrinsics->set_height(static_cast<int32_t>(size[1]));
 }
 
+int32_t PixelCount(const Foreign& value) {
+  const double number = value.Number();
+  if (!IsPixelCount(number)) {
+    value.Refuse("is " + value.Spell() + ", expected a whole number from 1", "Correct it there.");
+  }
+  return static_cast<int32_t>(number);
+}
+
 RigidTransform ReadTransform(const Foreign& value) {
   const std::vector<double> rows = value.IsMap() ? MatrixData(value, 4, 4, 1) : value.Rows(4, 4);
   CheckLastRow(value, rows);
@@ -167,7 +175,10 @@ void StorePose(const std::string& format, const Foreign& origin, const RigidTran
     extrinsics->add_a(element + 0.0);  // no -0
   }
   origin.Convert("maps from the camera to " + frame + "; kept inverted, as extrinsics from " +
-                 frame + " to the camera");
+                 frame + " to the camera" +
+                 (conventions.axes == Conventions::Axes::kOpenGl
+                      ? ", with the axes of OpenCV in place of OpenGL's"
+                      : ""));
 }
 
 void StoreTransform(const Foreign& origin, const std::vector<double>& matrix,

@@ -38,6 +38,9 @@ void StoreProjection(const Foreign& name, const Foreign& list,
 // Stores [width, height].
 void StoreSize(const Foreign& list, zarvo::calibration::CameraIntrinsics* intrinsics);
 
+// A width or a height, which may be written as 640.0.
+int32_t PixelCount(const Foreign& value);
+
 // A transform: a list of 16 numbers or of four rows, or a matrix with rows, cols and data. Throws
 // Failure if its last row is not [0, 0, 0, 1].
 RigidTransform ReadTransform(const Foreign& value);

@@ -39,8 +39,11 @@ const std::vector<ImportFormat>& ImportFormats() {
       {"mrcal", "mrcal .cameramodel", ImportOne<ImportMrcal>, IsMrcal, false},
       {"basalt", "Basalt calibration", ImportOne<ImportBasalt>, IsBasalt, true},
       {"colmap", "COLMAP cameras.txt or rig_config.json", ImportOne<ImportColmap>, IsColmap, true},
-      {"camodocal", "camodocal (VINS)", ImportOne<ImportCamodocal>, IsCamodocal, false},
+      {"camodocal", "camodocal (VINS)", ImportCamodocal, IsCamodocal, false},
       {"depthai", "DepthAI calibration", ImportOne<ImportDepthAi>, IsDepthAi, true},
+      {"orbslam3", "ORB-SLAM settings", ImportOne<ImportOrbSlam>, IsOrbSlam, false},
+      {"nerfstudio", "nerfstudio transforms.json", ImportOne<ImportNerfstudio>, IsNerfstudio,
+       false},
       {"mcap", "MCAP recording", ImportOne<ImportMcap>, IsMcap, false},
   };
   return formats;

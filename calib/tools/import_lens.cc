@@ -218,14 +218,17 @@ void LensImport::Store(const Foreign& list, std::vector<double> numbers,
   }
 }
 
-void LensImport::StoreNamed(const Foreign& map, CameraIntrinsics* intrinsics) const {
+void LensImport::StoreNamed(const Foreign& map, CameraIntrinsics* intrinsics,
+                            const std::string& prefix) const {
   std::vector<double> k, p;
   for (const char* name : {"k1", "k2", "k3", "k4", "k5", "k6"}) {
-    const auto value = map.Find({name});
+    const auto value = map.Find({prefix + name});
     if (!value) break;
     k.push_back(value->Number());
   }
-  if (const auto p1 = map.Find({"p1"})) p = {p1->Number(), map.At({"p2"}).Number()};
+  if (const auto p1 = map.Find({prefix + "p1"})) {
+    p = {p1->Number(), map.At({prefix + "p2"}).Number()};
+  }
   if (k.empty() && p.empty()) return StoreNone();
   // Tangential ones are no fisheye's.
   const bool clear = !p.empty() && chosen_ == nullptr && ToldWords().empty();

@@ -24,8 +24,10 @@ class LensImport {
   // contradicts itself or what the user says, or does not tell what the numbers mean.
   void Store(const Foreign& list, std::vector<double> numbers,
              zarvo::calibration::CameraIntrinsics* intrinsics) const;
-  // Stores k and p of the coefficients that `map` has by their names, k1 to k6, p1 and p2.
-  void StoreNamed(const Foreign& map, zarvo::calibration::CameraIntrinsics* intrinsics) const;
+  // Stores k and p of the coefficients that `map` has by their names, k1 to k6, p1 and p2, behind
+  // `prefix`.
+  void StoreNamed(const Foreign& map, zarvo::calibration::CameraIntrinsics* intrinsics,
+                  const std::string& prefix = "") const;
   // Says so if the lens would need coefficients, of which the file has none.
   void StoreNone() const;
 

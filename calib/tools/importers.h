@@ -17,8 +17,11 @@ namespace calib {
 
 using ImportFile = void(const Foreign& file, const LensModel* lens,
                         zarvo::calibration::RobotCalibration* robot);
-ImportFile ImportBasalt, ImportCamchain, ImportCameraInfo, ImportCameraInfoIni, ImportCamodocal,
-    ImportColmap, ImportDepthAi, ImportEuroc, ImportMcap, ImportMrcal;
+ImportFile ImportBasalt, ImportCamchain, ImportCameraInfo, ImportCameraInfoIni, ImportColmap,
+    ImportDepthAi, ImportEuroc, ImportMcap, ImportMrcal, ImportNerfstudio, ImportOrbSlam;
+// Reads the files of cameras, and one with where these sit.
+void ImportCamodocal(const std::vector<Foreign>& files, const LensModel* lens,
+                     zarvo::calibration::RobotCalibration* robot);
 // Reads one file, or the two of a stereo calibration.
 void ImportOpenCv(const std::vector<Foreign>& files, const LensModel* lens,
                   zarvo::calibration::RobotCalibration* robot);
@@ -26,7 +29,7 @@ void ImportOpenCv(const std::vector<Foreign>& files, const LensModel* lens,
 // Whether a file has what one of that tool is told by, though it may not be whole.
 using IsFile = bool(const Foreign& file);
 IsFile IsBasalt, IsCamchain, IsCameraInfo, IsCameraInfoIni, IsCamodocal, IsColmap, IsDepthAi,
-    IsEuroc, IsMcap, IsMrcal, IsOpenCv;
+    IsEuroc, IsMcap, IsMrcal, IsNerfstudio, IsOpenCv, IsOrbSlam;
 
 // The cameras that were read from the file `name`, or the only one of them, as a record of the type
 // `type`. Visits what that type does not hold.

@@ -129,11 +129,17 @@ TEST(ExportTest, IsImportedAsTheSameLens) {
        },
        {{3, 2}, {6, 2}, {4, 0}}},
       {"openvins", ImportCamchain, {{2, 2}, {4, 0}}},
-      {"camodocal", ImportCamodocal, {{2, 2}, {4, 0}}},
+      {"camodocal",
+       [](const Foreign& file, const LensModel* lens, RobotCalibration* robot) {
+         ImportCamodocal({file}, lens, robot);
+       },
+       {{2, 2}, {4, 0}}},
       {"basalt", ImportBasalt, {{0, 0}, {4, 0}}},
       {"mrcal", ImportMrcal, {{0, 0}, {2, 2}, {3, 2}, {6, 2}}},
       {"colmap", ImportColmap, {{0, 0}, {2, 2}, {6, 2}, {4, 0}}},
       {"mcap", ImportMcap, {{3, 2}, {6, 2}, {4, 0}}},
+      {"orbslam3", ImportOrbSlam, {{0, 0}, {2, 2}, {3, 2}, {4, 0}}},
+      {"nerfstudio", ImportNerfstudio, {{3, 2}, {4, 0}}},
   };
   for (const auto& given : cases) {
     for (const auto& [k, p] : given.counts) {
@@ -356,7 +362,11 @@ TEST(ExportTest, ImportsTheSameTransforms) {
                             {"openvins", ImportCamchain, 1e-15, 3, false},
                             {"basalt", ImportBasalt, 1e-15, 3, false},
                             {"mrcal", ImportMrcal, 1e-15, 1, false},
-                            {"colmap-rig", ImportColmap, 1e-15, 3, true}};
+                            {"colmap-rig", ImportColmap, 1e-15, 3, true},
+                            {"orbslam3", ImportOrbSlam, 1e-15, 1, false},
+                            {"orbslam3", ImportOrbSlam, 1e-15, 2, false},
+                            {"nerfstudio", ImportNerfstudio, 1e-15, 1, false},
+                            {"nerfstudio", ImportNerfstudio, 1e-15, 3, false}};
   for (const PoseCase& given : cases) {
     SCOPED_TRACE(given.format);
     std::vector<CameraCalibration> cameras;
@@ -392,6 +402,19 @@ TEST(ExportTest, ImportsTheSameChain) {
             cameras[1].extrinsics().SerializeAsString());
   for (int j = 0; j < 16; ++j) {
     EXPECT_NEAR(robot.camera(2).extrinsics().a(j), cameras[2].extrinsics().a(j), 1e-15) << j;
+  }
+  ExportOptions folder;
+  folder.folder = true;
+  const Exported vins = ExportAll({cameras[1], cameras[2]}, "camodocal", folder);
+  RobotCalibration of_vins;
+  ImportCamodocal({Foreign::Parse("a", vins.files[0].text), Foreign::Parse("b", vins.files[1].text),
+                   Foreign::Parse("e", vins.files[2].text)},
+                  nullptr, &of_vins);
+  ASSERT_EQ(of_vins.camera_size(), 2);
+  for (int j = 0; j < 32; ++j) {
+    EXPECT_NEAR(of_vins.camera(j / 16).extrinsics().a(j % 16),
+                cameras[static_cast<size_t>(1 + j / 16)].extrinsics().a(j % 16), 1e-15)
+        << j;
   }
   const Exported pair = ExportAll({cameras[0], cameras[1]}, "opencv-stereo", {});
   RobotCalibration stereo;

@@ -4,15 +4,17 @@
     import_judge.py --calib CALIB [FILE...]
 
 The files are those of inputs/ beside this file, if none is named. Each is read by the library of its
-tool: camera_calibration_parsers (ROS), cv2 (OpenCV, camodocal), mrcal and colmap; Kalibr, OpenVINS and
-EuRoC read YAML, and Basalt, DepthAI and COLMAP's rigs JSON, with no library that Debian has, so that
-PyYAML and json read theirs. Numbers are the same bit for bit, but where a convention is converted, or
-where ROS reads its .ini form, whose digits it rounds by itself: these are within 1e-12.
+tool: camera_calibration_parsers (ROS), cv2 (OpenCV, camodocal, ORB-SLAM), mrcal and colmap; Kalibr,
+OpenVINS and EuRoC read YAML, and Basalt, DepthAI, nerfstudio and COLMAP's rigs JSON, with no library
+that Debian has, so that PyYAML and json read theirs. Numbers are the same bit for bit, but where a
+convention is converted, or where ROS reads its .ini form, whose digits it rounds by itself: these are
+within 1e-12, and the transforms of ORB-SLAM, which it reads as floats, within 1e-6.
 
 Exit status: 0, all numbers agree; 1, some do not, or a file was not read.
 """
 
 import argparse
+import copy
 import json
 import pathlib
 import re
@@ -29,6 +31,7 @@ import yaml
 
 HERE = pathlib.Path(__file__).resolve().parent
 NEAR = 1e-12
+FLOAT = 1e-6
 # Those of COLMAP by the numbers that it gives them: f, fx fy, k, p and what is left.
 COLMAP = {0: "f cx cy", 1: "fx fy cx cy", 2: "f cx cy k", 3: "f cx cy k k", 4: "fx fy cx cy k k p p",
           5: "fx fy cx cy k k k k", 6: "fx fy cx cy k k p p k k k k", 8: "f cx cy k 0 0 0",
@@ -62,6 +65,8 @@ def from_quaternion(w, x, y, z, t):
 
 class Camera(dict):
     """What a tool reads: fx, fy, cx, cy and skew, k and p, width and height, pose, and name."""
+
+    near = NEAR  # how far its pose may be off
 
     def __init__(self, matrix, coefficients, **others):
         (fx, skew, cx), (_, fy, cy), _ = numpy.array(matrix, float).reshape(3, 3).tolist()
@@ -283,9 +288,10 @@ def rig_config(path):
     """The cameras of a rig, without intrinsics or with those of a pinhole."""
     cameras = []
     for data in json.loads(path.read_text())[0]["cameras"]:
-        camera = {"name": data["image_prefix"]}
+        name = data["image_prefix"].removesuffix("/")
+        camera = {"name": name}
         if "camera_params" in data:
-            camera = colmap_camera("fx fy cx cy", data["camera_params"], name=data["image_prefix"])
+            camera = colmap_camera("fx fy cx cy", data["camera_params"], name=name)
         if "cam_from_rig_rotation" in data:
             camera["pose"] = from_quaternion(*data["cam_from_rig_rotation"],
                                              data["cam_from_rig_translation"])
@@ -293,9 +299,60 @@ def rig_config(path):
     return cameras
 
 
+def orbslam3(path):
+    """One camera or a pair of ORB-SLAM's settings."""
+    storage = Storage(path)
+    word = storage.find("Camera.type")
+    fisheye = word is not None and word.string() == "KannalaBrandt8"
+    names = ["k1", "k2", "k3", "k4"] if fisheye else ["k1", "k2", "p1", "p2", "k3"]
+    pose = storage.numbers("IMU.T_b_c1", "Tbc")
+    cameras = []
+    for prefix in ("Camera.", "Camera1.", "Camera2."):
+        if storage.find(prefix + "fx") is None:
+            continue
+        camera = Camera(
+            pinhole(*(storage.number(prefix + name) for name in ("fx", "fy", "cx", "cy"))),
+            [storage.number(prefix + name) or 0 for name in names], fisheye=fisheye,
+            width=storage.number("Camera.width"), height=storage.number("Camera.height"))
+        camera.near = FLOAT
+        pair = storage.numbers("Stereo.T_c1_c2", "Tlr")
+        if cameras and pair:
+            camera["pose"] = (inverse((pair + [0, 0, 0, 1])[:16])
+                              @ cameras[0].get("pose", numpy.identity(4)))
+        elif pose:
+            camera["pose"] = inverse(pose)
+        cameras.append(camera)
+    distance = storage.number("Stereo.b")
+    if word is not None and word.string() == "Rectified" and distance:
+        shift = numpy.identity(4)
+        shift[0, 3] = -distance
+        second = copy.copy(cameras[0])
+        second["pose"] = shift @ cameras[0].get("pose", numpy.identity(4))
+        cameras.append(second)
+    return cameras
+
+
+def nerfstudio(path):
+    """The camera of all frames, or one a frame."""
+    data = json.loads(path.read_text())
+    frames = [{**data, **frame} for frame in data["frames"]] if "fl_x" not in data else [data]
+    cameras = []
+    for frame in frames:
+        fisheye = frame.get("camera_model") == "OPENCV_FISHEYE"
+        names = ["k1", "k2", "k3", "k4"] if fisheye else ["k1", "k2", "p1", "p2", "k3"]
+        camera = Camera(pinhole(frame["fl_x"], frame["fl_y"], frame["cx"] - 0.5, frame["cy"] - 0.5),
+                        [frame.get(name, 0) for name in names], width=frame["w"],
+                        height=frame["h"], fisheye=fisheye)
+        if "transform_matrix" in frame:
+            camera["pose"] = numpy.diag((1, -1, -1, 1)) @ inverse(frame["transform_matrix"])
+        cameras.append(camera)
+    return cameras
+
+
 # By the words with which calib says what it takes a file for.
 READERS = {"ros": ros, "kalibr": kalibr, "opencv": opencv, "euroc": euroc, "mrcal": of_mrcal,
-           "basalt": basalt, "colmap": colmap, "camodocal": camodocal, "depthai": depthai}
+           "basalt": basalt, "colmap": colmap, "camodocal": camodocal, "depthai": depthai,
+           "orbslam3": orbslam3, "nerfstudio": nerfstudio}
 
 
 def imported(calib, path):
@@ -338,8 +395,9 @@ def differences(read, ours, rounded):
                 continue
             own = field(camera, name)
             if name in ("pose", "points") or (rounded and name != "name"):
+                near = getattr(theirs, "near", NEAR)
                 same = numpy.size(own) == numpy.size(value) and numpy.allclose(
-                    numpy.ravel(own), numpy.ravel(value), rtol=NEAR, atol=NEAR)
+                    numpy.ravel(own), numpy.ravel(value), rtol=near, atol=near)
             else:
                 same = own == value
             if not same:
@@ -357,7 +415,7 @@ def main():
         "left.camera_info.yaml", "left.ini", "camchain.yaml", "kalibr_imucam_chain.yaml", "opencv.yml",
         "opencv.xml", "opencv-points.yml", "autoware.yml", "sensor.yaml", "left.cameramodel",
         "basalt.json", "cameras.txt", "rig_config.json", "camodocal.yaml", "camodocal_mei.yaml",
-        "depthai.json")]
+        "depthai.json", "orbslam3.yaml", "orbslam2.yaml", "transforms.json", "transforms_rig.json")]
     numbers, failed, readers = 0, 0, set()
     for path in files:
         name, ours = imported(arguments.calib, path)
