@@ -89,12 +89,18 @@ void ImportCamera(const Foreign& file, const LensModel* lens, CameraCalibration*
 
 }  // namespace
 
-bool IsCamodocal(const Foreign& file) { return HasModel(file) || file.Has({PoseKey(0)}); }
+bool IsCamodocal(const Foreign& file) {
+  // Of a pair, the first camera may be the frame of reference.
+  return HasModel(file) || file.Has({PoseKey(0), PoseKey(1)});
+}
 
 void ImportCamodocal(const std::vector<Foreign>& files, const LensModel* lens,
                      zarvo::calibration::RobotCalibration* robot) {
   const Foreign* poses = nullptr;
   for (const Foreign& file : files) {
+    if (files.size() == 1 && !HasModel(file) && IsCamodocal(file)) {
+      file.Refuse("has where cameras sit, but no camera", "Name the files of the cameras, too.");
+    }
     if (HasModel(file) || files.size() == 1) {
       ImportCamera(file, lens, robot->add_camera());
     } else if (poses == nullptr) {
