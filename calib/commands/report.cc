@@ -2,9 +2,9 @@
 #include "calib/pages/report.h"
 
 #include <algorithm>
-#include <deque>
 #include <filesystem>
 #include <memory>
+#include <optional>
 #include <system_error>
 
 #include "calib/checks/plausible.h"
@@ -59,25 +59,39 @@ std::vector<std::string> RecordsIn(const std::string& folder) {
   return paths;
 }
 
+// All records of the files; what cannot be read of them is told on the page, or thrown if there is
+// nothing else.
 std::string Overview(const std::vector<std::string>& paths, const Flags& flags,
                      const ChartOptions& options) {
-  std::deque<Record> kept;
-  std::vector<ReportedRecord> records;
-  std::vector<std::string> failures;
-  for (const std::string& path : paths) {
+  OverviewReport report(options);
+  std::optional<Failure> first;
+  const auto unless_it_fails = [&](const auto& read) {
     try {
-      kept.push_back(ReadRecord(path, flags.input));
-      records.push_back({&kept.back(), FindingsOf(kept.back())});
+      return read();
     } catch (const Failure& failure) {
-      failures.emplace_back(failure.what());
+      if (!first) first = failure;
+      report.AddFailure(failure.what());
+      return true;
+    }
+  };
+  for (const std::string& path : paths) {
+    std::optional<RecordReader> reader;
+    unless_it_fails([&] {
+      reader.emplace(path, flags.input);
+      return true;
+    });
+    Record record = {};
+    while (reader && unless_it_fails([&] {
+             if (!reader->Next(&record)) return false;
+             report.Add({&record, FindingsOf(record)});
+             return true;
+           })) {
     }
   }
-  if (records.empty()) {
-    throw Failure(failures.empty() ? flags.paths[0] + ": holds no file that is named as a record"
-                                   : failures[0],
-                  "Records are named like rig.RobotCalibration.binpb.");
-  }
-  return OverviewReport(records, failures, options);
+  if (report.records() > 0) return report.Html();
+  if (first) throw *first;
+  throw Failure(flags.paths[0] + ": holds no record, and no file that is named as one",
+                "Records are named like rig.RobotCalibration.binpb.");
 }
 
 std::string Report(const Flags& flags) {
@@ -88,6 +102,7 @@ std::string Report(const Flags& flags) {
   for (const std::string& path : flags.paths) {
     std::error_code error;
     if (!std::filesystem::is_directory(path, error)) {
+      overview = overview || MayHoldMany(path, flags.input);
       paths.push_back(path);
       continue;
     }
@@ -106,21 +121,21 @@ std::string Report(const Flags& flags) {
 void AddReport(Command* program, int* status) {
   Command* command = program->AddCommand("report", "Writes a page on records, for a browser");
   const auto flags = std::make_shared<Flags>();
-  command->AddOption("FILE", flags->paths, "The records, or folders of them")->Required();
+  command->AddOption("FILE", flags->paths, "The records, logs or folders of them")->Required();
   command->AddOption("--output", flags->output_path, "The page to write; else standard output")
       ->ValueName("OUT");
   flags->drawing.AddTo(command);
   flags->input.AddTo(command);
   command->Footer(
       "Of one record: what it is, what checks find, its drawings, images and all its fields. Of "
-      "two "
-      "records of one type: what differs in the second. Of more, or of a folder, a line and a "
-      "small "
-      "drawing for each. The page is one file, which loads nothing from elsewhere.\n\n"
+      "two records of one type: what differs in the second. Of more, of a log or of a folder, a "
+      "line and a small drawing for each. The page is one file, which loads nothing from "
+      "elsewhere.\n\n"
       "Examples:\n"
       "  calib report rig.RobotCalibration.binpb --output rig.html\n"
       "  calib report october.FocusInfo.binpb november.FocusInfo.binpb --output focus.html\n"
-      "  calib report robots/ --output robots.html");
+      "  calib report robots/ --output robots.html\n"
+      "  calib report rig.RobotCalibration.binpb.log[-20:] --output rig.html");
   command->Callback([flags, status] {
     WriteFile(flags->output_path, Report(*flags));
     *status = kFine;

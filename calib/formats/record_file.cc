@@ -51,6 +51,12 @@ RecordChoice ChoiceOf(const ChosenPath& chosen, const InputFlags& flags) {
 
 }  // namespace
 
+bool MayHoldMany(const std::string& path, const InputFlags& flags) {
+  const ChosenPath chosen = SplitPath(path);
+  return InputFormat(chosen.path, flags, FactsFromName(chosen.path)).many &&
+         !ChoiceOf(chosen, flags).single;
+}
+
 RecordFile::RecordFile(const std::string& path, const InputFlags& flags)
     : RecordFile(SplitPath(path), flags) {}
 

@@ -29,6 +29,10 @@ struct EncodedRecord {
   std::string name() const { return one_of_many ? file + "[" + std::to_string(index) + "]" : file; }
 };
 
+// Whether the file is one in which there may be any number of records. It is not opened; throws
+// Failure if its format is not known.
+bool MayHoldMany(const std::string& path, const InputFlags& flags);
+
 class RecordFile {
  public:
   // Throws Failure if the file cannot be read, or if its type or its format is not known; where it
