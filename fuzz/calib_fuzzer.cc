@@ -16,6 +16,8 @@
 #include "calib/console/failure.h"
 #include "calib/fields/compare.h"
 #include "calib/formats/codec.h"
+#include "calib/images/calibration_image.h"
+#include "calib/images/png_file.h"
 #include "calib/tools/camera_geometry.h"
 #include "calib/tools/foreign.h"
 #include "calib/tools/foreign_tree.h"
@@ -34,6 +36,7 @@ namespace {
 
 using google::protobuf::Descriptor;
 using google::protobuf::Message;
+using zarvo::calibration::CalibrationImage;
 using zarvo::calibration::RobotCalibration;
 using zarvo::calibration::testing::EqualByReflection;
 using zarvo::calibration::testing::Require;
@@ -181,13 +184,51 @@ void Import(const std::string& name, const std::string& input) {
   }
 }
 
+// --- Images --------------------------------------------------------------------------------------
+
+bool AreEqual(const Raster& a, const Raster& b) {
+  return a.width == b.width && a.height == b.height && a.channels == b.channels &&
+         a.bits == b.bits && a.bytes == b.bytes;
+}
+
+// A file that 'calib image --set' puts in.
+void ReadPng(const std::string& input) {
+  Raster raster;
+  if (!Try([&] { raster = DecodePng(input, kFile); })) return;
+  Require(AreEqual(DecodePng(EncodePng(raster, kFile), kFile), raster), "PNG keeps all samples");
+  const CalibrationImage image = ImageOf(raster);
+  Require(AreEqual(RasterOf(image, kFile), raster), "a record keeps all samples");
+  CheckReadsBack(Format::kBinary, image);
+}
+
+// An image of a record.
+void WriteImage(const std::string& input) {
+  std::unique_ptr<Message> record;
+  if (!Try([&] {
+        record = Decode(Format::kBinary, CalibrationImage::descriptor(), kFile, input);
+      })) {
+    return;
+  }
+  const auto& image = static_cast<const CalibrationImage&>(*record);
+  Raster raster;
+  std::string file;
+  const bool has_samples = Try([&] { raster = RasterOf(image, kFile); });
+  if (!Try([&] { file = ImageFileOf(image, kFile); })) return;
+  Require(!CompressionOf(file).empty(), "what is written is an image");
+  Require(!has_samples || AreEqual(DecodePng(file, kFile), raster), "it has all samples");
+  Require(ImageUrl(image, kFile).compare(0, 11, "data:image/") == 0, "the URL is one");
+}
+
 // --- The targets ---------------------------------------------------------------------------------
 
 struct Reader {
   const char* name;
   void (*read)(const std::string& input);
-  size_t memory = 0;  // that it may take whatever the size of its input is
+  size_t memory = 0;          // that it may take whatever the size of its input is
+  size_t memory_a_byte = 40;  // that it may take for each of the input
 };
+// One compressed byte of a PNG stands for 1032, of which each may be 8 pixels of 4 samples.
+constexpr size_t kMostOfPng = size_t{3} * 1032 * 32;
 constexpr Reader kReaders[] = {
     {"yaml", ReadTree<LoadYaml>},
     {"xml", ReadTree<LoadXml>},
@@ -203,6 +244,8 @@ constexpr Reader kReaders[] = {
     {"mrcal", [](const auto& input) { Import("mrcal", input); }},
     {"nerfstudio", [](const auto& input) { Import("nerfstudio", input); }},
     {"orbslam", [](const auto& input) { Import("orbslam3", input); }},
+    {"png", ReadPng, 0, kMostOfPng},
+    {"image", WriteImage, 0, kMostOfPng},
     {"binary", ReadRecord<Format::kBinary>},
     {"text", ReadRecord<Format::kText>},
     {"json", ReadRecord<Format::kJson>}};
@@ -226,7 +269,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string input(reinterpret_cast<const char*>(data), size);
   const zarvo::calibration::testing::PeakMemory memory;
   reader.read(input);
-  Require(memory.bytes() <= 40 * size + 20000000 + reader.memory,
+  Require(memory.bytes() <= reader.memory_a_byte * size + 20000000 + reader.memory,
           "memory is bounded by the size: " + std::to_string(memory.bytes()) + " bytes");
   return 0;
 }

@@ -82,7 +82,7 @@ void UndistortImage(const Flags& flags) {
                   "'calib crop'.");
   }
   const std::vector<geometry::Pixel> sources = SourcesOf(camera);
-  WriteFile(flags.output, EncodePng(Remap(image, camera.width, sources)));
+  WriteFile(flags.output, EncodePng(Remap(image, camera.width, sources), OutputName(flags.output)));
   if (!flags.map.empty()) WriteFile(flags.map, Npy(camera, sources));
   if (flags.record.empty()) return;
   // The record is the command's own.

@@ -118,7 +118,7 @@ Raster RasterOf(const CalibrationImage& image, const std::string& name) {
 
 std::string ImageFileOf(const CalibrationImage& image, const std::string& name) {
   if (!CompressionOf(image.imgdata()).empty()) return image.imgdata();
-  return EncodePng(RasterOf(image, name));
+  return EncodePng(RasterOf(image, name), name);
 }
 
 std::string ImageUrl(const CalibrationImage& image, const std::string& name) {

@@ -20,7 +20,7 @@ std::string ImageFormatNames();
 Raster RasterOf(const zarvo::calibration::CalibrationImage& image, const std::string& name);
 
 // The image as a file: of the octets' own kind if they are PNG or JPEG, else PNG. Throws as
-// RasterOf() does.
+// RasterOf() and EncodePng() do.
 std::string ImageFileOf(const zarvo::calibration::CalibrationImage& image, const std::string& name);
 
 // The same as a data: URL.

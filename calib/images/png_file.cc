@@ -15,6 +15,8 @@ namespace calib {
 namespace {
 
 constexpr size_t kMostBytes = size_t{1} << 30;
+// That one compressed byte can stand for.
+constexpr size_t kMostInflated = 1032;
 // Calibration images are looked at once and kept for years; but a page waits for them.
 constexpr int kCompression = 6;
 
@@ -53,6 +55,12 @@ png_bytep RowOf(Raster* raster, int row) {
   return reinterpret_cast<png_bytep>(&raster->bytes[static_cast<size_t>(row) * raster->RowBytes()]);
 }
 
+// Whether compressed bytes of that number can hold the image.
+bool CanHold(size_t bytes, png_structp png, png_infop info) {
+  return png_get_rowbytes(png, info) <=
+         bytes * kMostInflated / std::max<size_t>(png_get_image_height(png, info), 1);
+}
+
 // Reads up to the rows. False if libpng gave up.
 bool ReadHead(Png* reader, Source* source, Raster* raster) {
   if (setjmp(png_jmpbuf(reader->png)) != 0) return false;
@@ -62,6 +70,9 @@ bool ReadHead(Png* reader, Source* source, Raster* raster) {
   const int bits = png_get_bit_depth(reader->png, reader->info);
   if (bits == 16 && type != PNG_COLOR_TYPE_GRAY) {
     png_error(reader->png, "it has 16 bits for each color; only grey images may");
+  }
+  if (!CanHold(source->bytes->size(), reader->png, reader->info)) {
+    png_error(reader->png, "it ends early");
   }
   png_set_expand(reader->png);  // palettes, few bits, transparency
   if (type == PNG_COLOR_TYPE_GRAY_ALPHA) png_set_gray_to_rgb(reader->png);
@@ -108,7 +119,7 @@ std::vector<png_bytep> RowsOf(Raster* raster) {
 
 }  // namespace
 
-std::string EncodePng(const Raster& raster) {
+std::string EncodePng(const Raster& raster, const std::string& name) {
   Png writer;
   writer.png = png_create_write_struct(PNG_LIBPNG_VER_STRING, &writer, OnError, OnWarning);
   if (writer.png != nullptr) writer.info = png_create_info_struct(writer.png);
@@ -117,7 +128,7 @@ std::string EncodePng(const Raster& raster) {
   std::vector<png_bytep> rows = RowsOf(const_cast<Raster*>(&raster));
   const bool written = writer.info != nullptr && WriteAll(&writer, &file, raster, rows.data());
   png_destroy_write_struct(&writer.png, &writer.info);
-  if (!written) throw Failure("the image cannot be written as PNG: " + writer.error);
+  if (!written) throw Failure(name + ": cannot be written as PNG: " + writer.error);
   return file;
 }
 

@@ -8,11 +8,12 @@
 
 namespace calib {
 
-// The image as a PNG file.
-std::string EncodePng(const Raster& raster);
+// The image as a PNG file. Throws Failure, naming it, if it is wider or higher than libpng writes.
+std::string EncodePng(const Raster& raster, const std::string& name);
 
 // The image of a PNG file; palettes become colors, and what has fewer than 8 bits gets 8. Throws
 // Failure, naming the file, if it is no whole PNG, has 16 bits for each color, or more than 1 GiB.
+// Takes no memory for samples that a file of that size cannot hold.
 Raster DecodePng(const std::string& bytes, const std::string& name);
 
 // "png" or "jpeg" by the first bytes of a file; "" if it is neither.
