@@ -4,7 +4,7 @@
 if(CALIBRATION_SANITIZE)
   calibration_left_out("the build has sanitizers"
     install_test.* abi_test.* package_test version_test interop_test python_* guide_test
-    reference_test colcon_test javascript_test)
+    reference_test colcon_test javascript_test fleet_test)
   return()
 endif()
 
@@ -83,7 +83,7 @@ calibration_script_test(interop_test interop/interop_test.sh
   "${PROJECT_SOURCE_DIR}/python/calibration_protolib")
 add_subdirectory(python)
 
-# --- Workspaces of ROS, JavaScript ---
+# --- Workspaces of ROS, JavaScript, databases ---
 # A test that ends with 77 says what it lacks, and is shown as skipped.
 calibration_script_test(colcon_test colcon_test.sh "${PROJECT_SOURCE_DIR}" "${runtime_prefix}")
 set(skippable_tests colcon_test)
@@ -93,6 +93,14 @@ if(CALIBRATION_EXAMPLES)
   list(APPEND skippable_tests javascript_test)
 else()
   calibration_left_out("CALIBRATION_EXAMPLES is off" javascript_test)
+endif()
+if(CALIBRATION_EXAMPLES AND TARGET calib)
+  calibration_script_test(fleet_test fleet/fleet_test.sh
+    "${PROJECT_SOURCE_DIR}" $<TARGET_FILE:calib> $<TARGET_FILE:make_fleet>
+    "${CMAKE_CURRENT_BINARY_DIR}/fleet")
+  list(APPEND skippable_tests fleet_test)
+else()
+  calibration_left_out("CALIBRATION_EXAMPLES or CALIBRATION_CALIB is off" fleet_test)
 endif()
 set_tests_properties(${skippable_tests} PROPERTIES SKIP_RETURN_CODE 77)
 
