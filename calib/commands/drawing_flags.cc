@@ -15,8 +15,12 @@ void DrawingFlags::AddTo(Command* command) {
 
 void DrawingFlags::Apply(ChartOptions* options) const {
   options->extrinsics = ExtrinsicsByName(extrinsics);
+  options->lens = LensReaderOf(lens);
+}
+
+LensReader LensReaderOf(const LensFlag& lens) {
   const LensModel* chosen = lens.model();
-  options->lens = [chosen](const zarvo::calibration::CameraIntrinsics& intrinsics) {
+  return [chosen](const zarvo::calibration::CameraIntrinsics& intrinsics) {
     LensReading reading;
     try {
       const LensModel* model = nullptr;

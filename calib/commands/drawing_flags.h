@@ -10,6 +10,9 @@
 
 namespace calib {
 
+// Reads lenses as the flag says or, without it, by the numbers of their coefficients.
+LensReader LensReaderOf(const LensFlag& lens);
+
 // --extrinsics and --distortion-model.
 struct DrawingFlags {
   std::string extrinsics;

@@ -8,17 +8,23 @@
 #include <map>
 #include <memory>
 #include <optional>
+#include <set>
 #include <sstream>
 
+#include "calib/charts/chart_svg.h"
+#include "calib/charts/chart_text.h"
 #include "calib/commands/commands.h"
+#include "calib/commands/drawing_flags.h"
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/file_list.h"
 #include "calib/console/number.h"
+#include "calib/console/terminal.h"
 #include "calib/fields/metadata_time.h"
 #include "calib/formats/record_reader.h"
 #include "calib/views/camera_drift.h"
+#include "calib/views/drift_charts.h"
 #include "calib/views/table.h"
 
 namespace calib {
@@ -27,8 +33,13 @@ namespace {
 struct Flags {
   std::vector<std::string> paths;
   std::string camera, order = "auto", to = "text", threshold;
+  bool pixels = false;
+  LensFlag lens;
   InputFlags input;
 };
+
+// Beside the formats of a table.
+constexpr char kSvg[] = "svg", kTerminal[] = "terminal";
 
 // A record's cameras, and what the record may be ordered by.
 struct Stage {
@@ -48,13 +59,14 @@ std::vector<Stage> Read(const Flags& flags) {
     const NameFacts facts = FactsFromName(path);
     return facts.format && facts.type != nullptr;
   });
+  const LensReader lenses = flags.pixels ? LensReaderOf(flags.lens) : nullptr;
   std::vector<Stage> stages;
   Failures failures(files.size());
   for (const std::string& path : files) {
     failures.Try([&] {
       RecordReader reader(path, flags.input);
       for (Record record = {}; reader.Next(&record);) {
-        stages.push_back({CameraSamplesOf(*record.message, record.name), record.name,
+        stages.push_back({CameraSamplesOf(*record.message, record.name, lenses), record.name,
                           MetadataTime(*record.message), FileTime(path)});
       }
     });
@@ -135,8 +147,10 @@ bool TellExceeding(const std::vector<DriftRow>& rows,
         std::any_of(rows.begin(), rows.end(),
                     [&name = quantity](const DriftRow& row) { return row.quantity == name; });
     if (!known) {
-      throw Failure("--threshold: no camera has the quantity '" + quantity + "'",
-                    "Those of the table are fx, fy, skew, cx, cy, k[0], p[0], rotation, position.");
+      throw Failure(
+          "--threshold: no camera has the quantity '" + quantity + "'",
+          "Those of the table are fx, fy, skew, cx, cy, k[0], p[0], rotation, position, and "
+          "with --pixels pixels.");
     }
   }
   for (const DriftRow& row : rows) {
@@ -150,28 +164,57 @@ bool TellExceeding(const std::vector<DriftRow>& rows,
   return any;
 }
 
-int Drift(const Flags& flags) {
-  const std::map<std::string, double> thresholds = Thresholds(flags.threshold);
+// The cameras that are asked for, in the order of the records; tells what they lack.
+std::vector<CameraSample> Samples(const Flags& flags) {
   std::vector<Stage> stages = Read(flags);
   Order(flags.order, &stages);
   std::vector<CameraSample> samples;
-  for (Stage& stage : stages) {
-    for (CameraSample& camera : stage.cameras) {
+  for (size_t i = 0; i < stages.size(); ++i) {
+    for (CameraSample& camera : stages[i].cameras) {
       if (!flags.camera.empty() && camera.camera != flags.camera) continue;
+      const std::string place = camera.record + ": " + camera.camera + ": ";
       if (camera.odd_transform) {
-        Note(camera.record + ": " + camera.camera +
-             ": extrinsics are no rigid transform of 16 numbers by rows, and left out");
+        Note(place + "extrinsics are no rigid transform of 16 numbers by rows, and left out");
       }
+      if (!camera.no_lens.empty()) Note(place + "no pixels to compare: " + camera.no_lens);
+      camera.order = i;
       samples.push_back(std::move(camera));
     }
   }
+  return samples;
+}
+
+std::string Shown(const std::vector<DriftRow>& rows, const std::string& format) {
+  if (format != kSvg && format != kTerminal) return TextOf(rows, TableFormatNamed(format));
+  const std::vector<Chart> charts = DriftCharts(rows);
+  if (charts.empty()) Note("nothing changed, so there is nothing to draw");
+  return format == kSvg ? ChartsAsSvg("Cameras over time", charts)
+                        : ChartsAsText("Cameras over time", charts, OutputWidth());
+}
+
+// Says which displacements there are none of.
+void TellIncomparable(const std::vector<DriftRow>& rows) {
+  std::set<std::string> begun;
+  for (const DriftRow& row : rows) {
+    if (row.quantity != "pixels" || begun.insert(row.camera).second) continue;
+    if (row.since_first && row.since_before) continue;
+    Note(row.record + ": " + row.camera +
+         ": no pixels to compare with another record's: images of another size, or lenses that see "
+         "nothing alike");
+  }
+}
+
+int Drift(const Flags& flags) {
+  const std::map<std::string, double> thresholds = Thresholds(flags.threshold);
+  const std::vector<CameraSample> samples = Samples(flags);
   if (samples.empty()) {
     throw Failure(flags.camera.empty() ? "there is no camera in these records"
                                        : "no camera '" + flags.camera + "' is in these records",
                   "Cameras go by their serial number, else by their name.");
   }
   const std::vector<DriftRow> rows = DriftOf(samples);
-  Print(TextOf(rows, TableFormatNamed(flags.to)));
+  TellIncomparable(rows);
+  Print(Shown(rows, flags.to));
   return TellExceeding(rows, thresholds) ? kFinding : kFine;
 }
 
@@ -186,7 +229,13 @@ void AddDrift(Command* program, int* status) {
   AddChoice(command, "--order", &flags->order, {"auto", "time", "file-time", "name", "input"},
             "What comes first; auto goes by metadata.time where all records have it, else by the "
             "order of the input");
-  AddChoice(command, "--to", &flags->to, TableFormatNames(), "Format of the table");
+  std::vector<std::string> formats = TableFormatNames();
+  formats.insert(formats.end(), {kSvg, kTerminal});
+  AddChoice(command, "--to", &flags->to, formats,
+            "Format of the table, or charts as svg or with characters on the terminal");
+  command->AddFlag("--pixels", flags->pixels,
+                   "Tell by how many pixels each camera's image changed at most, too");
+  flags->lens.AddTo(command, "With --pixels: what k and p mean; auto goes by their numbers");
   command
       ->AddOption("--threshold", flags->threshold,
                   "How much a quantity may have changed since the first record")
@@ -198,12 +247,17 @@ void AddDrift(Command* program, int* status) {
       "record and since the one before. 'rotation' is the angle in degrees by which the camera "
       "turned, 'position' the distance that it moved, in the records' unit of length; both take "
       "extrinsics.a for 16 numbers of a rigid transform by rows. Changes are given to six "
-      "digits.\n\n"
+      "digits. 'pixels' is what 'calib diff --pixels' tells: how far points at infinity moved in "
+      "the image, at most, but for the rotation that explains most of it. It needs the image's "
+      "size, and takes some milliseconds for each camera.\n\n"
+      "Charts show the changes since the first record, one chart for each quantity.\n\n"
       "Exit status: 0 fine, 1 more than a threshold, 2 trouble.\n\n"
       "Examples:\n"
       "  calib drift october.RobotCalibration.binpb november.RobotCalibration.binpb\n"
       "  calib drift robot.RobotCalibration.binpb.log --camera cam0 --to csv\n"
-      "  calib drift robot.RobotCalibration.binpb.log --threshold fx=0.5,rotation=0.1");
+      "  calib drift robot.RobotCalibration.binpb.log --threshold fx=0.5,rotation=0.1\n"
+      "  calib drift robot.RobotCalibration.binpb.log --pixels --threshold pixels=1\n"
+      "  calib drift robot.RobotCalibration.binpb.log --to svg > drift.svg");
   command->Callback([flags, status] { *status = Drift(*flags); });
 }
 

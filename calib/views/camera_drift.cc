@@ -44,6 +44,16 @@ void AddTransform(const CameraCalibration& camera, CameraSample* sample) {
   if (!sample->odd_transform) sample->transform = transform;
 }
 
+void AddLens(const CameraIntrinsics& intrinsics, const LensReader& reader, CameraSample* sample) {
+  if (intrinsics.width() < 2 || intrinsics.height() < 2) {
+    sample->no_lens = "the image's width and height are not set";
+    return;
+  }
+  const LensReading reading = reader(intrinsics);
+  sample->no_lens = reading.reason;
+  if (!reading.model.empty()) sample->lens = reading.camera;
+}
+
 // The angle between two rotations, in degrees.
 double Angle(const geometry::Transform& a, const geometry::Transform& b) {
   constexpr double kDegrees = 57.29577951308232;
@@ -65,6 +75,20 @@ std::optional<double> ChangeOf(Change change, const CameraSample* before, const 
   return change(*before->transform, *now.transform);
 }
 
+// The largest displacement in the image, but for the rotation between the two; none for images of
+// different sizes.
+std::optional<double> Displacement(const CameraSample* before, const CameraSample& now) {
+  if (before == nullptr || !before->lens || !now.lens) return std::nullopt;
+  if (before->intrinsics == now.intrinsics && before->lens->width == now.lens->width &&
+      before->lens->height == now.lens->height) {
+    return 0;
+  }
+  const geometry::Difference difference =
+      geometry::Compare(*before->lens, *now.lens, geometry::DifferenceOptions());
+  if (difference.status != geometry::Status::kOk) return std::nullopt;
+  return difference.largest;
+}
+
 // The change of the intrinsic of that name, if both have it.
 std::optional<double> ChangeOf(const std::pair<std::string, double>& value,
                                const CameraSample* before) {
@@ -78,19 +102,27 @@ std::optional<double> ChangeOf(const std::pair<std::string, double>& value,
 void AddRows(const CameraSample& now, const CameraSample* first, const CameraSample* before,
              std::vector<DriftRow>* rows) {
   for (const auto& value : now.intrinsics) {
-    rows->push_back({now.camera, now.record, value.first, value.second, ChangeOf(value, first),
-                     ChangeOf(value, before)});
+    rows->push_back({now.camera, now.record, value.first, now.order, value.second,
+                     ChangeOf(value, first), ChangeOf(value, before)});
+  }
+  const auto add = [&](const char* quantity, std::optional<double> since_first,
+                       std::optional<double> since_before) {
+    rows->push_back(
+        {now.camera, now.record, quantity, now.order, std::nullopt, since_first, since_before});
+  };
+  if (now.lens) {
+    const std::optional<double> since_first = Displacement(first, now);
+    add("pixels", since_first, before == first ? since_first : Displacement(before, now));
   }
   if (!now.transform) return;
-  rows->push_back({now.camera, now.record, "rotation", std::nullopt, ChangeOf(Angle, first, now),
-                   ChangeOf(Angle, before, now)});
-  rows->push_back({now.camera, now.record, "position", std::nullopt, ChangeOf(Distance, first, now),
-                   ChangeOf(Distance, before, now)});
+  add("rotation", ChangeOf(Angle, first, now), ChangeOf(Angle, before, now));
+  add("position", ChangeOf(Distance, first, now), ChangeOf(Distance, before, now));
 }
 
 }  // namespace
 
-std::vector<CameraSample> CameraSamplesOf(const Message& record, const std::string& name) {
+std::vector<CameraSample> CameraSamplesOf(const Message& record, const std::string& name,
+                                          const LensReader& reader) {
   std::vector<CameraSample> samples;
   ForEachMessage(record, [&](const Message& message, const std::string& path) {
     if (message.GetDescriptor() != CameraCalibration::descriptor()) return;
@@ -101,6 +133,7 @@ std::vector<CameraSample> CameraSamplesOf(const Message& record, const std::stri
                                              : path;
     sample.record = name;
     if (camera.has_intrinsics()) AddIntrinsics(camera.intrinsics(), &sample);
+    if (camera.has_intrinsics() && reader) AddLens(camera.intrinsics(), reader, &sample);
     AddTransform(camera, &sample);
     samples.push_back(std::move(sample));
   });
