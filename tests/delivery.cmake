@@ -4,7 +4,7 @@
 if(CALIBRATION_SANITIZE)
   calibration_left_out("the build has sanitizers"
     install_test.* abi_test.* package_test version_test interop_test python_* guide_test
-    reference_test colcon_test javascript_test fleet_test)
+    reference_test colcon_test javascript_test mcap_test fleet_test)
   return()
 endif()
 
@@ -83,7 +83,7 @@ calibration_script_test(interop_test interop/interop_test.sh
   "${PROJECT_SOURCE_DIR}/python/calibration_protolib")
 add_subdirectory(python)
 
-# --- Workspaces of ROS, JavaScript, databases ---
+# --- Workspaces of ROS, JavaScript, MCAP, databases ---
 # A test that ends with 77 says what it lacks, and is shown as skipped.
 calibration_script_test(colcon_test colcon_test.sh "${PROJECT_SOURCE_DIR}" "${runtime_prefix}")
 set(skippable_tests colcon_test)
@@ -102,7 +102,17 @@ if(CALIBRATION_EXAMPLES AND TARGET calib)
 else()
   calibration_left_out("CALIBRATION_EXAMPLES or CALIBRATION_CALIB is off" fleet_test)
 endif()
+if(TARGET calib)
+  calibration_script_test(mcap_test javascript/mcap_test.sh
+    "${PROJECT_SOURCE_DIR}" $<TARGET_FILE:calib> "${CMAKE_CURRENT_BINARY_DIR}/javascript")
+  list(APPEND skippable_tests mcap_test)
+else()
+  calibration_left_out("CALIBRATION_CALIB is off" mcap_test)
+endif()
 set_tests_properties(${skippable_tests} PROPERTIES SKIP_RETURN_CODE 77)
+# npm fills one folder for those that use its packages.
+list(REMOVE_ITEM skippable_tests colcon_test)
+set_tests_properties(${skippable_tests} PROPERTIES RESOURCE_LOCK node_modules)
 
 # --- Documents ---
 set(guide_arguments "${PROJECT_SOURCE_DIR}/docs/guide.md" "${PROJECT_SOURCE_DIR}/docs/python.md"
