@@ -75,7 +75,7 @@ void Fit(const std::vector<Foreign>& files, const ImportFormat& format, const Fl
 Foreign ReadForeign(const std::string& path, const std::vector<std::string>& topics) {
   const std::string name = InputName(path);
   std::error_code error;
-  if (std::filesystem::is_regular_file(path, error)) {
+  if (path != "-" && std::filesystem::is_regular_file(path, error)) {
     const MappedFile mapped(path);
     const std::string_view bytes(mapped.bytes().data, mapped.bytes().size);
     if (BeginsAsMcap(bytes)) return ReadMcapCameras(name, bytes, topics);

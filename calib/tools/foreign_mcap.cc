@@ -285,6 +285,10 @@ ForeignTree TreeOf(const std::string& file, const std::vector<Topic>& topics) {
 
 // --- The file ------------------------------------------------------------------------------------
 
+std::string MessagesText(size_t messages) {
+  return std::to_string(messages) + (messages == 1 ? " message" : " messages");
+}
+
 std::string Damage(const McapEnd& end) {
   return "is damaged at byte " + std::to_string(end.at) + ": " + end.damage;
 }
@@ -330,15 +334,16 @@ Foreign ReadMcapCameras(const std::string& file, std::string_view bytes,
   CheckWanted(file, taken.all(), topics, end);
   Foreign cameras = Foreign::FromMcap(file, TreeOf(file, taken.all()));
   if (!end.damage.empty()) {
-    cameras.Remark(Damage(end) + "; read is what stands ahead of it, in " +
-                       std::to_string(end.messages) + " messages",
-                   Leftover::Kind::kDamaged);
+    cameras.Remark(
+        Damage(end) + "; read is what stands ahead of it, in " + MessagesText(end.messages),
+        Leftover::Kind::kDamaged);
   }
   for (const Topic& topic : taken.all()) {
     if (topic.changes == 0) continue;
     cameras.At({topic.name})
-        .Convert("changes " + std::to_string(topic.changes) + " times in " +
-                 std::to_string(topic.messages) + " messages; the last is kept");
+        .Convert(std::to_string(topic.changes) + " of " + MessagesText(topic.messages) +
+                 (topic.changes == 1 ? " differs" : " differ") +
+                 " from the one before; the last is kept");
   }
   return cameras;
 }
