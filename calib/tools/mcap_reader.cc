@@ -106,13 +106,12 @@ class Reader {
     const std::string_view compression = content.TakeSized<uint32_t>();
     const std::string_view compressed = content.TakeSized<uint64_t>();
     if (!content.ok()) return "its chunk is too short";
-    std::string records;
-    std::string wrong = DecompressMcapChunk(compression, compressed, size, &records);
+    std::string wrong = DecompressMcapChunk(compression, compressed, size, &chunk_);
     if (!wrong.empty()) return wrong;
-    if (checksum != 0 && checksum != Checksum(records)) {
+    if (checksum != 0 && checksum != Checksum(chunk_)) {
       return "its chunk does not have the checksum that it says";
     }
-    for (ByteCursor parts(records); parts.left() > 0;) {
+    for (ByteCursor parts(chunk_); parts.left() > 0;) {
       Record part;
       std::string damage = Next(&parts, &part);
       if (damage.empty()) damage = TakePart(part);
@@ -183,6 +182,7 @@ class Reader {
   std::map<uint16_t, McapChannel> channels_;
   size_t summary_ = 0;  // where it begins, once the messages have ended
   size_t messages_ = 0;
+  std::string chunk_;  // the records of the last one, whose memory the next one takes
 };
 
 }  // namespace
