@@ -27,7 +27,6 @@ namespace {
 
 using google::protobuf::Message;
 using google::protobuf::TextFormat;
-using zarvo::calibration::CalibrationImage;
 using zarvo::calibration::CameraCalibration;
 using zarvo::calibration::RobotCalibration;
 
