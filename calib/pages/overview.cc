@@ -40,7 +40,7 @@ std::string OverviewReport::Drawing(const Record& record) {
   chart.area_label.clear();
   chart.area_picture.clear();
   chart.group.clear();
-  const std::string drawing = SmallChartAsElement(chart, kSmallWidth);
+  std::string drawing = SmallChartAsElement(chart, kSmallWidth);
   if (size_of_drawings_ + drawing.size() > kMostOfDrawings) {
     ++undrawn_;
     return "";
