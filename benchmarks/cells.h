@@ -1,7 +1,7 @@
 // A cell is what the benchmarks measure: one operation on one payload, with one side's classes.
 //
 // The sides are `ours`, `opponent` (a schema compiler's classes of the same schema), `dynamic` (the
-// run-time's DynamicMessage) and `memcpy` (for one cell, the least that any parser can do). Both
+// run-time's DynamicMessage) and `limit` (the least that the operation could cost). Both
 // programs, the one that takes the time and the one that counts instructions, run the same cells.
 #ifndef CALIBRATION_BENCHMARKS_CELLS_H_
 #define CALIBRATION_BENCHMARKS_CELLS_H_
@@ -55,7 +55,7 @@ struct Catalogue {
 void AddOurs(Catalogue* catalogue);
 void AddOpponent(Catalogue* catalogue);
 void AddDynamic(Catalogue* catalogue);
-void AddMemcpy(Catalogue* catalogue);
+void AddLimits(Catalogue* catalogue);
 
 // All sides that were built, in that order. The peers' programs have sides of their own.
 Catalogue EverySide();

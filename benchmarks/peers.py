@@ -95,7 +95,7 @@ def print_tables(results, figures):
     unit = "microseconds of processor time" if results.kind == "time" else "instructions"
     print(f"{unit} for one record, bytes; in parentheses the ratio to this library's\n")
     for payload in results.columns():
-        print(f"{payload}: {table.PAYLOADS[payload]}\n")
+        print(f"**{payload}**: {table.PAYLOADS[payload]}\n")
         print_table(results, figures, payload)
         print()
     if results.kind != "time":

@@ -27,7 +27,7 @@ def main():
     parser.add_argument("--check", action="store_true")
     parser.add_argument("--update", action="store_true")
     parser.add_argument("--cells", default="")
-    parser.add_argument("--against", default="opponent", choices=["opponent", "dynamic"])
+    parser.add_argument("--against", default="opponent", choices=["opponent", "dynamic", "limit"])
     parser.add_argument("--opponent", default="shared", choices=["shared", "static"])
     parser.add_argument("--absolute", action="store_true")
     options = parser.parse_args()

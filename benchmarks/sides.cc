@@ -12,7 +12,7 @@ Catalogue EverySide() {
   AddOpponent(&catalogue);
 #endif
   AddDynamic(&catalogue);
-  AddMemcpy(&catalogue);
+  AddLimits(&catalogue);
   return catalogue;
 }
 

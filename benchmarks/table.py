@@ -87,9 +87,9 @@ def print_ratios(results, against):
 
 
 def print_results(results, against):
-    others = [side for side in ("opponent", "dynamic")
-              if any(cell[0] == side for cell in results.values)]
-    if against not in others:
+    sides = {cell[0] for cell in results.values}
+    others = [side for side in ("opponent", "dynamic") if side in sides]
+    if against not in sides:
         print(f"There is no side '{against}' here.")
         print_absolute(results, "ours")
     else:
@@ -101,9 +101,9 @@ def print_results(results, against):
                   if (found := results.ratio(operation, payload, other)) is not None]
         print(f"against {other}: {len(values)} cells, geometric mean "
               f"{geometric_mean(values):.3f}, largest {max(values):.2f}")
-    memcpy = results.ratio("parse fresh", "I", "memcpy")
-    if memcpy is not None:
-        print(f"parsing an image record: {memcpy[0]:.2f} of a memcpy of its image and the "
+    limit = results.ratio("parse fresh", "I", "limit")
+    if limit is not None:
+        print(f"parsing an image record: {limit[0]:.2f} of a memcpy of its image and the "
               "allocation for it")
     for name in results.columns():
         print(f"{name:<2} {PAYLOADS[name]}")

@@ -79,9 +79,9 @@ class Trace {
 };
 
 template <class T>
-constexpr bool kIsList = false;
+inline constexpr bool kIsList = false;
 template <class T>
-constexpr bool kIsList<std::vector<T>> = true;
+inline constexpr bool kIsList<std::vector<T>> = true;
 
 // Hands a program's own values to the sink.
 template <class T, class Sink>
