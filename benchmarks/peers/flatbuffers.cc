@@ -15,7 +15,7 @@ namespace flat = ::peers::flat;
 using ::flatbuffers::Offset;
 
 struct Builder : ::flatbuffers::FlatBufferBuilder {
-  explicit Builder(bool tables) : FlatBufferBuilder(32 * 1024), points_as_tables(tables) {}
+  explicit Builder(bool tables) : FlatBufferBuilder(size_t{32} * 1024), points_as_tables(tables) {}
   bool points_as_tables;
 };
 
