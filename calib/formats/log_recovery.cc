@@ -39,20 +39,23 @@ bool LogRecovery::IsStrict(ByteView record) {
 
 LogStretch LogRecovery::LongestChain(size_t begin) {
   LogStretch longest = {LogStretch::kGuessed, bytes_.size, bytes_.size, 0};
-  size_t known = 0;  // where a record of a chain begins that was walked already
+  // Where a record of a chain begins that was walked already, and where that chain ended.
+  size_t known = 0, walked = 0;
   ByteView record;
   size_t next = 0;
   // No chain that begins later can be longer than what is left.
   for (size_t start = begin; bytes_.size - start > longest.end - longest.begin; ++start) {
-    if (start == known) {
+    if (start == known && start < walked) {
       known = Frame(start, &record, &next) ? next : 0;
       continue;
     }
     LogStretch chain = {LogStretch::kGuessed, start, start, 0};
+    const bool follow = known <= start;
     while (chain.end < bytes_.size && Frame(chain.end, &record, &next) && IsStrict(record)) {
-      if (chain.records++ == 0 && known < start) known = next;
+      if (chain.records++ == 0 && follow) known = next;
       chain.end = next;
     }
+    if (follow) walked = chain.end;
     if (chain.end - chain.begin > longest.end - longest.begin) longest = chain;
   }
   return longest;
