@@ -148,23 +148,33 @@ class ElementBlocksTest : public ::testing::Test {
 };
 TYPED_TEST_SUITE(ElementBlocksTest, AllFields);
 
+// They do where what operator new returns is aligned to 16, which malloc() sees to where there are
+// types that want it: not on armhf.
 TYPED_TEST(ElementBlocksTest, ShareAllocations) {
   using Record = typename TypeParam::Record;
+  const auto check = [](long allocations) {
+    if (alignof(std::max_align_t) >= 16) {
+      EXPECT_LT(allocations, 150);
+    } else {
+      EXPECT_GE(allocations, 1600);
+    }
+  };
   const std::string bytes = EmptyElements(TypeParam::Number(), 1600);
   Record record;
   long before = Allocations();
   ASSERT_TRUE(record.ParsePartialFromString(bytes));
-  EXPECT_LT(Allocations() - before, 150);
+  check(Allocations() - before);
   before = Allocations();
   const Record copy(record);
-  EXPECT_LT(Allocations() - before, 150);
+  check(Allocations() - before);
   EXPECT_EQ(TypeParam::In(record).size(), 1600);
   for (const int reserved : {0, 1600}) {
     Record added;
     TypeParam::In(added).Reserve(reserved);
+    SCOPED_TRACE("with room for " + std::to_string(reserved));
     before = Allocations();
     for (int i = 0; i < 1600; ++i) TypeParam::Add(&added);
-    EXPECT_LT(Allocations() - before, 150) << "with room for " << reserved;
+    check(Allocations() - before);
   }
 }
 

@@ -18,10 +18,10 @@ namespace {
 long allocations = 0;
 
 // Every second block begins 8 bytes behind a multiple of 16. The byte in front of a block says how
-// far behind what malloc() returned it begins.
+// far behind what the C library returned it begins.
 void* AllocateLoosely(std::size_t size) {
   const std::size_t offset = allocations++ % 2 == 0 ? 16 : 24;
-  char* memory = static_cast<char*>(std::malloc(size + offset));
+  char* memory = static_cast<char*>(std::aligned_alloc(16, (size + offset + 15) / 16 * 16));
   if (memory == nullptr) throw std::bad_alloc();
   memory[offset - 1] = static_cast<char>(offset);
   return memory + offset;
