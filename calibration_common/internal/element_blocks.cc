@@ -182,20 +182,20 @@ void ElementMemory::LeaveUnused() {
   PoisonUnused(owner);
 }
 
-void FreedElements::FreeFirst(void* element) {
-  if (count_ > 0) FreeNeighbours();
-  const bool counted = IsCountedDown(element);
-  count_ = counted ? 1 : 0;
-  behind_ = counted ? static_cast<char*>(element) + SlotSize(size_) : nullptr;
-  if (!counted) FreeOtherElement(element, size_);
+__attribute__((noinline)) char* FreedElements::FreeFirst(void* element, ::std::size_t size) {
+  if (IsCountedDown(element)) return static_cast<char*>(element) + SlotSize(size);
+  FreeOtherElement(element, size);
+  return nullptr;
 }
 
-void FreedElements::FreeNeighbours() {
-  BlockOwner* owner = *OwnerOf(behind_ - SlotSize(size_), size_);
-  if (CountDown(owner, ShareOf(count_, behind_, size_, owner))) ::operator delete(owner->block);
+__attribute__((noinline)) void FreedElements::FreeNeighbours(char* behind, int count,
+                                                             ::std::size_t size) {
+  if (count == 0) return;
+  BlockOwner* owner = *OwnerOf(behind - SlotSize(size), size);
+  if (CountDown(owner, ShareOf(count, behind, size, owner))) ::operator delete(owner->block);
 }
 
-void FreeElement(void* element, ::std::size_t size) {
+__attribute__((noinline)) void FreeElement(void* element, ::std::size_t size) {
   if (!IsCountedDown(element)) return FreeOtherElement(element, size);
   BlockOwner* owner = *OwnerOf(element, size);
   const int share = ShareOf(1, static_cast<char*>(element) + SlotSize(size), size, owner);

@@ -137,9 +137,7 @@ inline void MergeElements(const ::google::protobuf::RepeatedPtrField<T>& from,
 class FreedElements {
  public:
   explicit FreedElements(::std::size_t size) : size_(size), behind_(nullptr), count_(0) {}
-  ~FreedElements() {
-    if (count_ > 0) FreeNeighbours();
-  }
+  ~FreedElements() { FreeNeighbours(behind_, count_, size_); }
   FreedElements(const FreedElements&) = delete;
   FreedElements& operator=(const FreedElements&) = delete;
 
@@ -148,13 +146,17 @@ class FreedElements {
       behind_ += SlotSize(size_);
       ++count_;
     } else {
-      FreeFirst(element);
+      FreeNeighbours(behind_, count_, size_);
+      behind_ = FreeFirst(element, size_);
+      count_ = behind_ != nullptr ? 1 : 0;
     }
   }
 
  private:
-  void FreeFirst(void* element);
-  void FreeNeighbours();
+  // Both are told what they need, so that the members can stay in registers.
+  // The end of the element's slot; null if it is in no block, and has been freed.
+  static char* FreeFirst(void* element, ::std::size_t size);
+  static void FreeNeighbours(char* behind, int count, ::std::size_t size);
 
   const ::std::size_t size_;
   char* behind_;  // the end of the last neighbour's slot; null if there is none
