@@ -659,7 +659,10 @@ MarkerPositionInfo::MarkerPositionInfo(const MarkerPositionInfo& from) : MarkerP
   MergeFrom(from);
 }
 
-MarkerPositionInfo::~MarkerPositionInfo() { SharedDtor(); }
+MarkerPositionInfo::~MarkerPositionInfo() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void MarkerPositionInfo::InitAsDefaultInstance() {}
 
@@ -683,10 +686,10 @@ const ::google::protobuf::Descriptor* MarkerPositionInfo::descriptor() {
 
 MarkerPositionInfo* MarkerPositionInfo::New() const { return New(nullptr); }
 
-MarkerPositionInfo* MarkerPositionInfo::New(::google::protobuf::Arena* arena) const {
-  MarkerPositionInfo* message = new MarkerPositionInfo;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) MarkerPositionInfo* MarkerPositionInfo::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new MarkerPositionInfo;
 }
 
 int MarkerPositionInfo::GetCachedSize() const { return _cached_size_; }
@@ -865,7 +868,10 @@ MarkerPositionSet::MarkerPositionSet(const MarkerPositionSet& from) : MarkerPosi
   MergeFrom(from);
 }
 
-MarkerPositionSet::~MarkerPositionSet() { SharedDtor(); }
+MarkerPositionSet::~MarkerPositionSet() {
+  if (!pos_.empty()) SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void MarkerPositionSet::InitAsDefaultInstance() {}
 
@@ -887,10 +893,10 @@ const ::google::protobuf::Descriptor* MarkerPositionSet::descriptor() {
 
 MarkerPositionSet* MarkerPositionSet::New() const { return New(nullptr); }
 
-MarkerPositionSet* MarkerPositionSet::New(::google::protobuf::Arena* arena) const {
-  MarkerPositionSet* message = new MarkerPositionSet;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) MarkerPositionSet* MarkerPositionSet::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new MarkerPositionSet;
 }
 
 int MarkerPositionSet::GetCachedSize() const { return _cached_size_; }
@@ -1052,7 +1058,10 @@ CameraIntrinsicsSamplePoints::CameraIntrinsicsSamplePoints(
   MergeFrom(from);
 }
 
-CameraIntrinsicsSamplePoints::~CameraIntrinsicsSamplePoints() { SharedDtor(); }
+CameraIntrinsicsSamplePoints::~CameraIntrinsicsSamplePoints() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void CameraIntrinsicsSamplePoints::InitAsDefaultInstance() {}
 
@@ -1078,11 +1087,10 @@ const ::google::protobuf::Descriptor* CameraIntrinsicsSamplePoints::descriptor()
 
 CameraIntrinsicsSamplePoints* CameraIntrinsicsSamplePoints::New() const { return New(nullptr); }
 
-CameraIntrinsicsSamplePoints* CameraIntrinsicsSamplePoints::New(
+__attribute__((flatten)) CameraIntrinsicsSamplePoints* CameraIntrinsicsSamplePoints::New(
     ::google::protobuf::Arena* arena) const {
-  CameraIntrinsicsSamplePoints* message = new CameraIntrinsicsSamplePoints;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new CameraIntrinsicsSamplePoints;
 }
 
 int CameraIntrinsicsSamplePoints::GetCachedSize() const { return _cached_size_; }
@@ -1281,7 +1289,10 @@ CameraIntrinsics::CameraIntrinsics(const CameraIntrinsics& from) : CameraIntrins
   MergeFrom(from);
 }
 
-CameraIntrinsics::~CameraIntrinsics() { SharedDtor(); }
+CameraIntrinsics::~CameraIntrinsics() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void CameraIntrinsics::InitAsDefaultInstance() {}
 
@@ -1321,10 +1332,10 @@ const ::google::protobuf::Descriptor* CameraIntrinsics::descriptor() {
 
 CameraIntrinsics* CameraIntrinsics::New() const { return New(nullptr); }
 
-CameraIntrinsics* CameraIntrinsics::New(::google::protobuf::Arena* arena) const {
-  CameraIntrinsics* message = new CameraIntrinsics;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) CameraIntrinsics* CameraIntrinsics::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new CameraIntrinsics;
 }
 
 int CameraIntrinsics::GetCachedSize() const { return _cached_size_; }
@@ -1738,7 +1749,10 @@ CalibrationImage::CalibrationImage(const CalibrationImage& from) : CalibrationIm
   MergeFrom(from);
 }
 
-CalibrationImage::~CalibrationImage() { SharedDtor(); }
+CalibrationImage::~CalibrationImage() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void CalibrationImage::InitAsDefaultInstance() {}
 
@@ -1767,10 +1781,10 @@ const ::google::protobuf::Descriptor* CalibrationImage::descriptor() {
 
 CalibrationImage* CalibrationImage::New() const { return New(nullptr); }
 
-CalibrationImage* CalibrationImage::New(::google::protobuf::Arena* arena) const {
-  CalibrationImage* message = new CalibrationImage;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) CalibrationImage* CalibrationImage::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new CalibrationImage;
 }
 
 int CalibrationImage::GetCachedSize() const { return _cached_size_; }
@@ -1962,7 +1976,10 @@ FocusInfoItem::FocusInfoItem(const FocusInfoItem& from) : FocusInfoItem() {
   MergeFrom(from);
 }
 
-FocusInfoItem::~FocusInfoItem() { SharedDtor(); }
+FocusInfoItem::~FocusInfoItem() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void FocusInfoItem::InitAsDefaultInstance() {}
 
@@ -1990,10 +2007,9 @@ const ::google::protobuf::Descriptor* FocusInfoItem::descriptor() {
 
 FocusInfoItem* FocusInfoItem::New() const { return New(nullptr); }
 
-FocusInfoItem* FocusInfoItem::New(::google::protobuf::Arena* arena) const {
-  FocusInfoItem* message = new FocusInfoItem;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) FocusInfoItem* FocusInfoItem::New(::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new FocusInfoItem;
 }
 
 int FocusInfoItem::GetCachedSize() const { return _cached_size_; }
@@ -2259,7 +2275,10 @@ FocusInfo::FocusInfo(const FocusInfo& from) : FocusInfo() {
   MergeFrom(from);
 }
 
-FocusInfo::~FocusInfo() { SharedDtor(); }
+FocusInfo::~FocusInfo() {
+  if (!focus_.empty()) SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void FocusInfo::InitAsDefaultInstance() {}
 
@@ -2281,10 +2300,9 @@ const ::google::protobuf::Descriptor* FocusInfo::descriptor() {
 
 FocusInfo* FocusInfo::New() const { return New(nullptr); }
 
-FocusInfo* FocusInfo::New(::google::protobuf::Arena* arena) const {
-  FocusInfo* message = new FocusInfo;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) FocusInfo* FocusInfo::New(::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new FocusInfo;
 }
 
 int FocusInfo::GetCachedSize() const { return _cached_size_; }
@@ -2412,7 +2430,10 @@ CameraExtrinsics::CameraExtrinsics(const CameraExtrinsics& from) : CameraExtrins
   MergeFrom(from);
 }
 
-CameraExtrinsics::~CameraExtrinsics() { SharedDtor(); }
+CameraExtrinsics::~CameraExtrinsics() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void CameraExtrinsics::InitAsDefaultInstance() {}
 
@@ -2432,10 +2453,10 @@ const ::google::protobuf::Descriptor* CameraExtrinsics::descriptor() {
 
 CameraExtrinsics* CameraExtrinsics::New() const { return New(nullptr); }
 
-CameraExtrinsics* CameraExtrinsics::New(::google::protobuf::Arena* arena) const {
-  CameraExtrinsics* message = new CameraExtrinsics;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) CameraExtrinsics* CameraExtrinsics::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new CameraExtrinsics;
 }
 
 int CameraExtrinsics::GetCachedSize() const { return _cached_size_; }
@@ -2569,7 +2590,10 @@ CameraCalibration::CameraCalibration(const CameraCalibration& from) : CameraCali
   MergeFrom(from);
 }
 
-CameraCalibration::~CameraCalibration() { SharedDtor(); }
+CameraCalibration::~CameraCalibration() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void CameraCalibration::InitAsDefaultInstance() {
   file::LinkToDefaultInstance(&default_instance_->intrinsics_);
@@ -2612,10 +2636,10 @@ const ::google::protobuf::Descriptor* CameraCalibration::descriptor() {
 
 CameraCalibration* CameraCalibration::New() const { return New(nullptr); }
 
-CameraCalibration* CameraCalibration::New(::google::protobuf::Arena* arena) const {
-  CameraCalibration* message = new CameraCalibration;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) CameraCalibration* CameraCalibration::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new CameraCalibration;
 }
 
 int CameraCalibration::GetCachedSize() const { return _cached_size_; }
@@ -2841,7 +2865,10 @@ RobotCalibration::RobotCalibration(const RobotCalibration& from) : RobotCalibrat
   MergeFrom(from);
 }
 
-RobotCalibration::~RobotCalibration() { SharedDtor(); }
+RobotCalibration::~RobotCalibration() {
+  if (!camera_.empty()) SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void RobotCalibration::InitAsDefaultInstance() {}
 
@@ -2863,10 +2890,10 @@ const ::google::protobuf::Descriptor* RobotCalibration::descriptor() {
 
 RobotCalibration* RobotCalibration::New() const { return New(nullptr); }
 
-RobotCalibration* RobotCalibration::New(::google::protobuf::Arena* arena) const {
-  RobotCalibration* message = new RobotCalibration;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) RobotCalibration* RobotCalibration::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new RobotCalibration;
 }
 
 int RobotCalibration::GetCachedSize() const { return _cached_size_; }
@@ -3001,7 +3028,10 @@ CalibrationMetadataProto::CalibrationMetadataProto(
   MergeFrom(from);
 }
 
-CalibrationMetadataProto::~CalibrationMetadataProto() { SharedDtor(); }
+CalibrationMetadataProto::~CalibrationMetadataProto() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void CalibrationMetadataProto::InitAsDefaultInstance() {}
 
@@ -3031,10 +3061,10 @@ const ::google::protobuf::Descriptor* CalibrationMetadataProto::descriptor() {
 
 CalibrationMetadataProto* CalibrationMetadataProto::New() const { return New(nullptr); }
 
-CalibrationMetadataProto* CalibrationMetadataProto::New(::google::protobuf::Arena* arena) const {
-  CalibrationMetadataProto* message = new CalibrationMetadataProto;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) CalibrationMetadataProto* CalibrationMetadataProto::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new CalibrationMetadataProto;
 }
 
 int CalibrationMetadataProto::GetCachedSize() const { return _cached_size_; }
@@ -3222,7 +3252,10 @@ GyroscopeCalibrationProto::GyroscopeCalibrationProto(
   MergeFrom(from);
 }
 
-GyroscopeCalibrationProto::~GyroscopeCalibrationProto() { SharedDtor(); }
+GyroscopeCalibrationProto::~GyroscopeCalibrationProto() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void GyroscopeCalibrationProto::InitAsDefaultInstance() {
   file::LinkToDefaultInstance(&default_instance_->metadata_);
@@ -3252,10 +3285,10 @@ const ::google::protobuf::Descriptor* GyroscopeCalibrationProto::descriptor() {
 
 GyroscopeCalibrationProto* GyroscopeCalibrationProto::New() const { return New(nullptr); }
 
-GyroscopeCalibrationProto* GyroscopeCalibrationProto::New(::google::protobuf::Arena* arena) const {
-  GyroscopeCalibrationProto* message = new GyroscopeCalibrationProto;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) GyroscopeCalibrationProto* GyroscopeCalibrationProto::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new GyroscopeCalibrationProto;
 }
 
 int GyroscopeCalibrationProto::GetCachedSize() const { return _cached_size_; }
@@ -3406,7 +3439,10 @@ CameraCalibrationAdjustmentProto::CameraCalibrationAdjustmentProto(
   MergeFrom(from);
 }
 
-CameraCalibrationAdjustmentProto::~CameraCalibrationAdjustmentProto() { SharedDtor(); }
+CameraCalibrationAdjustmentProto::~CameraCalibrationAdjustmentProto() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void CameraCalibrationAdjustmentProto::InitAsDefaultInstance() {
   file::LinkToDefaultInstance(&default_instance_->params_);
@@ -3440,11 +3476,10 @@ CameraCalibrationAdjustmentProto* CameraCalibrationAdjustmentProto::New() const 
   return New(nullptr);
 }
 
-CameraCalibrationAdjustmentProto* CameraCalibrationAdjustmentProto::New(
+__attribute__((flatten)) CameraCalibrationAdjustmentProto* CameraCalibrationAdjustmentProto::New(
     ::google::protobuf::Arena* arena) const {
-  CameraCalibrationAdjustmentProto* message = new CameraCalibrationAdjustmentProto;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new CameraCalibrationAdjustmentProto;
 }
 
 int CameraCalibrationAdjustmentProto::GetCachedSize() const { return _cached_size_; }
@@ -3598,7 +3633,10 @@ BaseCalibrationProto::BaseCalibrationProto(const BaseCalibrationProto& from) : B
   MergeFrom(from);
 }
 
-BaseCalibrationProto::~BaseCalibrationProto() { SharedDtor(); }
+BaseCalibrationProto::~BaseCalibrationProto() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void BaseCalibrationProto::InitAsDefaultInstance() {
   file::LinkToDefaultInstance(&default_instance_->global_transform_);
@@ -3633,10 +3671,10 @@ const ::google::protobuf::Descriptor* BaseCalibrationProto::descriptor() {
 
 BaseCalibrationProto* BaseCalibrationProto::New() const { return New(nullptr); }
 
-BaseCalibrationProto* BaseCalibrationProto::New(::google::protobuf::Arena* arena) const {
-  BaseCalibrationProto* message = new BaseCalibrationProto;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) BaseCalibrationProto* BaseCalibrationProto::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new BaseCalibrationProto;
 }
 
 int BaseCalibrationProto::GetCachedSize() const { return _cached_size_; }
@@ -3835,7 +3873,10 @@ FocusCheckProto::FocusCheckProto(const FocusCheckProto& from) : FocusCheckProto(
   MergeFrom(from);
 }
 
-FocusCheckProto::~FocusCheckProto() { SharedDtor(); }
+FocusCheckProto::~FocusCheckProto() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void FocusCheckProto::InitAsDefaultInstance() {}
 
@@ -3862,10 +3903,10 @@ const ::google::protobuf::Descriptor* FocusCheckProto::descriptor() {
 
 FocusCheckProto* FocusCheckProto::New() const { return New(nullptr); }
 
-FocusCheckProto* FocusCheckProto::New(::google::protobuf::Arena* arena) const {
-  FocusCheckProto* message = new FocusCheckProto;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) FocusCheckProto* FocusCheckProto::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new FocusCheckProto;
 }
 
 int FocusCheckProto::GetCachedSize() const { return _cached_size_; }
@@ -4052,7 +4093,10 @@ FocusCheckSetProto::FocusCheckSetProto(const FocusCheckSetProto& from) : FocusCh
   MergeFrom(from);
 }
 
-FocusCheckSetProto::~FocusCheckSetProto() { SharedDtor(); }
+FocusCheckSetProto::~FocusCheckSetProto() {
+  if (!spots_.empty()) SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void FocusCheckSetProto::InitAsDefaultInstance() {}
 
@@ -4076,10 +4120,10 @@ const ::google::protobuf::Descriptor* FocusCheckSetProto::descriptor() {
 
 FocusCheckSetProto* FocusCheckSetProto::New() const { return New(nullptr); }
 
-FocusCheckSetProto* FocusCheckSetProto::New(::google::protobuf::Arena* arena) const {
-  FocusCheckSetProto* message = new FocusCheckSetProto;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) FocusCheckSetProto* FocusCheckSetProto::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new FocusCheckSetProto;
 }
 
 int FocusCheckSetProto::GetCachedSize() const { return _cached_size_; }
@@ -4216,7 +4260,10 @@ PTZIntrinsicsItem::PTZIntrinsicsItem(const PTZIntrinsicsItem& from) : PTZIntrins
   MergeFrom(from);
 }
 
-PTZIntrinsicsItem::~PTZIntrinsicsItem() { SharedDtor(); }
+PTZIntrinsicsItem::~PTZIntrinsicsItem() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void PTZIntrinsicsItem::InitAsDefaultInstance() {}
 
@@ -4245,10 +4292,10 @@ const ::google::protobuf::Descriptor* PTZIntrinsicsItem::descriptor() {
 
 PTZIntrinsicsItem* PTZIntrinsicsItem::New() const { return New(nullptr); }
 
-PTZIntrinsicsItem* PTZIntrinsicsItem::New(::google::protobuf::Arena* arena) const {
-  PTZIntrinsicsItem* message = new PTZIntrinsicsItem;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) PTZIntrinsicsItem* PTZIntrinsicsItem::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new PTZIntrinsicsItem;
 }
 
 int PTZIntrinsicsItem::GetCachedSize() const { return _cached_size_; }
@@ -4503,7 +4550,10 @@ PTZIntrinsics::PTZIntrinsics(const PTZIntrinsics& from) : PTZIntrinsics() {
   MergeFrom(from);
 }
 
-PTZIntrinsics::~PTZIntrinsics() { SharedDtor(); }
+PTZIntrinsics::~PTZIntrinsics() {
+  if (!samples_.empty()) SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void PTZIntrinsics::InitAsDefaultInstance() {}
 
@@ -4533,10 +4583,9 @@ const ::google::protobuf::Descriptor* PTZIntrinsics::descriptor() {
 
 PTZIntrinsics* PTZIntrinsics::New() const { return New(nullptr); }
 
-PTZIntrinsics* PTZIntrinsics::New(::google::protobuf::Arena* arena) const {
-  PTZIntrinsics* message = new PTZIntrinsics;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) PTZIntrinsics* PTZIntrinsics::New(::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new PTZIntrinsics;
 }
 
 int PTZIntrinsics::GetCachedSize() const { return _cached_size_; }
@@ -4788,7 +4837,10 @@ PanTiltSystemParameters::PanTiltSystemParameters(
   MergeFrom(from);
 }
 
-PanTiltSystemParameters::~PanTiltSystemParameters() { SharedDtor(); }
+PanTiltSystemParameters::~PanTiltSystemParameters() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void PanTiltSystemParameters::InitAsDefaultInstance() {
   file::LinkToDefaultInstance(&default_instance_->pan_ext_);
@@ -4835,10 +4887,10 @@ const ::google::protobuf::Descriptor* PanTiltSystemParameters::descriptor() {
 
 PanTiltSystemParameters* PanTiltSystemParameters::New() const { return New(nullptr); }
 
-PanTiltSystemParameters* PanTiltSystemParameters::New(::google::protobuf::Arena* arena) const {
-  PanTiltSystemParameters* message = new PanTiltSystemParameters;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) PanTiltSystemParameters* PanTiltSystemParameters::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new PanTiltSystemParameters;
 }
 
 int PanTiltSystemParameters::GetCachedSize() const { return _cached_size_; }
@@ -5172,7 +5224,10 @@ PTZCameraParameters::PTZCameraParameters(const PTZCameraParameters& from) : PTZC
   MergeFrom(from);
 }
 
-PTZCameraParameters::~PTZCameraParameters() { SharedDtor(); }
+PTZCameraParameters::~PTZCameraParameters() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void PTZCameraParameters::InitAsDefaultInstance() {
   file::LinkToDefaultInstance(&default_instance_->intrinsics_);
@@ -5204,10 +5259,10 @@ const ::google::protobuf::Descriptor* PTZCameraParameters::descriptor() {
 
 PTZCameraParameters* PTZCameraParameters::New() const { return New(nullptr); }
 
-PTZCameraParameters* PTZCameraParameters::New(::google::protobuf::Arena* arena) const {
-  PTZCameraParameters* message = new PTZCameraParameters;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) PTZCameraParameters* PTZCameraParameters::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new PTZCameraParameters;
 }
 
 int PTZCameraParameters::GetCachedSize() const { return _cached_size_; }
@@ -5355,7 +5410,10 @@ PTZSystemCalibration::PTZSystemCalibration(const PTZSystemCalibration& from) : P
   MergeFrom(from);
 }
 
-PTZSystemCalibration::~PTZSystemCalibration() { SharedDtor(); }
+PTZSystemCalibration::~PTZSystemCalibration() {
+  SharedDtor();
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void PTZSystemCalibration::InitAsDefaultInstance() {
   file::LinkToDefaultInstance(&default_instance_->ptz_camera_);
@@ -5390,10 +5448,10 @@ const ::google::protobuf::Descriptor* PTZSystemCalibration::descriptor() {
 
 PTZSystemCalibration* PTZSystemCalibration::New() const { return New(nullptr); }
 
-PTZSystemCalibration* PTZSystemCalibration::New(::google::protobuf::Arena* arena) const {
-  PTZSystemCalibration* message = new PTZSystemCalibration;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) PTZSystemCalibration* PTZSystemCalibration::New(
+    ::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new PTZSystemCalibration;
 }
 
 int PTZSystemCalibration::GetCachedSize() const { return _cached_size_; }

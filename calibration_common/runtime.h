@@ -9,9 +9,9 @@
 //                   run-time's ArenaStringPtr, and its shared empty string
 //   numbers         AppendNumbers: makes room in a repeated number
 //   metadata        ZARVO_CALIBRATION_RECORD_METADATA: declares the metadata word where the base
-//                   class does not bring one; ZARVO_CALIBRATION_DELETE_BASE_METADATA: frees that
-//                   of the base class; UnknownFields, MutableUnknownFields, SwapUnknownFields: the
-//                   unknown-field store behind that word
+//                   class does not bring one; UnknownFields, MutableUnknownFields,
+//                   SwapUnknownFields, DeleteUnknownFields: the unknown-field store behind that
+//                   word, the last where it does not go with the word
 //   class_data      ZARVO_CALIBRATION_RECORD_CLASS_DATA: what the run-time asks before it copies or
 //                   merges through a Message&
 //   serialize       what the run-time asks for before and while it writes a record;

@@ -31,6 +31,18 @@ std::string Links(const Message& message) {
   return links;
 }
 
+// Where SharedDtor() has elements to delete and nothing else, most objects can do without it.
+std::string CallOfSharedDtor(const Message& message) {
+  std::string elements;
+  for (const Field* field : message.repeated) {
+    if (field->kind != Kind::kMessage) continue;
+    elements += (elements.empty() ? "!" : " || !") + field->name + "_.empty()";
+  }
+  const bool only_elements =
+      !elements.empty() && !message.has_texts && message.sub_messages.empty();
+  return only_elements ? "if (" + elements + ") SharedDtor();" : "SharedDtor();";
+}
+
 }  // namespace
 
 std::string RenderObjectModel(const RenderedMessage& rendered) {
@@ -58,6 +70,7 @@ std::string RenderObjectModel(const RenderedMessage& rendered) {
 
   variables["constants"] = constants;
   variables["initializes"] = Indent(initializes, 2);
+  variables["destroy"] = CallOfSharedDtor(message);
   variables["destroys"] = destroys.empty() ? "" : "\n" + Indent(destroys, 2);
   variables["links"] = message.sub_messages.empty() ? "" : "\n" + Indent(Links(message), 2);
   variables["swaps"] = Indent(swaps, 2);
@@ -74,7 +87,10 @@ $class$::$class$(const $class$& from) : $class$() {
   MergeFrom(from);
 }
 
-$class$::~$class$() { SharedDtor(); }
+$class$::~$class$() {
+  $destroy$
+  internal::DeleteUnknownFields(&_internal_metadata_);
+}
 
 void $class$::InitAsDefaultInstance() {$links$}
 
@@ -93,10 +109,9 @@ const ::google::protobuf::Descriptor* $class$::descriptor() {
 
 $class$* $class$::New() const { return New(nullptr); }
 
-$class$* $class$::New(::google::protobuf::Arena* arena) const {
-  $class$* message = new $class$;
-  if (arena != nullptr) internal::Own(arena, message);
-  return message;
+__attribute__((flatten)) $class$* $class$::New(::google::protobuf::Arena* arena) const {
+  if (arena != nullptr) return internal::NewOwned(*default_instance_, arena);
+  return new $class$;
 }
 
 int $class$::GetCachedSize() const { return _cached_size_; }

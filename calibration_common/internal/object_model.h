@@ -24,12 +24,16 @@ inline bool IsInitialized(const T& message) {
   return IsExactly(message) ? message.T::IsInitialized() : message.IsInitialized();
 }
 
-// Hands `message` to the arena, which deletes it in the end; if that fails, deletes it at once.
-__attribute__((noinline)) inline void Own(::google::protobuf::Arena* arena,
-                                          ::google::protobuf::Message* message) {
-  ::std::unique_ptr<::google::protobuf::Message> owner(message);
-  arena->Own(message);
-  static_cast<void>(owner.release());
+// Makes an object of the prototype's class, which the arena deletes in the end.
+__attribute__((cold, noinline)) inline ::google::protobuf::Message* NewOwnedMessage(
+    const ::google::protobuf::Message& prototype, ::google::protobuf::Arena* arena) {
+  ::std::unique_ptr<::google::protobuf::Message> message(prototype.New(nullptr));
+  arena->Own(message.get());
+  return message.release();
+}
+template <typename T>
+inline T* NewOwned(const T& prototype, ::google::protobuf::Arena* arena) {
+  return static_cast<T*>(NewOwnedMessage(prototype, arena));
 }
 
 }  // namespace calibration_internal

@@ -8,7 +8,6 @@
 
 #define ZARVO_CALIBRATION_RECORD_METADATA \
   ::google::protobuf::internal::InternalMetadataWithArena _internal_metadata_;
-#define ZARVO_CALIBRATION_DELETE_BASE_METADATA
 
 namespace zarvo {
 namespace calibration_internal {
@@ -21,6 +20,7 @@ inline const ::google::protobuf::UnknownFieldSet& UnknownFields(const Metadata& 
 inline ::google::protobuf::UnknownFieldSet* MutableUnknownFields(Metadata* metadata) {
   return metadata->mutable_unknown_fields();
 }
+inline void DeleteUnknownFields(Metadata*) {}  // they go with the word
 __attribute__((noinline)) inline void SwapUnknownFields(Metadata* a, Metadata* b) { a->Swap(b); }
 
 }  // namespace calibration_internal

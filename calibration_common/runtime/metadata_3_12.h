@@ -8,8 +8,6 @@
 #include <google/protobuf/unknown_field_set.h>
 
 #define ZARVO_CALIBRATION_RECORD_METADATA
-#define ZARVO_CALIBRATION_DELETE_BASE_METADATA \
-  _internal_metadata_.Delete< ::google::protobuf::UnknownFieldSet>();
 
 namespace zarvo {
 namespace calibration_internal {
@@ -24,6 +22,7 @@ inline const UnknownFieldSet& UnknownFields(const Metadata& metadata) {
 inline UnknownFieldSet* MutableUnknownFields(Metadata* metadata) {
   return metadata->mutable_unknown_fields<UnknownFieldSet>();
 }
+inline void DeleteUnknownFields(Metadata* metadata) { metadata->Delete<UnknownFieldSet>(); }
 __attribute__((noinline)) inline void SwapUnknownFields(Metadata* a, Metadata* b) {
   a->Swap<UnknownFieldSet>(b);
 }

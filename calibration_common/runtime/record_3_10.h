@@ -46,9 +46,6 @@ using ::google::protobuf::io::ZeroCopyOutputStream;
 
 class ZARVO_CALIBRATION_EXPORT Record : public RecordSerialize {
  public:
-  Record() {}
-  ~Record() override { ZARVO_CALIBRATION_DELETE_BASE_METADATA }
-
   // What the classes implement.
   virtual Message* New() const = 0;
   Message* New(::google::protobuf::Arena* arena) const override = 0;
