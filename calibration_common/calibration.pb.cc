@@ -45,8 +45,8 @@ const char kSourcePath[] = "calibration_common/calibration.pb.cc";
 // dynamic_cast, after the usual case, which a comparison of addresses settles.
 template <typename T>
 const T* Cast(const ::google::protobuf::Message& message) {
-  return &typeid(message) == &typeid(T) ? static_cast<const T*>(&message)
-                                        : dynamic_cast<const T*>(&message);
+  return internal::KnownClass<T>().Has(message) ? static_cast<const T*>(&message)
+                                                : dynamic_cast<const T*>(&message);
 }
 
 // Lets a default instance's member point at the default instance of its class.
@@ -169,6 +169,7 @@ __attribute__((noinline)) ::google::protobuf::Metadata MetadataOf(int index) {
 }
 
 typedef protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto Layouts;
+typedef protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto RequiredFields;
 
 }  // namespace file
 }  // namespace
@@ -452,32 +453,49 @@ __attribute__((cold)) void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2
   ::google::protobuf::DescriptorPool::InternalAddGeneratedFile(file::kSerializedSchema,
                                                                file::kSerializedSchemaSize);
   file::reflection.Register(file::kSchemaPath, &file::RegisterTypes, file::Layouts::kMessages);
-  file::default_instances[0] = MarkerPositionInfo::default_instance_ = new MarkerPositionInfo;
-  file::default_instances[1] = MarkerPositionSet::default_instance_ = new MarkerPositionSet;
+  file::default_instances[0] = MarkerPositionInfo::default_instance_ =
+      internal::KnownClass<MarkerPositionInfo>::Know(new MarkerPositionInfo);
+  file::default_instances[1] = MarkerPositionSet::default_instance_ =
+      internal::KnownClass<MarkerPositionSet>::Know(new MarkerPositionSet);
   file::default_instances[2] = CameraIntrinsicsSamplePoints::default_instance_ =
-      new CameraIntrinsicsSamplePoints;
-  file::default_instances[3] = CameraIntrinsics::default_instance_ = new CameraIntrinsics;
-  file::default_instances[4] = CalibrationImage::default_instance_ = new CalibrationImage;
-  file::default_instances[5] = FocusInfoItem::default_instance_ = new FocusInfoItem;
-  file::default_instances[6] = FocusInfo::default_instance_ = new FocusInfo;
-  file::default_instances[7] = CameraExtrinsics::default_instance_ = new CameraExtrinsics;
-  file::default_instances[8] = CameraCalibration::default_instance_ = new CameraCalibration;
-  file::default_instances[9] = RobotCalibration::default_instance_ = new RobotCalibration;
+      internal::KnownClass<CameraIntrinsicsSamplePoints>::Know(new CameraIntrinsicsSamplePoints);
+  file::default_instances[3] = CameraIntrinsics::default_instance_ =
+      internal::KnownClass<CameraIntrinsics>::Know(new CameraIntrinsics);
+  file::default_instances[4] = CalibrationImage::default_instance_ =
+      internal::KnownClass<CalibrationImage>::Know(new CalibrationImage);
+  file::default_instances[5] = FocusInfoItem::default_instance_ =
+      internal::KnownClass<FocusInfoItem>::Know(new FocusInfoItem);
+  file::default_instances[6] = FocusInfo::default_instance_ =
+      internal::KnownClass<FocusInfo>::Know(new FocusInfo);
+  file::default_instances[7] = CameraExtrinsics::default_instance_ =
+      internal::KnownClass<CameraExtrinsics>::Know(new CameraExtrinsics);
+  file::default_instances[8] = CameraCalibration::default_instance_ =
+      internal::KnownClass<CameraCalibration>::Know(new CameraCalibration);
+  file::default_instances[9] = RobotCalibration::default_instance_ =
+      internal::KnownClass<RobotCalibration>::Know(new RobotCalibration);
   file::default_instances[10] = CalibrationMetadataProto::default_instance_ =
-      new CalibrationMetadataProto;
+      internal::KnownClass<CalibrationMetadataProto>::Know(new CalibrationMetadataProto);
   file::default_instances[11] = GyroscopeCalibrationProto::default_instance_ =
-      new GyroscopeCalibrationProto;
+      internal::KnownClass<GyroscopeCalibrationProto>::Know(new GyroscopeCalibrationProto);
   file::default_instances[12] = CameraCalibrationAdjustmentProto::default_instance_ =
-      new CameraCalibrationAdjustmentProto;
-  file::default_instances[13] = BaseCalibrationProto::default_instance_ = new BaseCalibrationProto;
-  file::default_instances[14] = FocusCheckProto::default_instance_ = new FocusCheckProto;
-  file::default_instances[15] = FocusCheckSetProto::default_instance_ = new FocusCheckSetProto;
-  file::default_instances[16] = PTZIntrinsicsItem::default_instance_ = new PTZIntrinsicsItem;
-  file::default_instances[17] = PTZIntrinsics::default_instance_ = new PTZIntrinsics;
+      internal::KnownClass<CameraCalibrationAdjustmentProto>::Know(
+          new CameraCalibrationAdjustmentProto);
+  file::default_instances[13] = BaseCalibrationProto::default_instance_ =
+      internal::KnownClass<BaseCalibrationProto>::Know(new BaseCalibrationProto);
+  file::default_instances[14] = FocusCheckProto::default_instance_ =
+      internal::KnownClass<FocusCheckProto>::Know(new FocusCheckProto);
+  file::default_instances[15] = FocusCheckSetProto::default_instance_ =
+      internal::KnownClass<FocusCheckSetProto>::Know(new FocusCheckSetProto);
+  file::default_instances[16] = PTZIntrinsicsItem::default_instance_ =
+      internal::KnownClass<PTZIntrinsicsItem>::Know(new PTZIntrinsicsItem);
+  file::default_instances[17] = PTZIntrinsics::default_instance_ =
+      internal::KnownClass<PTZIntrinsics>::Know(new PTZIntrinsics);
   file::default_instances[18] = PanTiltSystemParameters::default_instance_ =
-      new PanTiltSystemParameters;
-  file::default_instances[19] = PTZCameraParameters::default_instance_ = new PTZCameraParameters;
-  file::default_instances[20] = PTZSystemCalibration::default_instance_ = new PTZSystemCalibration;
+      internal::KnownClass<PanTiltSystemParameters>::Know(new PanTiltSystemParameters);
+  file::default_instances[19] = PTZCameraParameters::default_instance_ =
+      internal::KnownClass<PTZCameraParameters>::Know(new PTZCameraParameters);
+  file::default_instances[20] = PTZSystemCalibration::default_instance_ =
+      internal::KnownClass<PTZSystemCalibration>::Know(new PTZSystemCalibration);
   MarkerPositionInfo::InitAsDefaultInstance();
   MarkerPositionSet::InitAsDefaultInstance();
   CameraIntrinsicsSamplePoints::InitAsDefaultInstance();
@@ -641,6 +659,83 @@ const PTZSystemCalibration& PTZSystemCalibration::default_instance() {
   if (default_instance_ == nullptr) protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto();
   return *default_instance_;
 }
+
+
+// Whether required fields are present can mostly be told at a glance: where the classes of all
+// objects in a record are known, by the has-bits that those of a class have in common. Sub-messages
+// that were cleared are counted in, too; if they are what lacks a field, it takes a second look.
+// The classes' friend, since their members are private.
+struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto {
+  // At a glance. False if it cannot be told so.
+  template <typename T>
+  static bool ArePresent(const T& message) {
+    protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto all;
+    return all.Add(message) && all.in_CameraIntrinsics == 0x1Fu;
+  }
+
+  // One message after the other, each by its own function.
+  __attribute__((cold, noinline)) static bool AreFound(const CameraCalibration& message) {
+    if (message.has_intrinsics() && !message.intrinsics().IsInitialized()) return false;
+    return true;
+  }
+  __attribute__((cold, noinline)) static bool AreFound(const RobotCalibration& message) {
+    for (int i = message.camera_.size(); --i >= 0;) {
+      if (!message.camera_.Get(i).IsInitialized()) return false;
+    }
+    return true;
+  }
+  __attribute__((cold, noinline)) static bool AreFound(const PTZSystemCalibration& message) {
+    if (message.has_other_cameras() && !message.other_cameras().IsInitialized()) return false;
+    return true;
+  }
+
+ private:
+  bool Add(const CameraIntrinsics& message) {
+    in_CameraIntrinsics &= message._has_bits_[0];
+    return true;
+  }
+  bool Add(const CameraCalibration& message) {
+    if (message.intrinsics_ == nullptr) {
+      if (message.has_intrinsics()) return false;
+    } else if (!AddKnown(known_CameraIntrinsics, *message.intrinsics_)) {
+      return false;
+    }
+    return true;
+  }
+  bool Add(const RobotCalibration& message) {
+    if (!AddElements(known_CameraCalibration, message.camera_)) return false;
+    return true;
+  }
+  bool Add(const PTZSystemCalibration& message) {
+    if (message.other_cameras_ == nullptr) {
+      if (message.has_other_cameras()) return false;
+    } else if (!AddKnown(known_RobotCalibration, *message.other_cameras_)) {
+      return false;
+    }
+    return true;
+  }
+
+  template <typename T>
+  bool AddKnown(const internal::KnownClass<T>& known, const T& message) {
+    return __builtin_expect(known.Has(message), true) && Add(message);
+  }
+  template <typename T>
+  bool AddElements(const internal::KnownClass<T>& known,
+                   const ::google::protobuf::RepeatedPtrField<T>& elements) {
+    for (::std::ptrdiff_t i = elements.size(); i > 0; --i) {
+      const T* const* const all = elements.data();
+      if (all == nullptr) __builtin_unreachable();  // need not be looked at
+      if (!AddKnown(known, *all[i - 1])) return false;
+    }
+    return true;
+  }
+
+  const internal::KnownClass<CameraCalibration> known_CameraCalibration;
+  const internal::KnownClass<CameraIntrinsics> known_CameraIntrinsics;
+  const internal::KnownClass<RobotCalibration> known_RobotCalibration;
+
+  internal::uint32 in_CameraIntrinsics = 0x1Fu;
+};
 
 // MarkerPositionInfo -----------------------------------------------------------------------------
 
@@ -2847,8 +2942,7 @@ void CameraCalibration::CopyFrom(const CameraCalibration& from) {
 }
 
 __attribute__((flatten)) bool CameraCalibration::IsInitialized() const {
-  if (has_intrinsics() && !internal::IsInitialized(this->intrinsics())) return false;
-  return true;
+  return file::RequiredFields::ArePresent(*this) || file::RequiredFields::AreFound(*this);
 }
 
 // RobotCalibration -------------------------------------------------------------------------------
@@ -3004,10 +3098,7 @@ void RobotCalibration::CopyFrom(const RobotCalibration& from) {
 }
 
 __attribute__((flatten)) bool RobotCalibration::IsInitialized() const {
-  for (int i = camera_.size(); --i >= 0;) {
-    if (!internal::IsInitialized(camera_.Get(i))) return false;
-  }
-  return true;
+  return file::RequiredFields::ArePresent(*this) || file::RequiredFields::AreFound(*this);
 }
 
 // CalibrationMetadataProto -----------------------------------------------------------------------
@@ -5593,8 +5684,7 @@ void PTZSystemCalibration::CopyFrom(const PTZSystemCalibration& from) {
 }
 
 __attribute__((flatten)) bool PTZSystemCalibration::IsInitialized() const {
-  if (has_other_cameras() && !internal::IsInitialized(this->other_cameras())) return false;
-  return true;
+  return file::RequiredFields::ArePresent(*this) || file::RequiredFields::AreFound(*this);
 }
 
 }  // namespace calibration

@@ -98,6 +98,7 @@ ZARVO_CALIBRATION_EXPORT void protobuf_AssignDesc_calibration_5fcommon_2fcalibra
 ZARVO_CALIBRATION_EXPORT void protobuf_ShutdownFile_calibration_5fcommon_2fcalibration_2eproto();
 
 struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
 
 // The position of one marker. x, y and z belong together; the format records neither their unit
 // nor the frame they are given in.
@@ -195,6 +196,7 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionInfo
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 40;  // above the tags of all fields
@@ -313,6 +315,7 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionSet
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 32;  // above the tags of all fields
@@ -434,6 +437,7 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsicsSamplePoints
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 40;  // above the tags of all fields
@@ -691,6 +695,7 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsics
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 160;  // above the tags of all fields
@@ -869,6 +874,7 @@ class ZARVO_CALIBRATION_EXPORT CalibrationImage
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 48;  // above the tags of all fields
@@ -1044,6 +1050,7 @@ class ZARVO_CALIBRATION_EXPORT FocusInfoItem
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 80;  // above the tags of all fields
@@ -1151,6 +1158,7 @@ class ZARVO_CALIBRATION_EXPORT FocusInfo
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
@@ -1236,6 +1244,7 @@ class ZARVO_CALIBRATION_EXPORT CameraExtrinsics
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
@@ -1403,6 +1412,7 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibration
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 64;  // above the tags of all fields
@@ -1508,6 +1518,7 @@ class ZARVO_CALIBRATION_EXPORT RobotCalibration
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
@@ -1624,6 +1635,7 @@ class ZARVO_CALIBRATION_EXPORT CalibrationMetadataProto
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 40;  // above the tags of all fields
@@ -1725,6 +1737,7 @@ class ZARVO_CALIBRATION_EXPORT GyroscopeCalibrationProto
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 24;  // above the tags of all fields
@@ -1822,6 +1835,7 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibrationAdjustmentProto
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 24;  // above the tags of all fields
@@ -1946,6 +1960,7 @@ class ZARVO_CALIBRATION_EXPORT BaseCalibrationProto
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 48;  // above the tags of all fields
@@ -2094,6 +2109,7 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckProto
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 48;  // above the tags of all fields
@@ -2189,6 +2205,7 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckSetProto
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
@@ -2347,6 +2364,7 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsicsItem
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 80;  // above the tags of all fields
@@ -2523,6 +2541,7 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsics
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 80;  // above the tags of all fields
@@ -2748,6 +2767,7 @@ class ZARVO_CALIBRATION_EXPORT PanTiltSystemParameters
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 128;  // above the tags of all fields
@@ -2884,6 +2904,7 @@ class ZARVO_CALIBRATION_EXPORT PTZCameraParameters
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 24;  // above the tags of all fields
@@ -2993,6 +3014,7 @@ class ZARVO_CALIBRATION_EXPORT PTZSystemCalibration
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_calibration_5fcommon_2fcalibration_2eproto()
       ;
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
+  friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = 32;  // above the tags of all fields

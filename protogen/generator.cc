@@ -54,8 +54,8 @@ const char kSourcePath[] = "$base$.pb.cc";
 // dynamic_cast, after the usual case, which a comparison of addresses settles.
 template <typename T>
 const T* Cast(const ::google::protobuf::Message& message) {
-  return &typeid(message) == &typeid(T) ? static_cast<const T*>(&message)
-                                        : dynamic_cast<const T*>(&message);
+  return internal::KnownClass<T>().Has(message) ? static_cast<const T*>(&message)
+                                                : dynamic_cast<const T*>(&message);
 }
 
 // Lets a default instance's member point at the default instance of its class.
@@ -99,7 +99,7 @@ GeneratedFiles Generate(const File& file) {
   files.source = Fill(kSourceTop, {{"file", file.name},
                                    {"base", file.base},
                                    {"open_namespaces", OpenNamespaces(file.namespaces)}}) +
-                 RenderRegistration(file);
+                 RenderRegistration(file) + RenderRequiredFields(file);
   for (const RenderedMessage& rendered : messages) {
     files.source += SectionTitle(rendered.message->name) + "\n" + RenderObjectModel(rendered) +
                     "\n" + RenderParsing(rendered) + "\n" + RenderSerialization(rendered) + "\n" +

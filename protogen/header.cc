@@ -87,6 +87,7 @@ ZARVO_CALIBRATION_EXPORT void protobuf_AssignDesc_$id$();
 ZARVO_CALIBRATION_EXPORT void protobuf_ShutdownFile_$id$();
 
 struct protobuf_Layouts_$id$;
+struct protobuf_RequiredFields_$id$;
 
 )";
 
@@ -158,6 +159,7 @@ const char kPrivate[] = R"(
  private:
   friend ZARVO_CALIBRATION_EXPORT void protobuf_AddDesc_$id$();
   friend struct protobuf_Layouts_$id$;
+  friend struct protobuf_RequiredFields_$id$;
   friend class ::zarvo::calibration_internal::MessageReader;
 
   static const ::google::protobuf::uint32 kTagsEnd = $tags_end$;  // above the tags of all fields

@@ -43,6 +43,7 @@ __attribute__((noinline)) ::google::protobuf::Metadata MetadataOf(int index) {
 }
 
 typedef protobuf_Layouts_$id$ Layouts;
+typedef protobuf_RequiredFields_$id$ RequiredFields;
 
 )";
 
@@ -135,8 +136,10 @@ std::string RenderRegistration(const File& file) {
         "     __builtin_offsetof($class$, _internal_metadata_),\n"
         "     sizeof($class$)},\n",
         one);
-    all["news"] +=
-        Fill("  file::default_instances[$i$] = $class$::default_instance_ = new $class$;\n", one);
+    all["news"] += Fill(
+        "  file::default_instances[$i$] = $class$::default_instance_ =\n"
+        "      internal::KnownClass<$class$>::Know(new $class$);\n",
+        one);
     all["links"] += Fill("  $class$::InitAsDefaultInstance();\n", one);
 
     all["default_instances"] += Fill(R"(

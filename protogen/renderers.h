@@ -26,8 +26,9 @@ std::string RenderHeader(const File& file, const std::vector<RenderedMessage>& m
 // The names of the functions that are called on the class of any message, whatever its fields.
 std::set<std::string> ClassFunctions();
 
-// The part of the source that is there once for the file.
+// The parts of the source that are there once for the file.
 std::string RenderRegistration(const File& file);
+std::string RenderRequiredFields(const File& file);
 
 // The parts of the source that are there for each message.
 std::string RenderObjectModel(const RenderedMessage& rendered);

@@ -91,7 +91,7 @@ class ElementMemory {
 // Makes a cleared element, which is to be the first of `count`: makes room for so many, or for as
 // many as a block takes. Allocates before it touches the container.
 template <typename T>
-__attribute__((noinline)) void MakeFirstOfElements(
+__attribute__((cold, noinline)) void MakeFirstOfElements(
     ::google::protobuf::RepeatedPtrField<T>* elements, int count, ElementMemory* memory) {
   elements->Reserve(elements->size() + count);
   if (count > MostInBlock(sizeof(T))) count = MostInBlock(sizeof(T));
@@ -167,11 +167,12 @@ class FreedElements {
 template <typename T>
 __attribute__((flatten, noinline)) void DeleteSomeElements(
     ::google::protobuf::RepeatedPtrField<T>* elements) {
+  const KnownClass<T> known;
   FreedElements freed(sizeof(T));
   const auto end = elements->pointer_end();
   for (auto p = elements->pointer_begin(); p != end; ++p) {
     T* element = *p;
-    if (IsExactly(*element)) {
+    if (known.Has(*element)) {
       element->T::~T();
       freed.Free(element);
     } else {

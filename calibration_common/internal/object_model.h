@@ -5,23 +5,47 @@
 #include <google/protobuf/arena.h>
 #include <google/protobuf/message.h>
 
+#include <cstring>
 #include <memory>
-#include <typeinfo>
 
 namespace zarvo {
 namespace calibration_internal {
 
-// Whether an object's dynamic class is T. If it is, T's functions can be called past the virtual
-// table; a derived class may have its own.
-template <typename T>
-inline bool IsExactly(const T& object) {
-  return &typeid(object) == &typeid(T);
+// Where an object's virtual table is, which tells its dynamic class: it stands in the first word.
+inline const void* VirtualTableOf(const ::google::protobuf::Message& object) {
+  const void* table;
+  ::std::memcpy(&table, &object, sizeof(table));
+  return table;
 }
 
-// Whether all required fields are present.
+// Whether an object's dynamic class is T. If it is, T's functions can be called past the virtual
+// table; a derived class may have its own. A class is known once the library is loaded; until then
+// no object seems to be of it.
 template <typename T>
-inline bool IsInitialized(const T& message) {
-  return IsExactly(message) ? message.T::IsInitialized() : message.IsInitialized();
+class KnownClass {
+ public:
+  KnownClass() : virtual_table_(known_virtual_table_) {}
+  bool Has(const ::google::protobuf::Message& object) const {
+    return VirtualTableOf(object) == virtual_table_;
+  }
+
+  // Returns the object, whose dynamic class is T.
+  static T* Know(T* object) {
+    known_virtual_table_ = VirtualTableOf(*object);
+    return object;
+  }
+
+ private:
+  static const void* known_virtual_table_;
+
+  const void* const virtual_table_;  // stays in a register where calls come in between
+};
+template <typename T>
+const void* KnownClass<T>::known_virtual_table_ = nullptr;
+
+template <typename T>
+inline bool IsExactly(const T& object) {
+  return KnownClass<T>().Has(object);
 }
 
 // Makes an object of the prototype's class, which the arena deletes in the end.
