@@ -25,7 +25,42 @@ WireFormatLite::WireType WireTypeOf(UnknownField::Type type) {
   return WireFormatLite::WIRETYPE_START_GROUP;
 }
 
+bool HasGroups(const UnknownFieldSet& fields) {
+  for (int i = 0; i < fields.field_count(); ++i) {
+    if (fields.field(i).type() == UnknownField::TYPE_GROUP) return true;
+  }
+  return false;
+}
+
+// By the run-time's own merge, for fields that are no groups. Where that cannot copy a text, it
+// leaves a last field that shares the text with the field that it comes from.
+void AppendWithoutGroups(const UnknownFieldSet& from, UnknownFieldSet* to) {
+  const int old_count = to->field_count();
+  try {
+    to->MergeFrom(from);
+  } catch (...) {
+    const int last = to->field_count() - 1;
+    if (last >= old_count) {
+      UnknownField* field = to->mutable_field(last);
+      if (field->type() == UnknownField::TYPE_LENGTH_DELIMITED &&
+          &field->length_delimited() == &from.field(last - old_count).length_delimited()) {
+        *field = UnknownField();  // a number, which owns nothing
+      }
+    }
+    CutBackTo(old_count, to);
+    throw;
+  }
+}
+
 void AppendFields(const UnknownFieldSet& from, UnknownFieldSet* to);
+
+// Makes room for a field that owns something, by one that does not: it is then added to a set that
+// need not grow, which is where the run-time would lose what it owns. REQUIRES a field in the set,
+// since one that is empty gives its room back.
+void MakeRoom(UnknownFieldSet* fields) {
+  fields->AddVarint(1, 0);
+  fields->DeleteSubrange(fields->field_count() - 1, 1);
+}
 
 void AppendField(const UnknownField& field, UnknownFieldSet* to) {
   switch (field.type()) {
@@ -39,25 +74,24 @@ void AppendField(const UnknownField& field, UnknownFieldSet* to) {
       to->AddFixed64(field.number(), field.fixed64());
       break;
     case UnknownField::TYPE_LENGTH_DELIMITED:
+      MakeRoom(to);
       to->AddLengthDelimited(field.number())->assign(field.length_delimited());
       break;
     case UnknownField::TYPE_GROUP:
+      MakeRoom(to);
       AppendFields(field.group(), to->AddGroup(field.number()));
       break;
   }
 }
 
-// Makes room first, by fields that own nothing: a field that owns something is then added to a set
-// that need not grow, which is where the run-time would lose it. One such field stays until the
-// end, since a set that is empty gives its room back.
+// Field by field if there are groups, of which the run-time's own merge would lose the parts that
+// it has copied.
 void AppendFields(const UnknownFieldSet& from, UnknownFieldSet* to) {
-  const int count = from.field_count();
+  if (!HasGroups(from)) return AppendWithoutGroups(from, to);
   const int old_count = to->field_count();
-  if (count == 0) return;
   AddOrUndo(to, [&] {
-    for (int i = 0; i <= count; ++i) to->AddVarint(1, 0);
-    to->DeleteSubrange(old_count + 1, count);
-    for (int i = 0; i < count; ++i) AppendField(from.field(i), to);
+    to->AddVarint(1, 0);  // for MakeRoom()
+    for (int i = 0; i < from.field_count(); ++i) AppendField(from.field(i), to);
   });
   to->DeleteSubrange(old_count, 1);
 }
