@@ -104,11 +104,16 @@ inline uint32 PeekTag(const uint8* p, const uint8* end) {
   return static_cast<uint32>(p[1]) << 7 | (p[0] & 0x7Fu);
 }
 
-// Whether kTag, a tag of one or two bytes, stands at p.
+// Whether kTag, a tag of one or two bytes, stands at p. StartsWith() REQUIRES that there are bytes.
+template <uint32 kTag>
+inline bool StartsWith(const uint8* p) {
+  if (kTag < 0x80) return *p == kTag;
+  const uint8 tag[] = {(kTag & 0x7F) | 0x80, (kTag >> 7) & 0x7F};
+  return ::std::memcmp(p, tag, sizeof(tag)) == 0;
+}
 template <uint32 kTag>
 inline bool NextIs(const uint8* p, const uint8* end) {
-  if (kTag < 0x80) return p != end && *p == kTag;
-  return end - p >= 2 && p[0] == ((kTag & 0x7F) | 0x80) && p[1] == (kTag >> 7);
+  return (kTag < 0x80 ? p != end : end - p >= 2) && StartsWith<kTag>(p);
 }
 
 // Elements of a repeated number, one behind each tag, as many as follow each other. A tag of one

@@ -58,20 +58,20 @@ template <uint32 kTag>
 int CountElements(const uint8* p, const uint8* end, int most) {
   const int tag_size = kTag < 0x80 ? 1 : 2;
   int count = 0;
-  do {
-    // What a length of one byte announces is there, but near the end of the buffer.
-    while (count < most && end - p >= tag_size + 1 + 0x7F && NextIs<kTag>(p, end) &&
-           p[tag_size] < 0x80) {
-      p += tag_size + 1 + p[tag_size];
-      ++count;
-    }
-    if (count == most || !NextIs<kTag>(p, end)) break;
+  while (count < most && NextIs<kTag>(p, end)) {
     size_t length;
-    p = FindBody(p + tag_size, end, &length);
-    if (p == nullptr) break;
-    p += length;
+    const uint8* body = FindBody(p + tag_size, end, &length);
+    if (body == nullptr) break;
+    const uint8* const first = p;
+    p = body + length;
     ++count;
-  } while (true);
+    if (length >= 0x80) continue;
+    // Short neighbours mostly have the same length.
+    const ::std::ptrdiff_t size = p - first;
+    const ::std::ptrdiff_t most_size = size * (most - count);
+    const uint8* const last = (most_size < end - p ? p + most_size : end) - size;
+    for (; p <= last && StartsWith<kTag>(p) && p[tag_size] == length; p += size) ++count;
+  }
   return count;
 }
 
