@@ -715,6 +715,20 @@ TEST(IsInitializedTest, EveryElementCounts) {
   }
 }
 
+// What an allocation that failed leaves is read as an empty sub-message, which lacks all five.
+TEST(IsInitializedTest, PresenceWithoutAnObjectCounts) {
+  RobotCalibration robot;
+  SetRequired(kAllRequired, robot.add_camera()->mutable_intrinsics());
+  CameraCalibration* camera = robot.add_camera();
+  EXPECT_TRUE(robot.IsInitialized());
+  const uint32_t has_intrinsics = 1;
+  std::memcpy(reinterpret_cast<char*>(camera) + 2 * sizeof(void*), &has_intrinsics,
+              sizeof has_intrinsics);
+  ASSERT_TRUE(camera->has_intrinsics());
+  EXPECT_FALSE(camera->IsInitialized());
+  EXPECT_FALSE(robot.IsInitialized());
+}
+
 // A sub-message with an opinion of its own, which notes when it is asked.
 std::vector<int> asked;
 template <class T>
