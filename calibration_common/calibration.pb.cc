@@ -746,7 +746,7 @@ const int MarkerPositionInfo::kMarkerIdFieldNumber;
 
 MarkerPositionInfo* MarkerPositionInfo::default_instance_ = nullptr;
 
-MarkerPositionInfo::MarkerPositionInfo() { SharedCtor(); }
+__attribute__((flatten)) MarkerPositionInfo::MarkerPositionInfo() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -887,9 +887,13 @@ internal::uint8* MarkerPositionInfo::SerializeWithCachedSizesToArray(
 int MarkerPositionInfo::ByteSize() const {
   internal::uint32 total_size = 0;
   if (_has_bits_[0] & 0xFu) {
-    if (has_x()) total_size += 1 + 4;
-    if (has_y()) total_size += 1 + 4;
-    if (has_z()) total_size += 1 + 4;
+    if ((_has_bits_[0] & 0x7u) == 0x7u) {
+      total_size += 15;
+    } else {
+      if (has_x()) total_size += 1 + 4;
+      if (has_y()) total_size += 1 + 4;
+      if (has_z()) total_size += 1 + 4;
+    }
     if (has_marker_id()) total_size += 1 + internal::Int32Size(marker_id_);
   }
   if (_internal_metadata_.have_unknown_fields()) {
@@ -955,7 +959,7 @@ const int MarkerPositionSet::kNavCenterFieldNumber;
 
 MarkerPositionSet* MarkerPositionSet::default_instance_ = nullptr;
 
-MarkerPositionSet::MarkerPositionSet() { SharedCtor(); }
+__attribute__((flatten)) MarkerPositionSet::MarkerPositionSet() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -1144,7 +1148,9 @@ const int CameraIntrinsicsSamplePoints::kTgtYFieldNumber;
 
 CameraIntrinsicsSamplePoints* CameraIntrinsicsSamplePoints::default_instance_ = nullptr;
 
-CameraIntrinsicsSamplePoints::CameraIntrinsicsSamplePoints() { SharedCtor(); }
+__attribute__((flatten)) CameraIntrinsicsSamplePoints::CameraIntrinsicsSamplePoints() {
+  SharedCtor();
+}
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -1376,7 +1382,7 @@ const int CameraIntrinsics::kTgtHeightFieldNumber;
 
 CameraIntrinsics* CameraIntrinsics::default_instance_ = nullptr;
 
-CameraIntrinsics::CameraIntrinsics() { SharedCtor(); }
+__attribute__((flatten)) CameraIntrinsics::CameraIntrinsics() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -1467,14 +1473,12 @@ __attribute__((noinline)) void CameraIntrinsics::InternalSwap(CameraIntrinsics* 
 }
 
 void CameraIntrinsics::Clear() {
-  if (_has_bits_[0] & 0x9Fu) {
-    fx_ = 0;
-    fy_ = 0;
-    skew_ = 0;
-    cx_ = 0;
-    cy_ = 0;
-    width_ = 0;
-  }
+  fx_ = 0;
+  fy_ = 0;
+  skew_ = 0;
+  cx_ = 0;
+  cy_ = 0;
+  width_ = 0;
   if (_has_bits_[0] & 0x7F00u) {
     height_ = 0;
     error_per_point_ = 0;
@@ -1712,13 +1716,17 @@ int CameraIntrinsics::ByteSize() const {
   }
   if (has_width()) total_size += 1 + internal::Int32Size(width_);
   if (_has_bits_[0] & 0x7F00u) {
+    if ((_has_bits_[0] & 0x7A00u) == 0x7A00u) {
+      total_size += 29;
+    } else {
+      if (has_error_per_point()) total_size += 1 + 8;
+      if (has_offset_x()) total_size += 1 + 4;
+      if (has_offset_y()) total_size += 1 + 4;
+      if (has_bin_center()) total_size += 1 + 4;
+      if (has_bin_size()) total_size += 1 + 4;
+    }
     if (has_height()) total_size += 1 + internal::Int32Size(height_);
-    if (has_error_per_point()) total_size += 1 + 8;
     if (has_x_bin()) total_size += 1 + internal::StringSize(x_bin_.Get());
-    if (has_offset_x()) total_size += 1 + 4;
-    if (has_offset_y()) total_size += 1 + 4;
-    if (has_bin_center()) total_size += 1 + 4;
-    if (has_bin_size()) total_size += 1 + 4;
   }
   if (_has_bits_[0] & 0x70000u) {
     if (has_tgt_z()) total_size += 2 + 4;
@@ -1836,7 +1844,7 @@ const int CalibrationImage::kImgdataFieldNumber;
 
 CalibrationImage* CalibrationImage::default_instance_ = nullptr;
 
-CalibrationImage::CalibrationImage() { SharedCtor(); }
+__attribute__((flatten)) CalibrationImage::CalibrationImage() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -2063,7 +2071,7 @@ const int FocusInfoItem::kValidMaxFieldNumber;
 
 FocusInfoItem* FocusInfoItem::default_instance_ = nullptr;
 
-FocusInfoItem::FocusInfoItem() { SharedCtor(); }
+__attribute__((flatten)) FocusInfoItem::FocusInfoItem() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -2131,15 +2139,13 @@ __attribute__((noinline)) void FocusInfoItem::InternalSwap(FocusInfoItem* other)
 }
 
 void FocusInfoItem::Clear() {
-  if (_has_bits_[0] & 0xBFu) {
-    target_id_ = 0;
-    target_code_ = 0;
-    cutoff_threshold_ = 0;
-    cutoff_cycles_per_pix_ = 0;
-    cutoff_cycles_per_mm_ = 0;
-    pix_per_mm_ = 0;
-    valid_min_ = 0;
-  }
+  target_id_ = 0;
+  target_code_ = 0;
+  cutoff_threshold_ = 0;
+  cutoff_cycles_per_pix_ = 0;
+  cutoff_cycles_per_mm_ = 0;
+  pix_per_mm_ = 0;
+  valid_min_ = 0;
   valid_max_ = 0;
   transfer_function_.Clear();
   _has_bits_[0] = 0;
@@ -2280,12 +2286,16 @@ internal::uint8* FocusInfoItem::SerializeWithCachedSizesToArray(internal::uint8*
 int FocusInfoItem::ByteSize() const {
   internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0xBFu) {
+    if ((_has_bits_[0] & 0x3Cu) == 0x3Cu) {
+      total_size += 20;
+    } else {
+      if (has_cutoff_threshold()) total_size += 1 + 4;
+      if (has_cutoff_cycles_per_pix()) total_size += 1 + 4;
+      if (has_cutoff_cycles_per_mm()) total_size += 1 + 4;
+      if (has_pix_per_mm()) total_size += 1 + 4;
+    }
     if (has_target_id()) total_size += 1 + internal::Int32Size(target_id_);
     if (has_target_code()) total_size += 1 + internal::Int32Size(target_code_);
-    if (has_cutoff_threshold()) total_size += 1 + 4;
-    if (has_cutoff_cycles_per_pix()) total_size += 1 + 4;
-    if (has_cutoff_cycles_per_mm()) total_size += 1 + 4;
-    if (has_pix_per_mm()) total_size += 1 + 4;
     if (has_valid_min()) total_size += 1 + internal::Int32Size(valid_min_);
   }
   if (has_valid_max()) total_size += 1 + internal::Int32Size(valid_max_);
@@ -2362,7 +2372,7 @@ const int FocusInfo::kFocusFieldNumber;
 
 FocusInfo* FocusInfo::default_instance_ = nullptr;
 
-FocusInfo::FocusInfo() { SharedCtor(); }
+__attribute__((flatten)) FocusInfo::FocusInfo() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -2517,7 +2527,7 @@ const int CameraExtrinsics::kAFieldNumber;
 
 CameraExtrinsics* CameraExtrinsics::default_instance_ = nullptr;
 
-CameraExtrinsics::CameraExtrinsics() { SharedCtor(); }
+__attribute__((flatten)) CameraExtrinsics::CameraExtrinsics() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -2677,7 +2687,7 @@ const int CameraCalibration::kSerialFieldNumber;
 
 CameraCalibration* CameraCalibration::default_instance_ = nullptr;
 
-CameraCalibration::CameraCalibration() { SharedCtor(); }
+__attribute__((flatten)) CameraCalibration::CameraCalibration() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -2951,7 +2961,7 @@ const int RobotCalibration::kCameraFieldNumber;
 
 RobotCalibration* RobotCalibration::default_instance_ = nullptr;
 
-RobotCalibration::RobotCalibration() { SharedCtor(); }
+__attribute__((flatten)) RobotCalibration::RobotCalibration() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -3110,7 +3120,7 @@ const int CalibrationMetadataProto::kTemperatureFieldNumber;
 
 CalibrationMetadataProto* CalibrationMetadataProto::default_instance_ = nullptr;
 
-CalibrationMetadataProto::CalibrationMetadataProto() { SharedCtor(); }
+__attribute__((flatten)) CalibrationMetadataProto::CalibrationMetadataProto() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -3334,7 +3344,7 @@ const int GyroscopeCalibrationProto::kMetadataFieldNumber;
 
 GyroscopeCalibrationProto* GyroscopeCalibrationProto::default_instance_ = nullptr;
 
-GyroscopeCalibrationProto::GyroscopeCalibrationProto() { SharedCtor(); }
+__attribute__((flatten)) GyroscopeCalibrationProto::GyroscopeCalibrationProto() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -3521,7 +3531,9 @@ const int CameraCalibrationAdjustmentProto::kMetadataFieldNumber;
 
 CameraCalibrationAdjustmentProto* CameraCalibrationAdjustmentProto::default_instance_ = nullptr;
 
-CameraCalibrationAdjustmentProto::CameraCalibrationAdjustmentProto() { SharedCtor(); }
+__attribute__((flatten)) CameraCalibrationAdjustmentProto::CameraCalibrationAdjustmentProto() {
+  SharedCtor();
+}
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -3715,7 +3727,7 @@ const int BaseCalibrationProto::kGyroscopeCalFieldNumber;
 
 BaseCalibrationProto* BaseCalibrationProto::default_instance_ = nullptr;
 
-BaseCalibrationProto::BaseCalibrationProto() { SharedCtor(); }
+__attribute__((flatten)) BaseCalibrationProto::BaseCalibrationProto() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -3891,9 +3903,13 @@ internal::uint8* BaseCalibrationProto::SerializeWithCachedSizesToArray(
 int BaseCalibrationProto::ByteSize() const {
   internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0x1Fu) {
-    if (has_wheel_base()) total_size += 1 + 4;
-    if (has_base_width()) total_size += 1 + 4;
-    if (has_base_length()) total_size += 1 + 4;
+    if ((_has_bits_[0] & 0x7u) == 0x7u) {
+      total_size += 15;
+    } else {
+      if (has_wheel_base()) total_size += 1 + 4;
+      if (has_base_width()) total_size += 1 + 4;
+      if (has_base_length()) total_size += 1 + 4;
+    }
     if (has_global_transform()) total_size += 1 + internal::MessageSize(this->global_transform());
     if (has_gyroscope_cal()) total_size += 1 + internal::MessageSize(this->gyroscope_cal());
   }
@@ -3956,7 +3972,7 @@ const int FocusCheckProto::kOkFieldNumber;
 
 FocusCheckProto* FocusCheckProto::default_instance_ = nullptr;
 
-FocusCheckProto::FocusCheckProto() { SharedCtor(); }
+__attribute__((flatten)) FocusCheckProto::FocusCheckProto() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -4111,10 +4127,14 @@ internal::uint8* FocusCheckProto::SerializeWithCachedSizesToArray(internal::uint
 int FocusCheckProto::ByteSize() const {
   internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0x1Bu) {
-    if (has_value_at_cutoff()) total_size += 1 + 4;
-    if (has_cutoff()) total_size += 1 + 4;
+    if ((_has_bits_[0] & 0x13u) == 0x13u) {
+      total_size += 12;
+    } else {
+      if (has_value_at_cutoff()) total_size += 1 + 4;
+      if (has_cutoff()) total_size += 1 + 4;
+      if (has_ok()) total_size += 1 + 1;
+    }
     if (has_name()) total_size += 1 + internal::StringSize(name_.Get());
-    if (has_ok()) total_size += 1 + 1;
   }
   total_size += 5 * static_cast<internal::uint64>(bins_.size());
   if (_internal_metadata_.have_unknown_fields()) {
@@ -4176,7 +4196,7 @@ const int FocusCheckSetProto::kSpotsFieldNumber;
 
 FocusCheckSetProto* FocusCheckSetProto::default_instance_ = nullptr;
 
-FocusCheckSetProto::FocusCheckSetProto() { SharedCtor(); }
+__attribute__((flatten)) FocusCheckSetProto::FocusCheckSetProto() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -4343,7 +4363,7 @@ const int PTZIntrinsicsItem::kErrorPerPointFieldNumber;
 
 PTZIntrinsicsItem* PTZIntrinsicsItem::default_instance_ = nullptr;
 
-PTZIntrinsicsItem::PTZIntrinsicsItem() { SharedCtor(); }
+__attribute__((flatten)) PTZIntrinsicsItem::PTZIntrinsicsItem() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -4413,16 +4433,14 @@ __attribute__((noinline)) void PTZIntrinsicsItem::InternalSwap(PTZIntrinsicsItem
 }
 
 void PTZIntrinsicsItem::Clear() {
-  if (_has_bits_[0] & 0xFFu) {
-    zoom_ = 0;
-    fxy_ = 0;
-    cx_ = 0;
-    cy_ = 0;
-    k1_ = 0;
-    k4_ = 0;
-    p1_ = 0;
-    p2_ = 0;
-  }
+  zoom_ = 0;
+  fxy_ = 0;
+  cx_ = 0;
+  cy_ = 0;
+  k1_ = 0;
+  k4_ = 0;
+  p1_ = 0;
+  p2_ = 0;
   error_per_point_ = 0;
   _has_bits_[0] = 0;
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
@@ -4633,7 +4651,7 @@ const int PTZIntrinsics::kZoomMaxFieldNumber;
 
 PTZIntrinsics* PTZIntrinsics::default_instance_ = nullptr;
 
-PTZIntrinsics::PTZIntrinsics() { SharedCtor(); }
+__attribute__((flatten)) PTZIntrinsics::PTZIntrinsics() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -4703,15 +4721,13 @@ __attribute__((noinline)) void PTZIntrinsics::InternalSwap(PTZIntrinsics* other)
 }
 
 void PTZIntrinsics::Clear() {
-  if (_has_bits_[0] & 0xEFu) {
-    zx_ = 0;
-    zy_ = 0;
-    width_ = 0;
-    height_ = 0;
-    samples_zoom0_ = 0;
-    samples_zoom_step_ = 0;
-    zoom_min_ = 0;
-  }
+  zx_ = 0;
+  zy_ = 0;
+  width_ = 0;
+  height_ = 0;
+  samples_zoom0_ = 0;
+  samples_zoom_step_ = 0;
+  zoom_min_ = 0;
   zoom_max_ = 0;
   samples_.Clear();
   _has_bits_[0] = 0;
@@ -4919,7 +4935,7 @@ const int PanTiltSystemParameters::kMaxModelErrorFieldNumber;
 
 PanTiltSystemParameters* PanTiltSystemParameters::default_instance_ = nullptr;
 
-PanTiltSystemParameters::PanTiltSystemParameters() { SharedCtor(); }
+__attribute__((flatten)) PanTiltSystemParameters::PanTiltSystemParameters() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -5025,15 +5041,13 @@ void PanTiltSystemParameters::Clear() {
     tilt_offset_ = 0;
     pan_min_ = 0;
   }
-  if (_has_bits_[0] & 0x7F00u) {
-    pan_max_ = 0;
-    tilt_min_ = 0;
-    tilt_max_ = 0;
-    max_pan_speed_ = 0;
-    max_tilt_speed_ = 0;
-    avg_model_error_ = 0;
-    max_model_error_ = 0;
-  }
+  pan_max_ = 0;
+  tilt_min_ = 0;
+  tilt_max_ = 0;
+  max_pan_speed_ = 0;
+  max_tilt_speed_ = 0;
+  avg_model_error_ = 0;
+  max_model_error_ = 0;
   _has_bits_[0] = 0;
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
@@ -5210,13 +5224,17 @@ internal::uint8* PanTiltSystemParameters::SerializeWithCachedSizesToArray(
 int PanTiltSystemParameters::ByteSize() const {
   internal::uint64 total_size = 0;
   if (_has_bits_[0] & 0xFFu) {
+    if ((_has_bits_[0] & 0x78u) == 0x78u) {
+      total_size += 20;
+    } else {
+      if (has_rads_per_pan_unit()) total_size += 1 + 4;
+      if (has_rads_per_tilt_unit()) total_size += 1 + 4;
+      if (has_pan_offset()) total_size += 1 + 4;
+      if (has_tilt_offset()) total_size += 1 + 4;
+    }
     if (has_pan_ext()) total_size += 1 + internal::MessageSize(this->pan_ext());
     if (has_tilt_ext()) total_size += 1 + internal::MessageSize(this->tilt_ext());
     if (has_device_ext()) total_size += 1 + internal::MessageSize(this->device_ext());
-    if (has_rads_per_pan_unit()) total_size += 1 + 4;
-    if (has_rads_per_tilt_unit()) total_size += 1 + 4;
-    if (has_pan_offset()) total_size += 1 + 4;
-    if (has_tilt_offset()) total_size += 1 + 4;
     if (has_pan_min()) total_size += 1 + internal::Int32Size(pan_min_);
   }
   if (_has_bits_[0] & 0x7F00u) {
@@ -5307,7 +5325,7 @@ const int PTZCameraParameters::kPanTiltFieldNumber;
 
 PTZCameraParameters* PTZCameraParameters::default_instance_ = nullptr;
 
-PTZCameraParameters::PTZCameraParameters() { SharedCtor(); }
+__attribute__((flatten)) PTZCameraParameters::PTZCameraParameters() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.
@@ -5492,7 +5510,7 @@ const int PTZSystemCalibration::kOtherCamerasFieldNumber;
 
 PTZSystemCalibration* PTZSystemCalibration::default_instance_ = nullptr;
 
-PTZSystemCalibration::PTZSystemCalibration() { SharedCtor(); }
+__attribute__((flatten)) PTZSystemCalibration::PTZSystemCalibration() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.

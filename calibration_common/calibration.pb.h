@@ -198,6 +198,7 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionInfo
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<MarkerPositionInfo>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 40;  // above the tags of all fields
 
@@ -317,6 +318,7 @@ class ZARVO_CALIBRATION_EXPORT MarkerPositionSet
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<MarkerPositionSet>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 32;  // above the tags of all fields
 
@@ -439,6 +441,7 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsicsSamplePoints
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<CameraIntrinsicsSamplePoints>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 40;  // above the tags of all fields
 
@@ -697,6 +700,7 @@ class ZARVO_CALIBRATION_EXPORT CameraIntrinsics
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<CameraIntrinsics>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 160;  // above the tags of all fields
 
@@ -876,6 +880,7 @@ class ZARVO_CALIBRATION_EXPORT CalibrationImage
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<CalibrationImage>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 48;  // above the tags of all fields
 
@@ -1052,6 +1057,7 @@ class ZARVO_CALIBRATION_EXPORT FocusInfoItem
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<FocusInfoItem>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 80;  // above the tags of all fields
 
@@ -1160,6 +1166,7 @@ class ZARVO_CALIBRATION_EXPORT FocusInfo
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<FocusInfo>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
@@ -1246,6 +1253,7 @@ class ZARVO_CALIBRATION_EXPORT CameraExtrinsics
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<CameraExtrinsics>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
@@ -1414,6 +1422,7 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibration
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<CameraCalibration>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 64;  // above the tags of all fields
 
@@ -1520,6 +1529,7 @@ class ZARVO_CALIBRATION_EXPORT RobotCalibration
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<RobotCalibration>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
@@ -1637,6 +1647,7 @@ class ZARVO_CALIBRATION_EXPORT CalibrationMetadataProto
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<CalibrationMetadataProto>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 40;  // above the tags of all fields
 
@@ -1739,6 +1750,7 @@ class ZARVO_CALIBRATION_EXPORT GyroscopeCalibrationProto
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<GyroscopeCalibrationProto>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 24;  // above the tags of all fields
 
@@ -1837,6 +1849,7 @@ class ZARVO_CALIBRATION_EXPORT CameraCalibrationAdjustmentProto
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<CameraCalibrationAdjustmentProto>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 24;  // above the tags of all fields
 
@@ -1962,6 +1975,7 @@ class ZARVO_CALIBRATION_EXPORT BaseCalibrationProto
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<BaseCalibrationProto>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 48;  // above the tags of all fields
 
@@ -2111,6 +2125,7 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckProto
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<FocusCheckProto>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 48;  // above the tags of all fields
 
@@ -2207,6 +2222,7 @@ class ZARVO_CALIBRATION_EXPORT FocusCheckSetProto
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<FocusCheckSetProto>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 16;  // above the tags of all fields
 
@@ -2366,6 +2382,7 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsicsItem
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<PTZIntrinsicsItem>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 80;  // above the tags of all fields
 
@@ -2543,6 +2560,7 @@ class ZARVO_CALIBRATION_EXPORT PTZIntrinsics
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<PTZIntrinsics>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 80;  // above the tags of all fields
 
@@ -2769,6 +2787,7 @@ class ZARVO_CALIBRATION_EXPORT PanTiltSystemParameters
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<PanTiltSystemParameters>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 128;  // above the tags of all fields
 
@@ -2906,6 +2925,7 @@ class ZARVO_CALIBRATION_EXPORT PTZCameraParameters
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<PTZCameraParameters>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 24;  // above the tags of all fields
 
@@ -3016,6 +3036,7 @@ class ZARVO_CALIBRATION_EXPORT PTZSystemCalibration
   friend struct protobuf_Layouts_calibration_5fcommon_2fcalibration_2eproto;
   friend struct protobuf_RequiredFields_calibration_5fcommon_2fcalibration_2eproto;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<PTZSystemCalibration>;
 
   static const ::google::protobuf::uint32 kTagsEnd = 32;  // above the tags of all fields
 

@@ -41,6 +41,8 @@
 namespace zarvo {
 namespace calibration_internal {
 class MessageReader;  // reads records, whose friend it is
+template <typename T>
+class KnownClass;  // tells records' classes, and destroys them; their friend, too
 }  // namespace calibration_internal
 }  // namespace zarvo
 

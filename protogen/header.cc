@@ -161,6 +161,7 @@ const char kPrivate[] = R"(
   friend struct protobuf_Layouts_$id$;
   friend struct protobuf_RequiredFields_$id$;
   friend class ::zarvo::calibration_internal::MessageReader;
+  friend class ::zarvo::calibration_internal::KnownClass<$class$>;
 
   static const ::google::protobuf::uint32 kTagsEnd = $tags_end$;  // above the tags of all fields
 

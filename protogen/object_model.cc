@@ -5,10 +5,9 @@ namespace protogen {
 namespace {
 
 // A group of eight has-bits is worth a test before its fields are cleared, unless clearing them
-// costs no more than that.
+// costs little more than that, as it does for numbers, which are zeroed together.
 bool ClearsWithoutTest(const Group& group) {
   if (group.fields.size() == 1) return true;
-  if (group.fields.size() > 4) return false;
   for (const Field* field : group.fields) {
     if (!field->is_scalar() || !field->zero_default) return false;
   }
@@ -79,7 +78,7 @@ std::string RenderObjectModel(const RenderedMessage& rendered) {
 $constants$
 $class$* $class$::default_instance_ = nullptr;
 
-$class$::$class$() { SharedCtor(); }
+__attribute__((flatten)) $class$::$class$() { SharedCtor(); }
 
 // The object counts as constructed before anything is merged, so that a merge that throws leaves
 // nothing behind.

@@ -118,21 +118,30 @@ int FixedSize(const std::vector<const Field*>& fields) {
   return size;
 }
 
-// The usual case is that all fields of a group are present; if their size is fixed, it is one
-// constant.
+// The usual case is that all fields of a group are present; what of them has a fixed size is then
+// one constant.
 std::string SizeOfGroup(const Group& group, const RenderedMessage& rendered) {
-  std::string sizes;
-  for (const Field* field : group.fields) sizes += rendered.of(field).size;
+  std::vector<const Field*> fixed;
+  std::string sizes, fixed_sizes, other_sizes;
+  uint32_t fixed_mask = 0;
+  for (const Field* field : group.fields) {
+    const std::string& size = rendered.of(field).size;
+    sizes += size;
+    (field->fixed_size() != 0 ? fixed_sizes : other_sizes) += size;
+    if (field->fixed_size() == 0) continue;
+    fixed.push_back(field);
+    fixed_mask |= field->bit();
+  }
   if (group.fields.size() == 1) return sizes;
-  std::string any = "if (_has_bits_[0] & " + Hex(group.mask) + ") {\n" + Indent(sizes, 2) + "}\n";
-  const int all = FixedSize(group.fields);
-  if (all == 0) return any;
-  return Fill(R"(
-if ((_has_bits_[0] & $mask$) == $mask$) {
-  total_size += $all$;
-} else )",
-              {{"mask", Hex(group.mask)}, {"all", std::to_string(all)}}) +
-         any;
+  const auto if_any = [&](const std::string& any) {
+    return "if (_has_bits_[0] & " + Hex(group.mask) + ") {\n" + Indent(any, 2) + "}\n";
+  };
+  if (fixed.size() < 3) return if_any(sizes);
+  const std::string if_all =
+      Fill("if ((_has_bits_[0] & $mask$) == $mask$) {\n  total_size += $all$;\n} else ",
+           {{"mask", Hex(fixed_mask)}, {"all", std::to_string(FixedSize(fixed))}});
+  if (other_sizes.empty()) return if_all + if_any(sizes);
+  return if_any(if_all + "{\n" + Indent(fixed_sizes, 2) + "}\n" + other_sizes);
 }
 
 // Whether all values of the message's own fields fit into 32 bits together.

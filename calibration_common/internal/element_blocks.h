@@ -98,6 +98,12 @@ __attribute__((cold, noinline)) void MakeFirstOfElements(
   elements->AddCleared(::new (memory->TakeOfNewBlock(sizeof(T), count)) T);
 }
 
+// Makes an object in `memory` without a call of its class's constructor.
+template <typename T>
+__attribute__((flatten)) inline T* Construct(void* memory) {
+  return ::new (memory) T;
+}
+
 // Appends an element, a cleared one if there is any, and otherwise one in `memory`. If that is used
 // up, count() is asked how many elements will follow, this one included.
 template <typename T, typename Count>
@@ -108,7 +114,7 @@ ZARVO_CALIBRATION_ALWAYS_INLINE T* AppendElement(::google::protobuf::RepeatedPtr
     if (memory->IsUsedUp()) {
       MakeFirstOfElements(elements, count(), memory);
     } else {
-      elements->AddCleared(::new (memory->Take(sizeof(T))) T);
+      elements->AddCleared(Construct<T>(memory->Take(sizeof(T))));
     }
   }
   return elements->Add();
@@ -173,7 +179,7 @@ __attribute__((flatten, noinline)) void DeleteSomeElements(
   for (auto p = elements->pointer_begin(); p != end; ++p) {
     T* element = *p;
     if (known.Has(*element)) {
-      element->T::~T();
+      known.Destroy(element);
       freed.Free(element);
     } else {
       delete element;

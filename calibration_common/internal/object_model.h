@@ -8,6 +8,8 @@
 #include <cstring>
 #include <memory>
 
+#include "calibration_common/runtime.h"
+
 namespace zarvo {
 namespace calibration_internal {
 
@@ -33,6 +35,15 @@ class KnownClass {
   static T* Know(T* object) {
     known_virtual_table_ = VirtualTableOf(*object);
     return object;
+  }
+
+  // Destroys an object whose dynamic class is T. Where there are no unknown fields, which is found
+  // out before the destructor sets the virtual table, nobody can tell that it does, and it need
+  // not.
+  static void Destroy(T* object) {
+    if (object->_internal_metadata_.have_unknown_fields())
+      DeleteUnknownFields(&object->_internal_metadata_);
+    object->T::~T();
   }
 
  private:
