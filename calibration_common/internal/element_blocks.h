@@ -178,8 +178,8 @@ __attribute__((flatten, noinline)) void DeleteSomeElements(
   const auto end = elements->pointer_end();
   for (auto p = elements->pointer_begin(); p != end; ++p) {
     T* element = *p;
-    if (known.Has(*element)) {
-      known.Destroy(element);
+    if (known.HasPlain(*element)) {
+      element->T::~T();
       freed.Free(element);
     } else {
       delete element;

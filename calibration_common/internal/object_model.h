@@ -37,13 +37,10 @@ class KnownClass {
     return object;
   }
 
-  // Destroys an object whose dynamic class is T. Where there are no unknown fields, which is found
-  // out before the destructor sets the virtual table, nobody can tell that it does, and it need
-  // not.
-  static void Destroy(T* object) {
-    if (object->_internal_metadata_.have_unknown_fields())
-      DeleteUnknownFields(&object->_internal_metadata_);
-    object->T::~T();
+  // Has() of an object that has no unknown fields. Where that is found out before the destructor
+  // sets the virtual table, nobody can tell that it does, and it need not.
+  bool HasPlain(const T& object) const {
+    return Has(object) && !object._internal_metadata_.have_unknown_fields();
   }
 
  private:
