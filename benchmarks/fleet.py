@@ -1,13 +1,15 @@
 #!/usr/bin/env python3
 """What calib takes for very many records, beside a program that only reads and parses them.
 
-    fleet.py --build FOLDER [--runs N] [--records N]
+    fleet.py --build FOLDER [--runs N] [--records N] [--robots N]
 
 Makes two logs in a temporary folder, 10,000 cameras of 30 KB (with sample points) and 700,000 of 340
-bytes, and prints for `calib table`, `check` and `log count` on one processor and on two: records a
-second, memory, and time beside that of benchmark_log_limit on one. That compares like with like: the
-limit of `table` makes the same bytes, which is looked at. The time is the least of N runs (5), which take
-turns; --records makes all logs so short. scripts/benchmark --fleet runs it.
+bytes, and prints for `calib table`, `check` and `log count`: records a second and memory on one
+processor, processor time beside that of benchmark_log_limit, and records a second on two processors. That
+compares like with like: the limit of `table` makes the same bytes, which is looked at. Each figure is the
+least of N runs (5), which take turns; --records makes all logs so short. With the packages of npm that
+docs/fleet.md uses in FOLDER/fleet, prints the seconds of its steps for 10,000 robots, too.
+scripts/benchmark --fleet runs it.
 """
 
 import argparse
@@ -22,6 +24,7 @@ import time
 
 COLUMNS = ("name,serial,intrinsics.fx,intrinsics.fy,intrinsics.cx,intrinsics.cy,intrinsics.k,"
            "intrinsics.width,intrinsics.height,intrinsics.error_per_point,extrinsics.a")
+SOURCE = pathlib.Path(__file__).resolve().parent.parent
 LOGS = (("30 KB", 10000, 1240), ("340 bytes", 700000, 0))
 
 
@@ -75,16 +78,19 @@ def write_log(path, records, points):
             out.write(varint(len(record)) + record)
 
 
-def run(command, processors):
-    """The seconds that the command takes, and its largest memory in bytes."""
+def run(command, processors, notes):
+    """What the command takes: seconds, processor time in seconds, largest memory in bytes."""
+    # Python's own memory would count for a child that it starts itself.
+    command = ["/usr/bin/time", "--format=%M", f"--output={notes}"] + command
     to_nothing = [(os.POSIX_SPAWN_OPEN, 1, os.devnull, os.O_WRONLY, 0)]
     os.sched_setaffinity(0, processors)
     begin = time.perf_counter()
     child = os.posix_spawn(command[0], command, os.environ, file_actions=to_nothing)
     _, status, usage = os.wait4(child, 0)
+    seconds = time.perf_counter() - begin
     if status != 0:
         sys.exit(f"fleet.py: {' '.join(command)}: ended with {status}")
-    return time.perf_counter() - begin, usage.ru_maxrss * 1024
+    return seconds, usage.ru_utime + usage.ru_stime, int(notes.read_text()) * 1024
 
 
 def look_at_rows(table, limit, folder):
@@ -112,24 +118,43 @@ def measure(build, path, records, folder, runs):
     look_at_rows(commands["table"][0], limits["table"], folder)
     everywhere = sorted(os.sched_getaffinity(0))
     places = {1: {everywhere[0]}, 2: set(everywhere[:2])}
-    times = {}
+    taken = {}
     for _ in range(runs):
         for what, command in limits.items():
-            times.setdefault((what, 1), []).append(run(command, places[1]))
+            taken.setdefault(("limit", what), []).append(run(command, places[1], folder / "notes"))
         for what, (command, _) in commands.items():
             for processors, place in places.items():
-                times.setdefault((what, processors), []).append(run(command, place))
+                taken.setdefault((what, processors), []).append(
+                    run(command, place, folder / "notes"))
     os.sched_setaffinity(0, everywhere)
-    print(f"  {'':<22} {'records/s':>10} {'MB':>6} {'time/limit':>11}")
+    best = {key: [min(values) for values in zip(*runs_of)] for key, runs_of in taken.items()}
+    print(f"  {'':<16} {'records/s':>11} {'MB':>6} {'time/limit':>11} {'on two':>9} {'gain':>6}")
     for what in limits:
-        seconds, memory = min(times[what, 1])
-        print(f"  {'limit: ' + what:<22} {records / seconds:>10,.0f} {memory / 1e6:>6.0f}")
+        seconds, _, memory = best["limit", what]
+        print(f"  {'limit: ' + what:<16} {records / seconds:>11,.0f} {memory / 1e6:>6.0f}")
     for what, (_, limit) in commands.items():
-        for processors in places:
-            seconds, memory = min(times[what, processors])
-            name = f"{what}, {processors} processor" + "s" * (processors > 1)
-            print(f"  {name:<22} {records / seconds:>10,.0f} {memory / 1e6:>6.0f} "
-                  f"{seconds / min(times[limit, 1])[0]:>11.2f}")
+        seconds, processor_time, memory = best[what, 1]
+        ratio = processor_time / best["limit", limit][1]
+        on_two = best[what, 2][0]
+        print(f"  {what:<16} {records / seconds:>11,.0f} {memory / 1e6:>6.0f} {ratio:>11.2f} "
+              f"{records / on_two:>9,.0f} {seconds / on_two:>6.2f}")
+
+
+def ask_questions(build, robots, folder):
+    """Goes through docs/fleet.md with its own files, and prints how long each step takes."""
+    sys.path.insert(0, str(SOURCE / "tests"))
+    from guide_test import steps_of  # pylint: disable=import-outside-toplevel
+    for step in steps_of(SOURCE / "docs" / "fleet.md"):
+        if step.file:
+            (folder / step.file).write_text("\n".join(step.lines) + "\n")
+    (folder / "node_modules").symlink_to(build / "fleet" / "node_modules")
+    environment = dict(os.environ, PATH=f"{build / 'calib'}:{build / 'examples'}:{os.environ['PATH']}")
+    print(f"{robots:,} robots")
+    for command in (["make_fleet", "fleet", str(robots)], ["bash", "tables.sh", "jsonl"],
+                    ["node", "ask.mjs", "jsonl.sql", "views.sql", "questions.sql"]):
+        begin = time.perf_counter()
+        subprocess.run(command, check=True, cwd=folder, env=environment, stdout=subprocess.DEVNULL)
+        print(f"  {' '.join(command):<52} {time.perf_counter() - begin:>6.2f} s")
 
 
 def main():
@@ -137,6 +162,7 @@ def main():
     parser.add_argument("--build", type=pathlib.Path, required=True)
     parser.add_argument("--runs", type=int, default=5)
     parser.add_argument("--records", type=int)
+    parser.add_argument("--robots", type=int, default=10000)
     arguments = parser.parse_args()
     with tempfile.TemporaryDirectory() as name:
         folder = pathlib.Path(name)
@@ -147,6 +173,8 @@ def main():
             print(f"{records:,} records of {size}, {path.stat().st_size / 1e6:.0f} MB")
             measure(arguments.build, path, records, folder, arguments.runs)
             path.unlink()
+        if (arguments.build / "fleet" / "node_modules").exists():
+            ask_questions(arguments.build.resolve(), arguments.robots, folder)
 
 
 if __name__ == "__main__":
