@@ -98,16 +98,23 @@ void Read(const Json& json, T* value) {
   }
 }
 
+const Json& Member(const Json& object, const char* name) {
+  const auto found = object.FindMember(name);
+  Require(found != object.MemberEnd());
+  return found->value;
+}
+
 double OneOf(const Json& root, const Robot*) {
-  return root["camera"][3]["intrinsics"]["fx"].GetDouble();
+  return Member(Member(Member(root, "camera")[3], "intrinsics"), "fx").GetDouble();
 }
 double OneOf(const Json& root, const Base*) {
-  return root["gyroscope_cal"]["metadata"]["temperature"].GetDouble();
+  return Member(Member(Member(root, "gyroscope_cal"), "metadata"), "temperature").GetDouble();
 }
 double OneOf(const Json& root, const PtzSystem*) {
-  return root["ptz_camera"]["intrinsics"]["samples"][32]["fxy"].GetDouble();
+  const Json& intrinsics = Member(Member(root, "ptz_camera"), "intrinsics");
+  return Member(Member(intrinsics, "samples")[32], "fxy").GetDouble();
 }
-double OneOf(const Json& root, const Image*) { return root["height"].GetDouble(); }
+double OneOf(const Json& root, const Image*) { return Member(root, "height").GetDouble(); }
 
 template <class R>
 class RapidJsonStore {

@@ -79,9 +79,11 @@ class Trace {
 };
 
 template <class T>
-inline constexpr bool kIsList = false;
+struct IsList : std::false_type {};
 template <class T>
-inline constexpr bool kIsList<std::vector<T>> = true;
+struct IsList<std::vector<T>> : std::true_type {};
+template <class T>
+constexpr bool kIsList = IsList<T>::value;
 
 // Hands a program's own values to the sink.
 template <class T, class Sink>
