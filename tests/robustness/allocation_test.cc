@@ -245,7 +245,8 @@ TYPED_TEST(AllocationOfRecordTest, MergeAndCopy) {
       full, [&](T* record) { record->CopyFrom(message); }, true);
 }
 
-// Unknown fields of every kind, groups in groups among them.
+// Unknown fields of every kind, groups in groups among them, or none.
+constexpr int kNoGroups = -1;
 void AddUnknownFields(int depth, ::google::protobuf::UnknownFieldSet* fields) {
   fields->AddVarint(1000, 5);
   fields->AddLengthDelimited(1001)->assign("a text that is longer than what a string object holds");
@@ -253,36 +254,42 @@ void AddUnknownFields(int depth, ::google::protobuf::UnknownFieldSet* fields) {
   fields->AddFixed64(1003, 4);
   if (depth > 0) AddUnknownFields(depth - 1, fields->AddGroup(1004));
   fields->AddLengthDelimited(1005)->assign("x");
-  fields->AddGroup(1006);
+  if (depth != kNoGroups) fields->AddGroup(1006);
 }
 
 // A set that has lost a value, or owns one together with another set, crashes as soon as it is
 // used.
 TYPED_TEST(AllocationOfRecordTest, UnknownFields) {
   using T = TypeParam;
-  T full = Full<T>();
-  AddUnknownFields(2, full.mutable_unknown_fields());
-  const Message& message = full;
-  ASSERT_TRUE(EqualByReflection(T(), T()));  // makes the run-time's empty set
-  TryFilling<T>(
-      full, [&](T* record) { record->MergeFrom(full); }, false);
-  TryFilling<T>(
-      full, [&](T* record) { record->CopyFrom(message); }, true);
-  TryFilling<T>(
-      full, [&](T* record) { *record = T(full); }, true);
+  for (const int depth : {kNoGroups, 2}) {
+    SCOPED_TRACE("depth " + std::to_string(depth));
+    T full = Full<T>();
+    AddUnknownFields(depth, full.mutable_unknown_fields());
+    const Message& message = full;
+    ASSERT_TRUE(EqualByReflection(T(), T()));  // makes the run-time's empty set
+    TryFilling<T>(
+        full, [&](T* record) { record->MergeFrom(full); }, false);
+    TryFilling<T>(
+        full, [&](T* record) { record->CopyFrom(message); }, true);
+    TryFilling<T>(
+        full, [&](T* record) { *record = T(full); }, true);
+  }
 
   // The fields that a record already has are as they were.
-  T some;
-  AddUnknownFields(1, some.mutable_unknown_fields());
-  int failures = ForEachFailure([&](auto attempt) {
-    T record(some);
-    const T source(some);
-    if (attempt([&] { record.MergeFrom(source); })) {
-      EXPECT_TRUE(EqualByReflection(record, some));
-      EXPECT_TRUE(EqualByReflection(source, some));
-    }
-  });
-  EXPECT_GT(failures, 0);
+  for (const int depth : {kNoGroups, 1}) {
+    SCOPED_TRACE("depth " + std::to_string(depth));
+    T some;
+    AddUnknownFields(depth, some.mutable_unknown_fields());
+    int failures = ForEachFailure([&](auto attempt) {
+      T record(some);
+      const T source(some);
+      if (attempt([&] { record.MergeFrom(source); })) {
+        EXPECT_TRUE(EqualByReflection(record, some));
+        EXPECT_TRUE(EqualByReflection(source, some));
+      }
+    });
+    EXPECT_GT(failures, 0);
+  }
 }
 
 // The run-time may lose the text or the group that it has made when its list of fields cannot grow,
