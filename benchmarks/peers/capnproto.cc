@@ -319,7 +319,7 @@ struct Type<Image> {
 template <class R>
 using TypeFor = typename Type<R>::For;
 
-constexpr size_t kFirstWords = 4 * 1024;
+constexpr size_t kFirstWords = 4096;
 
 // Room that is used again and grows to what was needed before. It holds zeros when a message begins
 // in it: the end of the message before sees to that.
