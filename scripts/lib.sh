@@ -52,15 +52,13 @@ is_number() { [[ $1 =~ ^[0-9]+$ ]]; }
 # front: not every release that is served has it.
 for_library=(cmake g++ make libprotobuf-dev)
 for_generator=(libprotoc-dev)
-for_calib=(libprotoc-dev libcli11-dev libeigen3-dev libpng-dev zlib1g-dev libzstd-dev
-  liblz4-dev libyaml-cpp-dev libtinyxml2-dev)
 for_geometry=(libeigen3-dev)
-for_calib=("${for_geometry[@]}" libprotoc-dev libcli11-dev libpng-dev libyaml-cpp-dev libtinyxml2-dev)
+for_calib=("${for_geometry[@]}" libprotoc-dev libcli11-dev libpng-dev zlib1g-dev libzstd-dev liblz4-dev
+  libyaml-cpp-dev libtinyxml2-dev)
 for_suites=("${for_generator[@]}" libgtest-dev protobuf-compiler)
 for_packages=("${for_library[@]}" "${for_geometry[@]}" build-essential debhelper dh-python python3)
 for_peers=(flatbuffers-compiler libflatbuffers-dev capnproto libcapnp-dev libprotozero-dev rapidjson-dev
   libyaml-cpp-dev libzstd-dev)
-for_packages=("${for_library[@]}" build-essential debhelper dh-python python3)
 # From Debian 12 on, clang alone comes without the run-times of its sanitizers, counters and libFuzzer.
 for_clang=(clang '?libclang-rt-dev')
 # What goes without a package that a release does not have; said ahead of installing.
@@ -175,9 +173,7 @@ build_folder() {
 options_off=(
   -DCMAKE_BUILD_TYPE=Release -DBUILD_TESTING=OFF -DCALIBRATION_GENERATOR=OFF
   -DCALIBRATION_EXAMPLES=OFF -DCALIBRATION_CALIB=OFF -DCALIBRATION_GEOMETRY=OFF
-  -DCALIBRATION_BENCHMARKS=OFF -DCALIBRATION_INSTALL=OFF -DCALIBRATION_FUZZ=OFF
-  -DCALIBRATION_EXAMPLES=OFF -DCALIBRATION_CALIB=OFF -DCALIBRATION_BENCHMARKS=OFF
-  -DCALIBRATION_PEERS=OFF -DCALIBRATION_INSTALL=OFF -DCALIBRATION_FUZZ=OFF
+  -DCALIBRATION_BENCHMARKS=OFF -DCALIBRATION_PEERS=OFF -DCALIBRATION_INSTALL=OFF -DCALIBRATION_FUZZ=OFF
   -DCALIBRATION_WERROR=OFF -DCALIBRATION_SANITIZE=)
 
 # configure FOLDER [-DNAME=VALUE...]: what is named is on, and the user has the last word.

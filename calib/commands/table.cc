@@ -187,8 +187,8 @@ class TableMaker {
         Add(file.name(), times ? times->TimeOf(encoded_.index) : std::nullopt);
         if (batch_->bytes.size() >= kBatchBytes || batch_->items.size() >= kBatchRecords) Send();
       }
-    } catch (const WrongColumn& wrong) {
-      throw Failure(wrong.what(), wrong.remedy());
+    } catch (const NoTable& no_table) {
+      throw Failure(no_table.what(), no_table.remedy());
     } catch (const Failure& failure) {
       batch_->items.push_back({0, 0, 0, std::make_unique<Batch::Extra>()});
       batch_->items.back().extra->trouble = {failure.what(), failure.remedy()};
@@ -220,9 +220,9 @@ class TableMaker {
       try {
         table_ = std::make_unique<Table>(file.type(), flags_.table);
       } catch (const Failure& failure) {
-        throw WrongColumn(failure.what(), failure.remedy());
+        throw NoTable(failure.what(), failure.remedy());
       }
-      writer_.Write(table_->Header());
+      Write(table_->Header());
     }
     if (file.type() == table_->type()) return;
     throw Failure(file.name() + ": is a " + file.type()->name() + ", and the table is of " +
@@ -246,15 +246,23 @@ class TableMaker {
   void Receive() {
     std::unique_ptr<Batch> done = under_way_.front().get();
     under_way_.pop_front();
-    writer_.Write(done->rows);
+    Write(done->rows);
     for (const Trouble& trouble : done->troubles) TellFailure(trouble.what, trouble.remedy);
     troubles_ += done->troubles.size();
     done->Clear();
     spare_.push_back(std::move(done));
   }
 
-  // Of the command line, and not of a file.
-  class WrongColumn : public Failure {
+  void Write(const std::string& rows) {
+    try {
+      writer_.Write(rows);
+    } catch (const Failure& failure) {
+      throw NoTable(failure.what(), failure.remedy());
+    }
+  }
+
+  // Of the table as a whole, which cannot go on, and not of a file that is read.
+  class NoTable : public Failure {
    public:
     using Failure::Failure;
   };
