@@ -161,7 +161,7 @@ void AddImages(const ExportCamera& camera, Recording* recording, ExportReport* r
       recording->Add("/" + camera.name + "/" + name,
                      Image(*image, camera.name, Below(camera.place, name)).message());
     } catch (const Failure& failure) {
-      report->notes.push_back(std::string(failure.what()).substr(camera.place.find(':') + 2) +
+      report->notes.push_back(std::string(failure.what()).substr(camera.place.rfind(": ") + 2) +
                               "; it is not drawn, but in the record's own channel");
     }
   }
@@ -189,7 +189,16 @@ void AddTransforms(const ExportRig& rig, Recording* recording, ExportReport* rep
   }
 }
 
-void CheckNames(const ExportRig& rig) {
+// A recording has up to 65,535 channels, of which two are the transforms' and the record's, and up
+// to three each camera's.
+constexpr size_t kMostCameras = (65535 - 2) / 3;
+
+void CheckCameras(const ExportRig& rig) {
+  if (rig.cameras.size() > kMostCameras) {
+    throw Failure(rig.cameras[kMostCameras].place + ": is one camera more than " +
+                      rig.conventions->files + " has channels for",
+                  "Export cameras by themselves, with --camera.");
+  }
   std::set<std::string> names;
   for (const ExportCamera& camera : rig.cameras) {
     if (names.insert(camera.name).second) continue;
@@ -200,7 +209,7 @@ void CheckNames(const ExportRig& rig) {
 }
 
 std::vector<ExportedFile> Write(const ExportRig& rig, ExportReport* report) {
-  CheckNames(rig);
+  CheckCameras(rig);
   Recording recording;
   for (const ExportCamera& camera : rig.cameras) {
     recording.Add("/" + camera.name + "/calibration", Calibration(camera, rig.options).message());

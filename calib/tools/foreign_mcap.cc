@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <map>
 #include <memory>
+#include <set>
 #include <utility>
 
 #include "calib/console/failure.h"
@@ -127,15 +128,29 @@ class TreeWriter {
 
 // --- Topics ------------------------------------------------------------------------------------
 
+// How many messages there were, and how many said anything else than the one before.
+struct Changes {
+  size_t messages = 0, changes = 0;
+};
+
+// From one frame to another.
+struct Transform {
+  std::unique_ptr<Message> last;  // without its time
+  Changes changes;
+};
+
 struct Topic {
   std::string name;
   McapChannel channel;  // of the last message
   Kind kind;
-  std::string message;  // the last one of a camera
-  // The last one from each frame, by the names of parent and child.
-  std::map<std::pair<std::string, std::string>, std::unique_ptr<Message>> transforms;
-  size_t messages = 0, changes = 0;
+  std::string message;                                                  // the last one of a camera
+  Changes changes;                                                      // of it
+  std::map<std::pair<std::string, std::string>, Transform> transforms;  // by parent and child
+  size_t unread = 0;  // transforms, or messages of them
 };
+
+// As messages and paths have it.
+std::string ShownName(const std::string& topic) { return topic.empty() ? "''" : Printable(topic); }
 
 // The parts of a message that are of interest: not its time, by which all of them differ.
 std::string WithoutTime(Kind kind, const McapChannel& channel, std::string_view bytes) {
@@ -164,23 +179,22 @@ class Topics {
 
   void Take(const McapChannel& channel, std::string_view message) {
     const Kind kind = KindOf(channel);
-    std::string name = Printable(channel.topic);
-    if (name.empty()) name = "''";
+    const std::string name = ShownName(channel.topic);
     const bool wanted = wanted_.empty() ||
                         std::find(wanted_.begin(), wanted_.end(), channel.topic) != wanted_.end();
     if (!wanted && kind != Kind::kTransforms) return;
     const auto [place, is_new] = places_.emplace(name, topics_.size());
     if (is_new) {
       Keep(name.size() + channel.schema.size() + channel.encoding.size(), 0);
-      topics_.push_back({name, channel, kind, "", {}, 0, 0});
+      topics_.push_back({name, channel, kind, "", {}, {}, 0});
     }
     Topic& topic = topics_[place->second];
     if (IsCamera(topic.kind) && !IsCamera(kind)) return;
-    if (kind != Kind::kOther && message.size() > kLargestKeptOfMcap) {
+    if (IsCamera(kind) && message.size() > kLargestKeptOfMcap) {
       throw Failure(file_ + ": " + topic.name + ": has a message of " +
                         std::to_string(message.size()) + " bytes, but no " + channel.schema +
                         " has more than " + std::to_string(kLargestKeptOfMcap),
-                    "Name the topic of a camera with --topic.");
+                    "Name the topic of another camera with --topic.");
     }
     if (topic.kind != kind) topic.transforms.clear();
     topic.kind = kind;
@@ -201,39 +215,56 @@ class Topics {
 
   void TakeCamera(std::string_view bytes, Topic* topic) {
     std::string message = WithoutTime(topic->kind, topic->channel, bytes);
-    if (topic->messages > 0 && message != topic->message) ++topic->changes;
-    ++topic->messages;
+    Count(message != topic->message, &topic->changes);
     Keep(message.size(), topic->message.size());
     topic->message = std::move(message);
   }
 
+  static void Count(bool differs, Changes* changes) {
+    if (changes->messages > 0 && differs) ++changes->changes;
+    ++changes->messages;
+  }
+
+  // What cannot be read is counted, and no reason to do without the cameras: most transforms of a
+  // recording are not theirs.
   void TakeTransforms(std::string_view bytes, Topic* topic) {
     const std::unique_ptr<Message> message = NewFoxgloveMessage(topic->channel.schema);
-    if (!ParseFoxgloveMessage(bytes, message.get())) {
-      throw Failure(
-          file_ + ": " + topic->name + ": has a message that is no " + topic->channel.schema,
-          "Name the topic of a camera with --topic.");
+    if (bytes.size() > kLargestKeptOfMcap || !ParseFoxgloveMessage(bytes, message.get())) {
+      ++topic->unread;
+      return;
     }
     const Reflection& values = *message->GetReflection();
     const FieldDescriptor* list = message->GetDescriptor()->FindFieldByName("transforms");
-    if (list == nullptr) return TakeTransform(*message, topic);
+    if (list == nullptr) return TakeTransform(message.get(), topic);
     for (int i = 0; i < values.FieldSize(*message, list); ++i) {
-      TakeTransform(values.GetRepeatedMessage(*message, list, i), topic);
+      TakeTransform(values.MutableRepeatedMessage(message.get(), list, i), topic);
     }
   }
 
-  void TakeTransform(const Message& transform, Topic* topic) {
-    const auto name = [&](const char* field) {
-      return transform.GetReflection()->GetString(
-          transform, transform.GetDescriptor()->FindFieldByName(field));
+  void TakeTransform(Message* message, Topic* topic) {
+    const Reflection& values = *message->GetReflection();
+    const auto field = [&](const char* name) {
+      return message->GetDescriptor()->FindFieldByName(name);
     };
-    const auto key = std::make_pair(name("parent_frame_id"), name("child_frame_id"));
-    std::unique_ptr<Message>& last = topic->transforms[key];
-    // An object of it takes about so much beside its names.
-    if (last == nullptr) Keep(1024 + 4 * (key.first.size() + key.second.size()), 0);
-    last.reset(transform.New());
-    last->CopyFrom(transform);
-    last->DiscardUnknownFields();
+    values.ClearField(message, field("timestamp"));
+    message->DiscardUnknownFields();
+    const auto key = std::make_pair(values.GetString(*message, field("parent_frame_id")),
+                                    values.GetString(*message, field("child_frame_id")));
+    auto place = topic->transforms.find(key);
+    if (place == topic->transforms.end()) {
+      // An object of it takes about so much beside its names.
+      const size_t room = 1024 + 4 * (key.first.size() + key.second.size());
+      if (kept_ + room > kMostKeptOfTransforms) {
+        ++topic->unread;
+        return;
+      }
+      Keep(room, 0);
+      place = topic->transforms.emplace(key, Transform()).first;
+      place->second.last.reset(message->New());
+    }
+    Transform& transform = place->second;
+    Count(message->SerializeAsString() != transform.last->SerializeAsString(), &transform.changes);
+    transform.last->CopyFrom(*message);
   }
 
   const std::string& file_;
@@ -272,7 +303,7 @@ ForeignTree TreeOf(const std::string& file, const std::vector<Topic>& topics) {
       } else if (topic.kind == Kind::kTransforms) {
         writer.In(topic.name, TreeKind::kList, [&] {
           for (const auto& transform : topic.transforms) {
-            writer.In("", TreeKind::kMap, [&] { writer.Fields(*transform.second); });
+            writer.In("", TreeKind::kMap, [&] { writer.Fields(*transform.second.last); });
           }
         });
       } else {
@@ -305,10 +336,10 @@ void CheckWanted(const std::string& file, const std::vector<Topic>& topics,
   };
   for (const std::string& name : wanted) {
     const auto topic = std::find_if(topics.begin(), topics.end(), [&](const Topic& candidate) {
-      return candidate.name == Printable(name);
+      return candidate.name == ShownName(name);
     });
     if (topic == topics.end()) {
-      refuse("has no message on the topic " + Printable(name),
+      refuse("has no message on the topic " + ShownName(name),
              "Without --topic, all cameras are imported.");
     } else if (!IsCamera(topic->kind)) {
       refuse("has on the topic " + topic->name + " " + Printable(topic->channel.schema) + " in " +
@@ -320,6 +351,33 @@ void CheckWanted(const std::string& file, const std::vector<Topic>& topics,
                    [](const Topic& topic) { return IsCamera(topic.kind); })) {
     refuse(std::string("has no message of ") + kExpected + " among " + std::to_string(end.messages),
            "Record the topics of the cameras' calibrations, too.");
+  }
+}
+
+// Tells that not all messages said the same.
+void TellChanges(const Changes& changes, const Foreign& value) {
+  if (changes.changes == 0) return;
+  value.Convert(std::to_string(changes.changes) + " of " + MessagesText(changes.messages) +
+                (changes.changes == 1 ? " differs" : " differ") +
+                " from the one before; the last is kept");
+}
+
+// Of the transforms of cameras, that is; others move all the time, and are not kept.
+void TellTransforms(const Topic& topic, const std::set<std::string>& frames,
+                    const Foreign& cameras) {
+  const Foreign value = cameras.At({topic.name});
+  if (topic.unread > 0) {
+    value.Remark(std::to_string(topic.unread) +
+                     (topic.unread == 1 ? " transform or message of them is"
+                                        : " transforms or messages of them are") +
+                     " damaged, or too large, or too many, and not read",
+                 Leftover::Kind::kDamaged);
+  }
+  const std::vector<Foreign> elements = value.Elements();
+  size_t i = 0;
+  for (const auto& [names, transform] : topic.transforms) {
+    const Foreign& element = elements[i++];
+    if (frames.count(Printable(names.second)) != 0) TellChanges(transform.changes, element);
   }
 }
 
@@ -338,12 +396,15 @@ Foreign ReadMcapCameras(const std::string& file, std::string_view bytes,
         Damage(end) + "; read is what stands ahead of it, in " + MessagesText(end.messages),
         Leftover::Kind::kDamaged);
   }
+  std::set<std::string> frames;
   for (const Topic& topic : taken.all()) {
-    if (topic.changes == 0) continue;
-    cameras.At({topic.name})
-        .Convert(std::to_string(topic.changes) + " of " + MessagesText(topic.messages) +
-                 (topic.changes == 1 ? " differs" : " differ") +
-                 " from the one before; the last is kept");
+    if (!IsCamera(topic.kind)) continue;
+    const Foreign camera = cameras.At({topic.name});
+    TellChanges(topic.changes, camera);
+    frames.insert(camera.At({"frame_id"}).Peek());
+  }
+  for (const Topic& topic : taken.all()) {
+    if (topic.kind == Kind::kTransforms) TellTransforms(topic, frames, cameras);
   }
   return cameras;
 }

@@ -15,9 +15,11 @@
 namespace calib {
 
 // What a message of a camera or of transforms may take, and what all that are kept and the names of
-// topics may take together.
+// topics may take together: beyond it a camera is refused, and beyond half of it a transform is not
+// read, which a remark says.
 constexpr size_t kLargestKeptOfMcap = size_t{1} << 20;
 constexpr size_t kMostKeptOfMcap = size_t{4} << 20;
+constexpr size_t kMostKeptOfTransforms = kMostKeptOfMcap / 2;
 
 // Reads a file that begins as MCAP; `topics` chooses those of cameras, unless it is empty. Throws
 // Failure if no camera is among them. Of a damaged file, what stands ahead of the damage is read,

@@ -73,12 +73,13 @@ std::string Lz4(std::string_view compressed, size_t size, std::string* records) 
 }  // namespace
 
 std::string DecompressMcapChunk(std::string_view compression, std::string_view compressed,
-                                size_t size, std::string* records) {
+                                uint64_t announced, std::string* records) {
   records->clear();
-  if (size > kLargestMcapChunk) {
-    return "its chunk becomes " + std::to_string(size) + " bytes, more than the " +
+  if (announced > kLargestMcapChunk) {
+    return "its chunk becomes " + std::to_string(announced) + " bytes, more than the " +
            std::to_string(kLargestMcapChunk) + " that are read";
   }
+  const auto size = static_cast<size_t>(announced);
   std::string wrong;
   if (compression.empty() || compressed.empty()) {
     records->assign(compressed);

@@ -3,6 +3,7 @@
 #define CALIB_TOOLS_MCAP_CHUNK_H_
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 
@@ -13,9 +14,10 @@ namespace calib {
 constexpr size_t kLargestMcapChunk = size_t{256} << 20;
 
 // Decompresses a chunk that says that it becomes `size` bytes. Returns what is wrong with it, "" if
-// nothing is. Memory is taken as bytes come out, whatever the chunk says.
+// nothing is. Memory is taken as bytes come out, whatever the chunk says, and for what zstd looks
+// back at: 128 MiB at most.
 std::string DecompressMcapChunk(std::string_view compression, std::string_view compressed,
-                                size_t size, std::string* records);
+                                uint64_t size, std::string* records);
 
 }  // namespace calib
 
