@@ -1,9 +1,6 @@
 // calib export --to TOOL FILE
 #include <unistd.h>
 
-#include <filesystem>
-#include <set>
-
 #include "calib/commands/commands.h"
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"
@@ -11,6 +8,7 @@
 #include "calib/fields/field_path.h"
 #include "calib/fields/parts.h"
 #include "calib/formats/record_reader.h"
+#include "calib/tools/export_files.h"
 #include "calib/tools/exporters.h"
 #include "calib/tools/leftovers.h"
 #include "calib/tools/lens_flag.h"
@@ -92,7 +90,7 @@ void Tell(const Record& record, const Flags& flags, const ExportRig& rig,
     for (const Leftover& leftover : report.leftovers) visit(leftover);
   });
   for (const ExportCamera& camera : rig.cameras) {
-    if (rig.options.lens != nullptr) break;
+    if (rig.options.lens != nullptr || camera.form == nullptr) break;
     const std::string& place = camera.intrinsics_place;
     Note(place + (place.back() == ':' ? " " : ": ") + CoefficientCounts(camera.intrinsics()) +
          " are written as " + (camera.form->word.empty() ? camera.form->lens : camera.form->word));
@@ -100,33 +98,33 @@ void Tell(const Record& record, const Flags& flags, const ExportRig& rig,
   for (const std::string& note : report.notes) Note(record.name + ": " + note);
 }
 
-// That each file has a name of its own, or needs none.
-void CheckNames(const Flags& flags, const Record& record, const std::vector<ExportedFile>& files) {
-  if (flags.folder.empty() && files.size() > 1) {
-    throw Failure(record.name + ": becomes " + std::to_string(files.size()) + " files",
-                  "Name a folder for them with --output-dir DIR.");
+// That the name of a frame is one, and that the format has frames.
+void CheckFrame(const std::string& name, const Exporter& exporter) {
+  if (!exporter.lenses.empty()) {
+    throw Failure("--frame is for tf and urdf, and " + exporter.format + " names no frame",
+                  "Leave it out.");
   }
-  std::set<std::string> names;
-  for (const ExportedFile& file : files) {
-    if (names.insert(file.name).second) continue;
-    throw Failure(record.name + ": two cameras would be written to " + file.name,
-                  "Give them names that differ in letters and digits, or write them one by one.");
-  }
+  const std::string letters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-./";
+  if (name.find_first_not_of(letters) == std::string::npos && name[0] != '/') return;
+  throw Failure("--frame: '" + name + "' is no name of a frame",
+                "Letters, digits, '_', '-', '.' and '/' make one, with no '/' in front.");
+}
+
+// That there is a place for each file.
+void CheckNumber(const Flags& flags, const Record& record, const std::vector<ExportedFile>& files) {
+  if (!flags.folder.empty() || files.size() == 1) return;
+  throw Failure(record.name + ": becomes " + std::to_string(files.size()) + " files",
+                "Name a folder for them with --output-dir DIR.");
 }
 
 void WriteAll(const Flags& flags, const std::vector<ExportedFile>& files) {
-  if (flags.folder.empty()) {
-    const bool binary = files[0].text.find('\0') != std::string::npos;
-    if (binary && flags.output_path == "-" && isatty(STDOUT_FILENO) != 0) {
-      throw Failure("standard output: is a terminal, which cannot show a binary file",
-                    "Name a file with --output.");
-    }
-    return WriteFile(flags.output_path, files[0].text);
+  if (!flags.folder.empty()) return WriteToFolder(flags.folder, files);
+  const bool binary = files[0].text.find('\0') != std::string::npos;
+  if (binary && flags.output_path == "-" && isatty(STDOUT_FILENO) != 0) {
+    throw Failure("standard output: is a terminal, which cannot show a binary file",
+                  "Name a file with --output.");
   }
-  std::error_code error;
-  std::filesystem::create_directories(flags.folder, error);
-  if (error) throw Failure(flags.folder + ": cannot be made a folder: " + error.message());
-  for (const ExportedFile& file : files) WriteFile(flags.folder + "/" + file.name, file.text);
+  WriteFile(flags.output_path, files[0].text);
 }
 
 void Export(const Flags& flags) {
@@ -148,11 +146,14 @@ void Export(const Flags& flags) {
         Foreign::Parse(InputName(flags.projection_path), ReadFile(flags.projection_path)),
         cameras[0], &options);
   }
+  if (!flags.options.frame.empty()) CheckFrame(flags.options.frame, exporter);
+  if (flags.options.frame.empty()) options.frame = "rig";
   ExportReport report;
   ExportRig rig = PrepareRig(exporter, cameras, options, &report);
   rig.record = flags.camera.camera.empty() ? record.message.get() : cameras[0].camera;
   const std::vector<ExportedFile> files = exporter.write(rig, &report);
-  CheckNames(flags, record, files);
+  CheckNumber(flags, record, files);
+  CheckFileNames(record.name, files);
   TellTransforms(rig, files, &report);
   Tell(record, flags, rig, report);
   WriteAll(flags, files);
@@ -196,12 +197,17 @@ void AddExport(Command* program, int* status) {
       ->AddOption("--projection-from", flags->projection_path,
                   "Of ros and mcap: a camera_info whose rectification and projection to take over")
       ->ValueName("FILE");
+  command
+      ->AddOption("--frame", flags->options.frame,
+                  "Of tf and urdf: what the frame of reference is called; else rig")
+      ->ValueName("NAME");
   flags->leftovers.AddTo(command, true);
   command->Footer(
       "Writes ROS camera_info (ros), Kalibr camchain, OpenCV's files of one camera and of a stereo "
       "pair, ORB-SLAM3 settings, OpenVINS, camodocal (VINS), Basalt, mrcal, COLMAP cameras.txt and "
-      "rig_config.json, nerfstudio transforms.json, and MCAP with what Foxglove draws. What a file "
-      "has no place for is counted on "
+      "rig_config.json, nerfstudio transforms.json, MCAP with what Foxglove draws, and of the "
+      "extrinsics alone ROS's static transforms (tf) and URDF. What a file has no place for is "
+      "counted on "
       "standard error, and listed by --verbose; a lens that it cannot hold is refused, and so is "
       "what no camera can have, such as a focal length of 0 or NaN. 'calib convert' writes "
       "JSON.\n\n"
@@ -209,6 +215,7 @@ void AddExport(Command* program, int* status) {
       "  calib export --to ros --camera cam0 rig.RobotCalibration.binpb\n"
       "  calib export --to kalibr rig.RobotCalibration.binpb --output camchain.yaml\n"
       "  calib export --to opencv rig.RobotCalibration.binpb --output-dir cameras\n"
+      "  calib export --to urdf --frame base_link rig.RobotCalibration.binpb\n"
       "  calib export --to ros --distortion-model plumb_bob cam.CameraCalibration.binpb");
   command->Callback([flags, status] {
     Export(*flags);

@@ -7,6 +7,8 @@
 #include "calib/console/file.h"
 #include "calib/console/number_rows.h"
 #include "calib/formats/record_reader.h"
+#include "calib/tools/export_files.h"
+#include "calib/tools/exporters.h"
 #include "calib/tools/lens_flag.h"
 #include "calib/tools/rig_geometry.h"
 #include "calib/tools/yaml_values.h"
@@ -15,7 +17,7 @@ namespace calib {
 namespace {
 
 struct Flags {
-  std::string path, left = "0", right = "1", output_path = "-";
+  std::string path, left = "0", right = "1", output_path = "-", camera_info_folder;
   geometry::RectifyOptions options;
   InputFlags input;
   LensFlag lens;
@@ -88,6 +90,33 @@ std::string Matrix(const std::string& name, const double* numbers, int rows, int
   return text + "]\n";
 }
 
+// The camera_info of both, with R and P.
+void WriteCameraInfo(const Record& record, const Flags& flags, const Pair& pair,
+                     const geometry::Rectified& rectified) {
+  const Exporter& exporter = *FindExporter("ros");
+  std::vector<CameraInRecord> cameras;
+  for (const GivenCamera* side : {&pair.left, &pair.right}) {
+    const std::string place = side->place.substr(0, side->place.rfind('.'));
+    cameras.push_back({side->camera, place, side->place});
+  }
+  ExportOptions options;
+  options.lens = flags.lens.model();
+  ExportReport report;  // what a camera_info has no place for is in the record
+  const ExportRig both = PrepareRig(exporter, cameras, options, &report);
+  for (const std::string& note : report.notes) Note(record.name + ": " + note);
+  std::vector<ExportedFile> files;
+  for (const bool left : {true, false}) {
+    const double* r = left ? rectified.r1 : rectified.r2;
+    const double* p = left ? rectified.p1 : rectified.p2;
+    options.rectification.assign(r, r + 9);
+    options.projection.assign(p, p + 12);
+    const ExportRig alone = {{both.cameras[left ? 0 : 1]}, both.conventions, options};
+    for (ExportedFile& file : exporter.write(alone, &report)) files.push_back(std::move(file));
+  }
+  CheckFileNames(record.name, files);
+  WriteToFolder(flags.camera_info_folder, files);
+}
+
 void Rectify(const Flags& flags) {
   const Record record = ReadRecord(flags.path, flags.input);
   const Pair pair = PairOf(record, flags);
@@ -101,6 +130,7 @@ void Rectify(const Flags& flags) {
   Note(record.name + ": " + pair.right.name + " is " + ToDigits(rectified.baseline, 6) +
        (rectified.vertical ? " below " : " right of ") + pair.left.name +
        ", in the unit of the extrinsics" + (rectified.vertical ? "; columns meet, not rows" : ""));
+  if (!flags.camera_info_folder.empty()) WriteCameraInfo(record, flags, pair, rectified);
   WriteFile(flags.output_path, Matrix("R1", rectified.r1, 3, 3) + Matrix("R2", rectified.r2, 3, 3) +
                                    Matrix("P1", rectified.p1, 3, 4) +
                                    Matrix("P2", rectified.p2, 3, 4) +
@@ -126,6 +156,11 @@ void AddRectify(Command* program, int* status) {
       ->ValueName("A");
   command->AddOption("--output", flags->output_path, "The file to write; else standard output")
       ->ValueName("OUT");
+  command
+      ->AddOption("--camera-info", flags->camera_info_folder,
+                  "The folder to write ROS camera_info of both to, with R and P, named after the "
+                  "cameras")
+      ->ValueName("DIR");
   flags->input.AddTo(command);
   flags->lens.AddTo(command,
                     "What k and p mean; auto goes by their numbers: 4 k and no p are equidistant, "
@@ -139,7 +174,8 @@ void AddRectify(Command* program, int* status) {
       "the other are recognised, pairs that are swapped refused.\n\n"
       "Examples:\n"
       "  calib rectify rig.RobotCalibration.binpb --left cam0 --right cam1\n"
-      "  calib rectify rig.RobotCalibration.binpb --alpha 0 --output rectified.yaml");
+      "  calib rectify rig.RobotCalibration.binpb --alpha 0 --output rectified.yaml\n"
+      "  calib rectify rig.RobotCalibration.binpb --camera-info stereo");
   command->Callback([flags, status] {
     Rectify(*flags);
     *status = kFine;

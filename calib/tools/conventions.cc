@@ -89,6 +89,12 @@ const std::vector<Conventions>& AllConventions() {
        0,
        kCv,
        {{"foxglove.FrameTransform", Direction::kFromCamera, Rotation::kQuaternionXyzw}}},
+      {"tf",
+       "ROS TFMessage",
+       0,
+       kCv,
+       {{"transform", Direction::kFromCamera, Rotation::kQuaternionXyzw}}},
+      {"urdf", "URDF", 0, kCv, {{"origin", Direction::kFromCamera, Rotation::kRollPitchYaw}}},
   };
   return all;
 }

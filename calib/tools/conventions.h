@@ -25,7 +25,13 @@ struct Conventions {
     kFromCamera,  // from the camera to the frame of reference
     kBetween      // from the camera before to this one, the first being the reference
   };
-  enum class Rotation { kMatrix, kVector, kQuaternionWxyz, kQuaternionXyzw };
+  enum class Rotation {
+    kMatrix,
+    kVector,
+    kQuaternionWxyz,
+    kQuaternionXyzw,
+    kRollPitchYaw  // about fixed axes, x first
+  };
 
   struct Transform {
     std::string key;  // where it stands in the file

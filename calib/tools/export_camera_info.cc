@@ -55,7 +55,7 @@ std::vector<ExportedFile> Write(const ExportRig& rig, ExportReport* report) {
   if (rig.options.projection.empty()) {
     report->notes.push_back(
         "rectification and projection are those of a single camera, since no record holds others; "
-        "cv::stereoRectify computes them, --projection-from takes them of a file");
+        "'calib rectify --camera-info' computes them, --projection-from takes them of a file");
   }
   return files;
 }

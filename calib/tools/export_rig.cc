@@ -99,9 +99,10 @@ void VisitLeftovers(const Exporter& exporter, const ExportOptions& options,
                     const ExportCamera& camera, const std::string& fallback,
                     const LeftoverVisitor& visit) {
   std::set<std::string> kept = exporter.keeps;
-  kept.insert({"intrinsics", "fx", "fy", "cx", "cy", "k", "p", "skew"});
   if (HoldsPoses(exporter, options)) kept.insert("extrinsics");
   if (exporter.numbered && camera.camera.name() == fallback) kept.insert("name");
+  if (camera.form == nullptr) return VisitOthers(record, camera.place, kept, files, visit);
+  kept.insert({"intrinsics", "fx", "fy", "cx", "cy", "k", "p", "skew"});
   VisitLostCoefficients(*camera.form, camera.intrinsics(), camera.intrinsics_place, files, visit);
   if (camera.intrinsics().skew() != 0 && exporter.keeps.count("skew") == 0) {
     visit({Below(camera.intrinsics_place, "skew") + " ",
@@ -111,6 +112,17 @@ void VisitLeftovers(const Exporter& exporter, const ExportOptions& options,
   if (exporter.holds_record) return;
   VisitOthers(record, camera.place, kept, files, visit);
   VisitOthers(record.intrinsics(), camera.intrinsics_place, kept, files, visit);
+}
+
+void TakeLens(const Exporter& exporter, const Conventions& of, const LensModel* chosen,
+              ExportCamera* camera) {
+  CheckWhole(exporter, of.files, *camera);
+  const CameraIntrinsics& in = camera->intrinsics();
+  CheckSane(in, camera->intrinsics_place);
+  camera->form = &FormOf(in, camera->intrinsics_place, chosen, exporter.lenses, of.files);
+  camera->coefficients = CoefficientsIn(*camera->form, in);
+  camera->cx = of.PixelFromRecord(in.cx());
+  camera->cy = of.PixelFromRecord(in.cy());
 }
 
 // The pose of a camera, if it has one.
@@ -194,15 +206,9 @@ ExportRig PrepareRig(const Exporter& exporter, const std::vector<CameraInRecord>
     }
     if (from.camera->has_name()) camera.camera.set_name(from.camera->name());
     FillIn(options, &camera);
-    CheckWhole(exporter, files, camera);
-    const CameraIntrinsics& in = camera.intrinsics();
-    CheckSane(in, camera.intrinsics_place);
     const std::string fallback = "cam" + std::to_string(rig.cameras.size());
     camera.name = camera.camera.name().empty() ? fallback : camera.camera.name();
-    camera.form = &FormOf(in, camera.intrinsics_place, options.lens, exporter.lenses, files);
-    camera.coefficients = CoefficientsIn(*camera.form, in);
-    camera.cx = rig.conventions->PixelFromRecord(in.cx());
-    camera.cy = rig.conventions->PixelFromRecord(in.cy());
+    if (!exporter.lenses.empty()) TakeLens(exporter, *rig.conventions, options.lens, &camera);
     if (HoldsPoses(exporter, options)) TakePose(files, options.from_camera, &camera);
     VisitLeftovers(exporter, options, files, *from.camera, camera, fallback,
                    [&](const Leftover& leftover) { report->leftovers.push_back(leftover); });

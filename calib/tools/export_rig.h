@@ -24,6 +24,7 @@ struct ExportOptions {
   std::string name;                 // likewise
   bool from_camera = false;         // that extrinsics map from the camera to the reference
   bool folder = false;              // that there may be several files
+  std::string frame;                // what that of reference is called
   // Rectification and projection of an earlier camera_info, by rows.
   std::vector<double> rectification, projection;
 };
@@ -40,9 +41,9 @@ struct ExportCamera {
   zarvo::calibration::CameraCalibration camera;         // without its images
   const zarvo::calibration::CameraCalibration* record;  // as it was
   std::string name;                                     // or cam0, cam1, ... of one without
-  const LensForm* form;
-  std::vector<double> coefficients;  // in the form's order
-  double cx, cy;                     // in the file's pixels
+  const LensForm* form;                                 // nullptr where files hold no lens
+  std::vector<double> coefficients;                     // in the form's order
+  double cx, cy;                                        // in the file's pixels
   bool has_pose;
   RigidTransform pose;  // from the frame of reference to it; the identity if it has none
 
@@ -77,8 +78,8 @@ struct Exporter {
     kApart      // they stand in a file of their own, if several may be written
   };
 
-  std::string format;  // in the table of conventions
-  std::vector<LensForm> lenses;
+  std::string format;            // in the table of conventions
+  std::vector<LensForm> lenses;  // none: nothing of intrinsics at all
   // The fields that it has a place for, beside the projection and k and p; "skew" is one of them.
   std::set<std::string> keeps;
   std::set<std::string> needs;  // width, height

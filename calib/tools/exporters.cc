@@ -4,10 +4,10 @@ namespace calib {
 
 const std::vector<Exporter>& Exporters() {
   static const std::vector<Exporter> all = {
-      CameraInfoExporter(), CamchainExporter(), FileStorageExporter(), StereoExporter(),
-      OrbSlamExporter(),    OpenVinsExporter(), CamodocalExporter(),   BasaltExporter(),
-      MrcalExporter(),      ColmapExporter(),   ColmapRigExporter(),   NerfstudioExporter(),
-      McapExporter()};
+      CameraInfoExporter(), CamchainExporter(),         FileStorageExporter(), StereoExporter(),
+      OrbSlamExporter(),    OpenVinsExporter(),         CamodocalExporter(),   BasaltExporter(),
+      MrcalExporter(),      ColmapExporter(),           ColmapRigExporter(),   NerfstudioExporter(),
+      McapExporter(),       StaticTransformsExporter(), UrdfExporter()};
   return all;
 }
 

@@ -24,6 +24,8 @@ Exporter NerfstudioExporter();
 Exporter BasaltExporter();
 Exporter MrcalExporter();
 Exporter McapExporter();
+Exporter StaticTransformsExporter();
+Exporter UrdfExporter();
 
 // All of them, in the order of --help.
 const std::vector<Exporter>& Exporters();

@@ -46,6 +46,8 @@ std::string Words(Rotation rotation) {
       return "quaternion w x y z";
     case Rotation::kQuaternionXyzw:
       return "quaternion x y z w";
+    case Rotation::kRollPitchYaw:
+      return "roll pitch yaw";
   }
   return "";
 }

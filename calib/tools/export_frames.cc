@@ -1,0 +1,115 @@
+// The cameras' frames alone, for ROS: static transforms as tf2_msgs/TFMessage, and URDF. Each
+// camera's frame is a child of the frame of reference, and called an optical one, which is what ROS
+// (REP 103) calls frames with x to the right, y down and z forward.
+#include <algorithm>
+#include <set>
+
+#include "calib/console/failure.h"
+#include "calib/geometry/calibration_geometry.h"
+#include "calib/tools/export_text.h"
+#include "calib/tools/exporters.h"
+
+namespace calib {
+
+namespace geometry = zarvo::calibration_geometry;
+
+namespace {
+
+bool EndsWith(const std::string& text, const std::string& end) {
+  return text.size() >= end.size() &&
+         text.compare(text.size() - end.size(), std::string::npos, end) == 0;
+}
+
+std::string FrameOf(const ExportCamera& camera) {
+  const bool optical = EndsWith(camera.name, "_optical") || EndsWith(camera.name, "_optical_frame");
+  return CameraFileName(camera, optical ? "" : "_optical");
+}
+
+RigidTransform ReferenceFromCamera(const ExportRig& rig, const ExportCamera& camera) {
+  return rig.conventions->FromRecord(Conventions::Direction::kFromCamera, camera.pose);
+}
+
+// That there is something to write, and that no two frames have one name.
+void CheckFrames(const ExportRig& rig) {
+  std::set<std::string> names = {rig.options.frame};
+  bool any = false;
+  for (const ExportCamera& camera : rig.cameras) {
+    any = any || camera.has_pose;
+    if (names.insert(FrameOf(camera)).second) continue;
+    throw Failure(camera.place + " would be a second frame called " + FrameOf(camera),
+                  "Give cameras names that differ in letters and digits, or name the frame of "
+                  "reference with --frame.");
+  }
+  if (any) return;
+  throw Failure(Below(rig.cameras[0].place, "extrinsics") + " is not set, and " +
+                    rig.conventions->files + " holds nothing else",
+                "Set it first.");
+}
+
+std::vector<ExportedFile> WriteTransforms(const ExportRig& rig, ExportReport*) {
+  CheckFrames(rig);
+  std::string text = "transforms:\n";
+  for (const ExportCamera& camera : rig.cameras) {
+    const RigidTransform pose = ReferenceFromCamera(rig, camera);
+    const Quaternion q = pose.ToQuaternion();
+    const auto number = [](double value) { return NumberList({value}); };
+    text += "  - header:\n      frame_id: \"" + rig.options.frame + "\"\n    child_frame_id: \"" +
+            FrameOf(camera) + "\"\n    transform:\n      translation: {x: " + number(pose.t[0]) +
+            ", y: " + number(pose.t[1]) + ", z: " + number(pose.t[2]) +
+            "}\n      rotation: {x: " + number(q.x) + ", y: " + number(q.y) +
+            ", z: " + number(q.z) + ", w: " + number(q.w) + "}\n";
+  }
+  return {{"static_transforms.yaml", text}};
+}
+
+// About fixed axes, as URDF has it; of the nearest rotation if that of the record is rounded.
+std::vector<double> RollPitchYaw(const RigidTransform& pose) {
+  geometry::Transform transform;
+  const std::vector<double> rows = pose.Rows();
+  std::copy(rows.begin(), rows.end(), transform.m);
+  geometry::Orthonormalize(&transform);
+  const geometry::RollPitchYaw angles = geometry::RollPitchYawOf(transform);
+  return {angles.roll + 0.0, angles.pitch + 0.0, angles.yaw + 0.0};  // none is -0
+}
+
+std::vector<ExportedFile> WriteUrdf(const ExportRig& rig, ExportReport*) {
+  CheckFrames(rig);
+  const std::string& reference = rig.options.frame;
+  std::string text = "<?xml version=\"1.0\"?>\n<robot name=\"" + reference +
+                     "\">\n  <link name=\"" + reference + "\"/>\n";
+  for (const ExportCamera& camera : rig.cameras) {
+    const RigidTransform pose = ReferenceFromCamera(rig, camera);
+    const std::string frame = FrameOf(camera);
+    text += "  <link name=\"" + frame + "\"/>\n  <joint name=\"" + frame +
+            "_joint\" type=\"fixed\">\n    <parent link=\"" + reference +
+            "\"/>\n    <child link=\"" + frame + "\"/>\n    <origin xyz=\"" +
+            NumberList({pose.t[0], pose.t[1], pose.t[2]}, " ") + "\" rpy=\"" +
+            NumberList(RollPitchYaw(pose), " ") + "\"/>\n  </joint>\n";
+  }
+  return {{"rig.urdf", text + "</robot>\n"}};
+}
+
+Exporter FramesExporter() {
+  Exporter exporter;
+  exporter.keeps = {"name"};
+  exporter.poses = Exporter::Poses::kNeeded;
+  return exporter;
+}
+
+}  // namespace
+
+Exporter StaticTransformsExporter() {
+  Exporter exporter = FramesExporter();
+  exporter.format = "tf";
+  exporter.write = WriteTransforms;
+  return exporter;
+}
+
+Exporter UrdfExporter() {
+  Exporter exporter = FramesExporter();
+  exporter.format = "urdf";
+  exporter.write = WriteUrdf;
+  return exporter;
+}
+
+}  // namespace calib
