@@ -32,6 +32,7 @@ Findings FindImplausible(const Message& record, double rotation_tolerance) {
     };
     CheckIf<RobotCalibration>(message, check_by(CheckCameras));
     CheckIf<CameraIntrinsics>(message, check_by(CheckIntrinsics));
+    CheckIf<CameraIntrinsics>(message, check_by(CheckResiduals));
     CheckIf<PTZIntrinsics>(message, check_by(CheckZoomIntrinsics));
     CheckIf<CameraExtrinsics>(message, [&](const CameraExtrinsics& extrinsics) {
       CheckExtrinsics(extrinsics, path, rotation_tolerance, &findings);

@@ -16,6 +16,10 @@ void CheckIntrinsics(const zarvo::calibration::CameraIntrinsics& intrinsics,
 void CheckZoomIntrinsics(const zarvo::calibration::PTZIntrinsics& intrinsics,
                          const std::string& path, Findings* findings);
 
+// residual_rule.cc
+void CheckResiduals(const zarvo::calibration::CameraIntrinsics& intrinsics, const std::string& path,
+                    Findings* findings);
+
 // record_rules.cc
 void CheckExtrinsics(const zarvo::calibration::CameraExtrinsics& extrinsics,
                      const std::string& path, double rotation_tolerance, Findings* findings);

@@ -62,12 +62,14 @@ const ImportFormat& Format(const Flags& flags, const std::vector<Foreign>& files
 
 void Fit(const std::vector<Foreign>& files, const ImportFormat& format, const Flags& flags,
          RobotCalibration* robot) {
-  if (std::string(format.name) != "kalibr") {
+  if (!MayBeFitted(format.name)) {
     throw Failure(
-        Names(flags.paths) + ": --fit is for files of kalibr, and this is of " + format.name,
+        Names(flags.paths) +
+            ": --fit is for files of kalibr, camodocal, basalt and colmap, and this is of " +
+            format.name,
         "Leave --fit out; 'calib convert-lens' turns lenses that a record holds.");
   }
-  FitCamchain(files[0], flags.fit, robot);
+  FitCameras(format.name, files[0], flags.fit, robot);
 }
 
 // A recording may be larger than memory, so a regular file is not read before it is known to be
@@ -136,7 +138,7 @@ void AddImport(Command* program, int* status) {
                     "What the distortion coefficients mean where the file does not tell; auto goes "
                     "by their number, unless there are 4");
   flags->fit.AddTo(command, "--fit",
-                   "Of Kalibr's omni, ds, eucm and fov cameras, which a record cannot hold, make "
+                   "Of omni (MEI), ds, eucm, ucm and fov cameras, which a record cannot hold, make "
                    "cameras of this lens, fitted over the image");
   command
       ->AddRepeatedOption("--topic", flags->topics,

@@ -2,7 +2,6 @@
 #include <algorithm>
 #include <cmath>
 #include <memory>
-#include <set>
 
 #include "calib/commands/commands.h"
 #include "calib/console/arguments.h"
@@ -10,6 +9,7 @@
 #include "calib/console/file.h"
 #include "calib/console/number.h"
 #include "calib/console/number_rows.h"
+#include "calib/fields/sample_views.h"
 #include "calib/formats/record_reader.h"
 #include "calib/tools/camera_geometry.h"
 #include "calib/tools/lens_flag.h"
@@ -28,11 +28,6 @@ struct Flags {
   LensFlag lens;
 };
 
-struct View {
-  int first;  // of the sample points
-  std::vector<geometry::TargetPoint> points;
-};
-
 // What a point's residual is.
 struct Residual {
   int sample, view;
@@ -40,22 +35,8 @@ struct Residual {
   double error;
 };
 
-geometry::TargetPoint PointOf(const GivenCamera& given, int i) {
-  const auto& sample = given.intrinsics->sample_points(i);
-  const bool whole =
-      sample.has_img_x() && sample.has_img_y() && sample.has_tgt_x() && sample.has_tgt_y();
-  const double sum = 0.0 + sample.img_x() + sample.img_y() + sample.tgt_x() + sample.tgt_y();
-  if (!whole || !std::isfinite(sum)) {
-    throw Failure(given.place + ": sample_points[" + std::to_string(i) +
-                      "] lacks one of img_x, img_y, tgt_x and tgt_y, or has one that is not finite",
-                  "Correct it in the record.");
-  }
-  return {sample.tgt_x(), sample.tgt_y(), {sample.img_x(), sample.img_y()}};
-}
-
-// A view ends where the target's points start anew: where one comes that the view has already.
-std::vector<View> ViewsOf(const GivenCamera& given, int count) {
-  std::vector<View> views;
+// Throws Failure if a point is not whole, or there are no views of one size.
+std::vector<SampleView> ViewsOf(const GivenCamera& given, int count) {
   const int samples = given.intrinsics->sample_points_size();
   if (count > 0 && samples % count != 0) {
     throw Failure(given.place + ": has " + std::to_string(samples) +
@@ -63,17 +44,13 @@ std::vector<View> ViewsOf(const GivenCamera& given, int count) {
                       " views of one size",
                   "Leave --views out: views are told by the target's points starting anew.");
   }
-  std::set<std::pair<double, double>> seen;
   for (int i = 0; i < samples; ++i) {
-    const geometry::TargetPoint point = PointOf(given, i);
-    const bool anew = !seen.insert({point.x, point.y}).second;
-    if (i == 0 || (count > 0 ? i % (samples / count) == 0 : anew)) {
-      views.push_back({i, {}});
-      seen = {{point.x, point.y}};
-    }
-    views.back().points.push_back(point);
+    if (TargetPointOf(given.intrinsics->sample_points(i))) continue;
+    throw Failure(given.place + ": sample_points[" + std::to_string(i) +
+                      "] lacks one of img_x, img_y, tgt_x and tgt_y, or has one that is not finite",
+                  "Correct it in the record.");
   }
-  return views;
+  return SampleViewsOf(*given.intrinsics, count);
 }
 
 double Rms(const std::vector<Residual>& residuals) {
@@ -83,7 +60,7 @@ double Rms(const std::vector<Residual>& residuals) {
 }
 
 // The residuals of a view, whose pose is refitted.
-std::vector<Residual> ResidualsOf(const geometry::Camera& camera, double z, const View& view,
+std::vector<Residual> ResidualsOf(const geometry::Camera& camera, double z, const SampleView& view,
                                   int number, std::string* line) {
   const geometry::Pose pose = geometry::FitPose(camera, z, view.points);
   *line = "  view " + std::to_string(number) + ": " + std::to_string(view.points.size()) +
@@ -150,7 +127,7 @@ int ResidualsOf(const GivenCamera& given, const Flags& flags) {
   }
   RequireSize(given);
   const geometry::Camera camera = GeometryOf(given, flags.lens.model());
-  const std::vector<View> views = ViewsOf(given, flags.views);
+  const std::vector<SampleView> views = ViewsOf(given, flags.views);
   std::string lines;
   std::vector<Residual> all;
   for (size_t i = 0; i < views.size(); ++i) {
@@ -165,9 +142,7 @@ int ResidualsOf(const GivenCamera& given, const Flags& flags) {
                   "Say how many views there are with --views N, or check --distortion-model.");
   }
   const double rms = Rms(all);
-  // Which norm error_per_point is of, nothing says; a third is more than norms of errors differ.
-  const bool disagrees = in.has_error_per_point() && !(std::abs(in.error_per_point() - rms) <=
-                                                       std::max(in.error_per_point(), rms) / 3);
+  const bool disagrees = in.has_error_per_point() && ErrorsDisagree(in.error_per_point(), rms);
   Print(given.name + ": " + std::to_string(all.size()) + " points in " +
         std::to_string(views.size()) + (views.size() == 1 ? " view" : " views") + ", RMS " +
         ToDigits(rms, 4) + " pixels" +

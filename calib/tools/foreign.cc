@@ -147,7 +147,7 @@ void Foreign::Lose(const std::string& why) const {
 
 void Foreign::TakeBackLosses() const {
   const auto is_below = [this](const std::string& place) {
-    return place.find(": " + path_ + ".") != std::string::npos ||
+    return path_.empty() || place.find(": " + path_ + ".") != std::string::npos ||
            place.find(": " + path_ + ": ") != std::string::npos;
   };
   Remarks& remarks = notebook_->remarks;

@@ -2,8 +2,11 @@
 
 #include <algorithm>
 #include <optional>
+#include <set>
 
 #include "calib/console/failure.h"
+#include "calib/tools/conventions.h"
+#include "calib/tools/import_common.h"
 
 namespace calib {
 
@@ -26,14 +29,16 @@ const LensModel* ModelOf(const Foreign& chain, const char* key) {
   return word ? FindLensModel(word->Text()) : nullptr;
 }
 
-// The camera, if its lens is none that a record holds.
-std::optional<Camera> ForeignCamera(const Foreign& chain) {
+// --- One camera of each format, if its lens is none that a record holds --------------------------
+
+// The importers have checked what is read here.
+
+std::optional<Camera> OfKalibr(const Foreign& chain) {
   const LensModel* model = ModelOf(chain, "camera_model");
   const LensModel* distortion = ModelOf(chain, "distortion_model");
   const auto list = chain.Find({"distortion_coeffs"});
   const std::vector<double> coefficients = list ? list->Numbers() : std::vector<double>();
   const std::vector<double> numbers = chain.At({"intrinsics"}).Numbers();
-  const std::vector<double> size = chain.At({"resolution"}).Numbers();
   Camera camera;
   size_t shape = 0;
   for (const Projection& projection : kProjections) {
@@ -63,22 +68,149 @@ std::optional<Camera> ForeignCamera(const Foreign& chain) {
   camera.fy = numbers[shape + 1];
   camera.cx = numbers[shape + 2];
   camera.cy = numbers[shape + 3];
-  camera.width = static_cast<int>(size[0]);
-  camera.height = static_cast<int>(size[1]);
   if (!none) std::copy(coefficients.begin(), coefficients.end(), camera.distortion);
   return camera;
 }
 
+// That a lens has nothing beside what is fitted.
+void CheckKeys(const Foreign& map, const std::set<std::string>& keys) {
+  map.ForEachEntry([&](const std::string& key, const Foreign& value) {
+    if (keys.count(key) != 0 || value.IsZero()) return;
+    value.Refuse("is " + value.Spell() + ", which is not fitted",
+                 "Leave --fit out to see what a record holds of the camera.");
+  });
+}
+
+double NumberOf(const Foreign& map, const char* key) { return map.At({key}).Number(); }
+
+Camera WithPinhole(Lens lens, const std::vector<double>& numbers) {
+  Camera camera;
+  camera.lens = lens;
+  camera.fx = numbers[0];
+  camera.fy = numbers[1];
+  camera.cx = numbers[2];
+  camera.cy = numbers[3];
+  return camera;
+}
+
+// MEI is omni with the distortion of radtan.
+std::optional<Camera> OfCamodocal(const Foreign& file) {
+  const Foreign projection = file.At({"projection_parameters"});
+  const auto mirror = file.Find({"mirror_parameters"});
+  if (!mirror || !mirror->Find({"xi"}) || !projection.Find({"gamma1"})) return std::nullopt;
+  Camera camera = WithPinhole(Lens::kOmni, NumbersOf(projection, {"gamma1", "gamma2", "u0", "v0"}));
+  camera.shape[0] = NumberOf(*mirror, "xi");
+  if (camera.shape[0] == 0) return std::nullopt;
+  const auto distortion = file.Find({"distortion_parameters"});
+  if (distortion) CheckKeys(*distortion, {"k1", "k2", "p1", "p2"});
+  double* to = camera.distortion;
+  for (const char* name : {"k1", "k2", "p1", "p2"}) {
+    const auto value = distortion ? distortion->Find({name}) : std::nullopt;
+    *to++ = value ? value->Number() : 0;
+  }
+  return camera;
+}
+
+std::optional<Camera> OfBasalt(const Foreign& model) {
+  const LensModel* lens = ModelOf(model, "camera_type");
+  const Foreign numbers = model.At({"intrinsics"});
+  const std::vector<double> pinhole = NumbersOf(numbers, {"fx", "fy", "cx", "cy"});
+  const std::string name = lens == nullptr ? "" : lens->name;
+  const auto check = [&](std::set<std::string> keys) {
+    keys.insert({"fx", "fy", "cx", "cy"});
+    CheckKeys(numbers, keys);
+  };
+  if (name == "ds") {
+    check({"xi", "alpha"});
+    Camera camera = WithPinhole(Lens::kDoubleSphere, pinhole);
+    camera.shape[0] = NumberOf(numbers, "xi");
+    camera.shape[1] = NumberOf(numbers, "alpha");
+    return camera;
+  }
+  if (name == "eucm" || name == "ucm") {
+    check(name == "eucm" ? std::set<std::string>{"alpha", "beta"} : std::set<std::string>{"alpha"});
+    Camera camera = WithPinhole(Lens::kExtendedUnified, pinhole);
+    camera.shape[0] = NumberOf(numbers, "alpha");
+    camera.shape[1] = name == "eucm" ? NumberOf(numbers, "beta") : 1;
+    return camera;
+  }
+  if (name == "fov") {
+    check({"w"});
+    Camera camera = WithPinhole(Lens::kFieldOfView, pinhole);
+    camera.distortion[0] = NumberOf(numbers, "w");
+    return camera;
+  }
+  return std::nullopt;
+}
+
+std::optional<Camera> OfColmap(const Foreign& entry) {
+  const std::string name = entry.At({"camera_model_name"}).Text();
+  const bool fov = name == "FOV";
+  if (!fov && name != "EUCM") return std::nullopt;
+  const std::vector<double> numbers = entry.At({"camera_params"}).Numbers();
+  Camera camera = WithPinhole(fov ? Lens::kFieldOfView : Lens::kExtendedUnified, numbers);
+  camera.cx = ConventionsOf("colmap").PixelToRecord(camera.cx);
+  camera.cy = ConventionsOf("colmap").PixelToRecord(camera.cy);
+  std::copy(numbers.begin() + 4, numbers.end(), fov ? camera.distortion : camera.shape);
+  return camera;
+}
+
+// --- All cameras of a file, in the order of the record's -----------------------------------------
+
+struct Reader {
+  const char* format;
+  std::vector<Foreign> (*cameras)(const Foreign& file, const RobotCalibration& robot);
+  std::optional<Camera> (*read)(const Foreign& camera);
+};
+constexpr Reader kReaders[] = {
+    {"kalibr",
+     [](const Foreign& file, const RobotCalibration& robot) {
+       std::vector<Foreign> chains;
+       for (const auto& camera : robot.camera()) chains.push_back(file.At({camera.name()}));
+       return chains;
+     },
+     OfKalibr},
+    {"camodocal",
+     [](const Foreign& file, const RobotCalibration&) { return std::vector<Foreign>{file}; },
+     OfCamodocal},
+    {"basalt",
+     [](const Foreign& file, const RobotCalibration&) {
+       return file.At({"value0"}).At({"intrinsics"}).Elements();
+     },
+     OfBasalt},
+    {"colmap",
+     [](const Foreign& file, const RobotCalibration& robot) {
+       std::vector<Foreign> entries;
+       if (!file.IsMap()) return entries;  // of a rig, whose cameras have no size
+       for (const auto& camera : robot.camera()) entries.push_back(file.At({camera.name()}));
+       return entries;
+     },
+     OfColmap}};
+
+const Reader* ReaderOf(const std::string& format) {
+  for (const Reader& reader : kReaders) {
+    if (reader.format == format) return &reader;
+  }
+  return nullptr;
+}
+
 }  // namespace
 
-// ImportCamchain() has checked what is read here.
-void FitCamchain(const Foreign& file, const FitFlags& fit, RobotCalibration* robot) {
-  for (auto& camera : *robot->mutable_camera()) {
-    const Foreign chain = file.At({camera.name()});
-    const auto foreign = ForeignCamera(chain);
-    if (!foreign) continue;
-    fit.Store(*foreign, chain.path(), camera.mutable_intrinsics());
-    chain.TakeBackLosses();
+bool MayBeFitted(const std::string& format) { return ReaderOf(format) != nullptr; }
+
+void FitCameras(const std::string& format, const Foreign& file, const FitFlags& fit,
+                RobotCalibration* robot) {
+  const Reader& reader = *ReaderOf(format);
+  const std::vector<Foreign> cameras = reader.cameras(file, *robot);
+  for (size_t i = 0; i < cameras.size(); ++i) {
+    std::optional<Camera> camera = reader.read(cameras[i]);
+    if (!camera) continue;
+    auto* calibration = robot->mutable_camera(static_cast<int>(i));
+    camera->width = calibration->intrinsics().width();
+    camera->height = calibration->intrinsics().height();
+    const std::string& name = calibration->name();
+    fit.Store(*camera, name.empty() ? "the camera" : name, calibration->mutable_intrinsics());
+    cameras[i].TakeBackLosses();
   }
 }
 

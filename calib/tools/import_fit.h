@@ -1,6 +1,8 @@
-// Cameras of Kalibr whose lens a record cannot hold, as cameras of one that it can (--fit).
+// Cameras whose lens a record cannot hold, as cameras of one that it can (--fit).
 #ifndef CALIB_TOOLS_IMPORT_FIT_H_
 #define CALIB_TOOLS_IMPORT_FIT_H_
+
+#include <string>
 
 #include "calib/tools/foreign.h"
 #include "calib/tools/lens_fitting.h"
@@ -8,11 +10,14 @@
 
 namespace calib {
 
-// Fits a lens of the model to each camera of the camchain whose own is omni, ds, eucm or fov,
-// stores it in place of what ImportCamchain() could store, and takes back what that said to be
-// lost. Throws Failure if a lens is none that can be fitted, or the fit is not good enough.
-void FitCamchain(const Foreign& file, const FitFlags& fit,
-                 zarvo::calibration::RobotCalibration* robot);
+// Whether files of the format may have such lenses: omni (camodocal's MEI), ds, eucm, ucm and fov.
+bool MayBeFitted(const std::string& format);
+
+// Fits a lens of the model to each camera of an imported file whose own is one of them, stores it
+// in place of what the importer could store, and takes back what that said to be lost. Throws
+// Failure if a lens is none that can be fitted, or the fit is not good enough.
+void FitCameras(const std::string& format, const Foreign& file, const FitFlags& fit,
+                zarvo::calibration::RobotCalibration* robot);
 
 }  // namespace calib
 
