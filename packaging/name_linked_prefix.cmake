@@ -5,7 +5,7 @@
 if(NOT IS_ABSOLUTE "${installed_libdir}")
   set(root "$ENV{DESTDIR}${CMAKE_INSTALL_PREFIX}")
   set(folder "${root}/${installed_libdir}/pkgconfig")
-  foreach(name IN ITEMS calibration_protolib calibration_geometry)
+  foreach(name IN ITEMS calibration_protolib calibration_geometry calibration_formats)
     set(file "${folder}/${name}.pc")
     if(NOT EXISTS "${file}")
       continue()

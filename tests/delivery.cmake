@@ -15,13 +15,15 @@ foreach(case IN ITEMS layout find_package pkg_config series add_subdirectory fet
     ${case} "${PROJECT_BINARY_DIR}" "${PROJECT_SOURCE_DIR}" "${runtime_prefix}"
     "${PROJECT_VERSION}")
 endforeach()
-if(TARGET calibration_geometry)
-  calibration_script_test(install_test.geometry install_test.sh
-    geometry "${PROJECT_BINARY_DIR}" "${PROJECT_SOURCE_DIR}" "${runtime_prefix}"
-    "${PROJECT_VERSION}")
-else()
-  calibration_left_out("the build has no library calibration_geometry" install_test.geometry)
-endif()
+foreach(library IN ITEMS geometry formats)
+  if(TARGET calibration_${library})
+    calibration_script_test(install_test.${library} install_test.sh
+      ${library} "${PROJECT_BINARY_DIR}" "${PROJECT_SOURCE_DIR}" "${runtime_prefix}"
+      "${PROJECT_VERSION}")
+  else()
+    calibration_left_out("the build has no library calibration_${library}" install_test.${library})
+  endif()
+endforeach()
 
 # --- The binary interface (see abi_test.sh) ---
 # The library once more, with debug information, and optimized whatever the build type: otherwise

@@ -62,6 +62,16 @@ double angle(const zarvo::calibration_geometry::Camera& camera) {
 }
 END
 
+cat >"$folder/formats.cc" <<END
+#include "calib/library/calibration_formats.h"
+#include "calib/library/calibration_formats.h"
+
+bool read(const std::string& text, zarvo::calibration::RobotCalibration* robot) {
+  return zarvo::calibration_formats::ReadRos(text, robot).status ==
+         zarvo::calibration_formats::Status::kOk;
+}
+END
+
 warnings=(-Wall -Wextra -Wpedantic -Wconversion -Wsign-conversion -Wswitch-enum)
 [[ $compiler != g++ ]] || warnings+=(-Wuseless-cast)
 
@@ -87,6 +97,7 @@ done
 for standard in c++11 c++20; do
   compile "-std=$standard" -fno-exceptions -fsyntax-only "$folder/log.cc"
   compile "-std=$standard" -fno-exceptions -fsyntax-only "$folder/geometry.cc"
+  compile "-std=$standard" -fno-exceptions -fsyntax-only "$folder/formats.cc"
 done
 printf '#include "%s"\n' calib/geometry/calibration_geometry_c.h{,} >"$folder/geometry.c"
 "$compiler" -x c -std=c99 -Wall -Wextra -Wpedantic -Wconversion -Werror -I "$source_folder" \
@@ -98,8 +109,8 @@ done
 "$compiler" -r -nostdlib "$folder/one.o" "$folder/two.o" -o "$folder/both.o"
 
 compile -std=c++17 -fsyntax-only "$folder/names.cc"
-macros=$(compile -std=c++17 -E -dD "$folder/log.cc" "$folder/geometry.cc" | awk '
-  /^# [0-9]+ "/ { ours = $3 ~ /\/(calibration_common|calib\/geometry)\// }
+macros=$(compile -std=c++17 -E -dD "$folder/log.cc" "$folder/geometry.cc" "$folder/formats.cc" | awk '
+  /^# [0-9]+ "/ { ours = $3 ~ /\/(calibration_common|calib\/geometry|calib\/library)\// }
   ours && $1 == "#define" { sub(/\(.*/, "", $2); print $2 }')
 [[ $macros == *ZARVO_CALIBRATION_EXPORT* ]] || {
   echo "header_test: found no macros of the header: $macros" >&2

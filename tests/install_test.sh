@@ -10,6 +10,7 @@
 # pkg_config        the README's compiler call, also where links lead out of the prefix
 # geometry          the library calibration_geometry: an example's program, built with
 #                   the tree that was moved, with the build folder and by pkg-config; a tree without it
+# formats           the library calibration_formats, in the same way
 # series            a run-time of another series than the library's is refused, in one sentence
 # add_subdirectory  the sources as a part of another project, whose own compiler options are severe
 # fetch_content     the same, fetched by CMake
@@ -68,6 +69,14 @@ case $check in
         include/calib/geometry/calibration_geometry_c.h
         "$cmake_folder/calibration_geometryTargets.cmake"
         "$cmake_folder/calibration_geometryTargets-release.cmake")
+    fi
+    if [[ -e $folder/all/include/calib/library ]]; then
+      formats=libcalibration_formats.so
+      runtime_files+=("LIB/$formats.$version" "LIB/$formats.${version%%.*}")
+      development_files+=("LIB/$formats" LIB/pkgconfig/calibration_formats.pc
+        include/calib/library/calibration_formats.h
+        "$cmake_folder/calibration_formatsTargets.cmake"
+        "$cmake_folder/calibration_formatsTargets-release.cmake")
     fi
     diff <(list "${runtime_files[@]}") <(files "$folder/runtime") || fail "component Runtime"
     diff <(list "${development_files[@]}") \
@@ -224,6 +233,35 @@ case $check in
     configure "$folder/robot" "$folder/moved;$runtime"
     [[ $status != 0 && $output == *"This calibration_protolib has no component 'geometry'"* ]] ||
       fail "without the component, CMake says: $output"
+    ;;
+
+  formats)
+    install_into "$folder/before"
+    mv "$folder/before" "$folder/moved"
+    mkdir "$folder/robot"
+    cp "$source/examples/import_cameras.cc" "$folder/robot"
+    printf '%s\n' 'cmake_minimum_required(VERSION 3.16)' 'project(robot LANGUAGES CXX)' \
+      'find_package(calibration_protolib CONFIG REQUIRED COMPONENTS formats)' \
+      'add_executable(robot import_cameras.cc)' \
+      'target_link_libraries(robot PRIVATE calibration_protolib::formats)' \
+      >"$folder/robot/CMakeLists.txt"
+    expect_cameras() {
+      said=$("$1" "$source/tests/calib/inputs/camchain.yaml" 2>&1) || fail "$1 fails: $said"
+      [[ $said == *"is of kalibr: 2 cameras"* ]] || fail "$1 says: $said"
+    }
+    for prefix in "$folder/moved" "$build"; do
+      rm -rf "$folder/robot/build"
+      configure "$folder/robot" "$prefix;$runtime"
+      ((status == 0)) || fail "CMake refused the project: $output"
+      quietly cmake --build "$folder/robot/build"
+      expect_cameras "$folder/robot/build/robot"
+    done
+    file=$(find "$folder/moved" -name calibration_formats.pc)
+    export PKG_CONFIG_PATH="${file%/*}:$runtime/lib/pkgconfig"
+    libdir=$(dirname "${file%/*}")
+    quietly g++ -std=c++17 "$folder/robot/import_cameras.cc" -o "$folder/robot/by_hand" \
+      $(pkg-config --cflags --libs calibration_formats)
+    LD_LIBRARY_PATH="$libdir:$runtime/lib" expect_cameras "$folder/robot/by_hand"
     ;;
 
   series)

@@ -6,13 +6,14 @@
 #   library_file_test.sh needed LIBRARY
 #   library_file_test.sh initializers LIBRARY
 #   library_file_test.sh searches LIBRARY
-#   library_file_test.sh geometry LIBRARY HEADER-FOLDER
+#   library_file_test.sh geometry LIBRARY HEADER...
+#   library_file_test.sh formats LIBRARY HEADER...
 #
 # exports: exactly the functions, constants and objects listed below, for the messages and fields of
 # the schema file. initializers: loading runs the constructor of one object, the one that registers
 # the file. searches: of its own names, loading searches for those that a program may have a copy of,
-# the pointers to default instances, and for no other. geometry: libcalibration_geometry exports
-# exactly the functions that its two headers declare, needs the C++ run-time alone, and runs nothing
+# the pointers to default instances, and for no other. formats: the library exports exactly the
+# functions that the headers declare. geometry: it does, needs the C++ run-time alone, and runs nothing
 # when it is loaded. Exit status: 0, it is so; 1, it is not, and the difference is told.
 set -euo pipefail
 
@@ -126,15 +127,16 @@ case $check in
         $'\n'"$others"
     ;;
 
-  geometry)
+  geometry | formats)
     # Overloads are one symbol each.
-    expected=$(cat "$3"/calibration_geometry.h "$3"/calibration_geometry_c.h |
-      sed -nE 's/^[a-zA-Z_][a-zA-Z_0-9* ]* \*?([A-Za-z_]+)\(.*/\1/p' | LC_ALL=C sort)
+    expected=$(cat "${@:3}" | sed '/^inline /d' |
+      sed -nE 's/^[a-zA-Z_][][a-zA-Z_0-9:<>* ]* \*?([A-Za-z_]+)\(.*/\1/p' | LC_ALL=C sort)
     actual=$(nm -D --defined-only -C "$library" | cut -d' ' -f3- |
-      sed -E 's/^zarvo::calibration_geometry:://; s/\(.*//' | LC_ALL=C sort)
-    [[ $(wc -l <<<"$expected") -gt 40 && $expected == "$actual" ]] ||
+      sed -E 's/\[abi:cxx11\]//; s/^zarvo::calibration_[a-z]+:://; s/\(.*//' | LC_ALL=C sort)
+    [[ $(wc -l <<<"$expected") -gt 4 && $expected == "$actual" ]] ||
       fail "$library exports other symbols than its headers declare (<: declared, >: exported)" \
         $'\n'"$(diff <(echo "$expected") <(echo "$actual"))"
+    [[ $check == geometry ]] || exit 0
     needed=$(readelf -dW "$library" | sed -n 's/.*(NEEDED).*\[\(.*\)\]/\1/p')
     for name in $needed; do
       [[ $name =~ ^(libstdc\+\+|libm|libgcc_s|libc|ld-linux-[a-z0-9_-]+)\.so ]] ||

@@ -77,6 +77,10 @@ done
 
 tools=$folder/packages/calibration-tools_${version}_$architecture.deb
 if [[ $calib == ON ]]; then
+  for name in formats${version%%.*} formats-dev; do
+    package=$folder/packages/libcalibration-${name}_${version}_$architecture.deb
+    [[ $(dpkg-deb --field "$package" Multi-Arch) == same ]] || fail "$package is not Multi-Arch: same"
+  done
   contents=$(dpkg-deb --contents "$tools")
   for file in bin/calib share/man/man1/calib.1.gz share/bash-completion/completions/calib; do
     [[ $contents == *" ./usr/$file"* ]] || fail "calibration-tools does not hold $file: $contents"
@@ -98,7 +102,7 @@ root=$folder/root
 mkdir -p "$root/var/lib/dpkg/info" "$root/var/lib/dpkg/updates" "$root/var/lib/dpkg/triggers"
 # What is installed on this machine, but for these packages, should they be.
 awk -v RS= -v ORS='\n\n' \
-  '!/^Package: (libcalibration-(protolib|geometry)|calibration-tools|python3-calibration-protolib)/' \
+  '!/^Package: (libcalibration-(protolib|geometry|formats)|calibration-tools|python3-calibration-protolib)/' \
   /var/lib/dpkg/status >"$root/var/lib/dpkg/status"
 echo 1 >"$root/var/lib/dpkg/info/format"
 quietly fakeroot dpkg --root="$root" --no-triggers --force-not-root --force-script-chrootless \
@@ -120,6 +124,11 @@ export PKG_CONFIG_PATH="$LD_LIBRARY_PATH/pkgconfig"
 quietly g++ "$source/examples/rectify_pair.cc" -o "$folder/rectify_pair" \
   $(pkg-config --cflags --libs calibration_geometry)
 quietly "$folder/rectify_pair"
+if [[ $calib == ON ]]; then
+  quietly g++ "$source/examples/import_cameras.cc" -o "$folder/import_cameras" \
+    $(pkg-config --cflags --libs calibration_formats)
+  quietly "$folder/import_cameras" "$source/tests/calib/inputs/camchain.yaml"
+fi
 command=$(readme_block sh)
 rm "$folder"/*.binpb
 (cd "$folder/robot" && quietly bash -c "$command")

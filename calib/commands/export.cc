@@ -61,18 +61,9 @@ std::vector<CameraInRecord> Cameras(const Record& record, const Flags& flags,
 // That so many cameras can be written, and to one file if no folder is named.
 void CheckNumber(const Record& record, const Flags& flags, const Exporter& exporter,
                  size_t cameras) {
+  CheckCameraCount(exporter, record.name, cameras);
   const std::string found =
       record.name + ": has " + std::to_string(cameras) + (cameras == 1 ? " camera" : " cameras");
-  const std::string& files = ConventionsOf(exporter.format).files;
-  if (cameras < exporter.least) {
-    throw Failure(found + ", but " + files + " are of " + std::to_string(exporter.least),
-                  "Take '--to opencv' for a single camera.");
-  }
-  if (exporter.most != 0 && cameras > exporter.most) {
-    throw Failure(
-        found + ", but " + files + " are of no more than " + std::to_string(exporter.most),
-        "Say which one with --camera, or make a record of those that are meant.");
-  }
   if (exporter.file_a_camera && cameras > 1 && flags.folder.empty()) {
     throw Failure(found, "Say which one with --camera N, or write them all with --output-dir DIR.");
   }
@@ -96,18 +87,6 @@ void Tell(const Record& record, const Flags& flags, const ExportRig& rig,
          " are written as " + (camera.form->word.empty() ? camera.form->lens : camera.form->word));
   }
   for (const std::string& note : report.notes) Note(record.name + ": " + note);
-}
-
-// That the name of a frame is one, and that the format has frames.
-void CheckFrame(const std::string& name, const Exporter& exporter) {
-  if (!exporter.lenses.empty()) {
-    throw Failure("--frame is for tf and urdf, and " + exporter.format + " names no frame",
-                  "Leave it out.");
-  }
-  const std::string letters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-./";
-  if (name.find_first_not_of(letters) == std::string::npos && name[0] != '/') return;
-  throw Failure("--frame: '" + name + "' is no name of a frame",
-                "Letters, digits, '_', '-', '.' and '/' make one, with no '/' in front.");
 }
 
 // That there is a place for each file.
@@ -146,8 +125,10 @@ void Export(const Flags& flags) {
         Foreign::Parse(InputName(flags.projection_path), ReadFile(flags.projection_path)),
         cameras[0], &options);
   }
-  if (!flags.options.frame.empty()) CheckFrame(flags.options.frame, exporter);
-  if (flags.options.frame.empty()) options.frame = "rig";
+  if (!options.frame.empty() && !exporter.lenses.empty()) {
+    throw Failure("--frame is for tf and urdf, and " + exporter.format + " names no frame",
+                  "Leave it out.");
+  }
   ExportReport report;
   ExportRig rig = PrepareRig(exporter, cameras, options, &report);
   rig.record = flags.camera.camera.empty() ? record.message.get() : cameras[0].camera;

@@ -69,7 +69,7 @@ void Fit(const std::vector<Foreign>& files, const ImportFormat& format, const Fl
             format.name,
         "Leave --fit out; 'calib convert-lens' turns lenses that a record holds.");
   }
-  FitCameras(format.name, files[0], flags.fit, robot);
+  FitCameras(format.name, files, flags.fit, robot);
 }
 
 // A recording may be larger than memory, so a regular file is not read before it is known to be

@@ -110,7 +110,9 @@ void WriteCameraInfo(const Record& record, const Flags& flags, const Pair& pair,
     const double* p = left ? rectified.p1 : rectified.p2;
     options.rectification.assign(r, r + 9);
     options.projection.assign(p, p + 12);
-    const ExportRig alone = {{both.cameras[left ? 0 : 1]}, both.conventions, options};
+    ExportRig alone = both;
+    alone.cameras = {both.cameras[left ? 0 : 1]};
+    alone.options = options;
     for (ExportedFile& file : exporter.write(alone, &report)) files.push_back(std::move(file));
   }
   CheckFileNames(record.name, files);

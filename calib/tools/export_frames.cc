@@ -5,6 +5,7 @@
 #include <set>
 
 #include "calib/console/failure.h"
+#include "calib/console/printable.h"
 #include "calib/geometry/calibration_geometry.h"
 #include "calib/tools/export_text.h"
 #include "calib/tools/exporters.h"
@@ -29,9 +30,21 @@ RigidTransform ReferenceFromCamera(const ExportRig& rig, const ExportCamera& cam
   return rig.conventions->FromRecord(Conventions::Direction::kFromCamera, camera.pose);
 }
 
-// That there is something to write, and that no two frames have one name.
+std::string Reference(const ExportRig& rig) {
+  return rig.options.frame.empty() ? "rig" : rig.options.frame;
+}
+
+void CheckName(const std::string& frame) {
+  const std::string letters = "abcdefghijklmnopqrstuvwxyzABCDEFGHIJKLMNOPQRSTUVWXYZ0123456789_-./";
+  if (frame.find_first_not_of(letters) == std::string::npos && frame[0] != '/') return;
+  throw Failure("'" + Printable(frame) + "' is no name of a frame",
+                "Letters, digits, '_', '-', '.' and '/' make one, with no '/' in front.");
+}
+
+// That there is something to write, and that frames have names, no two of them one.
 void CheckFrames(const ExportRig& rig) {
-  std::set<std::string> names = {rig.options.frame};
+  CheckName(Reference(rig));
+  std::set<std::string> names = {Reference(rig)};
   bool any = false;
   for (const ExportCamera& camera : rig.cameras) {
     any = any || camera.has_pose;
@@ -53,7 +66,7 @@ std::vector<ExportedFile> WriteTransforms(const ExportRig& rig, ExportReport*) {
     const RigidTransform pose = ReferenceFromCamera(rig, camera);
     const Quaternion q = pose.ToQuaternion();
     const auto number = [](double value) { return NumberList({value}); };
-    text += "  - header:\n      frame_id: \"" + rig.options.frame + "\"\n    child_frame_id: \"" +
+    text += "  - header:\n      frame_id: \"" + Reference(rig) + "\"\n    child_frame_id: \"" +
             FrameOf(camera) + "\"\n    transform:\n      translation: {x: " + number(pose.t[0]) +
             ", y: " + number(pose.t[1]) + ", z: " + number(pose.t[2]) +
             "}\n      rotation: {x: " + number(q.x) + ", y: " + number(q.y) +
@@ -74,7 +87,7 @@ std::vector<double> RollPitchYaw(const RigidTransform& pose) {
 
 std::vector<ExportedFile> WriteUrdf(const ExportRig& rig, ExportReport*) {
   CheckFrames(rig);
-  const std::string& reference = rig.options.frame;
+  const std::string reference = Reference(rig);
   std::string text = "<?xml version=\"1.0\"?>\n<robot name=\"" + reference +
                      "\">\n  <link name=\"" + reference + "\"/>\n";
   for (const ExportCamera& camera : rig.cameras) {

@@ -193,6 +193,21 @@ void TellConversion(const Exporter& exporter, const ExportRig& rig, ExportReport
 
 }  // namespace
 
+void CheckCameraCount(const Exporter& exporter, const std::string& record, size_t cameras) {
+  const std::string found =
+      record + ": has " + std::to_string(cameras) + (cameras == 1 ? " camera" : " cameras");
+  const std::string& files = ConventionsOf(exporter.format).files;
+  if (cameras < exporter.least) {
+    throw Failure(found + ", but " + files + " are of " + std::to_string(exporter.least),
+                  "Take '--to opencv' for a single camera.");
+  }
+  if (exporter.most != 0 && cameras > exporter.most) {
+    throw Failure(
+        found + ", but " + files + " are of no more than " + std::to_string(exporter.most),
+        "Say which one with --camera, or make a record of those that are meant.");
+  }
+}
+
 ExportRig PrepareRig(const Exporter& exporter, const std::vector<CameraInRecord>& cameras,
                      const ExportOptions& options, ExportReport* report) {
   ExportRig rig{{}, &ConventionsOf(exporter.format), options, nullptr};

@@ -24,7 +24,7 @@ struct ExportOptions {
   std::string name;                 // likewise
   bool from_camera = false;         // that extrinsics map from the camera to the reference
   bool folder = false;              // that there may be several files
-  std::string frame;                // what that of reference is called
+  std::string frame;                // what that of reference is called; empty: rig
   // Rectification and projection of an earlier camera_info, by rows.
   std::vector<double> rectification, projection;
 };
@@ -93,6 +93,10 @@ struct Exporter {
   bool has_projection = false;  // there is a place for those of --projection-from
   std::vector<ExportedFile> (*write)(const ExportRig& rig, ExportReport* report);
 };
+
+// Throws Failure if files are not of that many cameras. `record` is what messages call that which
+// has them.
+void CheckCameraCount(const Exporter& exporter, const std::string& record, size_t cameras);
 
 // Throws Failure if the record lacks what the file must have, has numbers that no camera can have,
 // or extrinsics that are no rigid transform where the file wants one. Adds what is not kept, and

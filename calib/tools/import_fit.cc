@@ -159,30 +159,36 @@ std::optional<Camera> OfColmap(const Foreign& entry) {
 
 struct Reader {
   const char* format;
-  std::vector<Foreign> (*cameras)(const Foreign& file, const RobotCalibration& robot);
+  std::vector<Foreign> (*cameras)(const std::vector<Foreign>& files, const RobotCalibration& robot);
   std::optional<Camera> (*read)(const Foreign& camera);
 };
 constexpr Reader kReaders[] = {
     {"kalibr",
-     [](const Foreign& file, const RobotCalibration& robot) {
+     [](const std::vector<Foreign>& files, const RobotCalibration& robot) {
        std::vector<Foreign> chains;
-       for (const auto& camera : robot.camera()) chains.push_back(file.At({camera.name()}));
+       for (const auto& camera : robot.camera()) chains.push_back(files[0].At({camera.name()}));
        return chains;
      },
      OfKalibr},
     {"camodocal",
-     [](const Foreign& file, const RobotCalibration&) { return std::vector<Foreign>{file}; },
+     [](const std::vector<Foreign>& files, const RobotCalibration&) {
+       std::vector<Foreign> cameras;  // the rest tells where they sit
+       for (const Foreign& file : files) {
+         if (file.Has({"model_type"})) cameras.push_back(file);
+       }
+       return cameras;
+     },
      OfCamodocal},
     {"basalt",
-     [](const Foreign& file, const RobotCalibration&) {
-       return file.At({"value0"}).At({"intrinsics"}).Elements();
+     [](const std::vector<Foreign>& files, const RobotCalibration&) {
+       return files[0].At({"value0"}).At({"intrinsics"}).Elements();
      },
      OfBasalt},
     {"colmap",
-     [](const Foreign& file, const RobotCalibration& robot) {
+     [](const std::vector<Foreign>& files, const RobotCalibration& robot) {
        std::vector<Foreign> entries;
-       if (!file.IsMap()) return entries;  // of a rig, whose cameras have no size
-       for (const auto& camera : robot.camera()) entries.push_back(file.At({camera.name()}));
+       if (!files[0].IsMap()) return entries;  // of a rig, whose cameras have no size
+       for (const auto& camera : robot.camera()) entries.push_back(files[0].At({camera.name()}));
        return entries;
      },
      OfColmap}};
@@ -198,10 +204,10 @@ const Reader* ReaderOf(const std::string& format) {
 
 bool MayBeFitted(const std::string& format) { return ReaderOf(format) != nullptr; }
 
-void FitCameras(const std::string& format, const Foreign& file, const FitFlags& fit,
+void FitCameras(const std::string& format, const std::vector<Foreign>& files, const FitFlags& fit,
                 RobotCalibration* robot) {
   const Reader& reader = *ReaderOf(format);
-  const std::vector<Foreign> cameras = reader.cameras(file, *robot);
+  const std::vector<Foreign> cameras = reader.cameras(files, *robot);
   for (size_t i = 0; i < cameras.size(); ++i) {
     std::optional<Camera> camera = reader.read(cameras[i]);
     if (!camera) continue;

@@ -3,6 +3,7 @@
 #define CALIB_TOOLS_IMPORT_FIT_H_
 
 #include <string>
+#include <vector>
 
 #include "calib/tools/foreign.h"
 #include "calib/tools/lens_fitting.h"
@@ -13,10 +14,10 @@ namespace calib {
 // Whether files of the format may have such lenses: omni (camodocal's MEI), ds, eucm, ucm and fov.
 bool MayBeFitted(const std::string& format);
 
-// Fits a lens of the model to each camera of an imported file whose own is one of them, stores it
+// Fits a lens of the model to each camera of imported files whose own is one of them, stores it
 // in place of what the importer could store, and takes back what that said to be lost. Throws
 // Failure if a lens is none that can be fitted, or the fit is not good enough.
-void FitCameras(const std::string& format, const Foreign& file, const FitFlags& fit,
+void FitCameras(const std::string& format, const std::vector<Foreign>& files, const FitFlags& fit,
                 zarvo::calibration::RobotCalibration* robot);
 
 }  // namespace calib

@@ -3,7 +3,7 @@
 set -euo pipefail
 
 # From the top. Folders on one floor do not know each other.
-floors=("main.cc" "commands" "pages" "formats views tools checks" "fields charts images" "console geometry")
+floors=("main.cc" "commands" "pages library" "formats views tools checks" "fields charts images" "console geometry")
 
 declare -A height
 for i in "${!floors[@]}"; do
