@@ -120,11 +120,13 @@ std::vector<File> FilesOf(const RobotCalibration& robot, const std::string& form
   calib::CheckFileNames("the record", exported);
   calib::TellTransforms(rig, exported, &report);
   for (const Leftover& leftover : report.leftovers) AddNote(leftover, options.lossy, outcome);
+  outcome->notes.reserve(outcome->notes.size() + report.notes.size());
   for (const std::string& note : report.notes) {
     outcome->notes.push_back({Note::Kind::kRemark, note});
   }
   outcome->format = format;
   std::vector<File> files;
+  files.reserve(exported.size());
   for (calib::ExportedFile& file : exported) {
     files.push_back({std::move(file.name), std::move(file.text)});
   }

@@ -93,11 +93,14 @@ std::vector<ExportedFile> WriteUrdf(const ExportRig& rig, ExportReport*) {
   for (const ExportCamera& camera : rig.cameras) {
     const RigidTransform pose = ReferenceFromCamera(rig, camera);
     const std::string frame = FrameOf(camera);
-    text += "  <link name=\"" + frame + "\"/>\n  <joint name=\"" + frame +
-            "_joint\" type=\"fixed\">\n    <parent link=\"" + reference +
-            "\"/>\n    <child link=\"" + frame + "\"/>\n    <origin xyz=\"" +
-            NumberList({pose.t[0], pose.t[1], pose.t[2]}, " ") + "\" rpy=\"" +
-            NumberList(RollPitchYaw(pose), " ") + "\"/>\n  </joint>\n";
+    const std::string xyz = NumberList({pose.t[0], pose.t[1], pose.t[2]}, " ");
+    const std::string rpy = NumberList(RollPitchYaw(pose), " ");
+    text.append("  <link name=\"").append(frame).append("\"/>\n");
+    text.append("  <joint name=\"").append(frame).append("_joint\" type=\"fixed\">\n");
+    text.append("    <parent link=\"").append(reference).append("\"/>\n");
+    text.append("    <child link=\"").append(frame).append("\"/>\n");
+    text.append("    <origin xyz=\"").append(xyz).append("\" rpy=\"").append(rpy);
+    text.append("\"/>\n  </joint>\n");
   }
   return {{"rig.urdf", text + "</robot>\n"}};
 }
