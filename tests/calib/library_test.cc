@@ -34,11 +34,12 @@ TEST(FormatsTest, ReadWhatTheContentTells) {
   const struct {
     const char *file, *format;
     int cameras;
-  } cases[] = {{"left.camera_info.yaml", "ros", 1}, {"camchain.yaml", "kalibr", 2},
-               {"opencv.yml", "opencv", 1},         {"sensor.yaml", "euroc", 1},
-               {"left.cameramodel", "mrcal", 1},    {"basalt.json", "basalt", 2},
-               {"cameras.txt", "colmap", 4},        {"camodocal.yaml", "camodocal", 1},
-               {"depthai.json", "depthai", 2}};
+  } cases[] = {{"left.camera_info.yaml", "ros", 1},  {"camchain.yaml", "kalibr", 2},
+               {"opencv.yml", "opencv", 1},          {"sensor.yaml", "euroc", 1},
+               {"left.cameramodel", "mrcal", 1},     {"basalt.json", "basalt", 2},
+               {"cameras.txt", "colmap", 4},         {"camodocal.yaml", "camodocal", 1},
+               {"depthai.json", "depthai", 2},       {"orbslam3.yaml", "orbslam3", 2},
+               {"transforms.json", "nerfstudio", 1}, {"drive.mcap", "mcap", 2}};
   std::vector<std::string> read;
   for (const auto& given : cases) {
     SCOPED_TRACE(given.file);
@@ -67,9 +68,9 @@ TEST(FormatsTest, ReadTheTwoFilesOfAPair) {
 // What a record's pair is written as is read again as the same lenses.
 TEST(FormatsTest, WriteWhatIsReadAgain) {
   const RobotCalibration robot = Pair();
-  const std::set<std::string> readable = {"ros",           "kalibr",   "opencv",
-                                          "opencv-stereo", "openvins", "camodocal",
-                                          "mrcal",         "colmap",   "colmap-rig"};
+  const std::set<std::string> readable = {"ros",        "kalibr",    "opencv", "opencv-stereo",
+                                          "openvins",   "camodocal", "mrcal",  "colmap",
+                                          "colmap-rig", "mcap"};
   for (const std::string& format : WritableFormats()) {
     SCOPED_TRACE(format);
     std::vector<File> files;
