@@ -6,9 +6,9 @@
 //
 //   void Write(const R& values)              builds and writes the record
 //   std::string_view Written()               its bytes; no part of what is measured
-//   void Load(std::string_view bytes)        reads it so that all can be asked for once bytes is
-//   gone void Read(std::string_view, Sink* sink)  hands all that is in it to the sink double
-//   ReadOne(std::string_view bytes)   the one number that One() names
+//   void Load(std::string_view bytes)        reads it for good: the bytes may go
+//   void Read(std::string_view, Sink* sink)  hands all that is in it to the sink
+//   double ReadOne(std::string_view bytes)   the one number that One() names
 //
 // "Fresh" operations make a store, use it once and drop it. Bytes begin at a multiple of 16. A peer
 // with records of its own that can be written again and again has

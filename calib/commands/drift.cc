@@ -138,7 +138,8 @@ std::string TextOf(const std::vector<DriftRow>& rows, TableFormat format) {
   return writer.Take();
 }
 
-// Tells what changed by more than it may since the first record; returns whether anything did.
+// Tells what changed by more than it may since the first record, or cannot be compared with that;
+// returns whether there is any.
 bool TellExceeding(const std::vector<DriftRow>& rows,
                    const std::map<std::string, double>& thresholds) {
   bool any = false;
@@ -153,9 +154,18 @@ bool TellExceeding(const std::vector<DriftRow>& rows,
           "with --pixels pixels.");
     }
   }
+  std::set<std::pair<std::string, std::string>> begun;  // cameras and their quantities
   for (const DriftRow& row : rows) {
     const auto most = thresholds.find(row.quantity);
-    if (most == thresholds.end() || !row.since_first) continue;
+    if (most == thresholds.end()) continue;
+    const bool is_first = begun.emplace(row.camera, row.quantity).second;
+    if (!row.since_first) {
+      if (is_first) continue;
+      Note(row.record + ": " + row.camera + ": " + row.quantity +
+           " cannot be compared with the first record's");
+      any = true;
+      continue;
+    }
     if (std::abs(*row.since_first) <= most->second) continue;
     Note(row.record + ": " + row.camera + ": " + row.quantity + " changed by " +
          ChangeOf(row.since_first) + ", more than " + NumberOf(most->second));
@@ -251,7 +261,7 @@ void AddDrift(Command* program, int* status) {
       "the image, at most, but for the rotation that explains most of it. It needs the image's "
       "size, and takes some milliseconds for each camera.\n\n"
       "Charts show the changes since the first record, one chart for each quantity.\n\n"
-      "Exit status: 0 fine, 1 more than a threshold, 2 trouble.\n\n"
+      "Exit status: 0 fine, 1 more than a threshold or not to be compared, 2 trouble.\n\n"
       "Examples:\n"
       "  calib drift october.RobotCalibration.binpb november.RobotCalibration.binpb\n"
       "  calib drift robot.RobotCalibration.binpb.log --camera cam0 --to csv\n"

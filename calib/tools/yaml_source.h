@@ -1,10 +1,10 @@
 // The bytes of a file as the reader of YAML wants them, and where its marks lie in the file. What
 // some tools write and that reader does not take is handed out with more in between:
-//  - a file that is a list or map in brackets as a whole, such as JSON, with the mark of a
-//  document's
-//    start before it, behind which no key can stand;
-//  - a file with OpenCV's first line, whose own reader ends a key at the first colon, with a blank
-//    between a key and a value that follows at once.
+//
+//   - the mark of a document's start, behind which no key can stand, before a file that is as a
+//     whole a list or map in brackets, such as JSON;
+//   - in a file with OpenCV's first line, whose own reader ends a key at the first colon, a blank
+//     between a key and a value that follows at once.
 #ifndef CALIB_TOOLS_YAML_SOURCE_H_
 #define CALIB_TOOLS_YAML_SOURCE_H_
 

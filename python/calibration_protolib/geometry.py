@@ -16,6 +16,7 @@ from __future__ import annotations
 
 import ctypes
 import enum
+import operator
 from dataclasses import dataclass, field
 from typing import TYPE_CHECKING, Any, NamedTuple, Sequence, Tuple
 
@@ -334,8 +335,8 @@ def fit_lens(source: Camera, target: Lens, coefficients: int, max_error: float =
     further from the axis. Raises GeometryError if there is none; how good it is, is for the caller
     to judge.
     """
-    c = _library.calibration_geometry_fit_lens(_to_c(source), int(target), coefficients, max_error,
-                                               largest_angle)
+    c = _library.calibration_geometry_fit_lens(
+        _to_c(source), int(target), _int("coefficients", coefficients), max_error, largest_angle)
     _check("the lens", c.status)
     return FittedLens(_from_c(c.camera), c.rms, c.largest, (c.where[0], c.where[1]), c.angle,
                       c.reach, c.unseen)
@@ -354,25 +355,28 @@ def scale(camera: Camera, width: int, height: int) -> Resized:
     """As an image that is resized to that many pixels, with the corners where they were: the first
     pixel's centre is half a pixel from them, before and after. Raises GeometryError without
     sizes, as the three below do."""
-    return _resized(_library.calibration_geometry_scale(_to_c(camera), width, height))
+    return _resized(_library.calibration_geometry_scale(
+        _to_c(camera), _int("width", width), _int("height", height)))
 
 
 def crop(camera: Camera, u: int, v: int, width: int, height: int) -> Resized:
     """What is within the rectangle, whose first pixel is that of u and v."""
-    return _resized(_library.calibration_geometry_crop(_to_c(camera), u, v, width, height))
+    return _resized(_library.calibration_geometry_crop(
+        _to_c(camera), _int("u", u), _int("v", v), _int("width", width), _int("height", height)))
 
 
 def bin(camera: Camera, columns: int, rows: int,
         decimate: bool = False) -> Resized:
     """The mean of so many pixels as one or, decimated, the first of them."""
-    return _resized(_library.calibration_geometry_bin(_to_c(camera), columns, rows,
-                                                      bool(decimate)))
+    return _resized(_library.calibration_geometry_bin(
+        _to_c(camera), _int("columns", columns), _int("rows", rows), bool(decimate)))
 
 
 def rotate(camera: Camera, quarters: int) -> Resized:
     """Turned clockwise by that many quarters. Raises GeometryError, too, if no such camera has
     these parameters: with skew but for half a turn, and with tilt."""
-    return _resized(_library.calibration_geometry_rotate(_to_c(camera), quarters))
+    return _resized(_library.calibration_geometry_rotate(
+        _to_c(camera), _int("quarters", quarters)))
 
 
 class Pose(NamedTuple):
@@ -403,7 +407,15 @@ def _to_c(camera: Camera) -> geometry_library.Camera:
     return geometry_library.Camera(
         int(camera.lens), camera.fx, camera.fy, camera.skew, camera.cx, camera.cy,
         (ctypes.c_double * 14)(*camera.distortion), (ctypes.c_double * 2)(*camera.shape),
-        camera.width, camera.height)
+        _int("width", camera.width), _int("height", camera.height))
+
+
+def _int(name: str, value: int) -> int:
+    """The value, which ctypes would cut down to 32 bits without a word."""
+    number = operator.index(value)
+    if not -2**31 <= number < 2**31:
+        raise ValueError(f"{name}: {number} is no number of 32 bits")
+    return number
 
 
 def _from_c(c: geometry_library.Camera) -> Camera:

@@ -426,6 +426,30 @@ TEST(McapTest, TakesThePoseOfTheCamerasFrame) {
             std::string::npos)
       << apart.notes;
   EXPECT_NE(read("FrameTransform", "child_frame_id: 'left_optical'").refusal, "") << "no rotation";
+
+  // Of messages one after another.
+  const auto read_all = [&](const std::vector<std::string>& messages) {
+    std::string all =
+        cameras + Schema(5, "foxglove.FrameTransform") + Channel(5, "/tf", "protobuf");
+    for (const std::string& message : messages) all += MessageOn(5, message);
+    return ReadFile(File(all), {"/left/camera_info"});
+  };
+  const auto at = [&](const std::string& child, int x) {
+    return Foxglove("FrameTransform", pose("base", child, x));
+  };
+  const Read moved = read_all({at("left_optical", 3), at("left_optical", 3), at("wheel", 1),
+                               at("wheel", 2), at("left_optical", 4)});
+  EXPECT_EQ(moved.robot.camera(0).extrinsics().a(3), -4);
+  EXPECT_NE(moved.notes.find("/tf[0]: 1 of 3 messages differs"), std::string::npos) << moved.notes;
+  EXPECT_EQ(moved.notes.find("/tf[1]: 1 of 2"), std::string::npos) << moved.notes;
+
+  std::vector<std::string> many = {at("left_optical", 3), "\1",
+                                   std::string(kLargestKeptOfMcap + 1, '\0')};
+  for (int i = 0; i < 5000; ++i) many.push_back(at("joint" + std::to_string(i), 1));
+  const Read left = read_all(many);
+  EXPECT_EQ(left.robot.camera(0).extrinsics().a(3), -3) << left.refusal;
+  EXPECT_NE(left.damage.find(" transforms or messages of them are damaged"), std::string::npos)
+      << left.damage;
 }
 
 // --- Writing -------------------------------------------------------------------------------------

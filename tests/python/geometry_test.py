@@ -174,7 +174,12 @@ class Made(unittest.TestCase):
                 (lambda: geometry.from_quaternion([1, 2]), r"wxyz: .*expected \(4,\)"),
                 (lambda: geometry.largest_angle(Camera(Lens.BROWN, 1, 1, distortion=[0] * 15)),
                  "distortion: has 15 numbers, expected at most 14"),
-                (lambda: geometry.compare(LEFT, LEFT, columns=1), "expected 2 to 10000, not 1")):
+                (lambda: geometry.compare(LEFT, LEFT, columns=1), "expected 2 to 10000, not 1"),
+                (lambda: geometry.crop(LEFT, 2**40, 0, 10, 10), "u: 1099511627776 is no number of"),
+                (lambda: geometry.scale(LEFT, 2**33 + 320, 240), "width: .* 32 bits"),
+                (lambda: geometry.fit_lens(LEFT, Lens.FISHEYE, 2**32 + 2), "coefficients: "),
+                (lambda: geometry.largest_angle(Camera(Lens.BROWN, 1, 1, width=2**32 + 5)),
+                 "width: 4294967301")):
             with self.assertRaisesRegex(ValueError, words):
                 call()
 
