@@ -16,7 +16,7 @@ namespace calibration_internal {
 // Where an object's virtual table is, which tells its dynamic class: it stands in the first word.
 inline const void* VirtualTableOf(const ::google::protobuf::Message& object) {
   const void* table;
-  ::std::memcpy(&table, &object, sizeof(table));
+  ::std::memcpy(&table, static_cast<const void*>(&object), sizeof(table));
   return table;
 }
 
