@@ -14,17 +14,26 @@ namespace {
 
 constexpr size_t kPiece = size_t{128} << 10;
 
-// One more piece of room behind what is there, but for at most one byte more than is expected.
+// One more piece behind what is there, but for at most one byte more than is expected: memory that
+// is not reached is not written to.
 size_t Grow(size_t size, std::string* records) {
   const size_t done = records->size();
-  records->resize(std::min(size + 1, done + std::max(kPiece, done / 2)));
+  records->resize(std::min(size + 1, done + kPiece));
   return done;
+}
+
+// Of what zstd may look back at: the logarithm.
+int LargestWindow(size_t size) {
+  int window = 23;  // what it may be of any size, as its writers have it but for the last levels
+  while (window < 27 && size_t{1} << window < size) ++window;
+  return window;
 }
 
 std::string Zstd(std::string_view compressed, size_t size, std::string* records) {
   const std::unique_ptr<ZSTD_DStream, size_t (*)(ZSTD_DStream*)> stream(ZSTD_createDStream(),
                                                                         ZSTD_freeDStream);
   if (stream == nullptr) throw std::bad_alloc();
+  ZSTD_DCtx_setParameter(stream.get(), ZSTD_d_windowLogMax, LargestWindow(size));
   ZSTD_inBuffer in = {compressed.data(), compressed.size(), 0};
   size_t expected = 1;  // 0 at the end of a frame
   while (records->size() <= size) {
@@ -73,13 +82,14 @@ std::string Lz4(std::string_view compressed, size_t size, std::string* records) 
 }  // namespace
 
 std::string DecompressMcapChunk(std::string_view compression, std::string_view compressed,
-                                uint64_t announced, std::string* records) {
+                                uint64_t announced, size_t most, std::string* records) {
   records->clear();
-  if (announced > kLargestMcapChunk) {
+  if (announced > most) {
     return "its chunk becomes " + std::to_string(announced) + " bytes, more than the " +
-           std::to_string(kLargestMcapChunk) + " that are read";
+           std::to_string(most) + " that are read of a file of this size";
   }
   const auto size = static_cast<size_t>(announced);
+  records->reserve(size + 1);
   std::string wrong;
   if (compression.empty() || compressed.empty()) {
     records->assign(compressed);

@@ -9,15 +9,20 @@
 
 namespace calib {
 
-// What a chunk may be decompressed to. Writers make chunks of about a megabyte, or of one message
-// that is larger.
-constexpr size_t kLargestMcapChunk = size_t{256} << 20;
+// What a chunk of a file of that size may be decompressed to. Writers make chunks of some
+// megabytes, or of one message that is larger.
+constexpr size_t LargestMcapChunk(size_t file_size) {
+  constexpr size_t kOfAnyFile = size_t{9} << 20, kOfNoFile = size_t{256} << 20;
+  return file_size >= kOfNoFile / 10    ? kOfNoFile
+         : file_size >= kOfAnyFile / 10 ? 10 * file_size
+                                        : kOfAnyFile;
+}
 
-// Decompresses a chunk that says that it becomes `size` bytes. Returns what is wrong with it, "" if
-// nothing is. Memory is taken as bytes come out, whatever the chunk says, and for what zstd looks
-// back at: 128 MiB at most.
+// Decompresses a chunk that says that it becomes so many bytes, and may become no more than `most`.
+// Returns what is wrong with it, "" if nothing is. Takes room for what it becomes, and for what
+// zstd looks back at: no more again, or 8 MiB.
 std::string DecompressMcapChunk(std::string_view compression, std::string_view compressed,
-                                uint64_t size, std::string* records);
+                                uint64_t announced, size_t most, std::string* records);
 
 }  // namespace calib
 

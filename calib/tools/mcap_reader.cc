@@ -106,7 +106,8 @@ class Reader {
     const std::string_view compression = content.TakeSized<uint32_t>();
     const std::string_view compressed = content.TakeSized<uint64_t>();
     if (!content.ok()) return "its chunk is too short";
-    std::string wrong = DecompressMcapChunk(compression, compressed, size, &chunk_);
+    std::string wrong =
+        DecompressMcapChunk(compression, compressed, size, LargestMcapChunk(file_.size()), &chunk_);
     if (!wrong.empty()) return wrong;
     if (checksum != 0 && checksum != Checksum(chunk_)) {
       return "its chunk does not have the checksum that it says";

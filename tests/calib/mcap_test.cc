@@ -257,8 +257,9 @@ TEST(McapTest, KeepsWhatStandsAheadOfTheDamage) {
       {Chunk("zstd", other, other.size() + 1, "oops"), "its chunk becomes only"},
       {Chunk("lz4", zeros, 1000, "oops"), "its chunk becomes more bytes, but says 1000"},
       {Chunk("zstd", zeros, 0, "oops"), "its chunk becomes more bytes, but says 0"},
-      {Chunk("zstd", zeros, uint64_t{1} << 40, "oops"), "more than the 268435456 that are read"},
-      {Chunk("zstd", zeros, kLargestMcapChunk, "oops"), "its chunk becomes only 1048576 bytes"},
+      {Chunk("zstd", zeros, uint64_t{1} << 40, "oops"), "more than the 9437184 that are read"},
+      {Chunk("zstd", zeros, LargestMcapChunk(0) + 1, "oops"), "more than the 9437184 that are"},
+      {Chunk("zstd", zeros, LargestMcapChunk(0), "oops"), "its chunk becomes only 1048576 bytes"},
       {Chunk("lz5", other), "its chunk is compressed by 'lz5', expected zstd or lz4"},
       {Record(6, std::string(16, '\0') + Int<uint64_t>(9) + Int<uint32_t>(0) + Sized("zstd") +
                      Int<uint64_t>(9) + "not zstd!"),
