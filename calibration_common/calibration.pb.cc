@@ -16,7 +16,6 @@
 
 #include <cstdlib>
 #include <string>
-#include <typeinfo>
 #include <utility>
 
 #include "calibration_common/internal/buffer_reader.h"

@@ -27,7 +27,6 @@ const char kSourceTop[] = R"(
 
 #include <cstdlib>
 #include <string>
-#include <typeinfo>
 #include <utility>
 
 #include "calibration_common/internal/buffer_reader.h"

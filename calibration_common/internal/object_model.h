@@ -51,11 +51,6 @@ class KnownClass {
 template <typename T>
 const void* KnownClass<T>::known_virtual_table_ = nullptr;
 
-template <typename T>
-inline bool IsExactly(const T& object) {
-  return KnownClass<T>().Has(object);
-}
-
 // Makes an object of the prototype's class, which the arena deletes in the end.
 __attribute__((cold, noinline)) inline ::google::protobuf::Message* NewOwnedMessage(
     const ::google::protobuf::Message& prototype, ::google::protobuf::Arena* arena) {
