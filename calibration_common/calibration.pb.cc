@@ -1015,7 +1015,7 @@ __attribute__((noinline)) void MarkerPositionSet::InternalSwap(MarkerPositionSet
 }
 
 void MarkerPositionSet::Clear() {
-  pos_.Clear();
+  internal::ClearElements(&pos_);
   head_center_.Clear();
   nav_center_.Clear();
   _has_bits_[0] = 0;
@@ -1492,7 +1492,7 @@ void CameraIntrinsics::Clear() {
   tgt_height_ = 0;
   k_.Clear();
   p_.Clear();
-  sample_points_.Clear();
+  internal::ClearElements(&sample_points_);
   _has_bits_[0] = 0;
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
@@ -2425,7 +2425,7 @@ __attribute__((noinline)) void FocusInfo::InternalSwap(FocusInfo* other) {
 }
 
 void FocusInfo::Clear() {
-  focus_.Clear();
+  internal::ClearElements(&focus_);
   _has_bits_[0] = 0;
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
@@ -3015,7 +3015,7 @@ __attribute__((noinline)) void RobotCalibration::InternalSwap(RobotCalibration* 
 }
 
 void RobotCalibration::Clear() {
-  camera_.Clear();
+  internal::ClearElements(&camera_);
   _has_bits_[0] = 0;
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
@@ -4252,7 +4252,7 @@ __attribute__((noinline)) void FocusCheckSetProto::InternalSwap(FocusCheckSetPro
 }
 
 void FocusCheckSetProto::Clear() {
-  spots_.Clear();
+  internal::ClearElements(&spots_);
   _has_bits_[0] = 0;
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }
@@ -4728,7 +4728,7 @@ void PTZIntrinsics::Clear() {
   samples_zoom_step_ = 0;
   zoom_min_ = 0;
   zoom_max_ = 0;
-  samples_.Clear();
+  internal::ClearElements(&samples_);
   _has_bits_[0] = 0;
   if (_internal_metadata_.have_unknown_fields()) internal::ClearUnknownFields(&_internal_metadata_);
 }

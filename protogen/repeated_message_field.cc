@@ -8,7 +8,7 @@ Fragments RenderRepeatedMessage(const Variables& variables) {
   Fragments out;
   out.member = Fill("::google::protobuf::RepeatedPtrField<$type$> $name$_;\n", variables);
   out.destroy = Fill("internal::DeleteElements(&$name$_);\n", variables);
-  out.clear = Fill("$name$_.Clear();\n", variables);
+  out.clear = Fill("internal::ClearElements(&$name$_);\n", variables);
   out.swap = Fill("$name$_.UnsafeArenaSwap(&other->$name$_);\n", variables);
 
   out.declarations = Fill(R"(

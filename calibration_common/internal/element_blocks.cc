@@ -243,6 +243,8 @@ __attribute__((noinline)) void* TakePoisoned(::std::size_t size, Appended* now) 
 
 }  // namespace
 
+void DeleteOther(::google::protobuf::Message* element) { delete element; }
+
 void* AllocateElement(const void* list, const void* last, ::std::size_t size, int room) {
   Appended* now = &appended[reinterpret_cast< ::std::uintptr_t>(list) / 32 % kLists];
   if (now->element != last || now->owner == nullptr ||
