@@ -11,6 +11,7 @@
 #include <iostream>
 #include <sstream>
 
+#include "tests/support/fenced_bytes.h"
 #include "tests/support/records.h"
 #include "tests/support/sizes.h"
 
@@ -27,10 +28,6 @@ using ::google::protobuf::io::CodedOutputStream;
 using ::google::protobuf::io::StringOutputStream;
 
 int Size(const std::string& bytes) { return static_cast<int>(bytes.size()); }
-
-const uint8_t* Data(const std::string& bytes) {
-  return reinterpret_cast<const uint8_t*>(bytes.data());
-}
 
 // A file that is gone when closed.
 class TemporaryFile {
@@ -143,7 +140,8 @@ template <class M, bool kPartial>
 void AddEntrances(std::vector<Entrance>* table) {
   Add(table, kPartial, "ParseFromArray", 0, Source::kMemory, false,
       [](Message* record, const std::string& bytes) {
-        return CALL(*As<M>(record), ParseFromArray, ParsePartialFromArray, bytes.data(),
+        const FencedBytes fenced(bytes);
+        return CALL(*As<M>(record), ParseFromArray, ParsePartialFromArray, fenced.data(),
                     Size(bytes));
       });
   Add(table, kPartial, "ParseFromString", 0, Source::kMemory, false,
@@ -164,13 +162,15 @@ void AddEntrances(std::vector<Entrance>* table) {
       });
   Add(table, kPartial, "ParseFromCodedStream, flat", 0, Source::kStream, false,
       [](Message* record, const std::string& bytes) {
-        CodedInputStream input(Data(bytes), Size(bytes));
+        const FencedBytes fenced(bytes);
+        CodedInputStream input(fenced.data(), Size(bytes));
         return CALL(*As<M>(record), ParseFromCodedStream, ParsePartialFromCodedStream, &input) &&
                input.ConsumedEntireMessage();
       });
   Add(table, kPartial, "MergeFromCodedStream, flat", 0, Source::kStream, true,
       [](Message* record, const std::string& bytes) {
-        CodedInputStream input(Data(bytes), Size(bytes));
+        const FencedBytes fenced(bytes);
+        CodedInputStream input(fenced.data(), Size(bytes));
         return CALL(*As<M>(record), MergeFromCodedStream, MergePartialFromCodedStream, &input) &&
                input.ConsumedEntireMessage();
       });
