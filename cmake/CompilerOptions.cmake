@@ -4,6 +4,11 @@
 
 add_library(calibration_options INTERFACE)
 target_compile_options(calibration_options INTERFACE -Wall -Wextra -Wpedantic)
+# g++ 10 says of every flattened constructor of the classes that its other name, an alias, is not.
+target_compile_options(
+  calibration_options
+  INTERFACE
+    "$<$<AND:$<CXX_COMPILER_ID:GNU>,$<VERSION_LESS:$<CXX_COMPILER_VERSION>,11>>:-Wno-attributes>")
 # The library asks messages for their classes; a project that does without run-time type information
 # itself can still be given records.
 target_compile_options(calibration_options INTERFACE -frtti)
