@@ -4,7 +4,7 @@
 if(CALIBRATION_SANITIZE)
   calibration_left_out("the build has sanitizers"
     install_test.* abi_test.* package_test version_test interop_test python_* guide_test
-    reference_test colcon_test javascript_test mcap_test fleet_test)
+    reference_test colcon_test javascript_test mcap_test fleet_test newer_run_times_test)
   return()
 endif()
 
@@ -117,6 +117,15 @@ list(REMOVE_ITEM skippable_tests colcon_test)
 set_tests_properties(${skippable_tests} PROPERTIES RESOURCE_LOCK node_modules)
 
 # --- Documents ---
+if(TARGET calibration_peer AND TARGET stereo_rig)
+  calibration_script_test(newer_run_times_test newer_run_times_test.sh
+    "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}" "${CALIBRATION_PROTOC}"
+    $<TARGET_FILE:calibration_protobuf_runtime> "${CALIBRATION_PROTOBUF_INCLUDE_DIR}"
+    $<TARGET_FILE:stereo_rig>)
+else()
+  calibration_left_out("the run-time has no schema compiler, or CALIBRATION_EXAMPLES is off"
+    newer_run_times_test)
+endif()
 set(guide_arguments "${PROJECT_SOURCE_DIR}/docs/guide.md" "${PROJECT_SOURCE_DIR}/docs/python.md"
   --source "${PROJECT_SOURCE_DIR}")
 if(NOT CALIBRATION_PROTOBUF_INCLUDE_DIR STREQUAL "/usr/include")
