@@ -70,6 +70,16 @@ done
 expect 2 "unknown argument '3'" soak 1 2 3
 expect 2 "unknown argument '2'" fuzz 1 parse_fuzzer 2
 
+# Packages cannot say that they depend on a run-time that is no package.
+folder=$(mktemp -d)
+trap 'rm -rf "$folder"' EXIT
+mkdir -p "$folder/include/google/protobuf/stubs"
+touch "$folder/include/google/protobuf/stubs/common.h"
+refusal="the protobuf run-time in $folder is not Debian's libprotobuf-dev"
+expect 1 "$refusal" package "-DCMAKE_PREFIX_PATH=/usr;$folder"
+expect 1 "$refusal" package --output "$folder" "-DCMAKE_PREFIX_PATH:PATH=$folder"
+CMAKE_PREFIX_PATH=/usr:$folder expect 1 "$refusal" package
+
 # --- Building ---
 
 cd "$source_folder/scripts"
