@@ -69,7 +69,7 @@ def commands_of(path, lines, start, end):
             command = line[2:]
             while command.endswith("\\"):
                 index += 1
-                command += "\n" + lines[index].removeprefix("> ")
+                command += "\n" + re.sub("^> ", "", lines[index])
             steps.append(Step(f"{path.name}:{index + 1}", command=command))
         elif steps:
             steps[-1].lines.append(line)
