@@ -31,7 +31,8 @@ void StoreIntrinsics(const Foreign& file, const LensModel* chosen, CameraIntrins
                 "Calibrate the camera with another model.");
   }
   const Foreign projection = file.At({"projection_parameters"});
-  const LensImport lens(MapsOfLens(file), chosen);
+  // VINS asks with `fisheye` for a mask over the image, whatever the lens is.
+  const LensImport lens(MapsOfLens(file), chosen, "fisheye");
   if (projection.Find({"mu"})) {
     StorePinhole(projection, NumbersOf(projection, {"mu", "mv", "u0", "v0"}), intrinsics);
     lens.Store(projection, NumbersOf(projection, {"k2", "k3", "k4", "k5"}), intrinsics);

@@ -72,10 +72,12 @@ bool AllZeroFrom(const std::vector<double>& numbers, size_t first) {
 
 }  // namespace
 
-LensImport::LensImport(std::vector<Foreign> maps, const LensModel* chosen)
+LensImport::LensImport(std::vector<Foreign> maps, const LensModel* chosen, const std::string& other)
     : maps_(std::move(maps)), chosen_(chosen) {
   for (const Foreign& map : maps_) {
-    map.ForEachEntry([this](const std::string& key, const Foreign& value) { Read(key, value); });
+    map.ForEachEntry([&](const std::string& key, const Foreign& value) {
+      if (key != other) Read(key, value);
+    });
   }
 }
 

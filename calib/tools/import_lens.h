@@ -17,8 +17,9 @@ namespace calib {
 class LensImport {
  public:
   // Reads what the keys of `maps`, which describe one camera, tell of its lens. `chosen` is the
-  // model that the user says where they leave it open, or nullptr.
-  LensImport(std::vector<Foreign> maps, const LensModel* chosen);
+  // model that the user says where they leave it open, or nullptr. The key `other` is one that
+  // tells of something else in files of the tool.
+  LensImport(std::vector<Foreign> maps, const LensModel* chosen, const std::string& other = "");
 
   // Stores k and p of the numbers that were read from `list`. Throws Failure if the file
   // contradicts itself or what the user says, or does not tell what the numbers mean.
