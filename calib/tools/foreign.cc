@@ -229,6 +229,8 @@ void Foreign::RefuseAmbiguous() const {
          "Write it without the leading zero.");
 }
 
+size_t Foreign::Items() const { return IsList() || IsMap() ? tree().items(index_) : 0; }
+
 std::string Foreign::Peek() const {
   return IsText() ? std::string(tree().text(index_)) : std::string();
 }

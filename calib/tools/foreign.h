@@ -33,6 +33,7 @@ class Foreign {
   bool IsText() const { return tree().kind(index_) == ForeignTree::Kind::kText; }
   bool IsList() const { return tree().kind(index_) == ForeignTree::Kind::kList; }
   bool IsMap() const { return tree().kind(index_) == ForeignTree::Kind::kMap; }
+  size_t Items() const;           // of a list or a map; 0 if it is none
   std::string Peek() const;       // the text; "" if it is none
   std::string PeekFirst() const;  // that, or what a list or a list in it begins with
   bool IsUsed() const;            // or what is in it

@@ -1,14 +1,16 @@
 // OpenCV FileStorage: what the camera calibration program writes, and programs of one's own that
-// store a camera matrix and distortion coefficients under the same or the older keys, or
-// Autoware's.
+// store a camera matrix and distortion coefficients under such keys (opencv_keys.h), be it as lists
+// in YAML or JSON, or Autoware's.
 #include "calib/tools/import_opencv.h"
 
 #include <algorithm>
+#include <cmath>
 
 #include "calib/tools/import_common.h"
 #include "calib/tools/import_lens.h"
 #include "calib/tools/importers.h"
 #include "calib/tools/opencv_base64.h"
+#include "calib/tools/opencv_keys.h"
 
 namespace calib {
 
@@ -115,33 +117,26 @@ void StoreSamples(const Foreign& file, CameraIntrinsics* intrinsics) {
   image->Remark("kept as sample_points with grid_points; not which view a point belongs to");
 }
 
-const std::vector<std::string> kMatrixKeys = {"camera_matrix", "Camera_Matrix", "cameraMatrix",
-                                              "CameraMat", "K"};
-
 void StoreDistortion(const Foreign& file, const LensModel* chosen, CameraIntrinsics* intrinsics) {
   const LensImport lens({file}, chosen);
-  if (const auto list = file.Find(
-          {"distortion_coefficients", "Distortion_Coefficients", "distCoeffs", "DistCoeff", "D"})) {
+  if (const auto list = FindOpenCvPart(file, OpenCvPart::kCoefficients, 0)) {
     lens.Store(*list, OpenCvMatrix(*list, 0, 0, 1), intrinsics);
   } else {
     lens.StoreNone();
   }
   lens.LoseParameters();
   lens.LoseUnread();
+  LoseOtherCameras(file);
 }
 
 void ImportCamera(const Foreign& file, const LensModel* lens, CameraCalibration* camera) {
   CameraIntrinsics* intrinsics = camera->mutable_intrinsics();
-  const Foreign matrix = file.At(kMatrixKeys);
+  const auto found = FindOpenCvPart(file, OpenCvPart::kMatrix, 0);
+  const Foreign matrix = found ? *found : file.At({"camera_matrix"});
   StoreCameraMatrix(matrix, OpenCvMatrix(matrix, 3, 3, 1), intrinsics);
   StoreDistortion(file, lens, intrinsics);
-  if (const auto width = file.Find({"image_width", "image_Width"})) {
-    intrinsics->set_width(width->Count());
-  }
-  if (const auto height = file.Find({"image_height", "image_Height"})) {
-    intrinsics->set_height(height->Count());
-  }
-  if (const auto size = file.Find({"ImageSize"})) StoreSize(*size, intrinsics);
+  StoreImageSize(file, intrinsics);
+  if (const auto name = file.Find({"camera_name"})) camera->set_name(name->Text());
   if (const auto error =
           file.Find({"avg_reprojection_error", "Avg_Reprojection_Error", "ReprojectionError"})) {
     intrinsics->set_error_per_point(error->Number());
@@ -152,20 +147,54 @@ void ImportCamera(const Foreign& file, const LensModel* lens, CameraCalibration*
   }
 }
 
-bool HasMatrix(const Foreign& file, const std::string& key) {
-  return file.Has({key}) && file.At({key}).Has({"dt"});
-}
-
 }  // namespace
 
+void StoreImageSize(const Foreign& file, CameraIntrinsics* intrinsics) {
+  if (const auto width = file.Find({"image_width", "image_Width"})) {
+    intrinsics->set_width(PixelCount(*width));
+  }
+  if (const auto height = file.Find({"image_height", "image_Height"})) {
+    intrinsics->set_height(PixelCount(*height));
+  }
+  if (const auto size = file.Find({"ImageSize"})) StoreSize(*size, intrinsics);
+  const auto size = file.Find({"image_size", "imageSize", "img_size"});
+  if (!size || !size->IsList() || size->Items() != 2 || intrinsics->has_width()) return;
+  StoreSize(*size, intrinsics);
+  const double width = intrinsics->width(), height = intrinsics->height();
+  const auto off_middle = [&](double w, double h) {
+    return std::abs(intrinsics->cx() - w / 2) + std::abs(intrinsics->cy() - h / 2);
+  };
+  if (off_middle(width, height) <= off_middle(height, width)) return;
+  intrinsics->clear_width();
+  intrinsics->clear_height();
+  size->NotKept("the principal point tells that it is [height, width]");
+}
+
+void LoseOtherCameras(const Foreign& file) {
+  file.ForEachEntry([](const std::string& key, const Foreign& value) {
+    const auto meaning = FindOpenCvKey(key);
+    if (!meaning || meaning->camera == 0 || value.IsUsed() || value.IsZero()) return;
+    if (meaning->part != OpenCvPart::kMatrix && meaning->part != OpenCvPart::kCoefficients) return;
+    value.Lose("is " + value.Spell() + ", which is one of a pair's, and is not kept");
+  });
+}
+
 bool IsOpenCv(const Foreign& file) {
-  const auto has = [&](const std::string& key) { return HasMatrix(file, key); };
-  return std::any_of(kMatrixKeys.begin(), kMatrixKeys.end(), has) || has("M1") || has("R");
+  if (!file.IsMap()) return false;
+  const bool of_ros = IsCameraInfo(file);
+  bool is_matrix = false;
+  file.ForEachEntry([&](const std::string& key, const Foreign& value) {
+    const auto meaning = FindOpenCvKey(key);
+    if (!meaning || (meaning->part != OpenCvPart::kMatrix && key != "R")) return;
+    const bool may_be_list = meaning->part == OpenCvPart::kMatrix && !of_ros;
+    is_matrix |= (value.IsMap() || may_be_list) && HasFormOfMatrix(value);
+  });
+  return is_matrix;
 }
 
 void ImportOpenCv(const std::vector<Foreign>& files, const LensModel* lens,
                   zarvo::calibration::RobotCalibration* robot) {
-  const bool single = files.size() == 1 && files[0].Find(kMatrixKeys);
+  const bool single = files.size() == 1 && FindOpenCvPart(files[0], OpenCvPart::kMatrix, 0);
   if (!single && ImportOpenCvStereo(files, lens, robot)) return;
   if (files.size() > 1) {
     files[1].Refuse("is a second file, but neither holds a stereo calibration (M1 and M2, R and T)",

@@ -16,6 +16,12 @@ namespace calib {
 std::vector<double> OpenCvMatrix(const Foreign& matrix, int32_t rows, int32_t columns,
                                  int32_t channels);
 
+// Stores the size of the images, if the file tells it.
+void StoreImageSize(const Foreign& file, zarvo::calibration::CameraIntrinsics* intrinsics);
+
+// Marks as lost what belongs to a camera that was not read.
+void LoseOtherCameras(const Foreign& file);
+
 // Returns whether the files hold what stereo calibration writes; if not, nothing was read.
 bool ImportOpenCvStereo(const std::vector<Foreign>& files, const LensModel* lens,
                         zarvo::calibration::RobotCalibration* robot);

@@ -1,9 +1,10 @@
 // OpenCV's stereo calibration program writes two files: in the one are the matrices and the
 // coefficients of both cameras (M1, D1, M2, D2), in the other how they sit to each other (R, T) and
-// the rectification that follows from both.
+// the rectification that follows from both. Other programs have all in one, with keys of their own.
 #include "calib/tools/import_common.h"
 #include "calib/tools/import_lens.h"
 #include "calib/tools/import_opencv.h"
+#include "calib/tools/opencv_keys.h"
 
 namespace calib {
 
@@ -13,11 +14,13 @@ using zarvo::calibration::RobotCalibration;
 
 namespace {
 
-// The value under that key in any of the files. Throws Failure if two have it.
-std::optional<Foreign> FindIn(const std::vector<Foreign>& files, const std::string& key) {
+using Part = OpenCvPart;
+
+// The part of the camera in any of the files. Throws Failure if two have it.
+std::optional<Foreign> FindIn(const std::vector<Foreign>& files, Part part, int camera) {
   std::optional<Foreign> found;
   for (const Foreign& file : files) {
-    const std::optional<Foreign> value = file.Find({key});
+    const std::optional<Foreign> value = FindOpenCvPart(file, part, camera);
     if (!value) continue;
     if (found) value->Refuse("is in both files", "Name the files of one calibration.");
     found = value;
@@ -25,27 +28,35 @@ std::optional<Foreign> FindIn(const std::vector<Foreign>& files, const std::stri
   return found;
 }
 
+// What to call two parts that belong to each other: as OpenCV's own program does, or otherwise.
+struct PairNames {
+  std::string own[2], other[2];
+};
+
 // Throws Failure if there is only one of the two.
-void CheckPair(const std::vector<Foreign>& files, const std::string& a, const std::string& b) {
-  const auto first = FindIn(files, a), second = FindIn(files, b);
+void CheckPair(const std::optional<Foreign>& first, const std::optional<Foreign>& second,
+               const PairNames& names) {
   if (first.has_value() == second.has_value()) return;
-  const std::string& there = first ? a : b;
-  const std::string& missing = first ? b : a;
-  (first ? first : second)
-      ->Refuse("is there, but not " + missing + ", which belongs to it",
-               "Take the files as they were written: " + there + " and " + missing +
+  const Foreign& there = first ? *first : *second;
+  const bool own = there.path() == names.own[first ? 0 : 1];
+  const std::string& missing = (own ? names.own : names.other)[first ? 1 : 0];
+  there.Refuse("is there, but not " + missing + ", which belongs to it",
+               "Take the files as they were written: " + there.path() + " and " + missing +
                    " are in the same one.");
 }
 
-void StoreCamera(const std::vector<Foreign>& files, const std::string& number,
-                 const LensImport& lens, CameraIntrinsics* intrinsics) {
-  const auto matrix = FindIn(files, "M" + number);
+void StoreCamera(const std::vector<Foreign>& files, int number, const LensImport& lens,
+                 zarvo::calibration::CameraCalibration* camera) {
+  CameraIntrinsics* intrinsics = camera->mutable_intrinsics();
+  const auto matrix = FindIn(files, Part::kMatrix, number);
   StoreCameraMatrix(*matrix, OpenCvMatrix(*matrix, 3, 3, 1), intrinsics);
-  if (const auto list = FindIn(files, "D" + number)) {
+  if (const auto list = FindIn(files, Part::kCoefficients, number)) {
     lens.Store(*list, OpenCvMatrix(*list, 0, 0, 1), intrinsics);
   } else {
     lens.StoreNone();
   }
+  for (const Foreign& file : files) StoreImageSize(file, intrinsics);
+  if (FindOpenCvKey(matrix->path())->sided) camera->set_name(number == 1 ? "left" : "right");
 }
 
 void StorePose(const Foreign& rotation, const Foreign& translation, CameraExtrinsics* extrinsics) {
@@ -74,21 +85,21 @@ void StorePose(const Foreign& rotation, const Foreign& translation, CameraExtrin
 
 bool ImportOpenCvStereo(const std::vector<Foreign>& files, const LensModel* chosen,
                         RobotCalibration* robot) {
-  CheckPair(files, "M1", "M2");
-  CheckPair(files, "R", "T");
-  const bool intrinsics = FindIn(files, "M1").has_value(), pose = FindIn(files, "R").has_value();
-  if (!intrinsics && !pose) return false;
+  const auto left = FindIn(files, Part::kMatrix, 1), right = FindIn(files, Part::kMatrix, 2);
+  const auto rotation = FindIn(files, Part::kRotation, 2);
+  const auto translation = FindIn(files, Part::kTranslation, 2);
+  CheckPair(left, right, {{"M1", "M2"}, {"that of the left camera", "that of the right camera"}});
+  CheckPair(rotation, translation, {{"R", "T"}, {"rotation_matrix", "translation_vector"}});
+  if (!left && !(rotation && rotation->path() == "R")) return false;
   const LensImport lens(files, chosen);
-  for (const char* number : {"1", "2"}) {
+  for (const int number : {1, 2}) {
     auto* camera = robot->add_camera();
-    if (intrinsics) StoreCamera(files, number, lens, camera->mutable_intrinsics());
+    if (left) StoreCamera(files, number, lens, camera);
   }
   lens.LoseParameters();
   lens.LoseUnread();
-  if (pose) {
-    StorePose(*FindIn(files, "R"), *FindIn(files, "T"),
-              robot->mutable_camera(1)->mutable_extrinsics());
-  }
+  for (const Foreign& file : files) LoseOtherCameras(file);
+  if (rotation) StorePose(*rotation, *translation, robot->mutable_camera(1)->mutable_extrinsics());
   return true;
 }
 

@@ -40,7 +40,7 @@ const std::vector<LensModel>& LensModels() {
        {},
        true},
       {"none", {"no_distortion", "undistorted"}, Order::kNone, {0}, {}},
-      {"pinhole", {"perspective", "lensmodel_pinhole"}, Order::kOpen, {}, {}},
+      {"pinhole", {"perspective", "rectilinear", "lensmodel_pinhole"}, Order::kOpen, {}, {}},
       {"omni",
        {"mei", "omnidirectional", "unified", "omni_radtan"},
        Order::kBrown,
