@@ -65,6 +65,7 @@ END
 cat >"$folder/formats.cc" <<END
 #include "calib/library/calibration_formats.h"
 #include "calib/library/calibration_formats.h"
+#include "calib/library/calibration_formats_c.h"
 
 bool read(const std::string& text, zarvo::calibration::RobotCalibration* robot) {
   return zarvo::calibration_formats::ReadRos(text, robot).status ==
@@ -99,9 +100,11 @@ for standard in c++11 c++20; do
   compile "-std=$standard" -fno-exceptions -fsyntax-only "$folder/geometry.cc"
   compile "-std=$standard" -fno-exceptions -fsyntax-only "$folder/formats.cc"
 done
-printf '#include "%s"\n' calib/geometry/calibration_geometry_c.h{,} >"$folder/geometry.c"
-"$compiler" -x c -std=c99 -Wall -Wextra -Wpedantic -Wconversion -Werror -I "$source_folder" \
-  -fsyntax-only "$folder/geometry.c"
+for header in calib/{geometry/calibration_geometry,library/calibration_formats}_c.h; do
+  printf '#include "%s"\n' "$header"{,} >"$folder/header.c"
+  "$compiler" -x c -std=c99 -Wall -Wextra -Wpedantic -Wconversion -Werror -I "$source_folder" \
+    -fsyntax-only "$folder/header.c"
+done
 for unit in one two; do
   compile -std=c++11 -O2 -c "$folder/$unit.cc" -o "$folder/$unit.o"
 done

@@ -75,6 +75,7 @@ case $check in
       runtime_files+=("LIB/$formats.$version" "LIB/$formats.${version%%.*}")
       development_files+=("LIB/$formats" LIB/pkgconfig/calibration_formats.pc
         include/calib/library/calibration_formats.h
+        include/calib/library/calibration_formats_c.h
         "$cmake_folder/calibration_formatsTargets.cmake"
         "$cmake_folder/calibration_formatsTargets-release.cmake")
     fi

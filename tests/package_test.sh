@@ -90,7 +90,7 @@ elif [[ -e $tools ]]; then
 fi
 
 contents=$(dpkg-deb --contents "$folder/packages/python3-calibration-protolib_${version}_all.deb")
-for file in __init__.py geometry.py records.pyi py.typed calibration.desc; do
+for file in __init__.py formats.py geometry.py records.pyi py.typed calibration.desc; do
   [[ $contents == *" ./usr/lib/python3/dist-packages/calibration_protolib/$file"* ]] ||
     fail "python3-calibration-protolib does not hold $file: $contents"
 done
@@ -142,6 +142,12 @@ assert read("$folder/robot.RobotCalibration.binpb", RobotCalibration).camera[0].
 from calibration_protolib import geometry
 assert geometry.largest_angle(geometry.Camera(geometry.Lens.FISHEYE, 1, 1)) > 3.14
 END
+if [[ $calib == ON ]]; then
+  cat >>"$folder/read.py" <<END
+from calibration_protolib import formats
+assert len(formats.read("$source/tests/calib/inputs/camchain.yaml").robot.camera) == 2
+END
+fi
 PYTHONPATH=$root/usr/lib/python3/dist-packages quietly /usr/bin/python3 -B "$folder/read.py"
 
 # Removing takes away all that was installed.

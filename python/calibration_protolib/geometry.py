@@ -16,13 +16,13 @@ from __future__ import annotations
 
 import ctypes
 import enum
-import operator
 from dataclasses import dataclass, field
 from typing import TYPE_CHECKING, Any, NamedTuple, Sequence, Tuple
 
 import numpy
 
 from . import geometry_library
+from .shared_library import int32 as _int
 
 if TYPE_CHECKING:
     from .records import CameraIntrinsics
@@ -408,14 +408,6 @@ def _to_c(camera: Camera) -> geometry_library.Camera:
         int(camera.lens), camera.fx, camera.fy, camera.skew, camera.cx, camera.cy,
         (ctypes.c_double * 14)(*camera.distortion), (ctypes.c_double * 2)(*camera.shape),
         _int("width", camera.width), _int("height", camera.height))
-
-
-def _int(name: str, value: int) -> int:
-    """The value, which ctypes would cut down to 32 bits without a word."""
-    number = operator.index(value)
-    if not -2**31 <= number < 2**31:
-        raise ValueError(f"{name}: {number} is no number of 32 bits")
-    return number
 
 
 def _from_c(c: geometry_library.Camera) -> Camera:

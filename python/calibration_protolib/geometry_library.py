@@ -1,22 +1,8 @@
-"""The shared library libcalibration_geometry, by its interface for C (calibration_geometry_c.h).
-
-ctypes calls it, so that the package has nothing to compile: one package serves every version of
-Python, and the library is the one that C++ programs use.
-"""
+"""The shared library libcalibration_geometry, by its interface for C (calibration_geometry_c.h)."""
 
 import ctypes
-import pathlib
-import shutil
-import subprocess
-import sys
-from typing import Iterator
 
-_NAME = "libcalibration_geometry.so.1"
-
-NOT_FOUND = (
-    f"cannot load {_NAME}: expected it where the system's loader looks (LD_LIBRARY_PATH), or where"
-    " pkg-config, the package's own prefix, Python's prefix or /usr/local lead to it"
-)
+from . import shared_library
 
 _NUMBERS = ctypes.POINTER(ctypes.c_double)
 _STATUSES = ctypes.POINTER(ctypes.c_int)
@@ -64,7 +50,7 @@ _CAMERA = ctypes.POINTER(Camera)
 _INT, _SIZE, _DOUBLE = ctypes.c_int, ctypes.c_size_t, ctypes.c_double
 
 # What each function returns and takes.
-_FUNCTIONS = {
+_FUNCTIONS: shared_library.Functions = {
     "explain": (ctypes.c_char_p, [_INT]),
     "project": (None, [_CAMERA, _NUMBERS, _SIZE, _NUMBERS, _STATUSES]),
     "unproject": (None, [_CAMERA, _NUMBERS, _SIZE, _NUMBERS, _STATUSES]),
@@ -93,33 +79,4 @@ _FUNCTIONS = {
 
 def load() -> ctypes.CDLL:
     """The library, its functions declared. Raises ImportError if there is none, or an older one."""
-    for place in _places():
-        try:
-            library = ctypes.CDLL(place)
-        except OSError:
-            continue
-        try:
-            for name, (result, arguments) in _FUNCTIONS.items():
-                function = getattr(library, f"calibration_geometry_{name}")
-                function.restype, function.argtypes = result, arguments
-        except AttributeError as error:
-            raise ImportError(f"{place}: is older than this package: {error}") from error
-        return library
-    raise ImportError(NOT_FOUND)
-
-
-def _places() -> Iterator[str]:
-    yield _NAME
-    program = shutil.which("pkg-config")
-    if program is not None:
-        asked = subprocess.run([program, "--variable=libdir", "calibration_geometry"], check=False,
-                               stdout=subprocess.PIPE, stderr=subprocess.DEVNULL)
-        folder = asked.stdout.decode(errors="replace").strip()
-        if asked.returncode == 0 and folder:
-            yield str(pathlib.Path(folder, _NAME))
-    here = pathlib.Path(__file__).resolve()
-    for prefix in (*here.parents, pathlib.Path(sys.prefix), pathlib.Path("/usr/local")):
-        for path in (prefix / "lib" / _NAME, prefix / "lib64" / _NAME,
-                     *sorted(prefix.glob(f"lib/*-linux-*/{_NAME}"))):
-            if path.is_file():
-                yield str(path)
+    return shared_library.load("calibration_geometry", _FUNCTIONS)

@@ -3,10 +3,12 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <memory>
 #include <set>
 #include <sstream>
 
 #include "calib/library/calibration_formats.h"
+#include "calib/library/calibration_formats_c.h"
 #include "tests/support/allocations.h"
 
 namespace zarvo {
@@ -200,6 +202,152 @@ TEST(FormatsTest, SayThatThereIsNoMemory) {
   for (long n = 1; n <= allocations; n += 1 + allocations / 100) {
     const FailingAllocation failing(n, FailingAllocation::kForGood);
     ASSERT_EQ(read_and_write(), Status::kNoMemory) << "allocation " << n;
+  }
+}
+
+// --- The functions for C -------------------------------------------------------------------------
+
+struct Free {
+  void operator()(const calibration_formats_result* result) const {
+    calibration_formats_free(result);
+  }
+};
+using CResult = std::unique_ptr<const calibration_formats_result, Free>;
+
+CResult CRead(const std::string& name, const calibration_formats_read_options* options) {
+  const std::string text = TextOf(name);
+  const calibration_formats_file file = {name.c_str(), text.data(), text.size()};
+  return CResult(calibration_formats_read(&file, 1, options));
+}
+
+void ExpectNotes(const calibration_formats_result& result, const std::vector<Note>& notes) {
+  ASSERT_EQ(result.note_count, notes.size());
+  for (size_t i = 0; i < notes.size(); ++i) {
+    EXPECT_EQ(result.notes[i].kind, static_cast<int>(notes[i].kind));
+    EXPECT_EQ(result.notes[i].text, notes[i].text);
+  }
+}
+
+TEST(CFormatsTest, NameTheSameFormats) {
+  std::vector<std::string> readable, writable;
+  while (const char* name = calibration_formats_readable(readable.size())) readable.push_back(name);
+  while (const char* name = calibration_formats_writable(writable.size())) writable.push_back(name);
+  EXPECT_EQ(readable, ReadableFormats());
+  EXPECT_EQ(writable, WritableFormats());
+}
+
+TEST(CFormatsTest, ReadTheSame) {
+  for (const bool lossy : {false, true}) {
+    for (const char* name : {"left.camera_info.yaml", "camchain.yaml", "omni.yaml", "drive.mcap"}) {
+      SCOPED_TRACE(name);
+      RobotCalibration robot;
+      ReadOptions options;
+      options.lossy = lossy;
+      const Outcome outcome = Read({{name, TextOf(name)}}, options, &robot);
+      const calibration_formats_read_options c_options = {nullptr, nullptr, lossy ? 1 : 0};
+      const CResult result = CRead(name, &c_options);
+      EXPECT_EQ(result->status, static_cast<int>(outcome.status));
+      EXPECT_EQ(result->error, outcome.error);
+      EXPECT_EQ(result->format, outcome.format);
+      ExpectNotes(*result, outcome.notes);
+      ASSERT_EQ(result->file_count, outcome.status == Status::kOk ? 1U : 0U);
+      if (result->file_count == 0) continue;
+      EXPECT_EQ(std::string(result->files[0].bytes, result->files[0].size),
+                robot.SerializeAsString());
+    }
+  }
+  const calibration_formats_read_options wrong = {"lisp", nullptr, 0}, lens = {"ros", "omni", 0};
+  EXPECT_STREQ(CRead("camchain.yaml", &wrong)->error,
+               "format: 'lisp' is none that is read; ReadableFormats() lists those");
+  EXPECT_EQ(std::string(CRead("left.camera_info.yaml", &lens)->error).substr(0, 17),
+            "lens: is 'omni', ");
+  const CResult none(calibration_formats_read(nullptr, 0, nullptr));
+  EXPECT_STREQ(none->error, "no file to read");
+}
+
+TEST(CFormatsTest, WriteTheSame) {
+  const RobotCalibration robot = Pair();
+  const std::string record = robot.SerializeAsString();
+  for (const std::string& format : WritableFormats()) {
+    SCOPED_TRACE(format);
+    std::vector<File> files;
+    const Outcome outcome = Write(robot, format, {}, &files);
+    const CResult result(
+        calibration_formats_write(format.c_str(), record.data(), record.size(), nullptr));
+    EXPECT_EQ(result->status, static_cast<int>(outcome.status));
+    EXPECT_EQ(result->error, outcome.error);
+    ExpectNotes(*result, outcome.notes);
+    ASSERT_EQ(result->file_count, files.size());
+    for (size_t i = 0; i < files.size(); ++i) {
+      EXPECT_EQ(result->files[i].name, files[i].name);
+      EXPECT_EQ(std::string(result->files[i].bytes, result->files[i].size), files[i].text);
+    }
+  }
+}
+
+TEST(CFormatsTest, WriteWithAllOptions) {
+  RobotCalibration robot;
+  *robot.add_camera() = Pair().camera(0);
+  robot.mutable_camera(0)->clear_name();
+  robot.mutable_camera(0)->mutable_intrinsics()->clear_width();
+  robot.mutable_camera(0)->mutable_intrinsics()->clear_height();
+  const std::string record = robot.SerializeAsString();
+  WriteOptions options;
+  options.lens = "plumb_bob";
+  options.width = 752;
+  options.height = 480;
+  options.name = "front";
+  options.rectification = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+  options.projection = {400, 0, 320, -44.5, 0, 400, 240, 0, 0, 0, 1, 0};
+  calibration_formats_write_options c_options = {};
+  c_options.lens = "plumb_bob";
+  c_options.width = 752;
+  c_options.height = 480;
+  c_options.name = "front";
+  c_options.rectification = options.rectification.data();
+  c_options.projection = options.projection.data();
+  std::string text;
+  ASSERT_EQ(WriteText("ros", robot, options, &text).status, Status::kOk);
+  const CResult result(
+      calibration_formats_write_text("ros", record.data(), record.size(), &c_options));
+  ASSERT_EQ(result->file_count, 1U) << result->error;
+  EXPECT_STREQ(result->files[0].name, "");
+  EXPECT_EQ(std::string(result->files[0].bytes, result->files[0].size), text);
+}
+
+TEST(CFormatsTest, RefuseWhatIsNoRecord) {
+  RobotCalibration incomplete;
+  incomplete.add_camera()->mutable_intrinsics()->set_fx(1);
+  const std::string records[] = {"\x0a\x05", incomplete.SerializePartialAsString()};
+  const char* errors[] = {"the record: holds no RobotCalibration",
+                          "the record: misses camera[0].intrinsics.fy"};
+  for (size_t i = 0; i < 2; ++i) {
+    const CResult result(
+        calibration_formats_write("ros", records[i].data(), records[i].size(), nullptr));
+    EXPECT_EQ(result->status, static_cast<int>(Status::kRefused));
+    EXPECT_EQ(std::string(result->error).compare(0, std::string(errors[i]).size(), errors[i]), 0)
+        << result->error;
+    EXPECT_EQ(result->file_count, 0U);
+  }
+}
+
+TEST(CFormatsTest, SayThatThereIsNoMemory) {
+  using calibration::testing::FailingAllocation;
+  const std::string chain = TextOf("camchain.yaml");
+  const calibration_formats_file file = {"camchain.yaml", chain.data(), chain.size()};
+  const auto read_and_write = [&] {
+    const CResult read(calibration_formats_read(&file, 1, nullptr));
+    if (read->status != 0) return read->status;
+    const calibration_formats_file& record = read->files[0];
+    const CResult written(calibration_formats_write("kalibr", record.bytes, record.size, nullptr));
+    return written->status;
+  };
+  const long before = calibration::testing::Allocations();
+  ASSERT_EQ(read_and_write(), 0);
+  const long allocations = calibration::testing::Allocations() - before;
+  for (long n = 1; n <= allocations; n += 1 + allocations / 100) {
+    const FailingAllocation failing(n, FailingAllocation::kForGood);
+    ASSERT_EQ(read_and_write(), static_cast<int>(Status::kNoMemory)) << "allocation " << n;
   }
 }
 

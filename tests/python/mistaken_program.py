@@ -1,7 +1,7 @@
 """Mistakes that type checkers find; for types_test.py, which does not run it."""
 
-from calibration_protolib import (CameraCalibration, FocusCheckProto, RobotCalibration, parse, read,
-                                  read_log, to_numpy, write, write_log)
+from calibration_protolib import (CameraCalibration, FocusCheckProto, RobotCalibration, formats,
+                                  parse, read, read_log, to_numpy, write, write_log)
 
 robot = read("robot.binpb", RobotCalibration)
 camera = robot.camera[0]
@@ -27,3 +27,7 @@ write_log("checks.log", robot)  # error
 to_numpy(camera.intrinsics.k)  # error
 for other in read_log("checks.log", FocusCheckProto):
     print(other.camera)  # error
+formats.read_kalibr(7)  # error
+formats.read("camchain.yaml").cameras  # error
+formats.write_camera_info(robot)  # error
+formats.write(robot, "ros", width=752)  # error

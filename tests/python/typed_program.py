@@ -2,8 +2,8 @@
 
 from typing import List
 
-from calibration_protolib import (CameraCalibration, FocusCheckProto, RobotCalibration, parse, read,
-                                  read_log, to_numpy, write, write_log)
+from calibration_protolib import (CameraCalibration, FocusCheckProto, RobotCalibration, formats,
+                                  parse, read, read_log, to_numpy, write, write_log)
 
 
 def names(robot: RobotCalibration) -> List[str]:
@@ -30,3 +30,13 @@ def change(path: str) -> float:
 def count(path: str, data: bytes) -> int:
     parse(data, RobotCalibration).FindInitializationErrors()
     return sum(check.ok for check in read_log(path, FocusCheckProto))
+
+
+def as_camera_info(path: str) -> List[str]:
+    with open(path, "rb") as stream:
+        robot, format, notes = formats.read(stream, lens="plumb_bob", lossy=True)
+    assert format in formats.readable_formats()
+    options = formats.WriteOptions(rectification=[1, 0, 0, 0, 1, 0, 0, 0, 1], width=752)
+    texts = [formats.write_camera_info(camera, options).text for camera in robot.camera]
+    files = formats.write(formats.read_ros(texts[0].encode()).robot, "kalibr").files
+    return texts + [note.text for note in notes] + [text.decode() for text in files.values()]
