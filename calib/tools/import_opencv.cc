@@ -85,22 +85,31 @@ std::vector<double> Points(const Foreign& value, int32_t coordinates, size_t in_
 // What Foreign::CheckFloats() needs: the list that the numbers are in.
 Foreign ListOf(const Foreign& points) { return points.IsMap() ? points.At({"data"}) : points; }
 
-// Points that the calibration was computed from: those of each view in the image, and the target's,
-// which are those of every view.
-void StoreSamples(const Foreign& file, CameraIntrinsics* intrinsics) {
-  const auto image = file.Find({"image_points"}), target = file.Find({"grid_points"});
-  if (!image || !target) return;
-  const std::vector<double> on_target = Points(*target, 3, 0);
-  for (size_t i = 2; i < on_target.size(); i += 3) {
-    // Stays unused, and is reported so with image_points.
-    if (on_target[i] != on_target[2]) return target->NotKept("its third coordinates differ");
+// The target's points; none if no record can hold them.
+std::vector<double> TargetPoints(const Foreign& file) {
+  const auto target = file.Find({"grid_points"});
+  if (!target) return {};
+  std::vector<double> points = Points(*target, 3, 0);
+  for (size_t i = 2; i < points.size(); i += 3) {
+    if (points[i] == points[2]) continue;
+    target->NotKept("its third coordinates differ");
+    return {};
   }
+  ListOf(*target).CheckFloats(points);
+  return points;
+}
+
+// Points that the calibration was computed from: those of each view in the image, and the target's,
+// which are those of every view. Before OpenCV 4 the target's are not in the file.
+void StoreSamples(const Foreign& file, CameraIntrinsics* intrinsics) {
+  const auto image = file.Find({"image_points", "Image_points"});
+  if (!image) return;
+  const std::vector<double> on_target = TargetPoints(file);
   const size_t points = on_target.size() / 3;
   const std::vector<double> in_image = Points(*image, 2, points);
   if (in_image.empty()) return;
-  ListOf(*target).CheckFloats(on_target);
   ListOf(*image).CheckFloats(in_image);
-  if (points == 0 || in_image.size() % (2 * points) != 0) {
+  if (points != 0 && in_image.size() % (2 * points) != 0) {
     image->Refuse("has " + std::to_string(in_image.size() / 2) +
                       " points, which is no multiple of the " + std::to_string(points) +
                       " in grid_points",
@@ -110,11 +119,14 @@ void StoreSamples(const Foreign& file, CameraIntrinsics* intrinsics) {
     CameraIntrinsicsSamplePoints* sample = intrinsics->add_sample_points();
     sample->set_img_x(static_cast<float>(in_image[2 * i]));
     sample->set_img_y(static_cast<float>(in_image[2 * i + 1]));
+    if (points == 0) continue;
     sample->set_tgt_x(static_cast<float>(on_target[3 * (i % points)]));
     sample->set_tgt_y(static_cast<float>(on_target[3 * (i % points) + 1]));
   }
-  intrinsics->set_tgt_z(static_cast<float>(on_target[2]));
-  image->Remark("kept as sample_points with grid_points; not which view a point belongs to");
+  if (points > 0) intrinsics->set_tgt_z(static_cast<float>(on_target[2]));
+  image->Remark(std::string("kept as sample_points ") +
+                (points > 0 ? "with grid_points" : "without points of the target") +
+                "; not which view a point belongs to");
 }
 
 void StoreDistortion(const Foreign& file, const LensModel* chosen, CameraIntrinsics* intrinsics) {
