@@ -30,7 +30,11 @@ size_t PrintableLength(const std::string& text, size_t i) {
                                    : length == 2 && byte(i) == 0xc2 && byte(i + 1) < 0xa0;
   const bool no_character =
       length == 3 && byte(i) == 0xef && byte(i + 1) == 0xbf && byte(i + 2) > 0xbd;
-  return control || no_character ? 0 : length;
+  // They make what follows look like other text: U+202A to U+202E, U+2066 to U+2069.
+  const bool turns = length == 3 && byte(i) == 0xe2 &&
+                     ((byte(i + 1) == 0x80 && byte(i + 2) >= 0xaa && byte(i + 2) <= 0xae) ||
+                      (byte(i + 1) == 0x81 && byte(i + 2) >= 0xa6 && byte(i + 2) <= 0xa9));
+  return control || no_character || turns ? 0 : length;
 }
 
 }  // namespace

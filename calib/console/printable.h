@@ -7,7 +7,8 @@
 
 namespace calib {
 
-// The text in UTF-8, with U+FFFD in place of control characters and of octets that are not UTF-8.
+// The text in UTF-8, with U+FFFD in place of control characters, of those that turn the direction
+// of what follows, and of octets that are not UTF-8.
 std::string Printable(const std::string& text);
 
 // The same of each line.

@@ -10,9 +10,9 @@ namespace {
 
 TEST(PrintableTest, TakesCharactersAsTheyAre) {
   // The first and the last of each length, and those around what is taken out below.
-  for (const char* character :
-       {" ", "~", "\u00a0", "\u07ff", "\u0800", "\u0fff", "\u1000", "\ud7ff", "\ue000", "\ufffd",
-        "\U00010000", "\U0003ffff", "\U00040000", "\U0010ffff"}) {
+  for (const char* character : {" ", "~", "\u00a0", "\u07ff", "\u0800", "\u0fff", "\u1000",
+                                "\ud7ff", "\ue000", "\ufffd", "\u2029", "\u202f", "\u2065",
+                                "\u206a", "\U00010000", "\U0003ffff", "\U00040000", "\U0010ffff"}) {
     EXPECT_EQ(Printable(character), character);
     EXPECT_EQ(Printable("a" + std::string(character) + "b"), "a" + std::string(character) + "b");
     EXPECT_EQ(CountCharacters(character), 1u) << character;
@@ -40,6 +40,10 @@ TEST(PrintableTest, MarksWhatIsNoCharacter) {
       {"surrogate", "\xed\xa0\x80", 3},
       {"last surrogate", "\xed\xbf\xbf", 3},
       {"U+FFFE", "\xef\xbf\xbe", 3},
+      {"embedding of a direction", "\u202a", 3},
+      {"override of the direction", "\u202e", 3},
+      {"isolate", "\u2066", 3},
+      {"end of an isolate", "\u2069", 3},
       {"too large", "\xf4\x90\x80\x80", 4},
       {"too large a lead", "\xf5\x80\x80\x80", 4},
       {"no lead", "\xff", 1},
