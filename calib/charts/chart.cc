@@ -155,6 +155,10 @@ std::vector<std::string> NotesOf(const Chart& chart, const ChartAxes& axes) {
         ", " + Extent(chart.y_name, y.low(), y.high(), chart.floats) +
         "; --full-range draws them to scale");
   }
+  const double shape = axes.x.length() / axes.y.length();
+  if (chart.same_scale && std::max(shape, 1 / shape) > kLongestAxis) {
+    notes.push_back("not to scale: drawn less narrow than it is");
+  }
   for (const ChartMark& mark : chart.marks) {
     if (!axes.y.Contains(mark.y)) notes.push_back(mark.label + " lies outside of the drawing");
   }

@@ -34,6 +34,7 @@ struct ChartLine {
   int color = 0;
   bool dashed = false;
   bool arrow = false;  // has a head at its end
+  bool over = false;   // stands out from the points that it lies over
 };
 
 // A rectangle that is the darker the larger its share, from 0 to 1, with a text in it.
@@ -64,6 +65,7 @@ struct Chart {
   std::string title;
   std::vector<std::string> notes;  // lines below the title
   Verdict verdict = Verdict::kNone;
+  bool plot = true;  // else there are title and notes only
   std::string x_name, y_name;
   std::vector<ChartSeries> series;
   std::vector<ChartLine> lines;
@@ -77,7 +79,6 @@ struct Chart {
   bool full_range = false;  // covers values that lie far off, too
   // An area from (0, 0) to this width and height, such as an image; none if either is 0.
   double area_width = 0, area_height = 0;
-  std::string area_label;
   // A picture of the area, as a data: URL, from half a unit before its corner on.
   std::string area_picture;
   ChartSize size = ChartSize::kWide;
@@ -101,11 +102,16 @@ struct ChartAxes {
   bool Hold(const ChartPoint& point) const;
 };
 
+// Of axes of one scale, how many times as long as the other one may be drawn; a longer one gets a
+// scale of its own.
+constexpr double kLongestAxis = 10;
+
 // The axes of all the charts. They cover what is drawn, with some room at the ends, but for points
 // that lie far off (range.h), and marks far from all points.
 std::vector<ChartAxes> AxesOf(const std::vector<Chart>& charts);
 
-// The notes of the chart, and one more if not all of its points are within the axes.
+// The notes of the chart, and more if not all of its points are within the axes, or if these have
+// not the scale that they should have.
 std::vector<std::string> NotesOf(const Chart& chart, const ChartAxes& axes);
 
 // The series that the legend tells; none if there is nothing to tell apart, or too many.

@@ -18,6 +18,7 @@ constexpr double kFinestCell = 2, kCoarsestCell = 64;
 constexpr double kFarStep = 14;  // marks of what lies far off are this far from each other
 
 constexpr size_t kMostAvoidedPoints = 500;
+constexpr size_t kMostLedTo = 40;        // of more labels none is led to by a long line
 constexpr size_t kMostAvoided = 100000;  // labels times lines: the time that it may take to be neat
 
 // How many ticks there is room for in a length where each takes `each`.
@@ -75,7 +76,9 @@ ChartDrawing::ChartDrawing(const Chart& chart, const ChartAxes& axes, double lef
       left_(left),
       width_(width),
       top_(top),
-      below_(small_ ? 18 : 46) {
+      below_(!chart.plot ? 0
+             : small_    ? 18
+                         : 46) {
   LayOutHead(top);
   y1_ = std::max(y1_, top + head);
   LayOutPlot();
@@ -125,6 +128,11 @@ double ChartDrawing::YTickWidth() const {
 }
 
 void ChartDrawing::LayOutPlot() {
+  if (!chart_.plot) {
+    x1_ = x2_ = left_;
+    y2_ = y1_;
+    return;
+  }
   const double right = left_ + width_ - (small_ ? 4 : kRight);
   y2_ = y1_ + (small_ ? kSmallHeight : chart_.size == ChartSize::kHalf ? kHalfHeight : kWideHeight);
   x2_ = right;
@@ -133,9 +141,11 @@ void ChartDrawing::LayOutPlot() {
     x1_ = std::min(left_ + YTickWidth() + (small_ ? 6 : 30), right - kLeastPlot);
     if (!chart_.same_scale) continue;
     const double tallest = chart_.size == ChartSize::kWide ? kTallest : right - x1_;
-    const double scale = std::min((right - x1_) / axes_.x.length(), tallest / axes_.y.length());
-    x2_ = x1_ + axes_.x.length() * scale;
-    y2_ = y1_ + axes_.y.length() * scale;
+    const double across = std::max(axes_.x.length(), axes_.y.length() / kLongestAxis);
+    const double down = std::max(axes_.y.length(), axes_.x.length() / kLongestAxis);
+    const double scale = std::min((right - x1_) / across, tallest / down);
+    x2_ = x1_ + across * scale;
+    y2_ = y1_ + down * scale;
   }
 }
 
@@ -220,29 +230,28 @@ std::string ChartDrawing::Names() const {
               " transform=\"rotate(-90 " + Coordinate(side) + " " + Coordinate(middle) + ")\"");
 }
 
+// In the drawing. Of a picture, whole numbers are the middles of pixels.
+Box ChartDrawing::AreaBox() const {
+  const double off = chart_.area_picture.empty() ? 0 : 0.5;
+  return {X(-off), Y(-off), X(chart_.area_width - off), Y(chart_.area_height - off)};
+}
+
 std::string ChartDrawing::Area() const {
   if (!HasArea(chart_)) return "";
-  const double width = chart_.area_width, height = chart_.area_height;
-  if (chart_.area_picture.empty()) return Rectangle("i", X(0), Y(0), X(width), Y(height));
-  // Whole numbers are the middles of pixels.
-  const double x1 = X(-0.5), y1 = Y(-0.5), x2 = X(width - 0.5), y2 = Y(height - 0.5);
+  const Box box = AreaBox();
+  if (chart_.area_picture.empty()) return Rectangle("i", box.x1, box.y1, box.x2, box.y2);
   return XmlElement(
-      "image", Attribute("x", std::min(x1, x2)) + Attribute("y", std::min(y1, y2)) +
-                   Attribute("width", std::abs(x2 - x1)) + Attribute("height", std::abs(y2 - y1)) +
+      "image", Attribute("x", std::min(box.x1, box.x2)) + Attribute("y", std::min(box.y1, box.y2)) +
+                   Attribute("width", std::abs(box.x2 - box.x1)) +
+                   Attribute("height", std::abs(box.y2 - box.y1)) +
                    " preserveAspectRatio=\"none\" href=\"" + chart_.area_picture + "\"");
 }
 
 // Above all that is drawn in it, so that it is seen.
-std::string ChartDrawing::AreaBorder(LabelPlaces* places) const {
+std::string ChartDrawing::AreaBorder() const {
   if (!HasArea(chart_)) return "";
-  const double x1 = X(0), y1 = Y(0), x2 = X(chart_.area_width), y2 = Y(chart_.area_height);
-  std::string svg = Rectangle("j", x1, y1, x2, y2);
-  const double width = TextWidth(chart_.area_label, kText);
-  const double left = std::min(x1, x2) + 6, top = std::min(y1, y2) + 3;
-  if (!chart_.area_label.empty() && places->Take({{left, top, left + width, top + 16}}) == 0) {
-    svg += Text("e", left, top + 12, chart_.area_label);
-  }
-  return svg;
+  const Box box = AreaBox();
+  return Rectangle("j", box.x1, box.y1, box.x2, box.y2);
 }
 
 std::string ChartDrawing::Cells() const {
@@ -251,7 +260,10 @@ std::string ChartDrawing::Cells() const {
     const double x1 = X(cell.x1), y1 = Y(cell.y1), x2 = X(cell.x2), y2 = Y(cell.y2);
     const double share = std::min(std::max(cell.share, 0.0), 1.0);
     svg += Rectangle("h", x1, y1, x2, y2, " fill-opacity=\"" + RoundedText(share) + "\"");
-    if (cell.text.empty() || TextWidth(cell.text, kSmallText) > std::abs(x2 - x1)) continue;
+    if (cell.text.empty() || TextWidth(cell.text, kSmallText) > std::abs(x2 - x1) ||
+        kSmallText > std::abs(y2 - y1)) {
+      continue;
+    }
     // Each is read on its ground both by day and by night.
     svg += Text(share > 0.75  ? "v z"
                 : share > 0.6 ? "c z"
@@ -279,8 +291,10 @@ std::string ChartDrawing::Lines() const {
                 "L" + PixelText({tip.x - dx + dy / 2, tip.y - dy - dx / 2});
       }
     }
-    svg += XmlElement("path", Class(ColorClass(line.dashed ? "l d l" : "l l", line.color)) +
-                                  " d=\"" + path + "\"");
+    const std::string course = " d=\"" + path + "\"";
+    if (line.over) svg += XmlElement("path", Class("hl") + course);
+    svg +=
+        XmlElement("path", Class(ColorClass(line.dashed ? "l d l" : "l l", line.color)) + course);
   }
   return svg;
 }
@@ -486,12 +500,14 @@ std::string ChartDrawing::Labels(LabelPlaces* places) const {
       }
     }
   }
+  const bool crowded = chart_.labels.size() > kMostLedTo, over_points = CountPoints(chart_) > 0;
   for (const ChartLabel& label : chart_.labels) {
     const double x = X(label.x), y = Y(label.y);
     const std::string text = ShortenToWidth(Printable(label.text), (x2_ - x1_) * 0.6, kText);
     const double width = TextWidth(text, kText);
     std::vector<Box> boxes;
     for (const double out : {9.0, 24.0, 42.0, 64.0, 90.0}) {
+      if (crowded && out > 24) break;
       for (const Pixel& corner :
            {Pixel{x + out, y - 8}, Pixel{x - out - width, y - 8},
             Pixel{x - width / 2, y - out - 14}, Pixel{x - width / 2, y + out},
@@ -505,6 +521,7 @@ std::string ChartDrawing::Labels(LabelPlaces* places) const {
     const Box& box = boxes[static_cast<size_t>(place)];
     const Pixel near{std::min(std::max(x, box.x1), box.x2), std::min(std::max(y, box.y1), box.y2)};
     if (place >= 8) svg += Line("g", x, y, near.x, near.y);
+    if (over_points) svg += Rectangle("b", box.x1 - 2, box.y1, box.x2 + 2, box.y2);
     svg += Text("e", box.x1, box.y2 - 4, text);
   }
   return svg;
@@ -521,6 +538,10 @@ std::string ChartDrawing::Spoken() const {
 }
 
 std::string ChartDrawing::Draw(size_t most_points, size_t most_bytes) const {
+  const auto drawn = [this](const std::string& svg) {
+    return XmlElement("g", " role=\"img\" aria-label=\"" + Spoken() + "\"", "\n" + svg);
+  };
+  if (!chart_.plot) return drawn(Head());
   LabelPlaces places({x1_, y1_, x2_, y2_});
   const size_t count = CountPoints(chart_);
   const bool single = count <= most_points && !small_;
@@ -537,7 +558,7 @@ std::string ChartDrawing::Draw(size_t most_points, size_t most_bytes) const {
   } else {
     svg += Swarms(most_bytes);
   }
-  svg += Lines() + AreaBorder(&places);
+  svg += Lines() + AreaBorder();
   svg += Rectangle(chart_.verdict == Verdict::kFailed ? "r" : "f", x1_, y1_, x2_, y2_);
   AvoidCurves(&places);
   svg += Marks(&places);
@@ -546,7 +567,7 @@ std::string ChartDrawing::Draw(size_t most_points, size_t most_bytes) const {
   if (count == 0 && chart_.lines.empty() && chart_.cells.empty()) {
     svg += Text(small_ ? "x z" : "x", (x1_ + x2_) / 2, (y1_ + y2_) / 2 + 4, "no values");
   }
-  return XmlElement("g", " role=\"img\" aria-label=\"" + Spoken() + "\"", "\n" + svg);
+  return drawn(svg);
 }
 
 }  // namespace calib

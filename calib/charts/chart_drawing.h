@@ -42,8 +42,9 @@ class ChartDrawing {
   std::string Grid() const;
   std::string TickLabels() const;
   std::string Names() const;
+  Box AreaBox() const;
   std::string Area() const;
-  std::string AreaBorder(LabelPlaces* places) const;
+  std::string AreaBorder() const;
   std::string Cells() const;
   std::string Lines() const;
   std::string Curve(const ChartSeries& series) const;

@@ -12,7 +12,8 @@ namespace calib {
 namespace {
 
 constexpr double kWidth = 760, kMargin = 24, kGap = 24;
-constexpr size_t kMostBytes = 1600000;  // of all points in a file
+constexpr size_t kMostBytes = 1950000;   // of all drawings in a file
+constexpr double kShareOfPoints = 0.75;  // of them
 constexpr size_t kBytesOfSmall = 4000;
 constexpr size_t kBytesOfPoint = 200;  // one that tells its numbers
 
@@ -49,16 +50,17 @@ Drawing Draw(const std::vector<Chart>& charts, double top, size_t most_bytes) {
   const std::vector<ChartAxes> axes = AxesOf(charts);
   size_t points = 0;
   for (const Chart& chart : charts) points += CountPoints(chart);
-  const size_t share = most_bytes / std::max<size_t>(charts.size(), 1);
+  const auto for_points = static_cast<size_t>(static_cast<double>(most_bytes) * kShareOfPoints);
+  const size_t share = for_points / std::max<size_t>(charts.size(), 1);
   const size_t most_points =
-      points <= most_bytes / kBytesOfPoint / 2 ? points : share / kBytesOfPoint / 2;
+      points <= for_points / kBytesOfPoint / 2 ? points : share / kBytesOfPoint / 2;
   std::string svg;
   double bottom = top;
   for (size_t begin = 0, end; begin < charts.size(); begin = end) {
     end = EndOfRow(charts, begin);
     top = bottom;
-    svg += Heading("t h2", charts[begin].heading, &top);
-    svg += Heading("n", charts[begin].heading_note, &top);
+    std::string row = Heading("t h2", charts[begin].heading, &top);
+    row += Heading("n", charts[begin].heading_note, &top);
     const int columns = Columns(charts[begin].size);
     const double width = (kWidth - kGap * (columns - 1)) / columns;
     const auto lay_out = [&](size_t i, double head) {
@@ -69,9 +71,18 @@ Drawing Draw(const std::vector<Chart>& charts, double top, size_t most_bytes) {
     for (size_t i = begin; i < end; ++i) head = std::max(head, lay_out(i, 0).head());
     for (size_t i = begin; i < end; ++i) {
       const ChartDrawing drawing = lay_out(i, head);
-      svg += drawing.Draw(most_points, share);
+      row += drawing.Draw(most_points, share);
       bottom = std::max(bottom, drawing.bottom() + (columns == 4 ? 8 : kGap));
     }
+    if (begin > 0 && svg.size() + row.size() > most_bytes) {
+      svg +=
+          Heading("t h2",
+                  std::to_string(charts.size() - begin) + " of " + std::to_string(charts.size()) +
+                      " drawings are left out: they would make this too large",
+                  &top);
+      return {svg, top + kGap};
+    }
+    svg += row;
   }
   return {svg, bottom};
 }

@@ -10,7 +10,7 @@
 namespace calib {
 
 // A file of at most 2 MB, but for the pictures in it: of more points than a few thousand only what
-// is seen of them is drawn.
+// is seen of them is drawn, and of very many charts the first, with a line that counts the others.
 std::string ChartsAsSvg(const std::string& title, const std::vector<Chart>& charts);
 
 // The same as an element of a page that has ChartStyle() (chart_style.h); in at most so many bytes.

@@ -160,7 +160,10 @@ class TextLayout {
       text +=
           Printable(label.text) + ": " + RoundedText(label.x) + ", " + RoundedText(label.y) + "\n";
     }
-    if (HasArea(chart_)) text += "frame: " + chart_.area_label + "\n";
+    if (HasArea(chart_)) {
+      text += "frame: " + RoundedText(chart_.area_width) + " by " +
+              RoundedText(chart_.area_height) + "\n";
+    }
     for (const ChartMark& mark : chart_.marks) {
       if (axes_.y.Contains(mark.y)) text += "dotted line: " + Printable(mark.label) + "\n";
     }
@@ -193,7 +196,7 @@ std::string ChartsAsText(const std::string& title, const std::vector<Chart>& cha
     for (const std::string& note : NotesOf(chart, axes[i])) {
       text += Wrap(Printable(note), 0, width);
     }
-    text += "\n" + TextLayout(chart, axes[i], width).Draw();
+    if (chart.plot) text += "\n" + TextLayout(chart, axes[i], width).Draw();
   }
   return text;
 }

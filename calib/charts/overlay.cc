@@ -158,7 +158,7 @@ Chart Difference(const Chart& after, const Chart& before) {
   Chart chart;
   chart.title = after.title + ": difference";
   chart.x_name = curve ? after.x_name : "difference of " + after.x_name;
-  chart.y_name = "difference of " + after.y_name;
+  chart.y_name = curve ? "difference" : "difference of " + after.y_name;
   chart.size = curve ? after.size : ChartSize::kHalf;
   chart.x_counts = after.x_counts;
   chart.full_range = after.full_range;

@@ -45,7 +45,7 @@ std::string NameOf(const Record& record, const std::string& path) {
 // "640 x 480, GRAY8, stride 640, 307200 bytes", with a reason if it cannot be written.
 std::string Describe(const CalibrationImage& image) {
   std::string text = std::to_string(image.width()) + " x " + std::to_string(image.height()) + ", " +
-                     (image.has_format() ? Printable(image.format()) : "no format");
+                     (image.format().empty() ? "no format" : Printable(image.format()));
   if (image.has_stride()) text += ", stride " + std::to_string(image.stride());
   text += ", " + std::to_string(image.imgdata().size()) + " bytes";
   const std::string compression = CompressionOf(image.imgdata());

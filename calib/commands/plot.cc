@@ -71,8 +71,8 @@ std::string Plot(Flags flags) {
   if (charts.empty()) {
     throw Failure(name + ": has nothing that can be drawn",
                   "Drawn are extrinsics of CameraCalibration, sample_points and lens of "
-                  "CameraIntrinsics, "
-                  "FocusInfoItem, FocusCheckProto and samples of PTZIntrinsics.");
+                  "CameraIntrinsics, FocusInfoItem, FocusCheckProto and samples of "
+                  "PTZIntrinsics.");
   }
   return flags.terminal ? ChartsAsText(title, charts, OutputWidth()) : ChartsAsSvg(title, charts);
 }
@@ -97,9 +97,11 @@ void AddPlot(Command* program, int* status) {
   flags->input.AddTo(command);
   flags->camera.AddTo(command);
   command->Footer(
-      "Draws a camera's sample points over its image area, focus transfer functions, the bins of "
-      "focus checks, and a pan-tilt-zoom camera's intrinsics over its zoom. Each axis is named by "
-      "its field and has the field's own numbers. The image's y goes down.\n\n"
+      "Draws the cameras of a rig from above and from the side, a camera's sample points over its "
+      "image and how they cover it, what its lens does, focus transfer functions, the bins of "
+      "focus "
+      "checks, and a pan-tilt-zoom camera's intrinsics over its zoom. Each axis is named by its "
+      "field and has the field's own numbers. The image's y goes down.\n\n"
       "Examples:\n"
       "  calib plot rig.RobotCalibration.binpb --camera 0 --output cam0.svg\n"
       "  calib plot dome.PTZIntrinsics.binpb --terminal\n"

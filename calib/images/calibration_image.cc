@@ -123,6 +123,7 @@ std::string ImageFileOf(const CalibrationImage& image, const std::string& name) 
 
 std::string ImageUrl(const CalibrationImage& image, const std::string& name) {
   const std::string file = ImageFileOf(image, name);
+  if (IsCutOff(file)) throw Failure(name + ": is a PNG or JPEG file that ends early");
   return "data:image/" + CompressionOf(file) + ";base64," + Base64(file);
 }
 

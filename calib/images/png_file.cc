@@ -157,6 +157,13 @@ Raster DecodePng(const std::string& bytes, const std::string& name) {
   return raster;
 }
 
+bool IsCutOff(const std::string& bytes) {
+  const std::string compression = CompressionOf(bytes);
+  if (compression == "jpeg") return bytes.rfind("\xff\xd9") == std::string::npos;
+  return compression == "png" &&
+         bytes.rfind(std::string("IEND\xae\x42\x60\x82", 8)) == std::string::npos;
+}
+
 std::string CompressionOf(const std::string& bytes) {
   if (bytes.compare(0, 8, "\x89PNG\r\n\x1a\n") == 0) return "png";
   if (bytes.compare(0, 3, "\xff\xd8\xff") == 0) return "jpeg";

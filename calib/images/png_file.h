@@ -19,6 +19,9 @@ Raster DecodePng(const std::string& bytes, const std::string& name);
 // "png" or "jpeg" by the first bytes of a file; "" if it is neither.
 std::string CompressionOf(const std::string& bytes);
 
+// Whether they are one without its end, so that nothing, or not all of it, is shown.
+bool IsCutOff(const std::string& bytes);
+
 }  // namespace calib
 
 #endif  // CALIB_IMAGES_PNG_FILE_H_

@@ -1,3 +1,5 @@
+#include <algorithm>
+
 #include "calib/charts/chart_svg.h"
 #include "calib/charts/svg.h"
 #include "calib/pages/html.h"
@@ -16,7 +18,7 @@ std::string Count(size_t count, const std::string& what) {
 }
 
 std::string FindingsCell(const std::vector<std::string>& findings) {
-  if (findings.empty()) return Tag("span", " class=\"fine\"", "\xe2\x9c\x93 none");
+  if (findings.empty()) return Tag("span", " class=\"fine\"", "\xe2\x9c\x93 no finding");
   return Tag("span", " class=\"finding\"",
              "\xe2\x9c\x97 " + std::to_string(findings.size()) + ": " + XmlText(findings.front()) +
                  (findings.size() > 1 ? " \xe2\x80\xa6" : ""));
@@ -30,14 +32,15 @@ std::string OverviewReport::Drawing(const Record& record) {
     return "";
   }
   std::vector<Chart> charts = ChartsOf(DrawnParts(record), options_);
-  if (charts.empty()) return "";
-  Chart& chart = charts[0];
+  const auto first =
+      std::find_if(charts.begin(), charts.end(), [](const Chart& chart) { return chart.plot; });
+  if (first == charts.end()) return "";
+  Chart& chart = *first;
   chart.size = ChartSize::kSmall;
   chart.heading.clear();
   chart.heading_note.clear();
   chart.notes.clear();
   chart.labels.clear();
-  chart.area_label.clear();
   chart.area_picture.clear();
   chart.group.clear();
   std::string drawing = SmallChartAsElement(chart, kSmallWidth);
@@ -81,7 +84,7 @@ std::string OverviewReport::Html() const {
                                                         " of " + Count(records_, "record");
   const std::string table =
       Tag("div", " class=\"wide\" role=\"region\" tabindex=\"0\" aria-label=\"Records\"",
-          Tag("table", "",
+          Tag("table", " class=\"records\"",
               Tag("caption", "", caption) + Tag("thead", "", Tag("tr", "", head)) +
                   Tag("tbody", "", rows_)));
   std::string intro =

@@ -21,6 +21,12 @@ std::string PageStyle() {
          "figure.turn svg{min-width:0}td svg{display:block}"
          "img{max-width:100%;height:auto;image-rendering:pixelated}"
          "figcaption{font-size:.875rem}summary{cursor:pointer;padding:.3rem 0}"
+         // On a narrow screen a record's cells stand below one another.
+         "@media (max-width:40rem){.records thead{display:none}"
+         ".records,.records caption,.records tbody,.records tr,.records th,.records "
+         "td{display:block}"
+         ".records tr{padding:.6rem 0;border-bottom:1px solid #999}"
+         ".records th,.records td{border:0;padding:.1rem 0}.records th{font-weight:bold}}"
          ".finding{color:#9c2f14;font-weight:bold}.fine{color:#0e6654}"
          ".skip{position:absolute;left:-99rem}.skip:focus{left:1rem;top:1rem;background:#fff}"
          ":focus-visible{outline:3px solid #d9730d;outline-offset:2px}"

@@ -20,7 +20,7 @@ using namespace zarvo::calibration;  // NOLINT: the types that are told of
 namespace {
 
 // Together with what stands around them they make less than 3 MB.
-constexpr size_t kMostOfCharts = 1200000, kMostOfTables = 1200000;
+constexpr size_t kMostOfCharts = 1200000, kMostOfTables = 800000, kMostOfFindings = 200000;
 
 std::vector<Part> PartsOfType(const Record& record, const google::protobuf::Descriptor* type) {
   return CameraFlag().Choose(*record.message, record.name, {type});
@@ -29,11 +29,18 @@ std::vector<Part> PartsOfType(const Record& record, const google::protobuf::Desc
 std::string FindingsHtml(const std::vector<std::string>& findings) {
   if (findings.empty()) return Tag("p", " class=\"fine\"", "\xe2\x9c\x93 No check found anything.");
   std::string items;
-  for (const std::string& finding : findings) items += Tag("li", "", XmlText(finding));
+  size_t shown = 0;
+  for (; shown < findings.size() && items.size() <= kMostOfFindings; ++shown) {
+    items += Tag("li", "", XmlText(findings[shown]));
+  }
+  const size_t more = findings.size() - shown;
   return Tag("p", " class=\"finding\"",
              "\xe2\x9c\x97 " + std::to_string(findings.size()) +
                  (findings.size() == 1 ? " finding:" : " findings:")) +
-         Tag("ul", "", items);
+         Tag("ul", "", items) +
+         (more == 0 ? ""
+                    : Paragraph("And " + std::to_string(more) +
+                                " more: calib check --plausible prints all."));
 }
 
 std::string FiguresOf(const std::vector<Chart>& charts) {
@@ -78,8 +85,9 @@ std::string RecordReport(const ReportedRecord& reported, const Schema& schema,
   const auto comment = [&](const google::protobuf::FieldDescriptor* field) {
     return schema.Comment(field);
   };
+  const std::string tables = RecordTables(*record.message, comment, kMostOfTables);
   sections.push_back(
-      {"numbers", "All fields", RecordTables(*record.message, comment, kMostOfTables)});
+      {"numbers", "All fields", tables.empty() ? Paragraph("No field is set.") : tables});
   return PageOf(record.name, intro, sections);
 }
 

@@ -55,12 +55,14 @@ Chart FieldChart(const Camera& camera, const std::string& model, const std::stri
   chart.area_width = camera.width;
   chart.area_height = camera.height;
   const double step = std::max(camera.width, camera.height) / static_cast<double>(kAcross);
+  const double first_u = std::min(step, static_cast<double>(camera.width)) / 2;
+  const double first_v = std::min(step, static_cast<double>(camera.height)) / 2;
   std::vector<Moved> field;
   size_t none = 0;
   double longest = 0;
   Pixel where{0, 0};
-  for (double v = step / 2; v < camera.height; v += step) {
-    for (double u = step / 2; u < camera.width; u += step) {
+  for (double v = first_v; v < camera.height; v += step) {
+    for (double u = first_u; u < camera.width; u += step) {
       Moved moved;
       if (!PinholePixel(camera, {u, v}, &moved)) {
         ++none;

@@ -63,6 +63,7 @@ std::vector<Chart> ChartsOfLens(const Part& part, const LensReader& read) {
   chart.title = JoinPath(part.path, "lens");
   chart.notes.push_back("not drawn: " + reading.reason);
   chart.size = ChartSize::kHalf;
+  chart.plot = false;
   return {chart};
 }
 

@@ -25,6 +25,9 @@ constexpr double kLargestDefect = 1e-4;
 constexpr double kFrustumOfRig = 0.25;  // its depth, as a share of the rig's size
 constexpr double kWidestFrustum = 4;    // half of its width, in depths; beyond, lenses bend it much
 constexpr double kFarBody = 2.5;        // the body is drawn if it is no more rigs away
+constexpr size_t kMostDrawn = 400;      // more cameras are not told apart
+constexpr size_t kMostNamed = 12;       // cameras for which one reason holds
+constexpr size_t kMostReasons = 20;
 constexpr int kXColor = 1, kYColor = 2, kZColor = 0, kFrustumColor = 4, kBodyColor = 3;
 
 struct RigCamera {
@@ -136,6 +139,46 @@ void FindUpAndForward(const std::vector<RigCamera>& cameras, Rig* rig) {
   FindAxis(forward, rig->up, &rig->forward, &rig->forward_sign);
 }
 
+// Cameras of which something is not drawn, by the reason for it.
+class LeftOut {
+ public:
+  void Add(const std::string& path, const std::string& reason) {
+    const std::string name = path.empty() ? "the camera" : path;
+    for (Group& group : groups_) {
+      if (group.reason != reason) continue;
+      if (++group.count <= kMostNamed) group.names += ", " + name;
+      return;
+    }
+    if (groups_.size() < kMostReasons) {
+      groups_.push_back({reason, name, 1});
+    } else {
+      ++others_;
+    }
+  }
+
+  // A line for each reason: the cameras, `what`, and the reason.
+  std::vector<std::string> Notes(const std::string& what) const {
+    std::vector<std::string> notes;
+    for (const Group& group : groups_) {
+      const std::string more =
+          group.count <= kMostNamed ? "" : ", ... " + std::to_string(group.count) + " in all";
+      notes.push_back(group.names + more + ": " + what + ": " + group.reason);
+    }
+    if (others_ > 0) {
+      notes.push_back(std::to_string(others_) + " more cameras: " + what + ", for such reasons");
+    }
+    return notes;
+  }
+
+ private:
+  struct Group {
+    std::string reason, names;
+    size_t count;
+  };
+  std::vector<Group> groups_;
+  size_t others_ = 0;
+};
+
 void NoteReading(Extrinsics reading, Rig* rig) {
   const std::string assumed = reading == Extrinsics::kAssumed ? "Assumed: " : "";
   const bool to_body = reading == Extrinsics::kBodyFromCamera;
@@ -159,20 +202,23 @@ std::vector<std::string> ExtrinsicsNames() { return {"camera-from-body", "body-f
 Rig RigOf(const std::vector<Part>& parts, Extrinsics reading) {
   Rig rig;
   std::vector<RigCamera> cameras;
-  std::vector<std::string> left_out;
+  LeftOut not_drawn, no_frustum;
   bool any = false;
   for (const Part& part : parts) {
     const auto& camera = static_cast<const CameraCalibration&>(*part.message);
-    const std::string name = (part.path.empty() ? "the camera" : part.path) + ": not drawn: ";
     any = any || camera.extrinsics().a_size() > 0;
     if (camera.extrinsics().a_size() == 0) {
-      left_out.push_back(name + "extrinsics are not set");
+      not_drawn.Add(part.path, "extrinsics are not set");
       continue;
     }
     Transform transform;
     const std::string reason = ReadTransform(camera.extrinsics(), &transform);
     if (!reason.empty()) {
-      left_out.push_back(name + reason);
+      not_drawn.Add(part.path, reason);
+      continue;
+    }
+    if (cameras.size() == kMostDrawn) {
+      not_drawn.Add(part.path, "there are " + std::to_string(kMostDrawn) + " before it");
       continue;
     }
     cameras.push_back({&camera, part.path,
@@ -181,7 +227,10 @@ Rig RigOf(const std::vector<Part>& parts, Extrinsics reading) {
   if (!any) return rig;
   NoteReading(reading, &rig);
   rig.cameras = cameras.size();
-  rig.notes.insert(rig.notes.end(), left_out.begin(), left_out.end());
+  const auto note = [&](const std::vector<std::string>& notes) {
+    rig.notes.insert(rig.notes.end(), notes.begin(), notes.end());
+  };
+  note(not_drawn.Notes("not drawn"));
   if (cameras.empty()) return rig;
   FindUpAndForward(cameras, &rig);
   const double size = SizeOf(cameras), depth = size * kFrustumOfRig;
@@ -189,11 +238,12 @@ Rig RigOf(const std::vector<Part>& parts, Extrinsics reading) {
   for (const RigCamera& camera : cameras) {
     nearest = std::min(nearest, Distance(PlaceOf(camera), {0, 0, 0}));
     const std::string reason = AddFrustum(camera, depth, &rig);
-    if (!reason.empty()) rig.notes.push_back(camera.path + ": no view frustum: " + reason);
+    if (!reason.empty()) no_frustum.Add(camera.path, reason);
     AddAxes(camera.body_from_camera, depth * 0.4, false, &rig);
     const std::string name = camera.camera->name();
     rig.names.push_back({PlaceOf(camera), name.empty() ? camera.path : name});
   }
+  note(no_frustum.Notes("no view frustum"));
   if (nearest <= kFarBody * size) {
     AddAxes(Transform(), depth * 0.6, true, &rig);
   } else {

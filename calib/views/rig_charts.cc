@@ -54,7 +54,10 @@ std::vector<Chart> RigCharts(const Rig& rig) {
   std::vector<Chart> charts = {ProjectedChart(rig, "rig from above", RightOf(forward, up), forward),
                                ProjectedChart(rig, "rig from its right side", forward, up)};
   charts[0].notes = rig.notes;
-  if (rig.cameras == 0) return {charts[0]};
+  if (rig.cameras == 0) {
+    charts[0].plot = false;
+    return {charts[0]};
+  }
   charts[0].notes.push_back("Above is taken as " + up.Name() +
                             ", where the tops of the images are; y axes are dashed");
   return charts;

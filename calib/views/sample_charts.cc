@@ -40,7 +40,11 @@ void AddPrincipalPoint(const CameraIntrinsics& intrinsics, Chart* chart) {
                     std::abs(y) <= 2.0 * intrinsics.height();
   if (!near) return;
   const double arm = 0.02 * std::max(intrinsics.width(), intrinsics.height());
-  chart->lines.push_back({{{x - arm, y}, {x + arm, y}, {x, y - arm, 0, true}, {x, y + arm}}, 1});
+  const double across = std::min(arm, 0.1 * intrinsics.width());
+  const double down = std::min(arm, 0.1 * intrinsics.height());
+  ChartLine cross{{{x - across, y}, {x + across, y}, {x, y - down, 0, true}, {x, y + down}}, 1};
+  cross.over = true;
+  chart->lines.push_back(cross);
   chart->labels.push_back({x, y, "cx, cy", 1});
 }
 
@@ -74,10 +78,11 @@ Chart PointsChart(const CameraIntrinsics& intrinsics, const std::string& path) {
     chart.notes[0] += " in " + std::to_string(view_count) + " views, by their order";
   }
   if (HasImageArea(intrinsics)) {
-    chart.area_label = "width " + std::to_string(intrinsics.width()) + ", height " +
-                       std::to_string(intrinsics.height());
     const size_t outside = CoverageOf(intrinsics).outside;
-    if (outside > 0) chart.notes.push_back(std::to_string(outside) + " outside of the image");
+    chart.notes.push_back(
+        "width " + std::to_string(intrinsics.width()) + ", height " +
+        std::to_string(intrinsics.height()) +
+        (outside == 0 ? "" : "; " + std::to_string(outside) + " outside of the image"));
     AddPrincipalPoint(intrinsics, &chart);
   } else {
     chart.notes.push_back("width and height are not set: the image area is not known");

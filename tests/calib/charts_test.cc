@@ -10,6 +10,7 @@
 
 #include "calib/charts/chart.h"
 #include "calib/charts/chart_svg.h"
+#include "calib/charts/chart_text.h"
 #include "calib/charts/label_places.h"
 #include "calib/charts/overlay.h"
 #include "calib/charts/range.h"
@@ -161,6 +162,71 @@ TEST(ChartSvgTest, AMillionPointsTakeTwoMegabytesAtMost) {
   EXPECT_LE(ChartsAsSvg("many", charts).size(), 2000000u);
 }
 
+TEST(ChartSvgTest, DrawingsWithoutRoomAreCounted) {
+  Chart chart = CurveOf({});
+  for (int i = 0; i < 500; ++i) chart.lines.push_back({{{0, 0}, {i + 0.25, i + 0.5}}});
+  const std::string svg = ChartsAsSvg("many", std::vector<Chart>(300, chart));
+  EXPECT_LE(svg.size(), 2000000u);
+  EXPECT_GT(svg.size(), 1800000u);
+  const size_t drawn = Count(svg, "role=\"img\"");
+  EXPECT_NE(svg.find(">" + std::to_string(300 - drawn) + " of 300 drawings are left out"),
+            std::string::npos);
+  EXPECT_EQ(ChartsAsSvg("few", {chart, chart}).find("left out"), std::string::npos);
+}
+
+TEST(ChartSvgTest, TitleAndNotesStandAlone) {
+  Chart chart;
+  chart.title = "lens";
+  chart.notes = {"not drawn: why"};
+  chart.plot = false;
+  for (const std::string& drawn : {ChartsAsSvg("", {chart}), ChartsAsText("", {chart}, 80)}) {
+    EXPECT_NE(drawn.find("not drawn: why"), std::string::npos);
+    EXPECT_EQ(drawn.find("class=\"f\""), std::string::npos) << drawn;  // the frames of a plot
+    EXPECT_EQ(drawn.find("└"), std::string::npos) << drawn;
+  }
+  chart.plot = true;
+  EXPECT_NE(ChartsAsSvg("", {chart}).find("class=\"f\""), std::string::npos);
+  EXPECT_NE(ChartsAsText("", {chart}, 80).find("└"), std::string::npos);
+}
+
+// What is as wide as a line of pixels has room for its numbers, and says that it is not to scale.
+TEST(ChartSvgTest, NarrowDrawingsAreWidened) {
+  const struct {
+    double width, height;
+    bool widened;
+  } cases[] = {{4096, 1, true}, {3, 5000, true}, {900, 100, false}, {100, 900, false}};
+  for (const auto& test : cases) {
+    Chart chart;
+    chart.x_name = "x";
+    chart.y_name = "y";
+    chart.same_scale = chart.y_down = true;
+    chart.area_width = test.width;
+    chart.area_height = test.height;
+    const std::string svg = ChartsAsSvg("", {chart});
+    EXPECT_EQ(svg.find("not to scale") != std::string::npos, test.widened) << svg;
+    const std::regex frame("<rect class=\"j\"[^>]* width=\"([^\"]*)\" height=\"([^\"]*)\"");
+    std::smatch found;
+    ASSERT_TRUE(std::regex_search(svg, found, frame));
+    EXPECT_GT(std::stod(found[1]), 50);
+    EXPECT_GT(std::stod(found[2]), 50);
+  }
+}
+
+TEST(ChartSvgTest, LinesAndLabelsOverPointsStandOut) {
+  Chart chart = CurveOf({1, 2, 3});
+  chart.lines = {{{{0, 1}, {2, 3}}}};
+  chart.labels = {{1, 2, "here", 0}};
+  EXPECT_EQ(Count(ChartsAsSvg("", {chart}), "class=\"hl\""), 0u);
+  chart.lines[0].over = true;
+  const std::string svg = ChartsAsSvg("", {chart});
+  const size_t ground = svg.find("class=\"hl\""), line = svg.find("class=\"l l0\" d=");
+  EXPECT_LT(ground, line);
+  EXPECT_LT(svg.find("<circle"), ground);
+  EXPECT_NE(svg.find("<rect class=\"b\"", line), std::string::npos);  // below the label
+  chart.series.clear();
+  EXPECT_EQ(ChartsAsSvg("", {chart}).find("<rect class=\"b\"", line), std::string::npos);
+}
+
 struct LabelBox {
   std::string text;
   double x, y;
@@ -207,7 +273,6 @@ TEST(ChartSvgTest, TextIsEscaped) {
   chart.labels = {{1, 1, hostile, 0}};
   chart.cells = {{0, 1, 1, 2, 0.5, hostile}};
   chart.area_width = chart.area_height = 1;
-  chart.area_label = hostile;
   const std::string svg = ChartsAsSvg(hostile, {chart});
   EXPECT_EQ(Count(svg, "<script"), 0u);
   EXPECT_EQ(Count(svg, "\"\""), 0u) << svg;
