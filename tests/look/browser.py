@@ -106,6 +106,11 @@ class Browser:
             raise RuntimeError(result["exceptionDetails"]["exception"]["description"])
         return result["result"].get("value")
 
-    def screenshot(self):
-        """What the window shows, as PNG."""
-        return base64.b64decode(self.call("Page.captureScreenshot", format="png")["data"])
+    def screenshot(self, tallest):
+        """All of the page or drawing, down to so many pixels, as PNG."""
+        size = self.call("Page.getLayoutMetrics")
+        width = size["cssLayoutViewport"]["clientWidth"]
+        height = min(size["cssContentSize"]["height"], tallest)
+        clip = {"x": 0, "y": 0, "width": width, "height": height, "scale": 1}
+        shot = self.call("Page.captureScreenshot", format="png", captureBeyondViewport=True, clip=clip)
+        return base64.b64decode(shot["data"])

@@ -3,8 +3,8 @@
 
 For each drawing, and each page at 400 and 1600 pixels, light and dark: no message on the console, no dialog,
 no scrolling sideways, a name for everything that needs one, text that stands out from its ground,
-labels that neither overlap nor leave their drawing, and a picture like the approved one. With
---approve the pictures become the approved ones.
+labels that neither overlap nor leave their drawing, and pictures like the approved ones: of drawings
+and of wide pages from top to bottom. With --approve the pictures become the approved ones.
 """
 
 import argparse
@@ -32,8 +32,13 @@ camera {
   extrinsics { a: [1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0] }
 }
 '''
-# Windows to look through; pictures are compared of the first. A drawing has its own size.
+# What is looked at is made of these, so that another test's input changes no picture.
+RECORDS = ["base.BaseCalibrationProto", "board.CameraCalibration", "dome.PTZIntrinsics",
+           "focus.FocusInfo", "rig.RobotCalibration", "spots.FocusCheckSetProto",
+           "target.CameraCalibration"]
+# Windows to look through. A drawing has its own size.
 SIZES = {".html": [(400, 900), (1600, 900)], ".svg": [(820, 900)]}
+TALLEST = 6000  # of a picture
 # A label of a few letters that moves changes more pixels than that; other versions of a font's
 # rasterizer change fewer as much.
 DIFFERENT, MOST_DIFFERENT = 96, 80
@@ -92,8 +97,8 @@ LABELS = """(() => {
 
 def make(calib, folder):
     """The pages and drawings to look at, by their names."""
-    for path in INPUTS.glob("*.txtpb"):
-        shutil.copy(path, folder)
+    for name in RECORDS:
+        shutil.copy(INPUTS / f"{name}.txtpb", folder)
     (folder / "hostile.RobotCalibration.txtpb").write_text(HOSTILE, encoding="utf-8")
     older = re.sub("k1: -0.3", "k1: -0.4",
                    (folder / "dome.PTZIntrinsics.txtpb").read_text(encoding="utf-8"))
@@ -157,21 +162,28 @@ def look(browser, path, width, height, dark, approve):
     if not turned:
         wrong.append("the rig does not turn")
     wrong += browser.messages
-    if width == SIZES[path.suffix][0][0]:
-        shown = Image.open(io.BytesIO(browser.screenshot())).convert("RGB")
-        name = f"{path.stem}{path.suffix.replace('.', '_')}_{'dark' if dark else 'light'}.png"
-        approved = HERE / "approved" / name
-        if approve:
-            shown.quantize(64).save(approved, optimize=True)
-        elif not approved.exists():
-            wrong.append(f"no approved picture {approved.name}")
-        else:
-            pixels = different_pixels(shown, Image.open(approved).convert("RGB"))
-            if pixels > MOST_DIFFERENT:
-                kept = pathlib.Path(tempfile.gettempdir()) / f"shown_{name}"
-                shown.save(kept)
-                wrong.append(f"{pixels} pixels are not those of {approved}: see {kept}")
-    return wrong
+    narrow_page = is_page and width < 1000
+    if is_page and dark and not narrow_page:
+        return wrong  # its colors are looked at in the narrow one
+    shown = Image.open(io.BytesIO(browser.screenshot(height if narrow_page else TALLEST)))
+    wide = "_wide" if is_page and not narrow_page else ""
+    name = f"{path.stem}{path.suffix.replace('.', '_')}{wide}_{'dark' if dark else 'light'}.png"
+    return wrong + compare(shown.convert("RGB"), HERE / "approved" / name, approve)
+
+
+def compare(shown, approved, approve):
+    """What is wrong with a picture; with approve, it becomes the approved one."""
+    if approve:
+        shown.quantize(64).save(approved, optimize=True)
+        return []
+    if not approved.exists():
+        return [f"no approved picture {approved.name}"]
+    pixels = different_pixels(shown, Image.open(approved).convert("RGB"))
+    if pixels <= MOST_DIFFERENT:
+        return []
+    kept = pathlib.Path(tempfile.gettempdir()) / f"shown_{approved.name}"
+    shown.save(kept)
+    return [f"{pixels} pixels are not those of {approved}: see {kept}"]
 
 
 def main():
