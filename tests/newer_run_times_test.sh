@@ -6,8 +6,8 @@
 #   newer_run_times_test.sh SOURCE-FOLDER BUILD-FOLDER PROTOC RUN-TIME-LIBRARY INCLUDE-FOLDER STEREO-RIG
 #
 # The run-time in use and its compiler play the newer one. A CMake package that says what newer ones'
-# says stands in for theirs: two targets, and protobuf_generate(). Those classes and this library's
-# are in two programs. Exit status: 0, it is so; 1, it is not, and what went wrong is told.
+# says stands in for theirs: two targets, and protobuf_generate(). Those classes are in a package of
+# another name. Exit status: 0, it is so; 1, it is not, and what went wrong is told.
 set -euo pipefail
 
 source=$1 build=$2 protoc=$3 library=$4 include=$5 stereo_rig=$6
@@ -55,7 +55,7 @@ mkdir "$folder/user"
     printf 'target_link_libraries(%s PRIVATE calibration_messages)\n' $program
   done
 } >"$folder/user/CMakeLists.txt"
-cp "$source/examples/stereo_rig.cc" "$folder/user"
+sed 's/zarvo::calibration/newer::calibration/' "$source/examples/stereo_rig.cc" >"$folder/user/stereo_rig.cc"
 
 # Of `set_fx()`, a call on the message that has it.
 declare -A owner=([camera]=rig [has_name]=camera [mutable_intrinsics]=camera [set_fx]=intrinsics
@@ -69,9 +69,9 @@ done
 cat >"$folder/user/accessors.cc" <<END
 #include "calibration_common/calibration.pb.h"
 int main() {
-  zarvo::calibration::RobotCalibration rig;
-  zarvo::calibration::CameraCalibration& camera = *rig.add_camera();
-  zarvo::calibration::CameraIntrinsics& intrinsics = *camera.mutable_intrinsics();
+  newer::calibration::RobotCalibration rig;
+  newer::calibration::CameraCalibration& camera = *rig.add_camera();
+  newer::calibration::CameraIntrinsics& intrinsics = *camera.mutable_intrinsics();
 $calls}
 END
 
@@ -79,8 +79,10 @@ END
 
 quietly cmake --install "$build" --prefix "$folder/installed" --component Development
 schema_folder=$(sed -n 's,^# /usr/\(share/[^ ]*\)\, or .*,\1,p' "$page")
-[[ -f $folder/installed/$schema_folder/calibration_common/calibration.proto ]] ||
+schema=$folder/installed/$schema_folder/calibration_common/calibration.proto
+[[ -f $schema ]] ||
   fail "the page names a folder in which the schema is not installed: /usr/$schema_folder"
+sed -i 's/^package zarvo\.calibration;$/package newer.calibration;/' "$schema"
 configure "$folder/user" "$folder/runtime" \
   "-DCALIBRATION_SCHEMA_FOLDER=$folder/installed/$schema_folder"
 ((status == 0)) || fail "CMake refused the page's lines: $output"
