@@ -13,6 +13,7 @@ namespace {
 using Kind = ForeignTree::Kind;
 
 constexpr char kComments[] = "#;";
+constexpr char kFirstSection[] = "[image]";
 
 bool IsSection(std::string_view line) {
   return line.size() > 2 && line.front() == '[' && line.back() == ']' &&
@@ -30,17 +31,24 @@ class Loader {
   ForeignTree Load() {
     const ForeignTree::Index root = tree_.Add(0, 0);
     uint32_t sections = 0;
-    for (more_ = lines_.Next(&line_); more_; ++sections) LoadSection();
+    for (more_ = lines_.Next(&line_); more_; ++sections) {
+      // The calibrator prints both cameras of a pair.
+      if (sections > 0 && line_.text == kFirstSection) {
+        Refuse("begins a second camera", "Split the file there, and bring in one at a time.");
+      }
+      LoadSection();
+    }
     tree_.Close(root, Kind::kMap, sections);
     return std::move(tree_);
   }
 
  private:
-  [[noreturn]] void Refuse(const std::string& what) const {
+  [[noreturn]] void Refuse(const std::string& what,
+                           const char* cure = "Check that it is the file you meant.") const {
     throw Failure(file_ + ":" + std::to_string(line_.number + 1) + ":" +
                       std::to_string(line_.column + 1) + ": '" +
                       std::string(line_.text.substr(0, 40)) + "' " + what,
-                  "Check that it is the file you meant.");
+                  cure);
   }
 
   void LoadSection() {

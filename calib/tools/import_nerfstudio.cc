@@ -110,6 +110,11 @@ void StoreDistortion(const Values& values, bool fisheye, CameraIntrinsics* intri
 
 void StoreIntrinsics(const Values& values, const LensModel* chosen, CameraIntrinsics* intrinsics) {
   const Conventions& conventions = ConventionsOf(kFormat);
+  if (const auto angle = values.Find("camera_angle_x"); angle && !values.Find("fl_x")) {
+    angle->Refuse("is the angle of view, and there is no fl_x",
+                  "Add fl_x and fl_y, w / (2 tan(camera_angle_x / 2)), cx and cy, w and h, where w "
+                  "is the width of the images.");
+  }
   const Foreign cx = values.At("cx");
   StorePinhole(
       values.At("fl_x"),
