@@ -130,13 +130,15 @@ void TakePose(const std::string& files, bool from_camera, ExportCamera* camera) 
   camera->has_pose = camera->camera.has_extrinsics();
   if (!camera->has_pose) return;
   const auto& a = camera->camera.extrinsics().a();
-  const std::string why = WhyNotRigid({a.begin(), a.end()});
+  const std::vector<double> rows(a.begin(), a.end());
+  const std::string why = WhyNotRigid(rows);
   if (!why.empty()) {
+    const bool nearly = WhyNotRigid(rows, kNearlyRotation).empty();
     throw Failure(Below(camera->place, "extrinsics.a") + " " + why + ", and " + files +
                       " wants a rigid transform, 4x4 by rows",
-                  "Correct it in the record.");
+                  nearly ? std::string(kTakeNearest) + "." : "Correct it in the record.");
   }
-  camera->pose = RigidTransform::FromRows({a.begin(), a.end()});
+  camera->pose = RigidTransform::FromRows(rows);
   if (from_camera) camera->pose = camera->pose.Inverse();
 }
 

@@ -162,6 +162,21 @@ RigidTransform FromQuaternion(const Foreign& origin, const Quaternion& q,
   return RigidTransform::FromQuaternion(q, t);
 }
 
+namespace {
+
+void NoteIfBent(const Foreign& origin, const std::vector<double>& rows) {
+  const std::string why = WhyNotRigid(rows);
+  if (!why.empty()) origin.Convert(why + "; kept as it is: " + kTakeNearest);
+}
+
+}  // namespace
+
+void CheckRigid(const Foreign& origin, const RigidTransform& transform) {
+  const std::string why = WhyNotRigid(transform.Rows(), kNearlyRotation);
+  if (!why.empty()) origin.Refuse(why, "Correct it there.");
+  NoteIfBent(origin, transform.Rows());
+}
+
 void StorePose(const std::string& format, const Foreign& origin, const RigidTransform& file,
                const std::string& frame, zarvo::calibration::CameraExtrinsics* extrinsics) {
   const Conventions& conventions = ConventionsOf(format);
@@ -169,8 +184,7 @@ void StorePose(const std::string& format, const Foreign& origin, const RigidTran
   if (direction != Conventions::Direction::kFromCamera) {
     return StoreTransform(origin, file.Rows(), "from " + frame + " to this camera", extrinsics);
   }
-  const std::string why = WhyNotRigid(file.Rows());
-  if (!why.empty()) origin.Refuse(why, "Correct it there.");
+  CheckRigid(origin, file);
   for (const double element : conventions.ToRecord(direction, file).Rows()) {
     extrinsics->add_a(element + 0.0);  // no -0
   }
@@ -184,6 +198,7 @@ void StorePose(const std::string& format, const Foreign& origin, const RigidTran
 void StoreTransform(const Foreign& origin, const std::vector<double>& matrix,
                     const std::string& frames, zarvo::calibration::CameraExtrinsics* extrinsics) {
   CheckLastRow(origin, matrix);
+  NoteIfBent(origin, matrix);
   for (const double element : matrix) extrinsics->add_a(element);
   origin.Remark("kept as extrinsics, 4x4 by rows; not that it maps " + frames);
 }

@@ -53,6 +53,10 @@ std::array<double, 3> Three(const Foreign& list);
 RigidTransform FromQuaternion(const Foreign& origin, const Quaternion& q,
                               const std::array<double, 3>& t);
 
+// Says so if the rotation of a transform, which was read from `origin`, is none but nearly one.
+// Throws Failure if it is further off, since it is to be inverted.
+void CheckRigid(const Foreign& origin, const RigidTransform& transform);
+
 // Stores where a camera sits relative to `frame` by the conventions of the format, and says if they
 // are not those of a record.
 void StorePose(const std::string& format, const Foreign& origin, const RigidTransform& file,

@@ -51,8 +51,7 @@ RigidTransform ReadPose(const Foreign& value) {
 // Stores where the second camera sits: relative to the IMU if the first does, else to the first.
 void StorePairPose(const Foreign& pose, const RigidTransform& second_to_first,
                    const CameraExtrinsics& first, CameraExtrinsics* second) {
-  const std::string why = WhyNotRigid(second_to_first.Rows());
-  if (!why.empty()) pose.Refuse(why, "Correct it there.");
+  CheckRigid(pose, second_to_first);
   const bool chained = first.a_size() > 0;
   RigidTransform to_second =
       ConventionsOf(kFormat).ToRecord(Conventions::Direction::kFromCamera, second_to_first);

@@ -15,8 +15,6 @@ namespace {
 using Vector = std::array<double, 3>;
 using Matrix = std::array<double, 9>;
 
-constexpr double kTolerance = 1e-4;
-
 Vector Times(const Matrix& m, const Vector& v) {
   return {m[0] * v[0] + m[1] * v[1] + m[2] * v[2],  //
           m[3] * v[0] + m[4] * v[1] + m[5] * v[2],  //
@@ -92,7 +90,7 @@ RigidTransform operator*(const RigidTransform& a, const RigidTransform& b) {
   return FromGeometry(geometry::Compose(ToGeometry(a.Rows()), ToGeometry(b.Rows())));
 }
 
-std::string WhyNotRigid(const std::vector<double>& rows) {
+std::string WhyNotRigid(const std::vector<double>& rows, double tolerance) {
   if (rows.size() != 16) return "has " + std::to_string(rows.size()) + " numbers, not 16";
   if (!std::all_of(rows.begin(), rows.end(), [](double n) { return std::isfinite(n); })) {
     return "has numbers that are not finite";
@@ -101,7 +99,7 @@ std::string WhyNotRigid(const std::vector<double>& rows) {
     return "has a last row other than 0, 0, 0, 1";
   }
   const double defect = geometry::RotationDefect(ToGeometry(rows));
-  if (defect <= kTolerance) return "";
+  if (defect <= tolerance) return "";
   if (std::isinf(defect)) return "has a reflection, or no rotation";
   return "has no rotation: its columns are off by " + Shortest(static_cast<float>(defect)) +
          " from being of length 1 and at right angles";
