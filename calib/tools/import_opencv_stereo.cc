@@ -16,14 +16,17 @@ namespace {
 
 using Part = OpenCvPart;
 
-// The part of the camera in any of the files. Throws Failure if two have it.
+// The part of the camera in any of the files. Throws Failure if two have it, and not alike.
 std::optional<Foreign> FindIn(const std::vector<Foreign>& files, Part part, int camera) {
   std::optional<Foreign> found;
   for (const Foreign& file : files) {
     const std::optional<Foreign> value = FindOpenCvPart(file, part, camera);
     if (!value) continue;
-    if (found) value->Refuse("is in both files", "Name the files of one calibration.");
-    found = value;
+    if (!found) {
+      found = value;
+    } else if (OpenCvMatrix(*value, 0, 0, 1) != OpenCvMatrix(*found, 0, 0, 1)) {
+      value->Refuse("is in both files, with other numbers", "Name the files of one calibration.");
+    }
   }
   return found;
 }
