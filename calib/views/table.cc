@@ -118,6 +118,15 @@ std::vector<std::string> TableFormatNames() {
   return names;
 }
 
+namespace {
+
+// What the schema has no field of.
+[[noreturn]] void FailForKind(const FieldDescriptor* field) {
+  throw Failure(field->name() + ": is of a kind that no table holds");
+}
+
+}  // namespace
+
 TableFormat TableFormatNamed(const std::string& name) {
   const NamedFormat* known = kFormats;
   while (known->name != name) ++known;
@@ -275,7 +284,7 @@ bool Table::AppendIfThere(const Message& message, const ColumnPath::Step& step,
   return true;
 }
 
-// Lists of floating-point numbers are the long ones, and are not asked for each element.
+// All lists of single values that there are hold floating-point numbers.
 void Table::AppendList(const Message& message, const FieldDescriptor* field,
                        std::string* row) const {
   const char between = format_ == TableFormat::kJsonLines ? ',' : ' ';
@@ -295,13 +304,9 @@ void Table::AppendList(const Message& message, const FieldDescriptor* field,
     case FieldDescriptor::CPPTYPE_FLOAT:
       return append(reflection->GetRepeatedField<float>(message, field));
     default:
-      break;
+      FailForKind(field);
   }
 #pragma GCC diagnostic pop
-  for (int i = 0, size = reflection->FieldSize(message, field); i < size; ++i) {
-    if (i > 0) *row += between;
-    AppendValue(message, field, i, row);
-  }
 }
 
 template <typename Number>
@@ -322,36 +327,23 @@ void Table::AppendValue(const Message& message, const FieldDescriptor* field, in
       return AppendNumber(
           one ? r->GetFloat(message, field) : r->GetRepeatedFloat(message, field, index), row);
     case FieldDescriptor::CPPTYPE_INT32:
-      *row += std::to_string(one ? r->GetInt32(message, field)
-                                 : r->GetRepeatedInt32(message, field, index));
+      *row += std::to_string(r->GetInt32(message, field));
       return;
     case FieldDescriptor::CPPTYPE_INT64:
-      *row += std::to_string(one ? r->GetInt64(message, field)
-                                 : r->GetRepeatedInt64(message, field, index));
-      return;
-    case FieldDescriptor::CPPTYPE_UINT32:
-      *row += std::to_string(one ? r->GetUInt32(message, field)
-                                 : r->GetRepeatedUInt32(message, field, index));
-      return;
-    case FieldDescriptor::CPPTYPE_UINT64:
-      *row += std::to_string(one ? r->GetUInt64(message, field)
-                                 : r->GetRepeatedUInt64(message, field, index));
+      *row += std::to_string(r->GetInt64(message, field));
       return;
     case FieldDescriptor::CPPTYPE_BOOL:
-      *row += (one ? r->GetBool(message, field) : r->GetRepeatedBool(message, field, index))
-                  ? "true"
-                  : "false";
+      *row += r->GetBool(message, field) ? "true" : "false";
       return;
     case FieldDescriptor::CPPTYPE_STRING: {
       std::string space;
-      const std::string& text = one ? r->GetStringReference(message, field, &space)
-                                    : r->GetRepeatedStringReference(message, field, index, &space);
+      const std::string& text = r->GetStringReference(message, field, &space);
       if (field->type() != FieldDescriptor::TYPE_BYTES) return AppendText(text, row);
       *row += std::to_string(text.size());
       return;
     }
     default:
-      throw Failure(field->name() + ": is of a kind that no table holds");
+      FailForKind(field);
   }
 }
 

@@ -4,6 +4,7 @@
 
 #include <cmath>
 #include <random>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -161,11 +162,96 @@ TEST(CameraTest, DoesNotFold) {
   EXPECT_EQ(Status::kBeyondLens, Unproject(camera, {edge + 1e-6, 0}).status);
 }
 
+// What is seen just within the largest angle is projected, and what is just beyond is not.
+TEST(CameraTest, SeesUpToTheLargestAngle) {
+  for (const Lens lens : kLenses) {
+    for (unsigned seed = 0; seed < 20; ++seed) {
+      SCOPED_TRACE("lens " + std::to_string(static_cast<int>(lens)) + ", seed " +
+                   std::to_string(seed));
+      std::mt19937 random(seed);
+      Camera camera = RandomCamera(lens, &random);
+      // Which bend the angle of a direction with where it leads.
+      for (const int tangential : {2, 3, 8, 9, 10, 11, 12, 13}) {
+        if (lens == Lens::kBrown || lens == Lens::kOmni) camera.distortion[tangential] = 0;
+      }
+      const double largest = LargestAngle(camera);
+      ASSERT_GT(largest, 0.3);
+      const auto seen = [&](double angle) {
+        return Project(camera, {std::sin(angle), 0, std::cos(angle)}).status;
+      };
+      EXPECT_EQ(Status::kOk, seen(largest - 1e-6));
+      EXPECT_TRUE(largest > 3.14 || seen(largest + 1e-6) != Status::kOk) << largest;
+    }
+  }
+  Camera none;
+  none.fx = 0;
+  EXPECT_EQ(0, LargestAngle(none));
+}
+
+TEST(CameraTest, AFieldOfViewOfNothingIsAPinhole) {
+  Camera camera;
+  camera.lens = Lens::kFieldOfView;
+  camera.fx = camera.fy = 300;
+  for (const double w : {0.0, 0.9}) {
+    camera.distortion[0] = w;
+    for (const double x : {0.0, 0.4}) {
+      const Projected projected = Project(camera, {x, 0, 1});
+      const double radius = w == 0 ? x : std::atan(2 * x * std::tan(w / 2)) / w;
+      EXPECT_NEAR(300 * radius, projected.pixel.u, 1e-9) << w << " " << x;
+      EXPECT_NEAR(0, Angle({x, 0, 1}, Unproject(camera, projected.pixel).ray), 1e-12);
+    }
+  }
+}
+
+struct NoCamera {
+  const char* what;
+  Lens lens;
+  double fy, shape0, shape1, distortion0;
+};
+
+TEST(CameraTest, RefusesNumbersThatNoLensHas) {
+  const NoCamera cases[] = {
+      {"fy", Lens::kPinhole, -1, 0, 0, 0},
+      {"mirror", Lens::kOmni, 1, -0.1, 0, 0},
+      {"alpha below 0", Lens::kExtendedUnified, 1, -0.1, 1, 0},
+      {"alpha above 1", Lens::kExtendedUnified, 1, 1.1, 1, 0},
+      {"beta", Lens::kExtendedUnified, 1, 0.5, 0, 0},
+      {"alpha of two below 0", Lens::kDoubleSphere, 1, 0, -0.1, 0},
+      {"alpha of two above 1", Lens::kDoubleSphere, 1, 0, 1.1, 0},
+      {"xi at -1", Lens::kDoubleSphere, 1, -1, 0.5, 0},
+      {"xi above 1", Lens::kDoubleSphere, 1, 1.1, 0.5, 0},
+      {"field below 0", Lens::kFieldOfView, 1, 0, 0, -0.1},
+      {"field of a turn", Lens::kFieldOfView, 1, 0, 0, 3.1416},
+  };
+  for (const NoCamera& no : cases) {
+    Camera camera;
+    camera.fx = 1;
+    camera.lens = no.lens;
+    camera.fy = no.fy;
+    camera.shape[0] = no.shape0;
+    camera.shape[1] = no.shape1;
+    camera.distortion[0] = no.distortion0;
+    EXPECT_EQ(Status::kNotACamera, Project(camera, {0, 0, 1}).status) << no.what;
+    EXPECT_EQ(Status::kNotACamera, Unproject(camera, {0, 0}).status) << no.what;
+  }
+}
+
+TEST(CameraTest, ExplainsEachStatus) {
+  std::set<std::string> texts;
+  for (int status = 0; status <= static_cast<int>(Status::kNoMemory); ++status) {
+    texts.insert(Explain(static_cast<Status>(status)));
+  }
+  EXPECT_EQ(static_cast<size_t>(Status::kNoMemory) + 1, texts.size());
+  EXPECT_EQ(0u, texts.count("is unknown"));
+  EXPECT_STREQ("is unknown", Explain(static_cast<Status>(99)));
+}
+
 TEST(CameraTest, RefusesWhatIsNoCameraOrNoPoint) {
   Camera camera;
   const double nan = std::nan("");
   EXPECT_EQ(Status::kNotFinite, Project(camera, {nan, 0, 1}).status);
   EXPECT_EQ(Status::kNotFinite, Unproject(camera, {0, INFINITY}).status);
+  EXPECT_EQ(Status::kNotFinite, Unproject(camera, {nan, 0}).status);
   EXPECT_EQ(Status::kBehind, Project(camera, {0, 0, 0}).status);
   camera.fx = 0;
   EXPECT_EQ(Status::kNotACamera, Project(camera, {0, 0, 1}).status);
