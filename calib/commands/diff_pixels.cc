@@ -8,6 +8,7 @@
 #include "calib/console/file.h"
 #include "calib/console/number_rows.h"
 #include "calib/tools/camera_geometry.h"
+#include "calib/tools/export_lens.h"
 
 namespace calib {
 
@@ -44,7 +45,7 @@ int DiffCamera(const GivenCamera& before, const GivenCamera& after, const PixelF
   const geometry::Camera new_camera = GeometryOf(after, flags.lens.model());
   const geometry::Difference difference = geometry::Compare(old_camera, new_camera, options);
   if (difference.status == geometry::Status::kNotACamera) {
-    throw Failure(after.place + ": is of images of another size than " + before.place,
+    throw Failure(WithColon(after.place) + " is of images of another size than " + before.place,
                   "Scale one of them ('calib scale'), then compare.");
   }
   if (difference.status != geometry::Status::kOk) {

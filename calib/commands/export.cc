@@ -9,6 +9,7 @@
 #include "calib/fields/parts.h"
 #include "calib/formats/record_reader.h"
 #include "calib/tools/export_files.h"
+#include "calib/tools/export_lens.h"
 #include "calib/tools/exporters.h"
 #include "calib/tools/leftovers.h"
 #include "calib/tools/lens_flag.h"
@@ -83,8 +84,8 @@ void Tell(const Record& record, const Flags& flags, const ExportRig& rig,
   for (const ExportCamera& camera : rig.cameras) {
     if (rig.options.lens != nullptr || camera.form == nullptr) break;
     const std::string& place = camera.intrinsics_place;
-    Note(place + (place.back() == ':' ? " " : ": ") + CoefficientCounts(camera.intrinsics()) +
-         " are written as " + (camera.form->word.empty() ? camera.form->lens : camera.form->word));
+    Note(WithColon(place) + " " + CoefficientCounts(camera.intrinsics()) + " are written as " +
+         (camera.form->word.empty() ? camera.form->lens : camera.form->word));
   }
   for (const std::string& note : report.notes) Note(record.name + ": " + note);
 }

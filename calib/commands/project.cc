@@ -5,6 +5,7 @@
 #include "calib/commands/point_flags.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
+#include "calib/tools/export_lens.h"
 #include "calib/tools/rig_geometry.h"
 
 namespace calib {
@@ -47,7 +48,7 @@ int Project(const Flags& flags) {
         return projected.status;
       });
   if (outside > 0) {
-    Note(given.place + ": " + std::to_string(outside) +
+    Note(WithColon(given.place) + " " + std::to_string(outside) +
          (outside == 1 ? " point lands" : " points land") + " outside the image of " +
          std::to_string(camera.width) + " x " + std::to_string(camera.height));
   }

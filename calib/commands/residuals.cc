@@ -12,6 +12,7 @@
 #include "calib/fields/sample_views.h"
 #include "calib/formats/record_reader.h"
 #include "calib/tools/camera_geometry.h"
+#include "calib/tools/export_lens.h"
 #include "calib/tools/lens_flag.h"
 
 namespace calib {
@@ -39,14 +40,14 @@ struct Residual {
 std::vector<SampleView> ViewsOf(const GivenCamera& given, int count) {
   const int samples = given.intrinsics->sample_points_size();
   if (count > 0 && samples % count != 0) {
-    throw Failure(given.place + ": has " + std::to_string(samples) +
+    throw Failure(WithColon(given.place) + " has " + std::to_string(samples) +
                       " sample_points, which do not make " + std::to_string(count) +
                       " views of one size",
                   "Leave --views out: views are told by the target's points starting anew.");
   }
   for (int i = 0; i < samples; ++i) {
     if (TargetPointOf(given.intrinsics->sample_points(i))) continue;
-    throw Failure(given.place + ": sample_points[" + std::to_string(i) +
+    throw Failure(WithColon(given.place) + " sample_points[" + std::to_string(i) +
                       "] lacks one of img_x, img_y, tgt_x and tgt_y, or has one that is not finite",
                   "Correct it in the record.");
   }
@@ -122,7 +123,7 @@ std::string Worst(std::vector<Residual> residuals, int count) {
 int ResidualsOf(const GivenCamera& given, const Flags& flags) {
   const CameraIntrinsics& in = *given.intrinsics;
   if (in.sample_points_size() == 0) {
-    throw Failure(given.place + ": has no sample_points",
+    throw Failure(WithColon(given.place) + " has no sample_points",
                   "They come with an import of a file that holds them.");
   }
   RequireSize(given);
@@ -138,7 +139,7 @@ int ResidualsOf(const GivenCamera& given, const Flags& flags) {
     lines += line;
   }
   if (all.empty()) {
-    throw Failure(given.place + ": no view of its sample_points can be fitted",
+    throw Failure(WithColon(given.place) + " no view of its sample_points can be fitted",
                   "Say how many views there are with --views N, or check --distortion-model.");
   }
   const double rms = Rms(all);

@@ -9,6 +9,7 @@
 #include "calib/console/file.h"
 #include "calib/formats/record_reader.h"
 #include "calib/formats/record_writer.h"
+#include "calib/tools/export_lens.h"
 #include "calib/tools/lens_flag.h"
 #include "calib/tools/rig_geometry.h"
 
@@ -47,7 +48,7 @@ void TurnExtrinsics(const geometry::Transform& new_from_old, const GivenCamera& 
   StoreTransform(from_camera ? geometry::Compose(transform, geometry::Invert(new_from_old))
                              : geometry::Compose(new_from_old, transform),
                  camera->mutable_extrinsics());
-  Note(given.place + ": the extrinsics were read as " + direction +
+  Note(WithColon(given.place) + " the extrinsics were read as " + direction +
        " (--extrinsics), and turned with the camera");
 }
 
@@ -87,8 +88,8 @@ void Resize(const Flags& flags, const ResizeCamera& resize) {
       in->set_offset_x(in->offset_x() + static_cast<float>(flags.u));
       in->set_offset_y(in->offset_y() + static_cast<float>(flags.v));
     } else if (in->has_offset_x() || in->has_offset_y()) {
-      Note(given.place +
-           ": offset_x and offset_y stay as they are, since nothing says in which "
+      Note(WithColon(given.place) +
+           " offset_x and offset_y stay as they are, since nothing says in which "
            "pixels they count");
     }
     Store(resized, *model, in);
@@ -98,7 +99,7 @@ void Resize(const Flags& flags, const ResizeCamera& resize) {
         TurnExtrinsics(resized.new_from_old, given, flags.direction, camera);
       }
       if (camera->has_intrinsics_image()) {
-        Note(given.place + ": intrinsics_image stays the image that it is");
+        Note(WithColon(given.place) + " intrinsics_image stays the image that it is");
       }
     }
   }

@@ -10,6 +10,7 @@
 #include "calib/images/png_file.h"
 #include "calib/images/remap.h"
 #include "calib/tools/camera_geometry.h"
+#include "calib/tools/export_lens.h"
 #include "calib/tools/lens_flag.h"
 
 namespace calib {
@@ -69,7 +70,7 @@ void UndistortImage(const Flags& flags) {
   RequireSize(given);
   const geometry::Camera camera = GeometryOf(given, flags.lens.model());
   if (int64_t{1} * camera.width * camera.height > int64_t{1} << 28) {
-    throw Failure(given.place + ": has an image of more than 268435456 pixels",
+    throw Failure(WithColon(given.place) + " has an image of more than 268435456 pixels",
                   "Check width and height in the record.");
   }
   const std::string name = InputName(flags.image);

@@ -157,8 +157,8 @@ geometry::Camera GeometryOf(const GivenCamera& given, const LensModel* chosen) {
   const LensModel* model = nullptr;
   const geometry::Camera camera = GeometryOf(given, chosen, &model);
   if (chosen == nullptr) {
-    Note(given.place + (given.place.back() == ':' ? " " : ": ") +
-         CoefficientCounts(*given.intrinsics) + " are read as " + model->name);
+    Note(WithColon(given.place) + " " + CoefficientCounts(*given.intrinsics) + " are read as " +
+         model->name);
   }
   return camera;
 }

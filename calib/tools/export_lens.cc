@@ -33,7 +33,6 @@ std::string FittingModels(const CameraIntrinsics& intrinsics) {
 }
 
 // A place is a file's name with a colon, which may have a path behind it.
-std::string WithColon(const std::string& place) { return place + (place.back() == ':' ? "" : ":"); }
 
 // A coefficient of the record, and its name in a form.
 struct Coefficient {
@@ -159,6 +158,8 @@ std::string CoefficientCounts(const CameraIntrinsics& intrinsics) {
   return std::to_string(intrinsics.k_size()) + " k and " + std::to_string(intrinsics.p_size()) +
          " p";
 }
+
+std::string WithColon(const std::string& place) { return place + (place.back() == ':' ? "" : ":"); }
 
 std::string Below(const std::string& place, const std::string& field) {
   return place + (place.back() == ':' ? " " : ".") + field;

@@ -49,6 +49,9 @@ std::string CoefficientCounts(const zarvo::calibration::CameraIntrinsics& intrin
 // A field in a message on a place, such as "rig.json: camera[0]", or "rig.json:" for the record.
 std::string Below(const std::string& place, const std::string& field);
 
+// Such a place ahead of what is said of it.
+std::string WithColon(const std::string& place);
+
 }  // namespace calib
 
 #endif  // CALIB_TOOLS_EXPORT_LENS_H_

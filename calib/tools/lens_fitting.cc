@@ -6,6 +6,7 @@
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/number_rows.h"
+#include "calib/tools/export_lens.h"
 #include "calib/tools/lens_flag.h"
 
 namespace calib {
@@ -45,7 +46,7 @@ void FitFlags::Store(const geometry::Camera& camera, const std::string& place,
       geometry::FitLens(camera, fisheye ? geometry::Lens::kFisheye : geometry::Lens::kBrown,
                         target.k() + target.p(), options);
   if (fitted.status != geometry::Status::kOk) {
-    throw Failure(place + ": the image shows too little for a lens to be fitted",
+    throw Failure(WithColon(place) + " the image shows too little for a lens to be fitted",
                   "Check its size, the lens, and --up-to.");
   }
   const std::string where = std::to_string(std::lround(fitted.where.u)) + " " +
@@ -57,7 +58,7 @@ void FitFlags::Store(const geometry::Camera& camera, const std::string& place,
   const std::string error = "RMS " + ToDigits(fitted.rms, 3) + " pixels, at most " +
                             ToDigits(fitted.largest, 3) +
                             (fitted.unseen == 0 ? " at " + where : "");
-  const std::string what = place + (place.back() == ':' ? " " : ": ");
+  const std::string what = WithColon(place) + " ";
   if (fitted.unseen > 0 || !(fitted.largest <= max_error)) {
     throw Failure(
         what + target.name + " cannot be the same lens: " + error +
