@@ -13,7 +13,7 @@
 namespace calib {
 namespace {
 
-// The layout of --help, for 80 columns unless COLUMNS says otherwise.
+// The layout of --help, for as many columns as there are, from 40 to 120.
 class Help : public CLI::Formatter {
  public:
   Help() { label("Positionals", "Arguments"); }
@@ -51,19 +51,22 @@ class Help : public CLI::Formatter {
     std::istringstream lines(command->get_footer());
     std::string footer = "\n";
     for (std::string line; std::getline(lines, line);) {
-      footer += line.empty() || line[0] == ' ' ? line + "\n" : Wrap(line, 0, kWidth);
+      footer += line.empty() || line[0] == ' ' ? line + "\n" : Wrap(line, 0, Width());
     }
     return footer;
   }
 
  private:
-  static constexpr int kWidth = 80, kColumn = 26;
+  static constexpr int kColumn = 26;
+
+  static int Width() { return std::clamp(OutputWidth(), 40, 120); }
 
   // Too many words to choose from for one line go on below their brace.
   static std::string Broken(std::string left) {
+    const auto width = static_cast<size_t>(Width());
     const size_t brace = left.find('{');
-    for (size_t line = 0; left.size() - line > kWidth;) {
-      const size_t comma = left.rfind(',', line + kWidth - 1);
+    for (size_t line = 0; left.size() - line > width;) {
+      const size_t comma = left.rfind(',', line + width - 1);
       if (brace == std::string::npos || comma == std::string::npos || comma < line + brace) break;
       line = comma + 2;
       left.insert(comma + 1, "\n" + std::string(brace + 1, ' '));
@@ -73,7 +76,7 @@ class Help : public CLI::Formatter {
 
   static std::string Entry(const std::string& name, const std::string& description) {
     const std::string left = Broken("  " + name);
-    const std::string right = Wrap(description, kColumn, kWidth);
+    const std::string right = Wrap(description, kColumn, Width());
     if (left.size() + 2 > kColumn) return left + "\n" + right;
     return left + right.substr(left.size());
   }
