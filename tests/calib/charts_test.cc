@@ -117,6 +117,21 @@ size_t Count(const std::string& text, const std::string& what) {
   return count;
 }
 
+struct LabelBox {
+  std::string text;
+  double x, y;
+};
+
+// The texts of a class, and where they stand.
+std::vector<LabelBox> LabelsOf(const std::string& svg, const std::string& kind) {
+  const std::regex label("<text class=\"" + kind + "\" x=\"([^\"]*)\" y=\"([^\"]*)\">([^<]*)<");
+  std::vector<LabelBox> labels;
+  for (std::sregex_iterator i(svg.begin(), svg.end(), label), end; i != end; ++i) {
+    labels.push_back({(*i)[3], std::stod((*i)[1]), std::stod((*i)[2])});
+  }
+  return labels;
+}
+
 TEST(ChartSvgTest, NoLineCrossesAGap) {
   Chart chart = CurveOf({1, 2, 3, 4, 5, 6});
   EXPECT_EQ(Count(ChartsAsSvg("", {chart}), "<polyline"), 1u);
@@ -134,6 +149,115 @@ TEST(ChartSvgTest, WhatLiesFarOffIsAtTheEdgeOrToScale) {
   svg = ChartsAsSvg("", {chart});
   EXPECT_EQ(Count(svg, "class=\"o\""), 0u);
   EXPECT_EQ(svg.find("far off"), std::string::npos);
+}
+
+struct FarCase {
+  const char* what;
+  std::vector<ChartPoint> far;
+  bool y_down;
+  size_t marks;
+  std::vector<std::string> labels, names;
+};
+
+// A plane of points, and some that lie far off it.
+TEST(ChartSvgTest, EachEdgeTellsWhatLiesBeyond) {
+  const FarCase cases[] = {
+      {"left", {{-1e6, 50, 7}}, false, 1, {"-1e+06"}, {"points[7]: x -1000000, y 50"}},
+      {"right", {{1e6, 50, 7}}, false, 1, {"1e+06"}, {"points[7]: x 1000000, y 50"}},
+      {"above", {{50, 2e6, 7}}, false, 1, {"2e+06"}, {"points[7]: x 50, y 2000000"}},
+      {"below", {{50, -2e6, 7}}, false, 1, {"-2e+06"}, {"points[7]: x 50, y -2000000"}},
+      {"above, y down", {{50, -2e6, 7}}, true, 1, {"-2e+06"}, {"points[7]: x 50, y -2000000"}},
+      {"a corner", {{3e6, 2e6, 7}}, false, 1, {"3e+06, 2e+06"}, {}},
+      {"one place", {{-1e6, 50}, {-2e6, 50.1}}, false, 1, {"×2"}, {"2 points beyond the edge"}},
+      {"two places", {{-1e6, 20}, {-2e6, 80}}, false, 2, {"-1e+06", "-2e+06"}, {}},
+  };
+  for (const FarCase& test : cases) {
+    Chart chart;
+    chart.x_name = "x";
+    chart.y_name = "y";
+    chart.y_down = test.y_down;
+    chart.series.resize(1);
+    chart.series[0].element = "points";
+    for (size_t i = 0; i < 100; ++i) {
+      chart.series[0].points.push_back({static_cast<double>(i), static_cast<double>(i * 37 % 100)});
+    }
+    for (const ChartPoint& point : test.far) chart.series[0].points.push_back(point);
+    const std::string svg = ChartsAsSvg("", {chart});
+    EXPECT_EQ(Count(svg, "class=\"o\""), test.marks) << test.what;
+    for (const std::string& label : test.labels) {
+      EXPECT_EQ(Count(svg, ">" + label + "</text>"), 1u) << test.what << svg;
+    }
+    for (const std::string& name : test.names) EXPECT_EQ(Count(svg, name + "<"), 1u) << test.what;
+    EXPECT_NE(svg.find(test.far.size() == 1 ? "1 lies far off" : "2 lie far off"),
+              std::string::npos);
+    // The triangles point outwards: their tips are on the frame.
+    const std::regex tip("class=\"o\" d=\"M([0-9.]+),([0-9.]+)L"),
+        frame("class=\"f\" x=\"([^\"]*)\" y=\"([^\"]*)\" width=\"([^\"]*)\" height=\"([^\"]*)\"");
+    std::smatch at, box;
+    ASSERT_TRUE(std::regex_search(svg, at, tip) && std::regex_search(svg, box, frame));
+    const double x = std::stod(at[1]), y = std::stod(at[2]), left = std::stod(box[1]),
+                 top = std::stod(box[2]), right = left + std::stod(box[3]),
+                 bottom = top + std::stod(box[4]);
+    const double nearest = std::min(
+        {std::abs(x - left), std::abs(x - right), std::abs(y - top), std::abs(y - bottom)});
+    EXPECT_LT(nearest, 0.2) << test.what;
+    // As small ones, and as text, they tell nothing but that.
+    chart.size = ChartSize::kSmall;
+    EXPECT_EQ(Count(ChartsAsSvg("", {chart}), "class=\"k\""), 0u);
+    EXPECT_NE(ChartsAsText("", {chart}, 80).find("far off"), std::string::npos);
+  }
+}
+
+// Of labels, numbers in cells and marks, those that have no room are left out.
+TEST(ChartSvgTest, WhatHasNoRoomIsLeftOut) {
+  Chart chart = CurveOf({0, 0.5, 1});
+  for (int i = 0; i < 200; ++i) chart.labels.push_back({1, 0.5, "the same place", 0});
+  for (int i = 0; i < 60; ++i) chart.marks.push_back({0.5, "mark " + std::to_string(i)});
+  chart.marks.push_back({1000, "threshold"});
+  const std::string svg = ChartsAsSvg("", {chart});
+  EXPECT_GT(Count(svg, ">the same place<"), 3u);
+  EXPECT_LT(Count(svg, ">the same place<"), 200u);
+  EXPECT_EQ(Count(svg, "class=\"m\""), 60u);
+  EXPECT_LT(Count(svg, "class=\"k\""), 60u);
+  EXPECT_EQ(Count(svg, ">threshold lies outside of the drawing<"), 1u);
+  EXPECT_EQ(Count(ChartsAsText("", {chart}, 80), "dotted line: threshold"), 0u);
+}
+
+TEST(ChartSvgTest, CellsHaveNumbersThatAreRead) {
+  Chart chart = CurveOf({});
+  chart.y_down = true;  // as in images
+  const double shares[] = {0.1, 0.7, 0.9};
+  for (int i = 0; i < 3; ++i) {
+    chart.cells.push_back({1.0 * i, 0, i + 1.0, 1, shares[i], "cell " + std::to_string(i)});
+  }
+  chart.cells.push_back({0, 0, 0.01, 1, 0.5, "too wide"});
+  chart.cells.push_back({0, 0, 1, 0.001, 0.5, "too high"});
+  chart.cells.push_back({0, 0, 1, 1, 0.5, ""});
+  const std::string svg = ChartsAsSvg("", {chart});
+  EXPECT_EQ(LabelsOf(svg, "u z").size(), 1u);
+  EXPECT_EQ(LabelsOf(svg, "c z").size(), 1u);
+  EXPECT_EQ(LabelsOf(svg, "v z").size(), 1u);
+  EXPECT_EQ(Count(svg, "too "), 0u);
+  EXPECT_EQ(Count(svg, "class=\"h\""), 6u);
+  // Dots as dense as the cell is dark.
+  EXPECT_NE(ChartsAsText("", {chart}, 80).find("⣿"), std::string::npos);
+}
+
+// Points of a curve are seen by its lines, but where there are gaps on both sides; of few bytes,
+// cells become coarser.
+TEST(ChartSvgTest, SwarmsKeepLonePoints) {
+  std::vector<double> values(20000);
+  for (size_t i = 0; i < values.size(); ++i) values[i] = static_cast<double>(i * 7919 % 10007);
+  Chart chart = CurveOf(values);
+  EXPECT_EQ(Count(ChartsAsSvg("", {chart}), "class=\"s l0\""), 0u);
+  chart.series[0].points[100].after_gap = chart.series[0].points[101].after_gap = true;
+  EXPECT_EQ(Count(ChartsAsSvg("", {chart}), "class=\"s l0\""), 1u);
+  chart.series[0].connected = false;
+  const std::string fine = ChartsAsElement({chart}, 1000000),
+                    coarse = ChartsAsElement({chart}, 4000);
+  EXPECT_NE(fine.find("stroke-width=\"2\""), std::string::npos);
+  EXPECT_EQ(coarse.find("stroke-width=\"2\""), std::string::npos);
+  EXPECT_LT(coarse.size(), fine.size() / 4);
 }
 
 TEST(ChartSvgTest, ChartsOfAGroupHaveOneScale) {
@@ -227,21 +351,6 @@ TEST(ChartSvgTest, LinesAndLabelsOverPointsStandOut) {
   EXPECT_EQ(ChartsAsSvg("", {chart}).find("<rect class=\"b\"", line), std::string::npos);
 }
 
-struct LabelBox {
-  std::string text;
-  double x, y;
-};
-
-// The texts of a class, and where they stand.
-std::vector<LabelBox> LabelsOf(const std::string& svg, const std::string& kind) {
-  const std::regex label("<text class=\"" + kind + "\" x=\"([^\"]*)\" y=\"([^\"]*)\">([^<]*)<");
-  std::vector<LabelBox> labels;
-  for (std::sregex_iterator i(svg.begin(), svg.end(), label), end; i != end; ++i) {
-    labels.push_back({(*i)[3], std::stod((*i)[1]), std::stod((*i)[2])});
-  }
-  return labels;
-}
-
 TEST(ChartSvgTest, LabelsDoNotOverlap) {
   Chart chart = CurveOf({0, 1});
   const std::string name(200, 'M');
@@ -302,6 +411,89 @@ TEST(OverlayTest, CurvesHaveTheirDifferenceBelow) {
     EXPECT_EQ(difference, test.difference) << test.what;
     EXPECT_EQ(charts[1].notes[0], test.note);
   }
+}
+
+// What lies between values that both have is not known of either.
+TEST(OverlayTest, DifferencesKeepGaps) {
+  Chart after = CurveOf({1, 2, 3, 4, 5, 6}), before = CurveOf({1, 1, 1, 1, 1, 1});
+  after.series[0].points[4].after_gap = true;
+  before.series[0].points.erase(before.series[0].points.begin() + 2);
+  after.series[0].points.erase(after.series[0].points.begin());
+  const std::vector<Chart> charts = Overlay({after}, "new", {before}, "old");
+  ASSERT_EQ(charts.size(), 2u);
+  std::string told;
+  for (const ChartPoint& point : charts[1].series[0].points) {
+    told += (point.after_gap ? "| " : "") + RoundedText(point.x) + ":" + RoundedText(point.y) + " ";
+  }
+  EXPECT_EQ(told, "1:1 | 3:3 | 4:4 5:5 ");
+}
+
+TEST(OverlayTest, TellsVerdictsMarksAndHeadings) {
+  const struct {
+    Verdict verdict;
+    const char* word;
+  } verdicts[] = {{Verdict::kPassed, "in old: ok"},
+                  {Verdict::kFailed, "in old: failed"},
+                  {Verdict::kNone, "in old: no verdict"}};
+  for (const auto& then : verdicts) {
+    for (const auto& now : verdicts) {
+      Chart after = CurveOf({1, 2}), before = after;
+      after.verdict = now.verdict;
+      before.verdict = then.verdict;
+      after.heading = "2 ok";
+      before.heading = "1 ok";
+      after.marks = {{1.5, "limit"}, {2, "low"}};
+      before.marks = {{1.5, "limit"}, {1.2, "low"}, {2, "high"}};
+      after.notes = {"both"};
+      before.notes = {"both", "before"};
+      const std::vector<Chart> charts = Overlay({after}, "new", {before}, "old");
+      std::vector<std::string> notes = {"both", "in old: before"};
+      if (&now != &then) notes.insert(notes.begin() + 1, then.word);
+      EXPECT_EQ(charts[0].notes, notes);
+      EXPECT_EQ(charts[0].heading, "new: 2 ok; dashed, old: 1 ok");
+      ASSERT_EQ(charts[0].marks.size(), 4u);
+      EXPECT_EQ(charts[0].marks[2].label, "low in old");
+      EXPECT_EQ(charts[0].marks[3].label, "high in old");
+    }
+  }
+}
+
+// Their differences stand in a row below those of their row.
+TEST(OverlayTest, SmallOnesStandInRows) {
+  std::vector<Chart> after, before;
+  for (int i = 0; i < 6; ++i) {
+    Chart chart = CurveOf({1, 2});
+    chart.title = "spot " + std::to_string(i);
+    chart.size = ChartSize::kSmall;
+    chart.group = "bins";
+    if (i == 5) chart.heading = "others";
+    after.push_back(chart);
+    chart.marks = {{1, "limit"}};
+    before.push_back(chart);
+  }
+  Chart lines = CurveOf({});
+  lines.title = "no points";
+  lines.series.clear();
+  lines.lines = {{{{0, 0}, {1, 1}}}};
+  lines.labels = {{1, 1, "cam0", 0}};
+  after.push_back(lines);
+  lines.labels.push_back({0, 0, "cam1", 0});
+  before.push_back(lines);
+  std::string titles;
+  for (const Chart& chart : Overlay(after, "new", before, "old")) {
+    titles += chart.title + (chart.group.empty() ? "" : " (" + chart.group + ")") + "\n";
+    EXPECT_TRUE(chart.marks.empty()) << chart.title;
+    for (const ChartSeries& series : chart.series) EXPECT_EQ(series.name, "");
+    EXPECT_EQ(chart.labels.size(), chart.title == "no points" ? 2u : 0u);
+    EXPECT_TRUE(chart.lines.empty() || (chart.lines[1].dashed && !chart.lines[0].dashed));
+  }
+  std::string expected;
+  for (const auto& row : {std::vector<int>{0, 1, 2, 3}, {4}, {5}}) {
+    for (const char* kind : {" (bins)\n", ": difference (bins difference)\n"}) {
+      for (const int i : row) expected += "spot " + std::to_string(i) + kind;
+    }
+  }
+  EXPECT_EQ(titles, expected + "no points\n");
 }
 
 TEST(OverlayTest, TellsWhatOnlyOneHas) {
