@@ -40,9 +40,15 @@ SUITES = ["parsing_test", "serialization_test", "object_model_test", "merging_te
           "size_limit_test"]
 ARGUMENTS = {"mutation_test": ["--gtest_filter=-*ThreeBytes*:*EveryTwoBitFlip*"]}
 LIBRARY = Subject(["calibration_protolib", *SUITES], SUITES)
-CALIB = Subject(["calib", "calib_wire_defect_test", "calib_json_place_test",
-                 "calib_out_of_memory_test", "calib_foreign_memory_test"],
-                [r"calib_(?!layers|man_page)\w+_test", r"calib_test\..*"])
+CALIB_SUITES = ["calib_printable_test", "calib_charts_test", "calib_coverage_test",
+                "calib_plausible_test", "calib_conventions_test", "calib_lens_test",
+                "calib_wire_defect_test", "calib_json_place_test", "calib_unknown_fields_test",
+                "calib_export_test", "calib_mcap_test", "calib_library_test", "calib_file_test",
+                "calib_log_append_test", "calib_writers_test", "geometry_camera_test",
+                "geometry_pair_test", "geometry_memory_test", "calib_out_of_memory_test",
+                "calib_foreign_memory_test"]
+CALIB = Subject(["calib", *CALIB_SUITES],
+                [*CALIB_SUITES, r"calib_(subcommands|pictures)_test", r"calib_test\..*"])
 # Those in which threads meet, for ThreadSanitizer.
 RACES = Subject(["calibration_protolib", "concurrency_test", "element_blocks_test"],
                 [r"concurrency_test\..*", "element_blocks_test"])

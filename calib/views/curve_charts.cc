@@ -150,6 +150,7 @@ std::vector<Chart> FocusCheckCharts(const std::vector<Part>& checks) {
     if (charts[i].verdict != Verdict::kFailed) continue;
     if (++count <= kMostFailedNamed) failed += (count == 1 ? "; failed: " : ", ") + checks[i].path;
   }
+  if (count > kMostFailedNamed) failed += ", ... " + std::to_string(count) + " in all";
   charts[0].heading =
       std::to_string(passed) + " of " + std::to_string(charts.size()) + " focus checks ok" + failed;
   charts[0].heading_note = AxesText(charts[0]);

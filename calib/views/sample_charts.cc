@@ -33,12 +33,14 @@ void SetImageAxes(const CameraIntrinsics& intrinsics, Chart* chart) {
   chart->area_height = intrinsics.height();
 }
 
-// The principal point, as a cross.
+// The principal point of an image, as a cross; a note, if that would be far outside.
 void AddPrincipalPoint(const CameraIntrinsics& intrinsics, Chart* chart) {
   const double x = intrinsics.cx(), y = intrinsics.cy();
-  const bool near = HasImageArea(intrinsics) && std::abs(x) <= 2.0 * intrinsics.width() &&
-                    std::abs(y) <= 2.0 * intrinsics.height();
-  if (!near) return;
+  if (!(std::abs(x) <= 2.0 * intrinsics.width() && std::abs(y) <= 2.0 * intrinsics.height())) {
+    chart->notes.push_back("cx, cy is not drawn: it is at " + RoundedText(x) + ", " +
+                           RoundedText(y));
+    return;
+  }
   const double arm = 0.02 * std::max(intrinsics.width(), intrinsics.height());
   const double across = std::min(arm, 0.1 * intrinsics.width());
   const double down = std::min(arm, 0.1 * intrinsics.height());
