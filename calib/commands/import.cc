@@ -138,8 +138,8 @@ void AddImport(Command* program, int* status) {
                     "What the distortion coefficients mean where the file does not tell; auto goes "
                     "by their number, unless there are 4");
   flags->fit.AddTo(command, "--fit",
-                   "Of omni (MEI), ds, eucm, ucm and fov cameras, which a record cannot hold, make "
-                   "cameras of this lens, fitted over the image");
+                   "Of omni (MEI), ds, eucm, ucm, fov, division and thin prism cameras, which a "
+                   "record cannot hold, make cameras of this lens, fitted over the image");
   command
       ->AddRepeatedOption("--topic", flags->topics,
                           "Of MCAP: a topic of a camera's calibration; else all of them")

@@ -128,6 +128,12 @@ void Rectify(const Flags& flags) {
   const geometry::Camera right = GeometryOf(pair.right, flags.lens.model());
   const geometry::Rectified rectified =
       geometry::Rectify(left, right, pair.right_from_left, flags.options);
+  if (rectified.status == geometry::Status::kNoSolution && flags.options.alpha >= 0 &&
+      geometry::Rectify(left, right, pair.right_from_left, {}).status == geometry::Status::kOk) {
+    throw Failure(record.name + ": " + pair.left.name + " and " + pair.right.name +
+                      ": are turned so far that images with this --alpha would be mirrored",
+                  "Try a smaller one, or leave it out.");
+  }
   CheckResult(record.name, pair, rectified);
   Note(record.name + ": " + pair.right.name + " is " + ToDigits(rectified.baseline, 6) +
        (rectified.vertical ? " below " : " right of ") + pair.left.name +

@@ -33,13 +33,14 @@ void Multiply(const double* a, const double* b, double* product) {
 
 }  // namespace
 
-Brown::Brown(const double* distortion)
+Brown::Brown(const double* distortion, bool rational)
     : k1_(distortion[0]),
       k2_(distortion[1]),
       k3_(distortion[4]),
-      k4_(distortion[5]),
-      k5_(distortion[6]),
-      k6_(distortion[7]),
+      quartic_(rational ? 0 : distortion[5]),
+      k4_(rational ? distortion[5] : 0),
+      k5_(rational ? distortion[6] : 0),
+      k6_(rational ? distortion[7] : 0),
       p1_(distortion[2]),
       p2_(distortion[3]),
       s1_(distortion[8]),
@@ -47,7 +48,7 @@ Brown::Brown(const double* distortion)
       s3_(distortion[10]),
       s4_(distortion[11]),
       tilted_(distortion[12] != 0 || distortion[13] != 0),
-      limit_(Limit({1, k1_, k2_, k3_}, {1, k4_, k5_, k6_})) {
+      limit_(Limit({1, k1_, k2_, k3_, quartic_}, {1, k4_, k5_, k6_})) {
   // The sensor is turned about x, then about y, and what falls on it seen from the lens again.
   const double cx = std::cos(distortion[12]), sx = std::sin(distortion[12]);
   const double cy = std::cos(distortion[13]), sy = std::sin(distortion[13]);
@@ -67,7 +68,8 @@ Brown::Brown(const double* distortion)
 Brown::Step Brown::Bend(const Flat& point) const {
   const double x = point.x, y = point.y;
   const double s = x * x + y * y;
-  const double n = 1 + s * (k1_ + s * (k2_ + s * k3_)), dn = k1_ + s * (2 * k2_ + s * 3 * k3_);
+  const double n = 1 + s * (k1_ + s * (k2_ + s * (k3_ + s * quartic_)));
+  const double dn = k1_ + s * (2 * k2_ + s * (3 * k3_ + s * 4 * quartic_));
   const double d = 1 + s * (k4_ + s * (k5_ + s * k6_)), dd = k4_ + s * (2 * k5_ + s * 3 * k6_);
   const double radial = n / d, rise = 2 * (dn - radial * dd) / d;
   const double prism_x = 2 * (s1_ + 2 * s2_ * s), prism_y = 2 * (s3_ + 2 * s4_ * s);
@@ -83,7 +85,8 @@ Brown::Step Brown::Bend(const Flat& point) const {
 
 double Brown::Radial(double radius) const {
   const double s = radius * radius;
-  return radius * (1 + s * (k1_ + s * (k2_ + s * k3_))) / (1 + s * (k4_ + s * (k5_ + s * k6_)));
+  const double n = 1 + s * (k1_ + s * (k2_ + s * (k3_ + s * quartic_)));
+  return radius * n / (1 + s * (k4_ + s * (k5_ + s * k6_)));
 }
 
 Flat Brown::Tilt(const Flat& point, const double* matrix) const {

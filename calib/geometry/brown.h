@@ -1,5 +1,6 @@
 // The radial, tangential, thin prism and tilt distortion of the plane z = 1, after Brown (1966) and
-// OpenCV's documentation of the camera model, and its inverse.
+// OpenCV's documentation of the camera model, and its inverse. A fisheye may have it in the plane
+// of angles.
 #ifndef CALIB_GEOMETRY_BROWN_H_
 #define CALIB_GEOMETRY_BROWN_H_
 
@@ -15,8 +16,9 @@ struct Flat {
 
 class Brown {
  public:
-  // `distortion` is that of a Camera.
-  explicit Brown(const double* distortion);
+  // `distortion` is that of a Camera. Unless it is rational, the radial polynomial has four
+  // coefficients, and there is nothing to divide it by.
+  explicit Brown(const double* distortion, bool rational = true);
 
   Status Distort(const Flat& point, Flat* distorted) const;
   Status Undistort(const Flat& distorted, Flat* point) const;
@@ -48,7 +50,7 @@ class Brown {
   // bend to it, or the last one of which that holds.
   Flat Start(const Flat& bent) const;
 
-  double k1_, k2_, k3_, k4_, k5_, k6_, p1_, p2_, s1_, s2_, s3_, s4_;
+  double k1_, k2_, k3_, quartic_, k4_, k5_, k6_, p1_, p2_, s1_, s2_, s3_, s4_;
   bool tilted_;
   double tilt_[9], untilt_[9];
   double limit_;

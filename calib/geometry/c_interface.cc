@@ -17,6 +17,7 @@ namespace geometry = zarvo::calibration_geometry;
 namespace {
 
 constexpr size_t kBlock = 256;
+constexpr int kLastLens = static_cast<int>(Lens::kDivision);
 
 int ToC(Status status) { return static_cast<int>(status); }
 int ToC(bool value) { return value ? 1 : 0; }
@@ -29,7 +30,7 @@ void Copy(const double (&from)[size], double* to) {
 // Without focal lengths, which no camera is, if there is no such lens.
 Camera FromC(const calibration_geometry_camera& from) {
   Camera camera;
-  const bool known = from.lens >= 0 && from.lens <= static_cast<int>(Lens::kFieldOfView);
+  const bool known = from.lens >= 0 && from.lens <= kLastLens;
   if (known) camera.lens = static_cast<Lens>(from.lens);
   camera.fx = known ? from.fx : 0;
   camera.fy = known ? from.fy : 0;
@@ -239,7 +240,7 @@ calibration_geometry_fitted_lens calibration_geometry_fit_lens(
   options.max_error = max_error;
   options.largest_angle = largest_angle;
   geometry::FittedLens from;
-  if (target >= 0 && target <= static_cast<int>(Lens::kFieldOfView)) {
+  if (target >= 0 && target <= kLastLens) {
     from = geometry::FitLens(FromC(*source), static_cast<Lens>(target), coefficients, options);
   }
   calibration_geometry_fitted_lens fitted;

@@ -31,20 +31,23 @@ struct Point {
 };
 
 enum class Lens {
-  kPinhole,          // no distortion
-  kBrown,            // radial, tangential, thin prism and tilt: plumb_bob, rational_polynomial
-  kFisheye,          // a polynomial of the angle: equidistant, Kannala-Brandt
-  kOmni,             // the unified model of Mei, with the distortion of kBrown behind the mirror
-  kDoubleSphere,     // of Usenko and others
-  kExtendedUnified,  // of Khomutenko and others
-  kFieldOfView       // of Devernay and Faugeras
+  kPinhole,           // no distortion
+  kBrown,             // radial, tangential, thin prism and tilt: plumb_bob, rational_polynomial
+  kFisheye,           // a polynomial of the angle: equidistant, Kannala-Brandt
+  kOmni,              // the unified model of Mei, with the distortion of kBrown behind the mirror
+  kDoubleSphere,      // of Usenko and others
+  kExtendedUnified,   // of Khomutenko and others
+  kFieldOfView,       // of Devernay and Faugeras
+  kThinPrismFisheye,  // the angle to the axis, bent as by kBrown: radial, tangential, thin prism
+  kDivision           // of Fitzgibbon
 };
 
 struct Camera {
   Lens lens = Lens::kPinhole;
   double fx = 1, fy = 1, skew = 0, cx = 0, cy = 0;  // u = fx x + skew y + cx, v = fy y + cy
   // kBrown and kOmni: k1 k2 p1 p2 k3 k4 k5 k6 s1 s2 s3 s4 tx ty; kFisheye: k1 k2 k3 k4;
-  // kFieldOfView: w. What is not used is 0.
+  // kFieldOfView: w; kDivision: lambda. kThinPrismFisheye: as kBrown, but that k4 is the fourth of
+  // the radial polynomial, and there is no k5 and k6. What is not used is 0.
   double distortion[14] = {};
   // kOmni: xi; kDoubleSphere: xi, alpha; kExtendedUnified: alpha, beta.
   double shape[2] = {};

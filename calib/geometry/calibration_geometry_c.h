@@ -22,7 +22,7 @@ typedef int calibration_geometry_status;
 typedef struct calibration_geometry_camera {
   calibration_geometry_lens lens;
   double fx, fy, skew, cx, cy;
-  double distortion[14]; /* k1 k2 p1 p2 k3 k4 k5 k6 s1 s2 s3 s4 tx ty; k1 k2 k3 k4; w */
+  double distortion[14]; /* k1 k2 p1 p2 k3 k4 k5 k6 s1 s2 s3 s4 tx ty; k1 k2 k3 k4; w; lambda */
   double shape[2];       /* xi; xi, alpha; alpha, beta */
   int width, height;     /* 0 if not known */
 } calibration_geometry_camera;

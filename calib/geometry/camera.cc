@@ -1,5 +1,5 @@
 // Projection and its inverse. A direction becomes a point of the plane z = 1 by the lens's own
-// rule; then kBrown and kOmni bend that plane, and fx, fy, skew, cx and cy make it pixels.
+// rule; then kBrown and its kind bend that plane, and fx, fy, skew, cx and cy make it pixels.
 #include <cmath>
 #include <limits>
 #include <new>
@@ -17,7 +17,8 @@ constexpr double kPi = 3.14159265358979323846;
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 bool IsBent(const Camera& camera) {
-  return camera.lens == Lens::kBrown || camera.lens == Lens::kOmni;
+  return camera.lens == Lens::kBrown || camera.lens == Lens::kOmni ||
+         camera.lens == Lens::kThinPrismFisheye;
 }
 
 bool IsCamera(const Camera& camera) {
@@ -44,7 +45,9 @@ bool IsCamera(const Camera& camera) {
 class Optics {
  public:
   explicit Optics(const Camera& camera)
-      : camera_(camera), valid_(IsCamera(camera)), brown_(camera.distortion) {
+      : camera_(camera),
+        valid_(IsCamera(camera)),
+        brown_(camera.distortion, camera.lens != Lens::kThinPrismFisheye) {
     const double* k = camera.distortion;
     // In the square of the angle: theta (1 + k1 theta^2 + ...) rises as far as this is positive.
     fisheye_limit_ = std::fmin(
@@ -92,6 +95,13 @@ class Optics {
         return std::acos(-Depth());
       case Lens::kBrown:
         return std::atan(brown_.limit());
+      case Lens::kThinPrismFisheye:
+        return std::fmin(kPi, brown_.limit());
+      case Lens::kDivision: {
+        const double lambda = camera_.distortion[0];
+        if (lambda < 0) return kPi;
+        return lambda == 0 ? kPi / 2 : std::atan(0.5 / std::sqrt(lambda));
+      }
       default:
         return kPi / 2;
     }
@@ -103,14 +113,26 @@ class Optics {
     const double radius = std::hypot(ray.x, ray.y);
     double scale;
     switch (camera_.lens) {
-      case Lens::kFisheye: {
+      case Lens::kFisheye:
+      case Lens::kThinPrismFisheye: {
         if (radius == 0) {
           *flat = {0, 0};
           return ray.z > 0 ? Status::kOk : Status::kBehind;
         }
         const double angle = std::atan2(radius, ray.z);
-        if (angle > fisheye_limit_) return Status::kBeyondLens;
-        scale = Bent(angle) / radius;
+        const bool bent = camera_.lens == Lens::kFisheye;
+        if (bent && angle > fisheye_limit_) return Status::kBeyondLens;
+        scale = (bent ? Bent(angle) : angle) / radius;
+        break;
+      }
+      case Lens::kDivision: {
+        const double lambda = camera_.distortion[0];
+        if (!(ray.z > 0) && (lambda >= 0 || radius == 0)) return Status::kBehind;
+        const double square = ray.z * ray.z - 4 * lambda * radius * radius;
+        if (square < 0) return Status::kBeyondLens;
+        // Of the same value, the one that has no difference of what is nearly the same.
+        scale = ray.z > 0 ? 2 / (ray.z + std::sqrt(square))
+                          : (std::sqrt(square) - ray.z) / (-2 * lambda * radius * radius);
         break;
       }
       case Lens::kFieldOfView: {
@@ -159,6 +181,18 @@ class Optics {
         *ray = {flat.x * sine, flat.y * sine, std::cos(angle)};
         return status;
       }
+      case Lens::kThinPrismFisheye: {
+        if (radius == 0) break;
+        if (radius > kPi) return Status::kBeyondLens;
+        const double sine = std::sin(radius) / radius;
+        *ray = {flat.x * sine, flat.y * sine, std::cos(radius)};
+        return Status::kOk;
+      }
+      case Lens::kDivision:
+        // What is further out than 1 / sqrt(lambda) is seen a second time.
+        if (camera_.distortion[0] * s > 1) return Status::kBeyondLens;
+        *ray = {flat.x, flat.y, 1 + camera_.distortion[0] * s};
+        return Status::kOk;
       case Lens::kFieldOfView: {
         const double w = camera_.distortion[0];
         if (w == 0 || radius == 0) {

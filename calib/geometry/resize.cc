@@ -32,7 +32,8 @@ Resized Stretched(const Camera& camera, double su, double tu, double sv, double 
 
 // A quarter clockwise: what was right is below, so that the new x is -y and the new y is x.
 bool Quarter(Camera* camera, double* map) {
-  const bool bent = camera->lens == Lens::kBrown || camera->lens == Lens::kOmni;
+  const bool bent = camera->lens == Lens::kBrown || camera->lens == Lens::kOmni ||
+                    camera->lens == Lens::kThinPrismFisheye;
   double* d = camera->distortion;
   if (camera->skew != 0 || (bent && (d[12] != 0 || d[13] != 0))) return false;
   const double last = camera->height - 1;

@@ -143,15 +143,40 @@ std::optional<Camera> OfBasalt(const Foreign& model) {
   return std::nullopt;
 }
 
+struct ColmapLens {
+  const char* name;
+  Lens lens;
+};
+constexpr ColmapLens kColmapLenses[] = {{"FOV", Lens::kFieldOfView},
+                                        {"EUCM", Lens::kExtendedUnified},
+                                        {"THIN_PRISM_FISHEYE", Lens::kThinPrismFisheye},
+                                        {"SIMPLE_DIVISION", Lens::kDivision},
+                                        {"DIVISION", Lens::kDivision}};
+
 std::optional<Camera> OfColmap(const Foreign& entry) {
   const std::string name = entry.At({"camera_model_name"}).Text();
-  const bool fov = name == "FOV";
-  if (!fov && name != "EUCM") return std::nullopt;
-  const std::vector<double> numbers = entry.At({"camera_params"}).Numbers();
-  Camera camera = WithPinhole(fov ? Lens::kFieldOfView : Lens::kExtendedUnified, numbers);
+  const auto* found = std::find_if(std::begin(kColmapLenses), std::end(kColmapLenses),
+                                   [&](const ColmapLens& lens) { return lens.name == name; });
+  if (found == std::end(kColmapLenses)) return std::nullopt;
+  std::vector<double> numbers = entry.At({"camera_params"}).Numbers();
+  if (name == "SIMPLE_DIVISION") numbers.insert(numbers.begin(), numbers[0]);
+  Camera camera = WithPinhole(found->lens, numbers);
   camera.cx = ConventionsOf("colmap").PixelToRecord(camera.cx);
   camera.cy = ConventionsOf("colmap").PixelToRecord(camera.cy);
-  std::copy(numbers.begin() + 4, numbers.end(), fov ? camera.distortion : camera.shape);
+  if (found->lens == Lens::kThinPrismFisheye) {
+    // Without tangential distortion and prism a record holds it as it is.
+    const double lost[] = {numbers[6], numbers[7], numbers[10], numbers[11]};
+    if (std::all_of(std::begin(lost), std::end(lost), [](double x) { return x == 0; })) {
+      return std::nullopt;
+    }
+    std::copy(numbers.begin() + 4, numbers.begin() + 10, camera.distortion);
+    camera.distortion[8] = numbers[10];
+    camera.distortion[10] = numbers[11];
+    return camera;
+  }
+  if (found->lens == Lens::kDivision && numbers[4] == 0) return std::nullopt;
+  std::copy(numbers.begin() + 4, numbers.end(),
+            found->lens == Lens::kExtendedUnified ? camera.shape : camera.distortion);
   return camera;
 }
 

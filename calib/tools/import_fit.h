@@ -11,7 +11,8 @@
 
 namespace calib {
 
-// Whether files of the format may have such lenses: omni (camodocal's MEI), ds, eucm, ucm and fov.
+// Whether files of the format may have such lenses: omni (camodocal's MEI), ds, eucm, ucm, fov,
+// COLMAP's thin prism fisheye and division.
 bool MayBeFitted(const std::string& format);
 
 // Fits a lens of the model to each camera of imported files whose own is one of them, stores it

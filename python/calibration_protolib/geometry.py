@@ -43,6 +43,8 @@ class Lens(enum.IntEnum):
     DOUBLE_SPHERE = 4
     EXTENDED_UNIFIED = 5
     FIELD_OF_VIEW = 6
+    THIN_PRISM_FISHEYE = 7  # the angle to the axis, with the distortion of BROWN
+    DIVISION = 8  # of Fitzgibbon
 
 
 class Status(enum.IntEnum):
@@ -81,7 +83,8 @@ class Camera:
     """u = fx x + skew y + cx, v = fy y + cy of what the lens makes of a direction, in pixels.
 
     distortion: of BROWN and OMNI k1 k2 p1 p2 k3 k4 k5 k6 s1 s2 s3 s4 tx ty, of FISHEYE
-    k1 k2 k3 k4, of FIELD_OF_VIEW w. shape: of OMNI xi, of DOUBLE_SPHERE xi and alpha, of
+    k1 k2 k3 k4, of FIELD_OF_VIEW w, of DIVISION lambda, of THIN_PRISM_FISHEYE
+    k1 k2 p1 p2 k3 k4 0 0 s1 s2 s3 s4. shape: of OMNI xi, of DOUBLE_SPHERE xi and alpha, of
     EXTENDED_UNIFIED alpha and beta. What is missing at the end of either is 0. width, height: of
     the image, in pixels; 0 if not known.
     """

@@ -79,13 +79,20 @@ Camera RandomCamera(Lens lens, std::mt19937* random) {
     camera.shape[1] = between(0.6, 2);
   } else if (lens == Lens::kFieldOfView) {
     camera.distortion[0] = between(0.3, 1.4);
+  } else if (lens == Lens::kThinPrismFisheye) {
+    for (int i : {0, 1, 2, 3, 4, 5, 8, 9, 10, 11}) {
+      camera.distortion[i] = 0.2 * between(-brown[i], brown[i]);
+    }
+  } else if (lens == Lens::kDivision) {
+    camera.distortion[0] = between(-0.6, 0.3);
   }
   return camera;
 }
 
-constexpr Lens kLenses[] = {Lens::kPinhole,    Lens::kBrown,        Lens::kFisheye,
-                            Lens::kOmni,       Lens::kDoubleSphere, Lens::kExtendedUnified,
-                            Lens::kFieldOfView};
+constexpr Lens kLenses[] = {
+    Lens::kPinhole,      Lens::kBrown,           Lens::kFisheye,     Lens::kOmni,
+    Lens::kDoubleSphere, Lens::kExtendedUnified, Lens::kFieldOfView, Lens::kThinPrismFisheye,
+    Lens::kDivision};
 
 // Directions all round the camera: what is projected comes back, and what is not says why. Pixels
 // all over the image: what is a direction lands there again.

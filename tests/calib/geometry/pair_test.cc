@@ -236,6 +236,56 @@ TEST(FitLensTest, RecoversWhatWasPutIn) {
   }
 }
 
+// A thin prism fisheye without the prism is a fisheye, and a division lens near the axis one of the
+// plane.
+TEST(FitLensTest, RecoversWhatIsTheSameLens) {
+  Camera camera;
+  camera.lens = Lens::kThinPrismFisheye;
+  camera.width = 1280;
+  camera.height = 1024;
+  camera.fx = 420;
+  camera.fy = 421;
+  camera.cx = 641;
+  camera.cy = 510;
+  const double thin[] = {0.05, -0.02, 0, 0, 0.008, -0.001};
+  std::copy(thin, thin + 6, camera.distortion);
+  FittedLens fitted = FitLens(camera, Lens::kFisheye, 4, {});
+  ASSERT_EQ(Status::kOk, fitted.status);
+  EXPECT_LT(fitted.largest, 1e-6);
+  EXPECT_NEAR(420, fitted.camera.fx, 1e-5);
+  EXPECT_NEAR(510, fitted.camera.cy, 1e-5);
+  const double k[] = {0.05, -0.02, 0.008, -0.001};
+  for (int i = 0; i < 4; ++i) EXPECT_NEAR(k[i], fitted.camera.distortion[i], 1e-7) << i;
+
+  // A real one's prism and tangential distortion, which no fisheye of a record has.
+  const double prism[] = {2e-4, -1e-4, 3e-4, -2e-4};
+  camera.distortion[2] = prism[0];
+  camera.distortion[3] = prism[1];
+  camera.distortion[8] = prism[2];
+  camera.distortion[10] = prism[3];
+  fitted = FitLens(camera, Lens::kFisheye, 4, {});
+  ASSERT_EQ(Status::kOk, fitted.status);
+  EXPECT_GT(fitted.largest, 1e-2);
+  EXPECT_LT(fitted.largest, 2);
+
+  camera = Camera();
+  camera.lens = Lens::kDivision;
+  camera.width = 640;
+  camera.height = 480;
+  camera.fx = camera.fy = 500;
+  camera.cx = 320;
+  camera.cy = 240;
+  for (const double lambda : {-0.2, 0.1}) {
+    camera.distortion[0] = lambda;
+    fitted = FitLens(camera, Lens::kBrown, 8, {});
+    ASSERT_EQ(Status::kOk, fitted.status);
+    EXPECT_LT(fitted.largest, 1e-3) << lambda;
+    EXPECT_NEAR(500, fitted.camera.fx, 1e-2);
+    // x (1 + lambda r^2 + ...) to the first order
+    EXPECT_NEAR(lambda, fitted.camera.distortion[0] - fitted.camera.distortion[5], 1e-2);
+  }
+}
+
 // A unified camera with a mirror, of 190 degrees, as a fisheye: and as a lens that cannot be.
 TEST(FitLensTest, TellsWhereItHolds) {
   Camera omni;
