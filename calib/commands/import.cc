@@ -51,8 +51,9 @@ std::string Names(const std::vector<std::string>& paths) {
 
 const ImportFormat& Format(const Flags& flags, const std::vector<Foreign>& files) {
   if (flags.source == kAuto) {
-    const ImportFormat& format = FormatOf(Names(flags.paths), files);
-    Note(Names(flags.paths) + ": taken as " + format.files + " (--from " + format.name + ")");
+    const std::string names = Names(flags.paths);
+    const ImportFormat& format = FormatOf(names, files);
+    Note(names + ": taken as " + format.files + " (--from " + format.name + ")");
     return format;
   }
   const std::vector<ImportFormat>& formats = ImportFormats();
