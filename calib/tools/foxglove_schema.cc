@@ -113,7 +113,7 @@ std::unique_ptr<Message> NewFoxgloveMessage(const std::string& name) {
 }
 
 bool ParseFoxgloveMessage(std::string_view bytes, Message* message) {
-  if (bytes.size() > std::numeric_limits<int>::max()) return false;
+  if (bytes.size() > size_t{std::numeric_limits<int>::max()}) return false;
   // The run-time would tell of text that is not UTF-8 by itself.
   const google::protobuf::LogSilencer silence;
   return message->ParseFromArray(bytes.data(), static_cast<int>(bytes.size()));
