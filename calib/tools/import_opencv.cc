@@ -149,8 +149,7 @@ void ImportCamera(const Foreign& file, const LensModel* lens, CameraCalibration*
   StoreDistortion(file, lens, intrinsics);
   StoreImageSize(file, intrinsics);
   if (const auto name = file.Find({"camera_name"})) camera->set_name(name->Text());
-  if (const auto error =
-          file.Find({"avg_reprojection_error", "Avg_Reprojection_Error", "ReprojectionError"})) {
+  if (const auto error = FindSpelled(file, {"avgreprojectionerror", "reprojectionerror"})) {
     intrinsics->set_error_per_point(error->Number());
   }
   StoreSamples(file, intrinsics);
@@ -162,24 +161,27 @@ void ImportCamera(const Foreign& file, const LensModel* lens, CameraCalibration*
 }  // namespace
 
 void StoreImageSize(const Foreign& file, CameraIntrinsics* intrinsics) {
-  if (const auto width = file.Find({"image_width", "image_Width"})) {
+  if (const auto width = FindSpelled(file, {"imagewidth", "imgwidth"})) {
     intrinsics->set_width(PixelCount(*width));
   }
-  if (const auto height = file.Find({"image_height", "image_Height"})) {
+  if (const auto height = FindSpelled(file, {"imageheight", "imgheight"})) {
     intrinsics->set_height(PixelCount(*height));
   }
   if (const auto size = file.Find({"ImageSize"})) StoreSize(*size, intrinsics);
-  const auto size = file.Find({"image_size", "imageSize", "img_size"});
+  auto size = FindSpelled(file, {"imagesize", "imgsize"});
+  if (!size) size = file.Find({"Size"});  // of ZED
   if (!size || !size->IsList() || size->Items() != 2 || intrinsics->has_width()) return;
   StoreSize(*size, intrinsics);
+  // It may be rows and columns, or of a pattern.
   const double width = intrinsics->width(), height = intrinsics->height();
   const auto off_middle = [&](double w, double h) {
     return std::abs(intrinsics->cx() - w / 2) + std::abs(intrinsics->cy() - h / 2);
   };
-  if (off_middle(width, height) <= off_middle(height, width)) return;
+  const bool inside = intrinsics->cx() < width && intrinsics->cy() < height;
+  if (inside && off_middle(width, height) <= off_middle(height, width)) return;
   intrinsics->clear_width();
   intrinsics->clear_height();
-  size->NotKept("the principal point tells that it is [height, width]");
+  size->NotKept("the principal point tells that it is no [width, height] of the images");
 }
 
 void LoseOtherCameras(const Foreign& file) {

@@ -1,7 +1,6 @@
 #include "calib/tools/opencv_keys.h"
 
 #include <algorithm>
-#include <vector>
 
 #include "calib/tools/lens_models.h"
 
@@ -82,6 +81,17 @@ std::optional<Foreign> FindOpenCvPart(const Foreign& file, OpenCvPart part, int 
     found = value;
   });
   return found;
+}
+
+std::optional<Foreign> FindSpelled(const Foreign& file, const std::vector<std::string>& squeezed) {
+  for (const std::string& name : squeezed) {
+    std::optional<Foreign> found;
+    file.ForEachEntry([&](const std::string& key, const Foreign& value) {
+      if (!found && SqueezeName(key) == name) found = value;
+    });
+    if (found) return found;
+  }
+  return std::nullopt;
 }
 
 bool HasFormOfMatrix(const Foreign& value) {

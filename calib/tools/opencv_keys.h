@@ -6,6 +6,7 @@
 
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "calib/tools/foreign.h"
 
@@ -24,6 +25,9 @@ std::optional<OpenCvKey> FindOpenCvKey(const std::string& key);
 
 // The entry that is that part of that camera; that of the most usual name if there are several.
 std::optional<Foreign> FindOpenCvPart(const Foreign& file, OpenCvPart part, int camera);
+
+// The entry under the first of the keys that is there, in any spelling (SqueezeName()).
+std::optional<Foreign> FindSpelled(const Foreign& file, const std::vector<std::string>& squeezed);
 
 // Whether the value is a camera matrix by its form: a matrix of FileStorage, or a list of nine
 // numbers or of three rows.
