@@ -19,6 +19,7 @@ namespace calib {
 namespace {
 
 constexpr size_t kBlock = size_t{1} << 20;
+constexpr size_t kSmall = size_t{1} << 16;  // what is below is gathered
 
 // Writes all bytes; returns 0 or the error.
 int WriteAll(int fd, const char* bytes, size_t size, const std::string& name) {
@@ -87,9 +88,9 @@ OutputFile::~OutputFile() {
 }
 
 void OutputFile::Write(const char* bytes, size_t size) {
-  if (size < kBlock) {
+  if (size < kSmall) {
     pending_.append(bytes, size);
-    if (pending_.size() >= kBlock) FlushPending();
+    if (pending_.size() >= kSmall) FlushPending();
     return;
   }
   FlushPending();
