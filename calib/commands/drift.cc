@@ -114,9 +114,8 @@ std::string NumberOf(const std::optional<double>& value) {
   if (!value) return "";
   if (!std::isfinite(*value))
     return std::isnan(*value) ? "NaN" : *value > 0 ? "Infinity" : "-Infinity";
-  std::string text;
-  AppendShortest(*value, &text);
-  return text;
+  char text[kMostCharacters];
+  return {text, WriteFewest(*value, text)};
 }
 
 // Six digits: what a difference has beyond them is rounding.

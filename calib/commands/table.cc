@@ -2,7 +2,8 @@
 //
 // One thread reads the files and hands batches of encoded records to others, which decode them and
 // make their rows; rows are written in the order of the input. A few batches are under way at a
-// time, so that memory is bounded.
+// time, so that memory is bounded. On a single processor, and of records that are too large to be
+// copied, the reading thread makes the rows itself.
 #include "calib/views/table.h"
 
 #include <sys/stat.h>
@@ -13,7 +14,6 @@
 #include <memory>
 #include <optional>
 #include <sstream>
-#include <thread>
 
 #include "calib/commands/commands.h"
 #include "calib/console/arguments.h"
@@ -22,6 +22,7 @@
 #include "calib/console/file.h"
 #include "calib/console/file_list.h"
 #include "calib/console/output_file.h"
+#include "calib/console/processors.h"
 #include "calib/console/progress.h"
 #include "calib/formats/log_times.h"
 #include "calib/formats/record_reader.h"
@@ -31,6 +32,7 @@ namespace {
 
 constexpr size_t kBatchBytes = size_t{1} << 18;
 constexpr size_t kBatchRecords = 1000;
+constexpr size_t kLargeBytes = size_t{1} << 22;
 
 struct Flags {
   std::vector<std::string> paths;
@@ -44,8 +46,26 @@ struct Trouble {
   std::string what, remedy;
 };
 
+// Rows, behind which is told what is wrong with the records that have none.
+struct Rows {
+  RowText text;
+  std::vector<Trouble> troubles;
+  std::unique_ptr<google::protobuf::Message> record;  // the latest
+};
+
+void AppendRows(const Table& table, const EncodedRecord& encoded, const std::string& appended,
+                Rows* rows) {
+  try {
+    DecodeMessageInto(encoded, &rows->record);
+    table.AppendRows(*rows->record, {*encoded.file, encoded.index, appended}, &rows->text);
+  } catch (const Failure& failure) {
+    rows->troubles.push_back({failure.what(), failure.remedy()});
+  }
+}
+
 // Encoded records of some files, one behind the other, and what is wrong with files, in the order
-// of the input; and what is made of them. Used again for later ones, with the memory that it has.
+// of the input; and the rows that are made of them, behind those that it has already. Used again
+// for later ones, with the memory that it has.
 struct Batch {
   struct File {
     std::string name;
@@ -55,7 +75,7 @@ struct Batch {
   };
   // What few items have.
   struct Extra {
-    std::string appended, large;     // large: what it holds, in place of `size` bytes
+    std::string appended;
     std::optional<Trouble> trouble;  // in place of a record
   };
   struct Item {
@@ -66,19 +86,19 @@ struct Batch {
   std::vector<File> files;
   std::vector<Item> items;
   std::string bytes;
-
-  std::string rows;
-  std::vector<Trouble> troubles;
-
-  EncodedRecord encoded;  // the one that rows are made of
-  std::unique_ptr<google::protobuf::Message> record;
+  Rows rows;
 
   void Clear() {
     files.clear();
     items.clear();
     bytes.clear();
-    rows.clear();
-    troubles.clear();
+    rows.text.clear();
+    rows.troubles.clear();
+  }
+  bool Empty() const { return items.empty() && rows.text.size() == 0 && rows.troubles.empty(); }
+  bool Full() const {
+    return bytes.size() >= kBatchBytes || items.size() >= kBatchRecords ||
+           rows.text.size() >= kBatchBytes;
   }
 };
 
@@ -98,40 +118,25 @@ size_t SizeOfAll(const std::vector<std::string>& paths) {
   return size;
 }
 
-// Makes the record of `item`, whose bytes begin at `begin`, encoded again.
-void Take(const Batch::File& file, Batch::Item* item, size_t begin, Batch* batch) {
-  EncodedRecord* encoded = &batch->encoded;
-  encoded->file = file.name;
-  encoded->type = file.type;
-  encoded->format = file.format;
-  encoded->one_of_many = file.many;
-  encoded->index = item->index;
-  if (item->extra && !item->extra->large.empty()) {
-    encoded->bytes = std::move(item->extra->large);
-  } else {
-    encoded->bytes.assign(batch->bytes, begin, item->size);
-  }
-}
-
 std::unique_ptr<Batch> MakeRows(const Table* table, std::unique_ptr<Batch> batch) {
   const std::string nothing;
-  size_t begin = 0;
+  const std::string_view bytes = batch->bytes;
+  EncodedRecord encoded = {};
+  size_t begin = 0, file = batch->files.size();
   for (Batch::Item& item : batch->items) {
     if (item.extra && item.extra->trouble) {
-      batch->troubles.push_back(std::move(*item.extra->trouble));
+      batch->rows.troubles.push_back(std::move(*item.extra->trouble));
       continue;
     }
-    const Batch::File& file = batch->files[item.file];
-    Take(file, &item, begin, batch.get());
-    begin += item.size;
-    try {
-      DecodeMessageInto(batch->encoded, &batch->record);
-      table->AppendRows(*batch->record,
-                        {file.name, item.index, item.extra ? item.extra->appended : nothing},
-                        &batch->rows);
-    } catch (const Failure& failure) {
-      batch->troubles.push_back({failure.what(), failure.remedy()});
+    if (item.file != file) {
+      file = item.file;
+      const Batch::File& from = batch->files[file];
+      encoded = {&from.name, from.type, from.format, {}, 0, from.many};
     }
+    encoded.bytes = bytes.substr(begin, item.size);
+    encoded.index = item.index;
+    begin += item.size;
+    AppendRows(*table, encoded, item.extra ? item.extra->appended : nothing, &batch->rows);
   }
   return batch;
 }
@@ -141,9 +146,9 @@ class TableWriter {
  public:
   TableWriter(const std::string& path, TableFormat format) : format_(format), file_(path) {}
 
-  void Write(const std::string& rows) {
+  void Write(std::string_view rows) {
     if (format_ == TableFormat::kText) return file_.Write(aligned_.Add(rows));
-    file_.Write(rows);
+    file_.Write(rows.data(), rows.size());
   }
   void Commit() {
     if (format_ == TableFormat::kText) file_.Write(aligned_.Rest());
@@ -184,8 +189,9 @@ class TableMaker {
       const std::optional<LogTimes> times =
           table_->NeedsTimes() ? std::optional<LogTimes>(SplitPath(path).path) : std::nullopt;
       while (file.Next(&encoded_)) {
-        Add(file.name(), times ? times->TimeOf(encoded_.index) : std::nullopt);
-        if (batch_->bytes.size() >= kBatchBytes || batch_->items.size() >= kBatchRecords) Send();
+        const std::optional<int64_t> time = times ? times->TimeOf(encoded_.index) : std::nullopt;
+        Add(time ? FormatDate(*time) : "");
+        if (batch_->Full()) Send();
       }
     } catch (const NoTable& no_table) {
       throw Failure(no_table.what(), no_table.remedy());
@@ -196,22 +202,20 @@ class TableMaker {
   }
 
   // The record that was read.
-  void Add(const std::string& file, std::optional<int64_t> time) {
+  void Add(const std::string& appended) {
+    if (processors_ < 2 || encoded_.bytes.size() >= kLargeBytes) {
+      if (!batch_->items.empty()) Send();
+      return AppendRows(*table_, encoded_, appended, &batch_->rows);
+    }
     std::vector<Batch::File>& files = batch_->files;
-    if (files.empty() || files.back().name != file) {
-      files.push_back({file, encoded_.type, encoded_.format, encoded_.one_of_many});
+    if (files.empty() || files.back().name != *encoded_.file) {
+      files.push_back({*encoded_.file, encoded_.type, encoded_.format, encoded_.one_of_many});
     }
-    const bool large = encoded_.bytes.size() >= kBatchBytes;
-    batch_->items.push_back(
-        {files.size() - 1, large ? 0 : encoded_.bytes.size(), encoded_.index, nullptr});
-    if (large || time) batch_->items.back().extra = std::make_unique<Batch::Extra>();
-    if (time) batch_->items.back().extra->appended = FormatDate(*time);
-    if (large) {
-      batch_->items.back().extra->large = std::move(encoded_.bytes);
-      Send();
-    } else {
-      batch_->bytes += encoded_.bytes;
-    }
+    batch_->items.push_back({files.size() - 1, encoded_.bytes.size(), encoded_.index, nullptr});
+    batch_->bytes += encoded_.bytes;
+    if (appended.empty()) return;
+    batch_->items.back().extra = std::make_unique<Batch::Extra>();
+    batch_->items.back().extra->appended = appended;
   }
 
   // The first file's type is the table's.
@@ -230,14 +234,14 @@ class TableMaker {
   }
 
   void Send() {
-    if (batch_->items.empty()) return;
-    // A small table is made at once, and so is any by a single processor.
-    static const unsigned processors = std::thread::hardware_concurrency();
+    if (batch_->Empty()) return;
+    // A small table is made at once.
     const bool alone =
-        processors < 2 || (under_way_.empty() && batch_->bytes.size() < kBatchBytes / 4);
+        batch_->items.empty() || (under_way_.empty() && batch_->bytes.size() < kBatchBytes / 4);
     under_way_.push_back(std::async(alone ? std::launch::deferred : std::launch::async, MakeRows,
                                     table_.get(), std::move(batch_)));
-    while (under_way_.size() > (alone ? 0 : 2 * processors)) Receive();
+    const size_t most = processors_ < 2 ? 0 : 2 * static_cast<size_t>(processors_);
+    while (under_way_.size() > most) Receive();
     if (spare_.empty()) spare_.push_back(std::make_unique<Batch>());
     batch_ = std::move(spare_.back());
     spare_.pop_back();
@@ -246,14 +250,14 @@ class TableMaker {
   void Receive() {
     std::unique_ptr<Batch> done = under_way_.front().get();
     under_way_.pop_front();
-    Write(done->rows);
-    for (const Trouble& trouble : done->troubles) TellFailure(trouble.what, trouble.remedy);
-    troubles_ += done->troubles.size();
+    Write(done->rows.text.view());
+    for (const Trouble& trouble : done->rows.troubles) TellFailure(trouble.what, trouble.remedy);
+    troubles_ += done->rows.troubles.size();
     done->Clear();
     spare_.push_back(std::move(done));
   }
 
-  void Write(const std::string& rows) {
+  void Write(std::string_view rows) {
     try {
       writer_.Write(rows);
     } catch (const Failure& failure) {
@@ -268,6 +272,7 @@ class TableMaker {
   };
 
   const Flags& flags_;
+  const int processors_ = CountProcessors();
   TableWriter writer_;
   std::unique_ptr<Table> table_;
   EncodedRecord encoded_;

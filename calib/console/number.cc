@@ -24,16 +24,14 @@ std::string ShortestOf(T value, T (*parse)(const char*, char**)) {
 
 #ifdef __cpp_lib_to_chars
 template <typename T>
-void AppendFewest(T value, std::string* text) {
-  char digits[32];
-  const char* const end = std::to_chars(digits, digits + sizeof digits, value).ptr;
-  text->append(digits, static_cast<size_t>(end - digits));
+char* FewestOf(T value, char* text) {
+  return std::to_chars(text, text + kMostCharacters, value).ptr;
 }
 #else
 // The same without std::to_chars(): the fewest digits that read back, with an exponent if that
 // takes fewer characters.
 template <typename T>
-void AppendFewest(T value, std::string* text) {
+char* FewestOf(T value, char* text) {
   char exponential[32], fixed[400];
   const double number = static_cast<double>(value);
   int digits = 0;
@@ -42,7 +40,10 @@ void AppendFewest(T value, std::string* text) {
   } while (static_cast<T>(std::strtod(exponential, nullptr)) != value && digits++ < 17);
   const int exponent = std::atoi(std::strchr(exponential, 'e') + 1);
   std::snprintf(fixed, sizeof fixed, "%.*f", std::max(digits - exponent, 0), number);
-  *text += std::strlen(fixed) <= std::strlen(exponential) ? fixed : exponential;
+  const char* const fewest = std::strlen(fixed) <= std::strlen(exponential) ? fixed : exponential;
+  const size_t size = std::strlen(fewest);
+  std::memcpy(text, fewest, size);
+  return text + size;
 }
 #endif
 
@@ -57,7 +58,7 @@ std::string Rounded(double value) {
   return text;
 }
 
-void AppendShortest(double value, std::string* text) { AppendFewest(value, text); }
-void AppendShortest(float value, std::string* text) { AppendFewest(value, text); }
+char* WriteFewest(double value, char* text) { return FewestOf(value, text); }
+char* WriteFewest(float value, char* text) { return FewestOf(value, text); }
 
 }  // namespace calib

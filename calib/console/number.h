@@ -2,6 +2,7 @@
 #ifndef CALIB_CONSOLE_NUMBER_H_
 #define CALIB_CONSOLE_NUMBER_H_
 
+#include <cstddef>
 #include <string>
 
 namespace calib {
@@ -13,9 +14,11 @@ std::string Shortest(float value);
 // With six significant digits, which is what people look at.
 std::string Rounded(double value);
 
-// Appends what reads back as the same number in the fewest characters: "1e+05". Finite ones only.
-void AppendShortest(double value, std::string* text);
-void AppendShortest(float value, std::string* text);
+// Writes what reads back as the same number in the fewest characters, "1e+05", where there must be
+// room for kMostCharacters. Finite ones only. Returns its end.
+constexpr size_t kMostCharacters = 32;
+char* WriteFewest(double value, char* text);
+char* WriteFewest(float value, char* text);
 
 }  // namespace calib
 

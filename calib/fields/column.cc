@@ -27,6 +27,10 @@ std::string Named(const std::string& path) { return "column '" + path + "'"; }
   throw Failure(Named(path) + ": " + what, remedy);
 }
 
+const Reflection* ReflectionOf(const Descriptor* type) {
+  return google::protobuf::MessageFactory::generated_factory()->GetPrototype(type)->GetReflection();
+}
+
 // "k[0]" as the field's name and the index; -1 if there is none.
 int TakeIndex(std::string* element, const std::string& path) {
   const size_t bracket = element->find('[');
@@ -87,7 +91,7 @@ ColumnPath FindColumn(const Descriptor* type, const std::string& path) {
       Refuse(path, element + " is repeated",
              "Say which one, such as " + element + "[0], or make a row of each with --each.");
     }
-    column.steps.push_back({field, index});
+    column.steps.push_back({field, index, ReflectionOf(type)});
     type = IsMessage(field) ? field->message_type() : nullptr;
   }
   if (column.steps.empty() || type != nullptr) {
@@ -105,14 +109,13 @@ std::vector<std::string> ScalarPaths(const Descriptor* type) {
 const Message* HolderOf(const Message& message, const ColumnPath& column) {
   const Message* holder = &message;
   for (size_t i = 0; i + 1 < column.steps.size(); ++i) {
-    const auto [field, index] = column.steps[i];
-    const Reflection* reflection = holder->GetReflection();
-    if (index >= 0) {
-      if (index >= reflection->FieldSize(*holder, field)) return nullptr;
+    const auto [field, index, reflection] = column.steps[i];
+    if (index < 0) {
+      holder = &reflection->GetMessage(*holder, field);
+    } else if (index < reflection->FieldSize(*holder, field)) {
       holder = &reflection->GetRepeatedMessage(*holder, field, index);
     } else {
-      if (!reflection->HasField(*holder, field)) return nullptr;
-      holder = &reflection->GetMessage(*holder, field);
+      return nullptr;
     }
   }
   return holder;

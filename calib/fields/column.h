@@ -12,11 +12,12 @@
 
 namespace calib {
 
-// Where a path leads from a message, without a look at any.
+// Where a path leads from a message of one of our classes, without a look at any.
 struct ColumnPath {
   struct Step {
     const google::protobuf::FieldDescriptor* field;
     int index;  // -1: not repeated, or all of a list of numbers or texts, with which a path ends
+    const google::protobuf::Reflection* reflection;  // of the message that holds it
   };
   std::vector<Step> steps;
 };
@@ -28,7 +29,8 @@ ColumnPath FindColumn(const google::protobuf::Descriptor* type, const std::strin
 // included; but for bytes.
 std::vector<std::string> ScalarPaths(const google::protobuf::Descriptor* type);
 
-// The message that holds the column's last field; null if one on the way is not set or not there.
+// The message that holds the column's last field: an empty one if one on the way is not set, null
+// if there is no element of its index.
 const google::protobuf::Message* HolderOf(const google::protobuf::Message& message,
                                           const ColumnPath& column);
 

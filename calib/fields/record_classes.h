@@ -32,7 +32,9 @@ using RecordClasses =
 template <typename Function, template <typename> class Call, typename... Classes>
 Function CallFor(const google::protobuf::Descriptor* type, ClassList<Classes...> /*classes*/) {
   static constexpr Function kCalls[] = {&Call<Classes>::Do...};
-  if (type->file() != zarvo::calibration::RobotCalibration::descriptor()->file()) return nullptr;
+  static const google::protobuf::FileDescriptor* const file =
+      zarvo::calibration::RobotCalibration::descriptor()->file();
+  if (type->file() != file) return nullptr;
   const size_t index = static_cast<size_t>(type->index());
   return index < sizeof...(Classes) ? kCalls[index] : nullptr;
 }

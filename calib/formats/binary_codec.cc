@@ -3,8 +3,6 @@
 #include <google/protobuf/io/coded_stream.h>
 #include <google/protobuf/io/zero_copy_stream_impl_lite.h>
 
-#include <cstdint>
-
 #include "calib/console/failure.h"
 #include "calib/fields/record_classes.h"
 #include "calib/formats/stream_limit.h"
@@ -20,22 +18,19 @@ namespace {
 // By the class, which for a small record takes two thirds of the time.
 template <typename Class>
 struct Reading {
-  static bool Do(const std::string& bytes, Message* record) {
-    google::protobuf::io::CodedInputStream input(reinterpret_cast<const uint8_t*>(bytes.data()),
-                                                 static_cast<int>(bytes.size()));
-    return ReadWhole(&input, bytes, static_cast<Class*>(record), 0);
+  static bool Do(std::string_view bytes, Message* record) {
+    return ReadWhole<google::protobuf::io::CodedInputStream>(bytes, static_cast<Class*>(record), 0);
   }
 };
 
-bool Read(const std::string& bytes, Message* record) {
-  const auto read =
-      CallFor<bool (*)(const std::string&, Message*), Reading>(record->GetDescriptor());
+bool Read(std::string_view bytes, Message* record) {
+  const auto read = CallFor<bool (*)(std::string_view, Message*), Reading>(record->GetDescriptor());
   return read == nullptr ? Reading<Message>::Do(bytes, record) : read(bytes, record);
 }
 
 }  // namespace
 
-void DecodeBinary(const std::string& name, const std::string& bytes, Message* record) {
+void DecodeBinary(const std::string& name, std::string_view bytes, Message* record) {
   if (Read(bytes, record)) return;
   const std::string type = record->GetDescriptor()->name();
   const std::optional<WireDefect> defect = FindWireDefect(record->GetDescriptor(), bytes);

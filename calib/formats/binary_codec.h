@@ -6,10 +6,11 @@
 #include <google/protobuf/message.h>
 
 #include <string>
+#include <string_view>
 
 namespace calib {
 
-void DecodeBinary(const std::string& name, const std::string& bytes,
+void DecodeBinary(const std::string& name, std::string_view bytes,
                   google::protobuf::Message* record);
 std::string EncodeBinary(const google::protobuf::Message& record);
 // An encoded record as it stands in a log: behind its length.

@@ -26,13 +26,13 @@ void CheckNothingUnknown(Format format, const Message& record) {
 }  // namespace
 
 std::unique_ptr<Message> Decode(Format format, const Descriptor* type, const std::string& name,
-                                const std::string& bytes) {
+                                std::string_view bytes) {
   std::unique_ptr<Message> record(MessageFactory::generated_factory()->GetPrototype(type)->New());
   DecodeInto(format, name, bytes, record.get());
   return record;
 }
 
-void DecodeInto(Format format, const std::string& name, const std::string& bytes, Message* record) {
+void DecodeInto(Format format, const std::string& name, std::string_view bytes, Message* record) {
   switch (format) {
     case Format::kBinary:
       return DecodeBinary(name, bytes, record);
@@ -44,7 +44,7 @@ void DecodeInto(Format format, const std::string& name, const std::string& bytes
 }
 
 std::unique_ptr<Message> DecodeIfFits(Format format, const Descriptor* type,
-                                      const std::string& bytes) {
+                                      std::string_view bytes) {
   try {
     if (format != Format::kJson) return Decode(format, type, "", bytes);
     std::unique_ptr<Message> record(MessageFactory::generated_factory()->GetPrototype(type)->New());

@@ -11,6 +11,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "calib/console/sink.h"
 #include "calib/formats/names.h"
@@ -19,17 +20,16 @@ namespace calib {
 
 std::unique_ptr<google::protobuf::Message> Decode(Format format,
                                                   const google::protobuf::Descriptor* type,
-                                                  const std::string& name,
-                                                  const std::string& bytes);
+                                                  const std::string& name, std::string_view bytes);
 
 // The same into a record of that type, which keeps its memory.
-void DecodeInto(Format format, const std::string& name, const std::string& bytes,
+void DecodeInto(Format format, const std::string& name, std::string_view bytes,
                 google::protobuf::Message* record);
 
 // The same as Decode(), but null if the bytes are no such record; does not find out where and why.
 std::unique_ptr<google::protobuf::Message> DecodeIfFits(Format format,
                                                         const google::protobuf::Descriptor* type,
-                                                        const std::string& bytes);
+                                                        std::string_view bytes);
 
 // Hands the bytes to the sink in pieces, of which text and JSON need not hold all at a time.
 // Nothing is handed out if the format cannot hold the record.

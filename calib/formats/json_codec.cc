@@ -60,7 +60,7 @@ class NothingRequired : public TypeResolver {
 // once: the converter stops asking at the first piece that it cannot make sense of.
 class PiecewiseStream : public google::protobuf::io::ZeroCopyInputStream {
  public:
-  PiecewiseStream(const std::string& bytes, size_t low, size_t high, size_t piece)
+  PiecewiseStream(std::string_view bytes, size_t low, size_t high, size_t piece)
       : bytes_(bytes), low_(low), high_(high), piece_(piece) {}
 
   bool Next(const void** data, int* size) override {
@@ -80,7 +80,7 @@ class PiecewiseStream : public google::protobuf::io::ZeroCopyInputStream {
   }
 
  private:
-  const std::string& bytes_;
+  const std::string_view bytes_;
   const size_t low_, high_, piece_;
   size_t position_ = 0;
 };
@@ -92,13 +92,13 @@ Status ToBinary(const Message& record, google::protobuf::io::ZeroCopyInputStream
   return google::protobuf::util::JsonToBinaryStream(&resolver, UrlOf(record), json, &output);
 }
 
-Status ToBinary(const Message& record, const std::string& json, std::string* binary) {
+Status ToBinary(const Message& record, std::string_view json, std::string* binary) {
   ArrayInputStream input(json.data(), static_cast<int>(json.size()));
   return ToBinary(record, &input, binary);
 }
 
 // How many bytes the converter takes before it gives up.
-size_t SyntaxErrorOffset(const Message& record, const std::string& json) {
+size_t SyntaxErrorOffset(const Message& record, std::string_view json) {
   return FindStop(json.size(), [&](size_t low, size_t high, size_t piece) {
     PiecewiseStream pieces(json, low, high, piece);
     std::string ignored;
@@ -107,7 +107,7 @@ size_t SyntaxErrorOffset(const Message& record, const std::string& json) {
   });
 }
 
-[[noreturn]] void Refuse(const std::string& name, const Message& record, const std::string& json,
+[[noreturn]] void Refuse(const std::string& name, const Message& record, std::string_view json,
                          std::string message) {
   message.erase(0, message.find(':') + 1);  // the status code's name
   const char* remedy = "Correct the JSON there, or say what else it is with --type or --format.";
@@ -124,7 +124,7 @@ size_t SyntaxErrorOffset(const Message& record, const std::string& json) {
   throw Failure(name + DescribeJsonError(json, record.GetDescriptor(), message), remedy);
 }
 
-void DecodeUnmarked(const std::string& name, const std::string& bytes, Message* record) {
+void DecodeUnmarked(const std::string& name, std::string_view bytes, Message* record) {
   std::string binary;
   const Status status = ToBinary(*record, bytes, &binary);
   if (!status.ok()) Refuse(name, *record, bytes, status.ToString());
@@ -137,20 +137,22 @@ void DecodeUnmarked(const std::string& name, const std::string& bytes, Message* 
 // as editors do.
 constexpr char kByteOrderMark[] = "\xef\xbb\xbf";
 
-bool HasByteOrderMark(const std::string& bytes) {
+bool HasByteOrderMark(std::string_view bytes) {
   return bytes.compare(0, sizeof kByteOrderMark - 1, kByteOrderMark) == 0;
 }
 
-std::string Unmarked(const std::string& bytes) { return bytes.substr(sizeof kByteOrderMark - 1); }
+std::string_view Unmarked(std::string_view bytes) {
+  return bytes.substr(sizeof kByteOrderMark - 1);
+}
 
 }  // namespace
 
-void DecodeJson(const std::string& name, const std::string& bytes, Message* record) {
+void DecodeJson(const std::string& name, std::string_view bytes, Message* record) {
   HasByteOrderMark(bytes) ? DecodeUnmarked(name, Unmarked(bytes), record)
                           : DecodeUnmarked(name, bytes, record);
 }
 
-bool FitsJson(const std::string& bytes, Message* record) {
+bool FitsJson(std::string_view bytes, Message* record) {
   std::string binary;
   const Status status = HasByteOrderMark(bytes) ? ToBinary(*record, Unmarked(bytes), &binary)
                                                 : ToBinary(*record, bytes, &binary);

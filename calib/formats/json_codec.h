@@ -7,15 +7,15 @@
 #include <google/protobuf/message.h>
 
 #include <string>
+#include <string_view>
 
 #include "calib/console/sink.h"
 
 namespace calib {
 
-void DecodeJson(const std::string& name, const std::string& bytes,
-                google::protobuf::Message* record);
+void DecodeJson(const std::string& name, std::string_view bytes, google::protobuf::Message* record);
 // Reads the bytes if they are such a record; does not find out where and why they are not.
-bool FitsJson(const std::string& bytes, google::protobuf::Message* record);
+bool FitsJson(std::string_view bytes, google::protobuf::Message* record);
 // One line, without blanks, or several, with one for each level.
 enum class JsonLayout { kIndented, kOneLine };
 void EncodeJson(const google::protobuf::Message& record, JsonLayout layout, const Sink& sink);

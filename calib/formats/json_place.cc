@@ -21,14 +21,14 @@ bool IsIn(const char* characters, char c) {
   return std::char_traits<char>::find(characters, std::char_traits<char>::length(characters), c);
 }
 
-size_t SkipBlanks(const std::string& json, size_t at) {
+size_t SkipBlanks(std::string_view json, size_t at) {
   return std::min(json.find_first_not_of(" \t\r\n", at), json.size());
 }
 
-bool Has(const std::string& json, size_t at, char c) { return at < json.size() && json[at] == c; }
+bool Has(std::string_view json, size_t at, char c) { return at < json.size() && json[at] == c; }
 
 // Behind the text in quotes that begins there, or the word.
-size_t SkipText(const std::string& json, size_t at) {
+size_t SkipText(std::string_view json, size_t at) {
   const char quote = json[at];
   if (quote != '"' && quote != '\'') {
     return std::min(json.find_first_of(" \t\r\n,:{}[]\"'", at), json.size());
@@ -41,13 +41,14 @@ size_t SkipText(const std::string& json, size_t at) {
 
 // What that text says. Of escapes, those of letters are read, which are all that a field's name
 // has.
-std::string TextAt(const std::string& json, size_t at) {
+std::string TextAt(std::string_view json, size_t at) {
   const size_t end = SkipText(json, at);
-  if (!IsIn("\"'", json[at])) return json.substr(at, end - at);
+  if (!IsIn("\"'", json[at])) return std::string(json.substr(at, end - at));
   std::string text;
   for (++at; at + 1 < end; ++at) {
     if (json.compare(at, 4, "\\u00") == 0 && at + 6 < end) {
-      text += static_cast<char>(std::strtol(json.substr(at + 4, 2).c_str(), nullptr, 16));
+      text +=
+          static_cast<char>(std::strtol(std::string(json.substr(at + 4, 2)).c_str(), nullptr, 16));
       at += 5;
     } else {
       text += json[at];
@@ -57,7 +58,7 @@ std::string TextAt(const std::string& json, size_t at) {
 }
 
 // Behind the value that begins there.
-size_t SkipValue(const std::string& json, size_t at) {
+size_t SkipValue(std::string_view json, size_t at) {
   int depth = 0;
   for (at = SkipBlanks(json, at); at < json.size(); at = SkipBlanks(json, at)) {
     if (IsIn("{[", json[at])) {
@@ -80,7 +81,7 @@ size_t SkipValue(const std::string& json, size_t at) {
 // Calls visit(key, at, value) for each entry of the map that begins there, with the offsets of
 // both; for something else, not at all.
 template <typename Visit>
-void ForEachEntry(const std::string& json, size_t at, Visit visit) {
+void ForEachEntry(std::string_view json, size_t at, Visit visit) {
   while (Has(json, at, '{') || Has(json, at, ',')) {
     at = SkipBlanks(json, at + 1);
     if (at == json.size() || json[at] == '}') return;
@@ -93,7 +94,7 @@ void ForEachEntry(const std::string& json, size_t at, Visit visit) {
 }
 
 // The element of the list that begins there; the list itself if it has none of that index.
-size_t ElementOf(const std::string& json, size_t list, int index) {
+size_t ElementOf(std::string_view json, size_t list, int index) {
   size_t at = list;
   for (; Has(json, at, at == list ? '[' : ','); --index) {
     at = SkipBlanks(json, at + 1);
@@ -122,7 +123,7 @@ struct Finding {
 };
 
 // Follows a path such as "camera[0].intrinsics" from the top.
-Finding Follow(const std::string& json, const Descriptor* type, const std::string& path) {
+Finding Follow(std::string_view json, const Descriptor* type, const std::string& path) {
   Finding found = {SkipBlanks(json, 0), type};
   std::istringstream elements(path);
   for (std::string element; std::getline(elements, element, '.') && found.type != nullptr;) {
@@ -181,7 +182,7 @@ std::string PathOf(const std::vector<Around>& around) {
 
 }  // namespace
 
-std::string DescribeKeyThatIsTwice(const std::string& json) {
+std::string DescribeKeyThatIsTwice(std::string_view json) {
   std::vector<Around> around;
   for (size_t at = std::min(json.find('{'), json.size()); at < json.size();
        at = SkipBlanks(json, at)) {
@@ -213,7 +214,7 @@ std::string DescribeKeyThatIsTwice(const std::string& json) {
   return "";
 }
 
-std::string LineAndColumn(const std::string& text, size_t offset) {
+std::string LineAndColumn(std::string_view text, size_t offset) {
   const auto end = text.begin() + static_cast<std::ptrdiff_t>(std::min(offset, text.size()));
   const auto line = std::count(text.begin(), end, '\n') + 1;
   const size_t line_start = offset == 0 ? 0 : text.find_last_of('\n', offset - 1) + 1;
@@ -233,7 +234,7 @@ size_t FindStop(size_t size,
   return high;
 }
 
-std::string DescribeJsonError(const std::string& json, const Descriptor* type,
+std::string DescribeJsonError(std::string_view json, const Descriptor* type,
                               const std::string& message) {
   std::string path, what;
   Split(message, &path, &what);

@@ -7,11 +7,12 @@
 #include <cstddef>
 #include <functional>
 #include <string>
+#include <string_view>
 
 namespace calib {
 
 // The place of a byte in the text as "LINE:COLUMN", both counted from 1.
-std::string LineAndColumn(const std::string& text, size_t offset);
+std::string LineAndColumn(std::string_view text, size_t offset);
 
 // How many bytes of a text of `size` bytes a reader takes before it gives up. `read` has it read
 // the text, handed out at once up to `low`, from there to `high` in pieces of `piece` bytes, and
@@ -23,13 +24,13 @@ size_t FindStop(size_t size,
 
 // The converter's message for an error of meaning, which is "(PATH) NAME: WHAT" or "PATH: WHAT",
 // spelled as ":LINE:COLUMN: PATH: WHAT"; the place is that of the innermost value that is found.
-std::string DescribeJsonError(const std::string& json, const google::protobuf::Descriptor* type,
+std::string DescribeJsonError(std::string_view json, const google::protobuf::Descriptor* type,
                               const std::string& message);
 
 // Of JSON that the converter found no fault with: the first key that an object has twice, in either
 // spelling of a field's name, as ":LINE:COLUMN: PATH: is there twice, first at LINE:COLUMN"; "" if
 // there is none.
-std::string DescribeKeyThatIsTwice(const std::string& json);
+std::string DescribeKeyThatIsTwice(std::string_view json);
 
 }  // namespace calib
 

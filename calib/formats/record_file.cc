@@ -30,7 +30,7 @@ FileFormat InputFormat(const std::string& path, const InputFlags& flags, const N
 
 // The names of the types that the bytes can be a record of, with nothing in it that is malformed,
 // missing or unknown.
-std::string FittingTypes(Format format, const std::string& bytes) {
+std::string FittingTypes(Format format, std::string_view bytes) {
   std::string fitting;
   for (const Descriptor* type : RecordTypes()) {
     const std::unique_ptr<Message> record = DecodeIfFits(format, type, bytes);
@@ -81,7 +81,7 @@ bool RecordFile::Next(EncodedRecord* record) {
   }
   if (choice_.last && index_ >= *choice_.last) return any_ ? false : AtEnd();
   if (!source_->Next(&record->bytes)) return AtEnd();
-  if (record->file != name()) record->file = name();
+  record->file = &name();
   record->one_of_many = format_.many;
   record->type = type_;
   record->format = format_.format;
@@ -104,7 +104,7 @@ bool RecordFile::AtEnd() const {
 }
 
 void RecordFile::FailForType() {
-  std::string bytes;
+  std::string_view bytes;
   const bool some = source_->Next(&bytes);
   const std::string fitting = some ? FittingTypes(format_.format, bytes) : "";
   throw Failure(name() + ": its record type is not known",

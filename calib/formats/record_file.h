@@ -8,6 +8,7 @@
 #include <cstdint>
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "calib/console/input_file.h"
 #include "calib/formats/names.h"
@@ -18,15 +19,17 @@
 namespace calib {
 
 struct EncodedRecord {
-  std::string file;  // as messages call it
+  const std::string* file;  // as messages call it; the RecordFile's
   const google::protobuf::Descriptor* type;
   Format format;
-  std::string bytes;
-  int64_t index;  // in the file
+  std::string_view bytes;  // stay until the next record is read, or the file is closed
+  int64_t index;           // in the file
   bool one_of_many;
 
   // As messages call it: the file, or FILE[17] where a file holds many.
-  std::string name() const { return one_of_many ? file + "[" + std::to_string(index) + "]" : file; }
+  std::string name() const {
+    return one_of_many ? *file + "[" + std::to_string(index) + "]" : *file;
+  }
 };
 
 // Whether the file is one in which there may be any number of records. It is not opened; throws

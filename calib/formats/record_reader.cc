@@ -61,10 +61,14 @@ Record ReadRecord(const std::string& path, const InputFlags& flags) {
   RecordFile file(path, flags);
   EncodedRecord encoded, another;
   if (!file.Next(&encoded)) throw Failure(file.name() + ": holds no record");
-  if (file.many() && file.Next(&another)) {
-    throw Failure(
-        file.name() + ": holds more than one record",
-        "Choose one, such as " + file.name() + "[0], or " + file.name() + "[-1] for the last.");
+  std::string kept;
+  if (file.many()) {
+    encoded.bytes = kept = encoded.bytes;  // in their place come those of a next one
+    if (file.Next(&another)) {
+      throw Failure(
+          file.name() + ": holds more than one record",
+          "Choose one, such as " + file.name() + "[0], or " + file.name() + "[-1] for the last.");
+    }
   }
   return DecodeRecord(encoded);
 }

@@ -18,19 +18,21 @@ class WholeFile : public RecordSource {
  public:
   explicit WholeFile(InputFile* file) : file_(file) {}
 
-  bool Next(std::string* bytes) override {
+  bool Next(std::string_view* bytes) override {
     if (read_) return false;
     read_ = true;
-    *bytes = ReadAll(file_);
+    bytes_ = ReadAll(file_);
+    *bytes = bytes_;
     return true;
   }
   bool Skip() override {
-    std::string ignored;
+    std::string_view ignored;
     return Next(&ignored);
   }
 
  private:
   InputFile* const file_;
+  std::string bytes_;
   bool read_ = false;
 };
 
@@ -38,9 +40,9 @@ class Log : public RecordSource {
  public:
   explicit Log(InputFile* file) : name_(file->name()), stream_(file), reader_(&stream_) {}
 
-  bool Next(std::string* bytes) override {
+  bool Next(std::string_view* bytes) override {
     if (!Skip()) return false;
-    bytes->assign(reader_.data(), static_cast<size_t>(reader_.size()));
+    *bytes = {reader_.data(), static_cast<size_t>(reader_.size())};
     return true;
   }
   bool Skip() override {
@@ -76,18 +78,22 @@ class Lines : public RecordSource {
  public:
   explicit Lines(InputFile* file) : file_(file), block_(size_t{1} << 18) {}
 
-  bool Next(std::string* bytes) override {
-    do {
-      bytes->clear();
-      if (!AppendLine(bytes)) return false;
-    } while (bytes->find_first_not_of(" \t\r") == std::string::npos);
+  bool Next(std::string_view* bytes) override {
+    if (!Skip()) return false;
+    *bytes = line_;
     return true;
   }
-  bool Skip() override { return Next(&line_); }
+  bool Skip() override {
+    do {
+      line_.clear();
+      if (!AppendLine()) return false;
+    } while (line_.find_first_not_of(" \t\r") == std::string::npos);
+    return true;
+  }
 
  private:
   // False if there is none. The last line may lack its end.
-  bool AppendLine(std::string* line) {
+  bool AppendLine() {
     for (bool some = false;; some = true) {
       if (next_ == end_) {
         next_ = 0;
@@ -99,8 +105,8 @@ class Lines : public RecordSource {
       const size_t size = found == nullptr
                               ? end_ - next_
                               : static_cast<size_t>(static_cast<const char*>(found) - from);
-      line->append(from, size);
-      if (line->size() > INT_MAX) {
+      line_.append(from, size);
+      if (line_.size() > INT_MAX) {
         throw DamagedLog(file_->name() + ": has a line of more than 2 GiB",
                          "Check that it is the file you meant.");
       }

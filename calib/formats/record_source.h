@@ -5,6 +5,7 @@
 
 #include <memory>
 #include <string>
+#include <string_view>
 
 #include "calib/console/failure.h"
 #include "calib/console/input_file.h"
@@ -22,9 +23,9 @@ class RecordSource {
  public:
   virtual ~RecordSource() = default;
 
-  // Replaces *bytes by the next record's. False at the end. Throws DamagedLog, behind which nothing
-  // can be read, or Failure.
-  virtual bool Next(std::string* bytes) = 0;
+  // Makes *bytes the next record's, which stay until the next call. False at the end. Throws
+  // DamagedLog, behind which nothing can be read, or Failure.
+  virtual bool Next(std::string_view* bytes) = 0;
   // Passes over it.
   virtual bool Skip() = 0;
 };

@@ -7,7 +7,9 @@
 #include <google/protobuf/message.h>
 
 #include <climits>
-#include <string>
+#include <cstdint>
+#include <string_view>
+#include <utility>
 
 namespace calib {
 
@@ -24,15 +26,16 @@ auto LiftTotalLimit(Stream* stream, long) -> decltype(stream->SetTotalBytesLimit
 // Reads a whole record. Run-times that take one limit read arrays of any size, and in these, unlike
 // in streams, accept tags that are written longer than need be.
 template <typename Stream, typename Record>
-auto ReadWhole(Stream* stream, const std::string& bytes, Record* record, int)
-    -> decltype(stream->SetTotalBytesLimit(INT_MAX), bool()) {
-  return record->ParsePartialFromString(bytes);
+auto ReadWhole(std::string_view bytes, Record* record, int)
+    -> decltype(std::declval<Stream>().SetTotalBytesLimit(INT_MAX), bool()) {
+  return record->ParsePartialFromArray(bytes.data(), static_cast<int>(bytes.size()));
 }
 template <typename Stream, typename Record>
-bool ReadWhole(Stream* stream, const std::string&, Record* record, long) {
-  LiftTotalLimit(stream, 0);
+bool ReadWhole(std::string_view bytes, Record* record, long) {
+  Stream stream(reinterpret_cast<const uint8_t*>(bytes.data()), static_cast<int>(bytes.size()));
+  LiftTotalLimit(&stream, 0);
   record->Clear();
-  return record->MergePartialFromCodedStream(stream) && stream->ConsumedEntireMessage();
+  return record->MergePartialFromCodedStream(&stream) && stream.ConsumedEntireMessage();
 }
 
 }  // namespace calib

@@ -177,7 +177,7 @@ class Printer {
 
 }  // namespace
 
-void DecodeText(const std::string& name, const std::string& bytes, Message* record) {
+void DecodeText(const std::string& name, std::string_view bytes, Message* record) {
   google::protobuf::io::ArrayInputStream input(bytes.data(), static_cast<int>(bytes.size()));
   FirstError error;
   TextFormat::Parser parser;
@@ -188,7 +188,7 @@ void DecodeText(const std::string& name, const std::string& bytes, Message* reco
                 "Correct the text there, or say what else it is with --type or --format.");
 }
 
-bool HasComments(const std::string& bytes) {
+bool HasComments(std::string_view bytes) {
   char quote = '\0';  // of the text in quotes that is passed over
   for (size_t i = 0; i < bytes.size(); ++i) {
     const char c = bytes[i];

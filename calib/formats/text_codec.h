@@ -6,15 +6,15 @@
 #include <google/protobuf/message.h>
 
 #include <string>
+#include <string_view>
 
 #include "calib/console/sink.h"
 
 namespace calib {
 
-void DecodeText(const std::string& name, const std::string& bytes,
-                google::protobuf::Message* record);
+void DecodeText(const std::string& name, std::string_view bytes, google::protobuf::Message* record);
 // Whether there is a comment in text that has been decoded.
-bool HasComments(const std::string& bytes);
+bool HasComments(std::string_view bytes);
 void EncodeText(const google::protobuf::Message& record, const Sink& sink);
 
 }  // namespace calib

@@ -22,7 +22,7 @@ constexpr int kMostLevels = 100;  // of messages and groups in one another
 
 class Walker {
  public:
-  explicit Walker(const std::string& bytes)
+  explicit Walker(std::string_view bytes)
       : bytes_(bytes),
         input_(reinterpret_cast<const uint8_t*>(bytes.data()), static_cast<int>(bytes.size())) {
     LiftTotalLimit(&input_, 0);
@@ -149,7 +149,7 @@ class Walker {
     return "lies deeper than " + std::to_string(kMostLevels) + " messages in one another";
   }
 
-  const std::string& bytes_;
+  const std::string_view bytes_;
   CodedInputStream input_;
   int start_ = 0;
   WireDefect defect_;
@@ -157,7 +157,7 @@ class Walker {
 
 }  // namespace
 
-std::optional<WireDefect> FindWireDefect(const Descriptor* type, const std::string& bytes) {
+std::optional<WireDefect> FindWireDefect(const Descriptor* type, std::string_view bytes) {
   Walker walker(bytes);
   if (walker.ReadFields(type, "", static_cast<int>(bytes.size()), 0, 0)) return std::nullopt;
   return walker.defect();

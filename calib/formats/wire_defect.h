@@ -10,6 +10,7 @@
 
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace calib {
 
@@ -20,7 +21,7 @@ struct WireDefect {
 };
 
 std::optional<WireDefect> FindWireDefect(const google::protobuf::Descriptor* type,
-                                         const std::string& bytes);
+                                         std::string_view bytes);
 
 }  // namespace calib
 

@@ -1,7 +1,9 @@
 #include "calib/views/table.h"
 
 #include <algorithm>
+#include <charconv>
 #include <cmath>
+#include <type_traits>
 #include <utility>
 
 #include "calib/console/failure.h"
@@ -13,24 +15,23 @@ namespace calib {
 using google::protobuf::Descriptor;
 using google::protobuf::FieldDescriptor;
 using google::protobuf::Message;
-using google::protobuf::Reflection;
 
 namespace {
 
 constexpr size_t kAlignedBytes = size_t{1} << 20;
 
-void AppendJsonString(const std::string& text, std::string* out) {
+void AppendJsonString(const std::string& text, RowText* out) {
   static constexpr char kHex[] = "0123456789abcdef";
   *out += '"';
   for (const char c : text) {
     const unsigned char octet = static_cast<unsigned char>(c);
     if (c == '"' || c == '\\') {
-      *out += {'\\', c};
+      (*out += '\\') += c;
     } else if (c == '\n') {
       *out += "\\n";
     } else if (octet < 0x20) {
       *out += "\\u00";
-      *out += {kHex[octet >> 4], kHex[octet & 15]};
+      (*out += kHex[octet >> 4]) += kHex[octet & 15];
     } else {
       *out += c;
     }
@@ -42,7 +43,7 @@ bool IsAscii(const std::string& text) {
   return std::all_of(text.begin(), text.end(), [](char c) { return (c & 0x80) == 0; });
 }
 
-void AppendCsv(const std::string& text, std::string* out) {
+void AppendCsv(const std::string& text, RowText* out) {
   const auto is_plain = [](char c) { return c != ',' && c != '"' && c != '\r' && c != '\n'; };
   if (std::all_of(text.begin(), text.end(), is_plain)) {
     *out += text;
@@ -56,7 +57,7 @@ void AppendCsv(const std::string& text, std::string* out) {
   *out += '"';
 }
 
-void AppendTsv(const std::string& text, std::string* out) {
+void AppendTsv(const std::string& text, RowText* out) {
   for (const char c : text) {
     switch (c) {
       case '\t':
@@ -88,7 +89,7 @@ char SeparatorOf(TableFormat format) {
   }
 }
 
-void AppendTextCell(TableFormat format, const std::string& text, std::string* row) {
+void AppendTextCell(TableFormat format, const std::string& text, RowText* row) {
   switch (format) {
     case TableFormat::kCsv:
       return AppendCsv(text, row);
@@ -98,6 +99,40 @@ void AppendTextCell(TableFormat format, const std::string& text, std::string* ro
       return AppendJsonString(IsAscii(text) ? text : Printable(text), row);
     case TableFormat::kText:
       *row += Printable(text);
+  }
+}
+
+char BetweenElements(TableFormat format) { return format == TableFormat::kJsonLines ? ',' : ' '; }
+
+// Calls visit(value, the default that is declared) with the value, or the element, that there is.
+template <typename Visit>
+void WithValue(const ColumnPath::Step& step, const Message& message, const Visit& visit) {
+  const auto [field, i, r] = step;
+  const bool one = i < 0;
+  switch (field->cpp_type()) {
+    case FieldDescriptor::CPPTYPE_DOUBLE:
+      return visit(one ? r->GetDouble(message, field) : r->GetRepeatedDouble(message, field, i),
+                   field->default_value_double());
+    case FieldDescriptor::CPPTYPE_FLOAT:
+      return visit(one ? r->GetFloat(message, field) : r->GetRepeatedFloat(message, field, i),
+                   field->default_value_float());
+    case FieldDescriptor::CPPTYPE_INT32:
+      return visit(one ? r->GetInt32(message, field) : r->GetRepeatedInt32(message, field, i),
+                   field->default_value_int32());
+    case FieldDescriptor::CPPTYPE_INT64:
+      return visit(one ? r->GetInt64(message, field) : r->GetRepeatedInt64(message, field, i),
+                   field->default_value_int64());
+    case FieldDescriptor::CPPTYPE_BOOL:
+      return visit(one ? r->GetBool(message, field) : r->GetRepeatedBool(message, field, i),
+                   field->default_value_bool());
+    case FieldDescriptor::CPPTYPE_STRING: {
+      std::string space;
+      return visit(one ? r->GetStringReference(message, field, &space)
+                       : r->GetRepeatedStringReference(message, field, i, &space),
+                   field->default_value_string());
+    }
+    default:
+      FailForKind(field);
   }
 }
 
@@ -134,7 +169,11 @@ TableFormat TableFormatNamed(const std::string& name) {
 }
 
 Table::Table(const Descriptor* type, const TableOptions& options)
-    : type_(type), format_(options.format), defaults_(options.defaults), row_type_(type) {
+    : type_(type),
+      format_(options.format),
+      separator_(SeparatorOf(options.format)),
+      defaults_(options.defaults),
+      row_type_(type) {
   if (!options.each.empty()) {
     each_ = FindEach(type, options.each);
     row_type_ = each_.fields.back()->message_type();
@@ -148,8 +187,9 @@ Table::Table(const Descriptor* type, const TableOptions& options)
   for (const std::string& name : names) {
     Column column = FindColumnOf(name);
     column.name = name;
-    AppendJsonString(name, &column.key);
-    column.key += ':';
+    RowText key;
+    AppendJsonString(name, &key);
+    column.key = std::string(key.view()) + ":";
     column.same_holder = !columns_.empty() && HaveSameHolder(columns_.back(), column);
     columns_.push_back(std::move(column));
   }
@@ -192,15 +232,16 @@ bool Table::HaveSameHolder(const Column& a, const Column& b) {
 
 std::string Table::Header() const {
   if (format_ == TableFormat::kJsonLines) return "";
-  std::string header;
+  RowText header;
   for (const Column& column : columns_) {
-    if (&column != &columns_.front()) header += SeparatorOf(format_);
+    if (&column != &columns_.front()) header += separator_;
     AppendText(column.name, &header);
   }
-  return header + "\n";
+  header += '\n';
+  return std::string(header.view());
 }
 
-void Table::AppendRows(const Message& record, const RowSource& source, std::string* rows) const {
+void Table::AppendRows(const Message& record, const RowSource& source, RowText* rows) const {
   if (each_.fields.empty()) return AppendRow(record, record, source, "", rows);
   ForEachElement(record, each_, [&](const Message& element, const std::string& index) {
     AppendRow(record, element, source, index, rows);
@@ -208,12 +249,12 @@ void Table::AppendRows(const Message& record, const RowSource& source, std::stri
 }
 
 void Table::AppendRow(const Message& record, const Message& element, const RowSource& source,
-                      const std::string& index, std::string* rows) const {
+                      const std::string& index, RowText* rows) const {
   const bool json = format_ == TableFormat::kJsonLines;
   if (json) *rows += '{';
   const Message* holder = nullptr;
   for (const Column& column : columns_) {
-    if (&column != &columns_.front()) *rows += SeparatorOf(format_);
+    if (&column != &columns_.front()) *rows += separator_;
     if (json) *rows += column.key;
     switch (column.kind) {
       case Column::kFile:
@@ -231,7 +272,11 @@ void Table::AppendRow(const Message& record, const Message& element, const RowSo
         break;
       case Column::kIndex:
         // "0.17" is no number.
-        index.find('.') == std::string::npos ? * rows += index : (AppendText(index, rows), *rows);
+        if (index.find('.') == std::string::npos) {
+          *rows += index;
+        } else {
+          AppendText(index, rows);
+        }
         break;
       case Column::kField:
         if (!column.same_holder) {
@@ -244,114 +289,94 @@ void Table::AppendRow(const Message& record, const Message& element, const RowSo
   *rows += json ? "}\n" : "\n";
 }
 
-void Table::AppendField(const Message* holder, const ColumnPath::Step& step,
-                        std::string* row) const {
+void Table::AppendField(const Message* holder, const ColumnPath::Step& step, RowText* row) const {
   const bool json = format_ == TableFormat::kJsonLines;
-  const auto [field, index] = step;
-  if (field->is_repeated() && index < 0) {
+  const FieldDescriptor* field = step.field;
+  if (field->is_repeated() && step.index < 0) {
     if (json) *row += '[';
-    if (holder != nullptr) AppendList(*holder, field, row);
+    if (holder != nullptr) AppendList(*holder, step, row);
     if (json) *row += ']';
   } else if (holder != nullptr && AppendIfThere(*holder, step, row)) {
     return;
   } else if (defaults_ && field->has_default_value()) {
-    AppendValue(*google::protobuf::MessageFactory::generated_factory()->GetPrototype(
-                    field->containing_type()),
-                field, -1, row);
+    WithValue({field, -1, step.reflection},
+              *google::protobuf::MessageFactory::generated_factory()->GetPrototype(
+                  field->containing_type()),
+              [&](const auto& value, const auto&) { AppendValue(value, field, row); });
   } else if (json) {
     *row += "null";
   }
 }
 
-// A number that is not its default is there, which is seen sooner than asked.
+// A value that is not its default is there, which is seen sooner than asked.
 bool Table::AppendIfThere(const Message& message, const ColumnPath::Step& step,
-                          std::string* row) const {
-  const auto [field, index] = step;
-  const Reflection* reflection = message.GetReflection();
-  if (index >= 0) {
-    if (index >= reflection->FieldSize(message, field)) return false;
-  } else if (field->cpp_type() == FieldDescriptor::CPPTYPE_DOUBLE) {
-    const double number = reflection->GetDouble(message, field);
-    if (number == field->default_value_double() && !reflection->HasField(message, field)) {
-      return false;
-    }
-    AppendNumber(number, row);
-    return true;
-  } else if (!reflection->HasField(message, field)) {
-    return false;
-  }
-  AppendValue(message, field, index, row);
-  return true;
+                          RowText* row) const {
+  const auto [field, index, reflection] = step;
+  if (index >= 0 && index >= reflection->FieldSize(message, field)) return false;
+  bool there = true;
+  WithValue(step, message, [&, field = field](const auto& value, const auto& otherwise) {
+    there = step.index >= 0 || value != otherwise || step.reflection->HasField(message, field);
+    if (there) AppendValue(value, field, row);
+  });
+  return there;
 }
 
 // All lists of single values that there are hold floating-point numbers.
-void Table::AppendList(const Message& message, const FieldDescriptor* field,
-                       std::string* row) const {
-  const char between = format_ == TableFormat::kJsonLines ? ',' : ' ';
-  const Reflection* reflection = message.GetReflection();
-  const auto append = [&](const auto& list) {
-    for (int i = 0, size = list.size(); i < size; ++i) {
-      if (i > 0) *row += between;
-      AppendNumber(list.Get(i), row);
-    }
-  };
+void Table::AppendList(const Message& message, const ColumnPath::Step& step, RowText* row) const {
+  const auto [field, index, reflection] = step;
 // Later run-times would rather have their users call a function for each element.
 #pragma GCC diagnostic push
 #pragma GCC diagnostic ignored "-Wdeprecated-declarations"
   switch (field->cpp_type()) {
     case FieldDescriptor::CPPTYPE_DOUBLE:
-      return append(reflection->GetRepeatedField<double>(message, field));
+      return AppendNumbers(reflection->GetRepeatedField<double>(message, field), row);
     case FieldDescriptor::CPPTYPE_FLOAT:
-      return append(reflection->GetRepeatedField<float>(message, field));
+      return AppendNumbers(reflection->GetRepeatedField<float>(message, field), row);
     default:
       FailForKind(field);
   }
 #pragma GCC diagnostic pop
 }
 
-template <typename Number>
-void Table::AppendNumber(Number number, std::string* row) const {
-  if (std::isfinite(number)) return AppendShortest(number, row);
-  AppendText(std::isnan(number) ? "NaN" : number > 0 ? "Infinity" : "-Infinity", row);
+template <typename List>
+void Table::AppendNumbers(const List& list, RowText* row) const {
+  char* end = row->Room(static_cast<size_t>(list.size()) * (kMostCharacters + 1));
+  for (int i = 0, size = list.size(); i < size; ++i) {
+    if (i > 0) *end++ = BetweenElements(format_);
+    end = WriteNumber(list.Get(i), end);
+  }
+  row->End(end);
 }
 
-void Table::AppendValue(const Message& message, const FieldDescriptor* field, int index,
-                        std::string* row) const {
-  const Reflection* r = message.GetReflection();
-  const bool one = index < 0;
-  switch (field->cpp_type()) {
-    case FieldDescriptor::CPPTYPE_DOUBLE:
-      return AppendNumber(
-          one ? r->GetDouble(message, field) : r->GetRepeatedDouble(message, field, index), row);
-    case FieldDescriptor::CPPTYPE_FLOAT:
-      return AppendNumber(
-          one ? r->GetFloat(message, field) : r->GetRepeatedFloat(message, field, index), row);
-    case FieldDescriptor::CPPTYPE_INT32:
-      *row += std::to_string(r->GetInt32(message, field));
-      return;
-    case FieldDescriptor::CPPTYPE_INT64:
-      *row += std::to_string(r->GetInt64(message, field));
-      return;
-    case FieldDescriptor::CPPTYPE_BOOL:
-      *row += r->GetBool(message, field) ? "true" : "false";
-      return;
-    case FieldDescriptor::CPPTYPE_STRING: {
-      std::string space;
-      const std::string& text = r->GetStringReference(message, field, &space);
-      if (field->type() != FieldDescriptor::TYPE_BYTES) return AppendText(text, row);
-      *row += std::to_string(text.size());
-      return;
-    }
-    default:
-      FailForKind(field);
+template <typename Number>
+char* Table::WriteNumber(Number number, char* text) const {
+  if (std::isfinite(number)) return WriteFewest(number, text);
+  RowText word;
+  AppendText(std::isnan(number) ? "NaN" : number > 0 ? "Infinity" : "-Infinity", &word);
+  return std::copy(word.view().begin(), word.view().end(), text);
+}
+
+template <typename Value>
+void Table::AppendValue(const Value& value, const FieldDescriptor* field, RowText* row) const {
+  if constexpr (std::is_same_v<Value, bool>) {
+    *row += value ? "true" : "false";
+  } else if constexpr (std::is_floating_point_v<Value>) {
+    row->End(WriteNumber(value, row->Room(kMostCharacters)));
+  } else if constexpr (std::is_integral_v<Value>) {
+    char* const text = row->Room(kMostCharacters);
+    row->End(std::to_chars(text, text + kMostCharacters, value).ptr);
+  } else if (field->type() == FieldDescriptor::TYPE_BYTES) {
+    *row += std::to_string(value.size());
+  } else {
+    AppendText(value, row);
   }
 }
 
-void Table::AppendText(const std::string& text, std::string* row) const {
+void Table::AppendText(const std::string& text, RowText* row) const {
   AppendTextCell(format_, text, row);
 }
 
-std::string TextColumns::Add(const std::string& rows) {
+std::string TextColumns::Add(std::string_view rows) {
   if (known_) return Lay(rows);
   pending_ += rows;
   return pending_.size() < kAlignedBytes ? "" : Rest();
@@ -372,12 +397,12 @@ std::string TextColumns::Rest() {
   return laid;
 }
 
-std::string TextColumns::Lay(const std::string& rows) const {
+std::string TextColumns::Lay(std::string_view rows) const {
   std::string laid;
   size_t column = 0, begin = 0;
   for (size_t i = 0; i < rows.size(); ++i) {
     if (rows[i] != Table::kCellEnd && rows[i] != '\n') continue;
-    const std::string cell = rows.substr(begin, i - begin);
+    const std::string cell(rows.substr(begin, i - begin));
     laid += cell;
     if (rows[i] == '\n') {
       laid.erase(laid.find_last_not_of(' ') + 1);
@@ -424,9 +449,9 @@ void CellWriter::AddRow(const std::vector<Cell>& cells) {
 }
 
 std::string CellWriter::Take() {
-  if (format_ != TableFormat::kText) return std::move(rows_);
+  if (format_ != TableFormat::kText) return std::string(rows_.view());
   TextColumns columns;
-  const std::string laid = columns.Add(rows_);
+  const std::string laid = columns.Add(rows_.view());
   return laid + columns.Rest();
 }
 

@@ -10,9 +10,11 @@
 
 #include <cstdint>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "calib/fields/column.h"
+#include "calib/views/row_text.h"
 
 namespace calib {
 
@@ -50,7 +52,7 @@ class Table {
   // Appends a record's rows. May be called by several threads at once. In kText, cells are apart by
   // kCellEnd, for Align().
   void AppendRows(const google::protobuf::Message& record, const RowSource& source,
-                  std::string* rows) const;
+                  RowText* rows) const;
 
   static constexpr char kCellEnd = '\x1f';
 
@@ -65,23 +67,26 @@ class Table {
   static bool HaveSameHolder(const Column& a, const Column& b);
   Column FindColumnOf(const std::string& name) const;
   void AppendRow(const google::protobuf::Message& record, const google::protobuf::Message& element,
-                 const RowSource& source, const std::string& index, std::string* rows) const;
+                 const RowSource& source, const std::string& index, RowText* rows) const;
   void AppendField(const google::protobuf::Message* holder, const ColumnPath::Step& step,
-                   std::string* row) const;
+                   RowText* row) const;
   // False if it is not there.
   bool AppendIfThere(const google::protobuf::Message& message, const ColumnPath::Step& step,
-                     std::string* row) const;
-  void AppendList(const google::protobuf::Message& message,
-                  const google::protobuf::FieldDescriptor* field, std::string* row) const;
+                     RowText* row) const;
+  void AppendList(const google::protobuf::Message& message, const ColumnPath::Step& step,
+                  RowText* row) const;
+  template <typename List>
+  void AppendNumbers(const List& list, RowText* row) const;
   template <typename Number>
-  void AppendNumber(Number number, std::string* row) const;
-  void AppendValue(const google::protobuf::Message& message,
-                   const google::protobuf::FieldDescriptor* field, int index,
-                   std::string* row) const;
-  void AppendText(const std::string& text, std::string* row) const;
+  char* WriteNumber(Number number, char* text) const;
+  template <typename Value>
+  void AppendValue(const Value& value, const google::protobuf::FieldDescriptor* field,
+                   RowText* row) const;
+  void AppendText(const std::string& text, RowText* row) const;
 
   const google::protobuf::Descriptor* const type_;
   const TableFormat format_;
+  const char separator_;  // of cells
   const bool defaults_;
   EachPath each_;
   const google::protobuf::Descriptor* row_type_;
@@ -93,11 +98,11 @@ class Table {
 class TextColumns {
  public:
   // The lines of what was added that can be told by now.
-  std::string Add(const std::string& rows);
+  std::string Add(std::string_view rows);
   std::string Rest();
 
  private:
-  std::string Lay(const std::string& rows) const;
+  std::string Lay(std::string_view rows) const;
 
   std::string pending_;
   std::vector<size_t> widths_;
@@ -121,7 +126,7 @@ class CellWriter {
  private:
   const TableFormat format_;
   const std::vector<std::string> names_;
-  std::string rows_;
+  RowText rows_;
 };
 
 }  // namespace calib
