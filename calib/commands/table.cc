@@ -32,6 +32,8 @@ namespace {
 
 constexpr size_t kBatchBytes = size_t{1} << 18;
 constexpr size_t kBatchRecords = 1000;
+constexpr size_t kHeldBytes = size_t{1} << 20;    // of a batch, in blocks that it holds
+constexpr size_t kCopiedBytes = size_t{1} << 12;  // a record that is no larger is always copied
 constexpr size_t kLargeBytes = size_t{1} << 22;
 
 struct Flags {
@@ -63,9 +65,10 @@ void AppendRows(const Table& table, const EncodedRecord& encoded, const std::str
   }
 }
 
-// Encoded records of some files, one behind the other, and what is wrong with files, in the order
-// of the input; and the rows that are made of them, behind those that it has already. Used again
-// for later ones, with the memory that it has.
+// Encoded records of some files, and what is wrong with files, in the order of the input; and the
+// rows that are made of them, behind those that it has already. The records lie one behind the
+// other in `bytes`, or where they were read. Used again for later ones, with the memory that it
+// has.
 struct Batch {
   struct File {
     std::string name;
@@ -81,23 +84,28 @@ struct Batch {
   struct Item {
     size_t file, size;
     int64_t index;
+    const char* held;  // null: the next ones of `bytes`
     std::unique_ptr<Extra> extra;
   };
   std::vector<File> files;
   std::vector<Item> items;
   std::string bytes;
+  std::vector<std::shared_ptr<const char>> blocks;
+  size_t held = 0;  // bytes of records in them
   Rows rows;
 
   void Clear() {
     files.clear();
     items.clear();
     bytes.clear();
+    blocks.clear();
+    held = 0;
     rows.text.clear();
     rows.troubles.clear();
   }
   bool Empty() const { return items.empty() && rows.text.size() == 0 && rows.troubles.empty(); }
   bool Full() const {
-    return bytes.size() >= kBatchBytes || items.size() >= kBatchRecords ||
+    return bytes.size() >= kBatchBytes || held >= kHeldBytes || items.size() >= kBatchRecords ||
            rows.text.size() >= kBatchBytes;
   }
 };
@@ -133,9 +141,13 @@ std::unique_ptr<Batch> MakeRows(const Table* table, std::unique_ptr<Batch> batch
       const Batch::File& from = batch->files[file];
       encoded = {&from.name, from.type, from.format, {}, 0, from.many};
     }
-    encoded.bytes = bytes.substr(begin, item.size);
+    if (item.held != nullptr) {
+      encoded.bytes = {item.held, item.size};
+    } else {
+      encoded.bytes = bytes.substr(begin, item.size);
+      begin += item.size;
+    }
     encoded.index = item.index;
-    begin += item.size;
     AppendRows(*table, encoded, item.extra ? item.extra->appended : nothing, &batch->rows);
   }
   return batch;
@@ -190,19 +202,19 @@ class TableMaker {
           table_->NeedsTimes() ? std::optional<LogTimes>(SplitPath(path).path) : std::nullopt;
       while (file.Next(&encoded_)) {
         const std::optional<int64_t> time = times ? times->TimeOf(encoded_.index) : std::nullopt;
-        Add(time ? FormatDate(*time) : "");
+        Add(file, time ? FormatDate(*time) : "");
         if (batch_->Full()) Send();
       }
     } catch (const NoTable& no_table) {
       throw Failure(no_table.what(), no_table.remedy());
     } catch (const Failure& failure) {
-      batch_->items.push_back({0, 0, 0, std::make_unique<Batch::Extra>()});
+      batch_->items.push_back({0, 0, 0, nullptr, std::make_unique<Batch::Extra>()});
       batch_->items.back().extra->trouble = {failure.what(), failure.remedy()};
     }
   }
 
   // The record that was read.
-  void Add(const std::string& appended) {
+  void Add(const RecordFile& file, const std::string& appended) {
     if (processors_ < 2 || encoded_.bytes.size() >= kLargeBytes) {
       if (!batch_->items.empty()) Send();
       return AppendRows(*table_, encoded_, appended, &batch_->rows);
@@ -211,8 +223,18 @@ class TableMaker {
     if (files.empty() || files.back().name != *encoded_.file) {
       files.push_back({*encoded_.file, encoded_.type, encoded_.format, encoded_.one_of_many});
     }
-    batch_->items.push_back({files.size() - 1, encoded_.bytes.size(), encoded_.index, nullptr});
-    batch_->bytes += encoded_.bytes;
+    const std::string_view bytes = encoded_.bytes;
+    auto block = bytes.size() > kCopiedBytes ? file.Hold(bytes) : nullptr;
+    batch_->items.push_back({files.size() - 1, bytes.size(), encoded_.index,
+                             block == nullptr ? nullptr : bytes.data(), nullptr});
+    if (block == nullptr) {
+      batch_->bytes += bytes;
+    } else {
+      batch_->held += bytes.size();
+      if (batch_->blocks.empty() || batch_->blocks.back() != block) {
+        batch_->blocks.push_back(std::move(block));
+      }
+    }
     if (appended.empty()) return;
     batch_->items.back().extra = std::make_unique<Batch::Extra>();
     batch_->items.back().extra->appended = appended;
@@ -237,7 +259,8 @@ class TableMaker {
     if (batch_->Empty()) return;
     // A small table is made at once.
     const bool alone =
-        batch_->items.empty() || (under_way_.empty() && batch_->bytes.size() < kBatchBytes / 4);
+        batch_->items.empty() ||
+        (under_way_.empty() && batch_->bytes.size() + batch_->held < kBatchBytes / 4);
     under_way_.push_back(std::async(alone ? std::launch::deferred : std::launch::async, MakeRows,
                                     table_.get(), std::move(batch_)));
     const size_t most = processors_ < 2 ? 0 : 2 * static_cast<size_t>(processors_);

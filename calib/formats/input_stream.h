@@ -5,24 +5,29 @@
 #include <google/protobuf/io/zero_copy_stream.h>
 #include <google/protobuf/stubs/common.h>
 
-#include <vector>
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <string_view>
 
 #include "calib/console/input_file.h"
 
 namespace calib {
 
-// Reads a file in blocks; throws Failure where it cannot be read. `file` must outlive it.
+// Reads a file in blocks; throws Failure where it cannot be read. `file` must outlive it. A block
+// that somebody else holds, too, is not overwritten: the next bytes go to a new one.
 class InputStream : public google::protobuf::io::ZeroCopyInputStream {
  public:
-  explicit InputStream(InputFile* file) : file_(file), block_(size_t{1} << 18) {}
+  explicit InputStream(InputFile* file) : file_(file) {}
 
   bool Next(const void** data, int* size) override {
     if (next_ == end_) {
+      if (block_.use_count() != 1) block_.reset(new char[kBlock], std::default_delete<char[]>());
       next_ = 0;
-      end_ = file_->Read(block_.data(), block_.size());
+      end_ = file_->Read(block_.get(), kBlock);
       if (end_ == 0) return false;
     }
-    *data = &block_[next_];
+    *data = block_.get() + next_;
     *size = static_cast<int>(end_ - next_);
     count_ += *size;
     next_ = end_;
@@ -43,9 +48,21 @@ class InputStream : public google::protobuf::io::ZeroCopyInputStream {
   }
   google::protobuf::int64 ByteCount() const override { return count_; }
 
+  // The block that the bytes, which were handed out, lie in; null if that was an earlier one, or
+  // one that is not full, of which a copy takes less memory.
+  std::shared_ptr<const char> BlockOf(std::string_view bytes) const {
+    const std::less_equal<const char*> up_to;
+    const char* const begin = block_.get();
+    const bool inside = begin != nullptr && end_ == kBlock && up_to(begin, bytes.data()) &&
+                        up_to(bytes.data() + bytes.size(), begin + end_);
+    return inside ? block_ : nullptr;
+  }
+
  private:
+  static constexpr size_t kBlock = size_t{1} << 18;
+
   InputFile* const file_;
-  std::vector<char> block_;
+  std::shared_ptr<char> block_;
   size_t next_ = 0, end_ = 0;
   google::protobuf::int64 count_ = 0;
 };

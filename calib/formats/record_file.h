@@ -48,6 +48,9 @@ class RecordFile {
   // Whether there may be any number of records: not if the file holds one, or one is chosen.
   bool many() const { return format_.many && !choice_.single; }
 
+  // What keeps a record's bytes beyond the next one; see RecordSource.
+  std::shared_ptr<const char> Hold(std::string_view bytes) const { return source_->Hold(bytes); }
+
   // Replaces *record by the next one; false at the end. Throws DamagedLog where a log is torn or
   // damaged, or Failure, if the file cannot be read or the single record that is chosen is not in
   // it; behind that there is no next one.
