@@ -18,13 +18,14 @@ const Chart* FindChart(const std::vector<Chart>& charts, const std::string& titl
   return found == charts.end() ? nullptr : &*found;
 }
 
-// All points of a chart as one series.
+// All points of a chart as one series, but for what it compares its own with.
 ChartSeries Joined(const Chart& chart, const std::string& name, bool second) {
   ChartSeries joined;
   joined.name = name;
   joined.color = second ? 1 : 0;
   joined.second = second;
   for (const ChartSeries& series : chart.series) {
+    if (series.second) continue;
     joined.element = series.element;
     joined.connected = series.connected;
     joined.smooth = series.smooth;
@@ -64,7 +65,10 @@ void JoinMarks(const Chart& before, const Names& names, Chart* chart) {
   }
 }
 
-void JoinLines(const Chart& before, Chart* chart) {
+void JoinLines(const Chart& before, const Names& names, Chart* chart) {
+  if (!before.lines.empty() && chart->series.empty()) {
+    chart->notes.push_back("dashed and in another color: " + names.before);
+  }
   for (ChartLine& line : chart->lines) line.color = 0;
   for (ChartLine line : before.lines) {
     line.color = 1;
@@ -91,7 +95,7 @@ Chart Both(const Chart& after, const Chart& before, const Names& names) {
   }
   JoinNotes(before, names, &chart);
   JoinMarks(before, names, &chart);
-  JoinLines(before, &chart);
+  JoinLines(before, names, &chart);
   chart.area_width = std::max(after.area_width, before.area_width);
   chart.area_height = std::max(after.area_height, before.area_height);
   return chart;
@@ -102,6 +106,7 @@ ChartSeries CurveDifference(const ChartSeries& after, const ChartSeries& before)
   ChartSeries difference;
   difference.element = after.element;
   difference.connected = true;
+  difference.smooth = after.smooth;
   bool gap = false;
   size_t i = 0, j = 0;
   while (i < after.points.size() && j < before.points.size()) {
@@ -147,9 +152,11 @@ void NoteLargest(const ChartSeries& series, bool curve, Chart* chart) {
       std::max_element(series.points.begin(), series.points.end(),
                        [&](const ChartPoint& a, const ChartPoint& b) { return size(a) < size(b); });
   chart->notes.push_back(
-      size(*largest) == 0 ? "no difference"
-                          : "largest " + RoundedText(curve ? largest->y : size(*largest)) + " at " +
-                                series.element + "[" + std::to_string(largest->index) + "]");
+      size(*largest) == 0
+          ? "no difference"
+          : "largest " + RoundedText(curve ? largest->y : size(*largest)) + " at " +
+                (series.smooth ? RoundedText(largest->x)
+                               : series.element + "[" + std::to_string(largest->index) + "]"));
 }
 
 Chart Difference(const Chart& after, const Chart& before) {
@@ -196,7 +203,8 @@ std::vector<Chart> Overlay(const std::vector<Chart>& after, const std::string& a
       charts.back().notes.push_back("only in " + after_name);
       continue;
     }
-    if (!chart.cells.empty()) {
+    const bool unlike = chart.x_name != other->x_name || chart.y_name != other->y_name;
+    if (!chart.cells.empty() || unlike) {
       end_row();
       for (const Chart* one : {&chart, other}) {
         charts.push_back(*one);

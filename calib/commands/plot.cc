@@ -1,4 +1,5 @@
 // calib plot FILE
+#include <memory>
 #include <utility>
 
 #include "calib/charts/chart_svg.h"
@@ -10,6 +11,7 @@
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/terminal.h"
+#include "calib/fields/camera_match.h"
 #include "calib/fields/field_path.h"
 #include "calib/fields/parts.h"
 #include "calib/formats/record_reader.h"
@@ -34,13 +36,19 @@ struct Drawn {
   std::string name;  // of what is drawn, as messages call it
   const google::protobuf::Descriptor* type;
   std::vector<Chart> charts;
+  std::unique_ptr<google::protobuf::Message> record;  // nullptr of many
 };
 
-Drawn Draw(const std::string& path, const Flags& flags) {
+// Cameras are drawn in the order of those of `like`, if that is given.
+Drawn Draw(const std::string& path, const Flags& flags, const google::protobuf::Message* like) {
   RecordReader reader(path, flags.input);
   const RecordFile& file = reader.file();
-  Drawn drawn = {file.name(), file.type(), {}};
+  Drawn drawn = {file.name(), file.type(), {}, nullptr};
   for (Record record = {}; reader.Next(&record);) {
+    if (like != nullptr && !file.many() && file.type() == like->GetDescriptor()) {
+      const std::string told = OrderCamerasLike(*like, record.message.get());
+      if (!told.empty()) Note(told);
+    }
     std::vector<Part> parts = flags.camera.Choose(*record.message, record.name, DrawableTypes());
     const std::string index = record.name.substr(file.name().size());
     for (Part& part : parts) {
@@ -48,18 +56,19 @@ Drawn Draw(const std::string& path, const Flags& flags) {
     }
     if (!file.many()) drawn.name = record.name;
     for (Chart& chart : ChartsOf(parts, flags.charts)) drawn.charts.push_back(std::move(chart));
+    if (!file.many()) drawn.record = std::move(record.message);
   }
   return drawn;
 }
 
 std::string Plot(Flags flags) {
   flags.drawing.Apply(&flags.charts);
-  const Drawn drawn = Draw(flags.path, flags);
+  const Drawn drawn = Draw(flags.path, flags, nullptr);
   const std::string& name = drawn.name;
   std::vector<Chart> charts = drawn.charts;
   std::string title = name + " (" + drawn.type->name() + ")";
   if (!flags.against_path.empty()) {
-    const Drawn before = Draw(flags.against_path, flags);
+    const Drawn before = Draw(flags.against_path, flags, drawn.record.get());
     if (before.type != drawn.type) {
       throw Failure(before.name + ": is a " + before.type->name() + ", but " + name + " is a " +
                         drawn.type->name(),

@@ -1,6 +1,7 @@
 #include "calib/fields/camera_match.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "calib/console/failure.h"
 #include "calib/fields/field_path.h"
@@ -165,6 +166,25 @@ std::string CameraMatch::Told() const {
     if (!one_way) told += std::string(" by ") + pair.by;
   }
   return told;
+}
+
+std::string OrderCamerasLike(const Message& after, Message* before) {
+  const Robot from = RobotOf(*before), to = RobotOf(after);
+  if (from.cameras == nullptr || to.cameras == nullptr) return "";
+  if (from.cameras->camera_size() != to.cameras->camera_size()) return "";
+  const CameraMatch match(*before, after, MatchBy::kAuto);
+  std::vector<int> partner = PairCameras(*from.cameras, *to.cameras, MatchBy::kAuto).partner;
+  const bool all = std::count(partner.begin(), partner.end(), kNone) == 0;
+  if (!match.moved() || !all) return "";
+  auto* cameras = const_cast<RobotCalibration*>(from.cameras)->mutable_camera();
+  for (size_t i = 0; i < partner.size(); ++i) {
+    while (partner[i] != static_cast<int>(i)) {
+      const int place = partner[i];
+      cameras->SwapElements(static_cast<int>(i), place);
+      std::swap(partner[i], partner[static_cast<size_t>(place)]);
+    }
+  }
+  return match.Told();
 }
 
 }  // namespace calib

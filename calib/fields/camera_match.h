@@ -49,6 +49,12 @@ class CameraMatch {
   bool matches_ = false, is_by_index_ = true;
 };
 
+// Puts the cameras of `before` in the order of those of `after`, for what compares them by their
+// indices. Returns how they were matched; "" if they stay where they are: they have that order, or
+// not each has a partner.
+std::string OrderCamerasLike(const google::protobuf::Message& after,
+                             google::protobuf::Message* before);
+
 }  // namespace calib
 
 #endif  // CALIB_FIELDS_CAMERA_MATCH_H_

@@ -43,6 +43,13 @@ std::string OverviewReport::Drawing(const Record& record) {
   chart.labels.clear();
   chart.area_picture.clear();
   chart.group.clear();
+  // Views are not told apart in so little room.
+  while (chart.series.size() > 1 && !chart.series[0].connected) {
+    std::vector<ChartPoint>& points = chart.series[0].points;
+    const std::vector<ChartPoint>& more = chart.series.back().points;
+    points.insert(points.end(), more.begin(), more.end());
+    chart.series.pop_back();
+  }
   std::string drawing = SmallChartAsElement(chart, kSmallWidth);
   if (size_of_drawings_ + drawing.size() > kMostOfDrawings) {
     ++undrawn_;

@@ -4,6 +4,7 @@
 #include "calib/charts/overlay.h"
 #include "calib/charts/svg.h"
 #include "calib/console/failure.h"
+#include "calib/fields/camera_match.h"
 #include "calib/fields/compare.h"
 #include "calib/images/calibration_image.h"
 #include "calib/pages/html.h"
@@ -94,15 +95,18 @@ std::string RecordReport(const ReportedRecord& reported, const Schema& schema,
 std::string DifferenceReport(const ReportedRecord& before, const ReportedRecord& after,
                              const ChartOptions& options) {
   const Record &old_record = *before.record, &new_record = *after.record;
+  const CameraMatch match(*old_record.message, *new_record.message, MatchBy::kAuto);
   std::vector<std::vector<std::string>> rows;
   for (const Difference& difference :
-       Compare(*old_record.message, *new_record.message, Tolerance())) {
-    rows.push_back({difference.path, difference.before, difference.after});
+       Compare(*old_record.message, *new_record.message, Tolerance(), match)) {
+    rows.push_back({difference.path, difference.before,
+                    difference.summary.empty() ? difference.after : difference.summary});
   }
-  const std::string intro = Paragraph("Two " + new_record.type->name() + " records, of " +
-                                      std::to_string(old_record.encoded_size) + " and " +
-                                      std::to_string(new_record.encoded_size) +
-                                      " bytes. Drawings show the first dashed.");
+  std::string intro = Paragraph("Two " + new_record.type->name() + " records, of " +
+                                std::to_string(old_record.encoded_size) + " and " +
+                                std::to_string(new_record.encoded_size) +
+                                " bytes. Drawings show the first dashed.");
+  if (match.moved()) intro += Paragraph("The " + match.Told() + "; paths are those of the first.");
   std::vector<Section> sections = {
       {"differences", "Differences",
        rows.empty() ? Paragraph("No field differs.")
@@ -113,6 +117,8 @@ std::string DifferenceReport(const ReportedRecord& before, const ReportedRecord&
     sections.push_back({one == &before ? "findings-before" : "findings-after",
                         "Findings in " + one->record->name, FindingsHtml(one->findings)});
   }
+  // The record is the caller's own, and is not told of any more.
+  OrderCamerasLike(*new_record.message, old_record.message.get());
   const std::string figures =
       FiguresOf(Overlay(ChartsOf(DrawnParts(new_record), options), new_record.name,
                         ChartsOf(DrawnParts(old_record), options), old_record.name));

@@ -13,7 +13,7 @@ using namespace zarvo::calibration_geometry;  // NOLINT: all of this is its arit
 
 namespace {
 
-constexpr int kAcross = 17, kSteps = 200;
+constexpr int kAcross = 17, kLeastSteps = 100, kHundredths = 100;  // of a degree
 constexpr double kPi = 3.14159265358979323846, kDegrees = 180 / kPi;
 constexpr double kWidest = 85 / kDegrees;  // a pinhole's image goes to infinity at 90 degrees
 constexpr double kLongest = 1.2;           // of an arrow, in distances of the grid
@@ -113,6 +113,25 @@ double Radius(const Camera& camera, double angle) {
   return at.status == Status::kOk ? at.pixel.u - camera.cx : -1;
 }
 
+// Up to which angle the lens is drawn: where its image reaches the corner, or its curve turns.
+double AngleOfCorner(const Camera& camera, double largest, double corner) {
+  double low = 0, high = largest;
+  for (int i = 0; i < 60; ++i) {
+    const double middle = (low + high) / 2, radius = Radius(camera, middle);
+    (radius >= 0 && radius < corner ? low : high) = middle;
+  }
+  return low;
+}
+
+// In hundredths of a degree: steps of lenses that are compared are multiples of each other.
+int StepUpTo(double angle) {
+  int step = 1;
+  for (const int wider : {2, 4, 20, 40, 80}) {
+    if (angle * kDegrees * kHundredths >= wider * kLeastSteps) step = wider;
+  }
+  return step;
+}
+
 Chart RadialChart(const Camera& camera, const std::string& model, const std::string& path) {
   Chart chart;
   chart.title = JoinPath(path, "lens") + ": radial curve";
@@ -128,7 +147,9 @@ Chart RadialChart(const Camera& camera, const std::string& model, const std::str
   const double corner =
       std::hypot(std::max(camera.cx, camera.width - camera.cx),
                  std::max(camera.cy, camera.height - camera.cy) * camera.fx / camera.fy);
-  const double largest = std::min(LargestAngle(radial), kPi);
+  // Just below the angle at which nothing is projected any more.
+  const double largest = std::min(LargestAngle(radial), kPi) * (1 - 1e-9);
+  const double end = AngleOfCorner(radial, largest, corner);
   ChartSeries lens, straight;
   lens.name = model;
   straight.name = "pinhole";
@@ -136,22 +157,23 @@ Chart RadialChart(const Camera& camera, const std::string& model, const std::str
   straight.second = true;
   lens.connected = straight.connected = lens.smooth = straight.smooth = true;
   lens.element = straight.element = "curve";
-  double reached = 0;
-  for (int i = 0; i <= kSteps && reached < corner; ++i) {
-    // Just below the angle, at which nothing is projected any more.
-    const double angle = largest * (1 - 1e-9) * i / kSteps;
-    const double radius = Radius(radial, angle);
-    if (radius < 0 || !IsDrawable(radius)) break;
-    reached = radius;
-    lens.points.push_back({angle * kDegrees, radius, static_cast<size_t>(i)});
+  const auto add = [&](double degrees) {
+    const double angle = degrees / kDegrees, radius = Radius(radial, angle);
+    if (radius < 0 || !IsDrawable(radius)) return;
+    const size_t index = lens.points.size();
+    lens.points.push_back({degrees, radius, index});
     const double flat = angle < kWidest ? Radius(pinhole, angle) : -1;
-    if (flat >= 0 && flat <= 1.5 * corner) {
-      straight.points.push_back({angle * kDegrees, flat, static_cast<size_t>(i)});
-    }
+    if (flat >= 0 && flat <= 1.5 * corner) straight.points.push_back({degrees, flat, index});
+  };
+  const int step = StepUpTo(end);
+  for (int i = 0; i < end * kDegrees * kHundredths; i += step) {
+    add(static_cast<double>(i) / kHundredths);
   }
+  add(end * kDegrees);
+  const double reached = lens.points.empty() ? 0 : lens.points.back().y;
   chart.marks.push_back({corner, "farthest corner of the image"});
   chart.notes.push_back(
-      reached < corner
+      reached < corner * (1 - 1e-6)
           ? "not monotonic inside the image: the curve turns at " +
                 RoundedText(largest * kDegrees) + " degrees, " + RoundedText(reached) +
                 " pixels from the principal point; the farthest corner is at " + RoundedText(corner)

@@ -496,6 +496,44 @@ TEST(OverlayTest, SmallOnesStandInRows) {
   EXPECT_EQ(titles, expected + "no points\n");
 }
 
+// Of a curve and what it is compared with, only the curve is drawn twice.
+TEST(OverlayTest, LeavesOutWhatACurveIsComparedWith) {
+  Chart after = CurveOf({0, 2, 5}), before = CurveOf({0, 1, 3});
+  for (Chart* chart : {&after, &before}) {
+    chart->series[0].smooth = true;
+    chart->series.push_back(chart->series[0]);
+    chart->series[1].second = true;
+    chart->series[1].points[2].y = 99;
+  }
+  const std::vector<Chart> charts = Overlay({after}, "new", {before}, "old");
+  ASSERT_EQ(charts[0].series.size(), 2u);
+  EXPECT_EQ(charts[0].series[1].points.size(), 3u);
+  ASSERT_EQ(charts[1].series[0].points.size(), 3u);
+  EXPECT_EQ(charts[1].series[0].points[2].y, 2);
+  EXPECT_TRUE(charts[1].series[0].smooth);
+  EXPECT_EQ(charts[1].notes[0], "largest 2 at 2");
+}
+
+TEST(OverlayTest, WhatHasOtherAxesStandsBeside) {
+  Chart after = CurveOf({1, 2}), before = CurveOf({3, 4});
+  before.x_name = "−y of the body";
+  const std::vector<Chart> charts = Overlay({after}, "new", {before}, "old");
+  ASSERT_EQ(charts.size(), 2u);
+  EXPECT_EQ(charts[0].heading, "curve");
+  EXPECT_EQ(charts[0].title, "new");
+  EXPECT_EQ(charts[1].title, "old");
+  EXPECT_EQ(charts[1].x_name, "−y of the body");
+  EXPECT_EQ(charts[0].size, ChartSize::kHalf);
+}
+
+TEST(OverlayTest, TellsWhichLinesAreWhose) {
+  Chart after;
+  after.title = "rig";
+  after.lines = {{{{0, 0}, {1, 1}}}};
+  const std::vector<Chart> charts = Overlay({after}, "new", {after}, "old");
+  EXPECT_EQ(charts[0].notes, std::vector<std::string>{"dashed and in another color: old"});
+}
+
 TEST(OverlayTest, TellsWhatOnlyOneHas) {
   Chart other = CurveOf({1});
   other.title = "another";
