@@ -104,6 +104,11 @@ void AppendTextCell(TableFormat format, const std::string& text, RowText* row) {
 
 char BetweenElements(TableFormat format) { return format == TableFormat::kJsonLines ? ',' : ' '; }
 
+// What the schema has no field of.
+[[noreturn]] void FailForKind(const FieldDescriptor* field) {
+  throw Failure(field->name() + ": is of a kind that no table holds");
+}
+
 // Calls visit(value, the default that is declared) with the value, or the element, that there is.
 template <typename Visit>
 void WithValue(const ColumnPath::Step& step, const Message& message, const Visit& visit) {
@@ -152,15 +157,6 @@ std::vector<std::string> TableFormatNames() {
   for (const NamedFormat& known : kFormats) names.emplace_back(known.name);
   return names;
 }
-
-namespace {
-
-// What the schema has no field of.
-[[noreturn]] void FailForKind(const FieldDescriptor* field) {
-  throw Failure(field->name() + ": is of a kind that no table holds");
-}
-
-}  // namespace
 
 TableFormat TableFormatNamed(const std::string& name) {
   const NamedFormat* known = kFormats;
