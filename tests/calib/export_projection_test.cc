@@ -7,6 +7,7 @@
 #include <array>
 #include <cmath>
 #include <functional>
+#include <map>
 #include <random>
 #include <sstream>
 #include <string>
@@ -14,6 +15,7 @@
 
 #include "calib/console/failure.h"
 #include "calib/tools/exporters.h"
+#include "tests/calib/mcap_by_hand.h"
 
 namespace calib {
 namespace {
@@ -313,6 +315,33 @@ std::vector<Camera> Nerfstudio(const Files& files) {
   return cameras;
 }
 
+// By the numbers that foxglove.CameraCalibration, FrameTransform, Vector3 and Quaternion give their
+// fields. A transform maps from the child to the parent.
+std::vector<Camera> Mcap(const Files& files) {
+  const by_hand::Mcap recording(files[0].text);
+  std::map<std::string, by_hand::Fields> poses;
+  for (const auto& [topic, message] : recording.messages) {
+    if (topic != "/tf") continue;
+    by_hand::Fields transform(message);
+    poses.emplace(transform.bytes[3], transform);
+  }
+  std::vector<Camera> cameras;
+  for (const auto& [topic, message] : recording.messages) {
+    if (topic.find("/calibration") == std::string::npos) continue;
+    by_hand::Fields camera(message);
+    const Lens lens =
+        LensOfMatrix(camera.List(6), camera.bytes[4] == "kannala_brandt", camera.List(5));
+    by_hand::Fields& pose = poses.at(camera.bytes[9]);
+    auto t = by_hand::Fields(pose.bytes[4]).doubles, q = by_hand::Fields(pose.bytes[5]).doubles;
+    const Point origin = {t[1], t[2], t[3]}, back = {-q[1], -q[2], -q[3]};
+    const double w = q[4];
+    cameras.emplace_back([=](const Point& p) {
+      return Project(lens, Rotate(w, back, {p[0] - origin[0], p[1] - origin[1], p[2] - origin[2]}));
+    });
+  }
+  return cameras;
+}
+
 // --- The test ------------------------------------------------------------------------------------
 
 struct Tool {
@@ -335,6 +364,7 @@ const Tool kTools[] = {
     {"colmap", From::kCamera, Colmap},
     {"colmap-rig", From::kFirstCamera, ColmapRig},
     {"nerfstudio", From::kReference, Nerfstudio},
+    {"mcap", From::kReference, Mcap},
 };
 
 CameraCalibration RecordOf(const std::vector<double>& k, const std::vector<double>& p,
@@ -407,11 +437,11 @@ TEST(ExportProjectionTest, PutsPointsWhereTheRecordDoes) {
     std::vector<double> k, p;
     size_t taken;  // by so many of the tools
   } lenses[] = {
-      {"none", {}, {}, 13},
-      {"four", {-0.28, 0.07}, {2e-4, 1.7e-5}, 12},
-      {"five", {-0.28, 0.07, -0.01}, {2e-4, 1.7e-5}, 8},
-      {"eight", {0.5, -0.2, 0.03, 0.8, -0.1, 0.02}, {2e-4, 1.7e-5}, 6},
-      {"fisheye", {0.01, -0.02, 0.003, -0.0004}, {}, 12},
+      {"none", {}, {}, 14},
+      {"four", {-0.28, 0.07}, {2e-4, 1.7e-5}, 13},
+      {"five", {-0.28, 0.07, -0.01}, {2e-4, 1.7e-5}, 9},
+      {"eight", {0.5, -0.2, 0.03, 0.8, -0.1, 0.02}, {2e-4, 1.7e-5}, 7},
+      {"fisheye", {0.01, -0.02, 0.003, -0.0004}, {}, 13},
   };
   const RigidTransform first =
       RigidTransform::FromRotationVector({0.1, -0.2, 1.5}, {0.02, -0.06, 0.01});
