@@ -36,14 +36,17 @@ void Append(const Flags& flags) {
   std::optional<int64_t> time;
   if (!flags.time.empty()) time = TimeNamed(flags.time);
   std::unique_ptr<LogAppender> appender;
+  std::optional<LogTimes> left;  // by a command that was stopped ahead of its record
   ForEachRecord(flags.paths, flags.input, [&](const Record& record) {
     if (type == nullptr) type = record.type;
     CheckLogType(flags.log, type, record);
     if (!flags.partial) CheckRequiredFields(record);
     if (appender == nullptr) {
       appender = std::make_unique<LogAppender>(flags.log, type, flags.keep_empty);
+      left.emplace(flags.log);
     }
-    if (time) LogTimes::Add(flags.log, appender->records(), *time);
+    const int64_t number = appender->records();
+    if (time || left->TimeOf(number)) LogTimes::Add(flags.log, number, time);
     appender->Append(record.name, Encode(Format::kBinary, *record.message));
   });
   if (appender != nullptr) appender->Commit();

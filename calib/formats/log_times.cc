@@ -29,6 +29,7 @@ LogTimes::LogTimes(const std::string& log) {
     int64_t record = 0;
     std::string date;
     if (!(words >> record >> date)) continue;
+    if (date == "-") times_.erase(record);
     if (const std::optional<int64_t> time = ParseDate(date)) times_[record] = *time;
   }
 }
@@ -38,11 +39,11 @@ std::optional<int64_t> LogTimes::TimeOf(int64_t record) const {
   return found == times_.end() ? std::nullopt : std::optional<int64_t>(found->second);
 }
 
-void LogTimes::Add(const std::string& log, int64_t record, int64_t time) {
+void LogTimes::Add(const std::string& log, int64_t record, std::optional<int64_t> time) {
   const std::string path = PathFor(log);
   OpenFile file(open(path.c_str(), O_RDWR | O_CREAT | O_APPEND | O_CLOEXEC, 0666));
   if (file.fd() < 0) FailForSystem(OutputName(path), "cannot be opened", errno);
-  std::string line = std::to_string(record) + " " + FormatDate(time) + "\n";
+  std::string line = std::to_string(record) + " " + (time ? FormatDate(*time) : "-") + "\n";
   // One that was not written to its end must not take this one with it.
   const off_t size = lseek(file.fd(), 0, SEEK_END);
   char last = '\n';

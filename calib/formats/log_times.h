@@ -4,7 +4,7 @@
 //   17 2026-03-01T12:00:00Z
 //
 // The line is written ahead of the record. If the record then does not come, the next one of that
-// number has a later line, and the last line counts.
+// number has a later line, "17 -" if its time is not kept, and the last line counts.
 #ifndef CALIB_FORMATS_LOG_TIMES_H_
 #define CALIB_FORMATS_LOG_TIMES_H_
 
@@ -21,8 +21,9 @@ class LogTimes {
   explicit LogTimes(const std::string& log);
 
   std::optional<int64_t> TimeOf(int64_t record) const;
-  // Throws Failure if the line cannot be written.
-  static void Add(const std::string& log, int64_t record, int64_t time);
+  // Of a record that is to be appended; none if its time is not kept. Throws Failure if the line
+  // cannot be written.
+  static void Add(const std::string& log, int64_t record, std::optional<int64_t> time);
 
  private:
   std::map<int64_t, int64_t> times_;
