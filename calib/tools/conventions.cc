@@ -99,11 +99,11 @@ const std::vector<Conventions>& AllConventions() {
   return all;
 }
 
-const Conventions& ConventionsOf(const std::string& format) {
+const Conventions& ConventionsOf(std::string_view format) {
   const std::vector<Conventions>& all = AllConventions();
   const auto found = std::find_if(all.begin(), all.end(),
                                   [&](const Conventions& of) { return of.format == format; });
-  if (found == all.end()) throw std::invalid_argument("no conventions of " + format);
+  if (found == all.end()) throw std::invalid_argument("no conventions of " + std::string(format));
   return *found;
 }
 

@@ -5,6 +5,7 @@
 #define CALIB_TOOLS_CONVENTIONS_H_
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "calib/tools/rigid_transform.h"
@@ -59,7 +60,7 @@ struct Conventions {
 const std::vector<Conventions>& AllConventions();
 
 // Those of a format that is in the table.
-const Conventions& ConventionsOf(const std::string& format);
+const Conventions& ConventionsOf(std::string_view format);
 
 }  // namespace calib
 
