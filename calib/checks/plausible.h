@@ -10,8 +10,6 @@
 
 namespace calib {
 
-constexpr double kRotationTolerance = 1e-4;
-
 // All findings of all rules, in the order of the record's messages. `rotation_tolerance` is how far
 // an element of the product of a rotation with its transpose may be off that of the identity.
 Findings FindImplausible(const google::protobuf::Message& record, double rotation_tolerance);

@@ -5,6 +5,7 @@
 #include "calib/checks/rules.h"
 #include "calib/console/number.h"
 #include "calib/console/number_rows.h"
+#include "calib/fields/camera_numbers.h"
 #include "calib/fields/field_path.h"
 #include "calib/fields/sample_views.h"
 
@@ -20,22 +21,8 @@ constexpr size_t kMostPoints = 5000;
 
 // The lens is told by the numbers of coefficients, as in intrinsics_rules.cc.
 std::optional<geometry::Camera> CameraOf(const CameraIntrinsics& in) {
-  geometry::Camera camera;
-  camera.fx = in.fx();
-  camera.fy = in.fy();
-  camera.skew = in.skew();
-  camera.cx = in.cx();
-  camera.cy = in.cy();
-  if (in.k_size() == 4 && in.p_size() == 0) {
-    camera.lens = geometry::Lens::kFisheye;
-    for (int i = 0; i < 4; ++i) camera.distortion[i] = in.k(i);
-    return camera;
-  }
   if (in.k_size() > 6 || in.p_size() > 2) return std::nullopt;
-  camera.lens = geometry::Lens::kBrown;
-  for (int i = 0; i < in.k_size(); ++i) camera.distortion[i < 2 ? i : i + 2] = in.k(i);
-  for (int i = 0; i < in.p_size(); ++i) camera.distortion[2 + i] = in.p(i);
-  return camera;
+  return AsCamera(in, in.k_size() == 4 && in.p_size() == 0);
 }
 
 // Of all views; nothing if one of them cannot be fitted, so that the sample points do not tell.

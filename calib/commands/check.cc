@@ -16,6 +16,7 @@
 #include "calib/fields/field_path.h"
 #include "calib/fields/fingerprint.h"
 #include "calib/fields/presence.h"
+#include "calib/fields/rigid_numbers.h"
 #include "calib/fields/unknown.h"
 #include "calib/formats/names.h"
 #include "calib/formats/record_reader.h"

@@ -14,6 +14,7 @@
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/fields/presence.h"
+#include "calib/fields/rigid_numbers.h"
 #include "calib/fields/unknown.h"
 #include "calib/formats/names.h"
 #include "calib/formats/record_reader.h"

@@ -6,6 +6,7 @@
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/number_rows.h"
+#include "calib/fields/rigid_numbers.h"
 #include "calib/formats/record_reader.h"
 #include "calib/formats/record_writer.h"
 #include "calib/tools/rig_geometry.h"
@@ -51,8 +52,10 @@ Transform ReadTransform(const std::string& path) {
   }
   Transform transform;
   for (size_t i = 0; i < 16; ++i) transform.m[i] = rows[i / 4].numbers[i % 4];
-  if (!(geometry::RotationDefect(transform) <= 1e-4)) {
-    throw Failure(name + ": is no rotation and translation within 1e-4", "Correct it there.");
+  if (!(geometry::RotationDefect(transform) <= kRotationTolerance)) {
+    throw Failure(
+        name + ": is no rotation and translation within " + ToDigits(kRotationTolerance, 1),
+        "Correct it there.");
   }
   return transform;
 }

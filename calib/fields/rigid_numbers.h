@@ -11,6 +11,10 @@
 
 namespace calib {
 
+// How far the product of a rotation with its transpose may be off the identity, in any element, for
+// numbers to be taken for one.
+constexpr double kRotationTolerance = 1e-4;
+
 struct RigidNumbers {
   zarvo::calibration_geometry::Transform transform;
   // How far it is off one: by the largest difference between an element of the product of the

@@ -6,6 +6,7 @@
 #include "calib/console/file.h"
 #include "calib/console/number.h"
 #include "calib/console/printable.h"
+#include "calib/fields/camera_numbers.h"
 #include "calib/fields/field_path.h"
 #include "calib/fields/presence.h"
 #include "calib/fields/walk.h"
@@ -19,8 +20,6 @@ using zarvo::calibration::CameraIntrinsics;
 using zarvo::calibration::RobotCalibration;
 
 namespace {
-
-constexpr size_t kFirstTangential = 2;  // in k1 k2 p1 p2 k3 k4 k5 k6
 
 GivenCamera Given(const Message& message, const std::string& path, const std::string& file) {
   if (message.GetDescriptor() == CameraIntrinsics::descriptor()) {
@@ -133,24 +132,8 @@ GivenCamera CameraCalled(const Message& record, const std::string& file, const s
 geometry::Camera GeometryOf(const GivenCamera& given, const LensModel* chosen,
                             const LensModel** model) {
   CheckNumbers(given);
-  const CameraIntrinsics& in = *given.intrinsics;
-  *model = &LensOf(in, given.place, chosen);
-  geometry::Camera camera;
-  camera.fx = in.fx();
-  camera.fy = in.fy();
-  camera.skew = in.skew();
-  camera.cx = in.cx();
-  camera.cy = in.cy();
-  camera.width = in.width();
-  camera.height = in.height();
-  const bool fisheye = (*model)->order == LensModel::Order::kFisheye;
-  camera.lens = fisheye ? geometry::Lens::kFisheye : geometry::Lens::kBrown;
-  for (int i = 0; i < in.k_size(); ++i) {
-    const bool behind = !fisheye && i >= static_cast<int>(kFirstTangential);
-    camera.distortion[behind ? i + 2 : i] = in.k(i);
-  }
-  for (int i = 0; i < in.p_size(); ++i) camera.distortion[kFirstTangential + i] = in.p(i);
-  return camera;
+  *model = &LensOf(*given.intrinsics, given.place, chosen);
+  return AsCamera(*given.intrinsics, (*model)->order == LensModel::Order::kFisheye);
 }
 
 geometry::Camera GeometryOf(const GivenCamera& given, const LensModel* chosen) {
@@ -182,7 +165,7 @@ void StoreGeometry(const geometry::Camera& camera, const LensModel& model, Camer
   in->clear_k();
   in->clear_p();
   for (int i = 0; i < model.k() + model.p(); ++i) {
-    const bool tangential = model.p() > 0 && (i == 2 || i == 3);
+    const bool tangential = i >= kFirstTangential && i < kFirstTangential + model.p();
     tangential ? in->add_p(camera.distortion[i]) : in->add_k(camera.distortion[i]);
   }
   if (camera.width > 0) in->set_width(camera.width);

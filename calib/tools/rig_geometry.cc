@@ -6,6 +6,7 @@
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/number_rows.h"
+#include "calib/fields/rigid_numbers.h"
 
 namespace calib {
 
@@ -13,7 +14,6 @@ using geometry::Transform;
 
 namespace {
 
-constexpr double kMostDefect = 1e-4;
 constexpr double kRounding = 1e-9;  // a defect that is not worth a word
 
 std::string Told(const std::string& direction) {
@@ -45,10 +45,11 @@ Transform TransformOf(const GivenCamera& camera, const ExtrinsicsFlags& flags) {
   Transform transform;
   std::copy(a.begin(), a.end(), transform.m);
   const double defect = geometry::RotationDefect(transform);
-  if (defect <= kMostDefect && !flags.orthonormalize) return transform;
+  if (defect <= kRotationTolerance && !flags.orthonormalize) return transform;
   if (!flags.orthonormalize) {
     throw Failure(place + " is no rotation and translation: R^T R differs from 1 by " +
-                      ToDigits(defect, 3) + ", which is more than " + ToDigits(kMostDefect, 3),
+                      ToDigits(defect, 3) + ", which is more than " +
+                      ToDigits(kRotationTolerance, 3),
                   "--orthonormalize takes the nearest rotation.");
   }
   if (!geometry::Orthonormalize(&transform)) {

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "calib/fields/rigid_numbers.h"
+
 namespace calib {
 
 struct Quaternion {
@@ -39,13 +41,12 @@ struct RigidTransform {
 // First b, then a.
 RigidTransform operator*(const RigidTransform& a, const RigidTransform& b);
 
-constexpr double kRotationWithin = 1e-4;
 // Further off are digits that files do not have.
 constexpr double kNearlyRotation = 0.01;
 
 // Why a matrix, by rows, is no rigid transform: "" if it is one, of four rows and columns, with a
 // rotation within `tolerance`.
-std::string WhyNotRigid(const std::vector<double>& rows, double tolerance = kRotationWithin);
+std::string WhyNotRigid(const std::vector<double>& rows, double tolerance = kRotationTolerance);
 
 // The cure where it is nearly a rotation.
 constexpr char kTakeNearest[] = "'calib transform --orthonormalize' takes the nearest rotation";

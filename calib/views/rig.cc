@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "calib/charts/chart.h"
+#include "calib/fields/rigid_numbers.h"
 #include "calib/views/chart_points.h"
 #include "calibration_common/calibration.pb.h"
 
@@ -21,7 +22,6 @@ using zarvo::calibration_geometry::Transform;
 
 namespace {
 
-constexpr double kLargestDefect = 1e-4;
 constexpr double kFrustumOfRig = 0.25;  // its depth, as a share of the rig's size
 constexpr double kWidestFrustum = 4;    // half of its width, in depths; beyond, lenses bend it much
 constexpr double kFarBody = 2.5;        // the body is drawn if it is no more rigs away
@@ -48,7 +48,7 @@ std::string ReadTransform(const CameraExtrinsics& extrinsics, Transform* transfo
     transform->m[i] = extrinsics.a(i);
   }
   const double defect = RotationDefect(*transform);
-  if (defect <= kLargestDefect) return "";
+  if (defect <= kRotationTolerance) return "";
   return "extrinsics.a is not rigid: its " +
          (std::isfinite(defect) ? "axes are off length 1 or right angles by " + RoundedText(defect)
                                 : std::string("axes mirror, or its last row is not 0 0 0 1"));
