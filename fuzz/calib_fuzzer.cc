@@ -1,7 +1,7 @@
 // Any file that the command calib reads: it is refused, with the file's name and what is wrong, or
 // it makes a record that is read back as it was from each format that can hold it. No file takes
 // more memory than its size lets it. What calib computes with the cameras of a record is a number,
-// or told to be none.
+// or told to be none (calib_computations.h).
 //
 // Which reader a target is about, calib_fuzzer_reader.cc says; see kReaders.
 #include <google/protobuf/message.h>
@@ -18,11 +18,11 @@
 #include "calib/formats/codec.h"
 #include "calib/images/calibration_image.h"
 #include "calib/images/png_file.h"
-#include "calib/tools/camera_geometry.h"
 #include "calib/tools/foreign.h"
 #include "calib/tools/foreign_tree.h"
+#include "calib/tools/import_fit.h"
 #include "calib/tools/import_formats.h"
-#include "calib/tools/rig_geometry.h"
+#include "fuzz/calib_computations.h"
 #include "fuzz/fuzzer.h"
 #include "tests/support/peak_memory.h"
 #include "tests/support/reflect.h"
@@ -94,28 +94,6 @@ void CheckReadsBack(const Message& record) {
   }
 }
 
-// Computes with whatever cameras there are: each number is one, or it is told why there is none.
-void Compute(const Message& record) {
-  for (const GivenCamera& given : CamerasOf(record, kFile)) {
-    if (given.extrinsics != nullptr) Try([&] { TransformOf(given, ExtrinsicsFlags()); });
-    geometry::Camera camera;
-    const LensModel* model = nullptr;
-    if (!Try([&] { camera = GeometryOf(given, nullptr, &model); })) continue;
-    for (const geometry::Pixel& pixel :
-         {geometry::Pixel{0, 0}, {camera.cx, camera.cy}, {1.0 * camera.width, 7}}) {
-      const geometry::Direction direction = geometry::Unproject(camera, pixel);
-      const bool there = direction.status == geometry::Status::kOk;
-      Require(there == std::isfinite(direction.ray.z), "a direction is finite, or is none");
-      geometry::Project(camera, direction.ray);
-    }
-    for (const int quarters : {1, 2}) geometry::Rotate(camera, quarters);
-    geometry::Scale(camera, 2, 2);
-    geometry::DifferenceOptions coarse;
-    coarse.columns = 4;
-    geometry::Compare(camera, camera, coarse);
-  }
-}
-
 // The first byte of the input chooses the type.
 template <Format format>
 void ReadRecord(const std::string& input) {
@@ -128,7 +106,7 @@ void ReadRecord(const std::string& input) {
   Require(fits == (record != nullptr), "what fits is what can be read");
   if (record == nullptr) return;
   CheckReadsBack(*record);
-  Compute(*record);
+  ComputeWithCameras(*record, kFile);
 }
 
 // --- Files of other tools ------------------------------------------------------------------------
@@ -160,6 +138,26 @@ void ReadTree(const std::string& input) {
           "the values are no more than the file and its aliases have room for");
 }
 
+// Fits take long: only the lenses of files that end with an empty line are fitted.
+bool IsToBeFitted(const std::string& input) {
+  return input.size() > 2 && input.compare(input.size() - 2, 2, "\n\n") == 0;
+}
+constexpr size_t kMemoryOfFits =
+    40000000;  // the grid of an image that is ten times as high as wide
+
+// What --fit makes of lenses that a record cannot hold.
+void Fit(const std::string& name, const std::vector<Foreign>& files, RobotCalibration* robot) {
+  if (!MayBeFitted(name)) return;
+  FitFlags flags;
+  flags.model = "equidistant";
+  flags.max_error = HUGE_VAL;
+  try {
+    FitCameras(name, files, flags, robot);
+  } catch (const Failure& failure) {
+    Require(!std::string(failure.what()).empty(), "a refusal says why");
+  }
+}
+
 // A form feed stands between the two files of a stereo calibration, which are text.
 void Import(const std::string& name, const std::string& input) {
   RobotCalibration robot;
@@ -175,9 +173,11 @@ void Import(const std::string& name, const std::string& input) {
     Require(format != formats.end(), "there is a format " + name);
     format->import(files, nullptr, &robot);
     for (const Foreign& file : files) file.ForEachLeftover(CheckLeftover);
+    if (IsToBeFitted(input)) Fit(name, files, &robot);
   });
   if (!imported) return;
-  Compute(robot);
+  ComputeWithCameras(robot, kFile);
+  ExportToAll(robot, kFile);
   for (const char* type : {"RobotCalibration", "CameraCalibration", "CameraIntrinsics"}) {
     Try([&] { CheckReadsBack(ImportedRecord(kFile, RecordType(type), robot, CheckLeftover)); });
   }
@@ -267,7 +267,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   const std::string input(reinterpret_cast<const char*>(data), size);
   const zarvo::calibration::testing::PeakMemory memory;
   reader.read(input);
-  Require(memory.bytes() <= reader.memory_a_byte * size + 20000000,
+  const size_t fits = calib::IsToBeFitted(input) ? calib::kMemoryOfFits : 0;
+  Require(memory.bytes() <= reader.memory_a_byte * size + 20000000 + fits,
           "memory is bounded by the size: " + std::to_string(memory.bytes()) + " bytes");
   return 0;
 }
