@@ -58,6 +58,10 @@ Chart ChartOf(const std::vector<DriftRow>& rows, const std::string& quantity) {
     chart.series.back().points.push_back({static_cast<double>(row.order), *change, row.order, gap});
     gap = false;
   }
+  if (LegendOf(chart).empty() && chart.series.size() > 1) {
+    chart.notes.push_back(std::to_string(chart.series.size()) +
+                          " cameras: a point tells which when pointed at; --camera draws one");
+  }
   return chart;
 }
 
