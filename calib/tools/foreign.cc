@@ -76,6 +76,24 @@ bool ReadCount(const std::string& text, int32_t* count) {
   return true;
 }
 
+// What cameras are kept in as well, but not as text.
+void RefuseOtherForms(const std::string& file, const std::string& text) {
+  static const struct {
+    const char *begin, *what, *cure;
+  } forms[] = {
+      {"\x1f\x8b", "is compressed", "Decompress it first, with gunzip."},
+      {"#ROSBAG V", "is a bag of ROS 1", "Make an MCAP file of it, with 'mcap convert'."},
+      {"SQLite format 3", "is an SQLite database, as bags of ROS 2 are",
+       "Make an MCAP file of it, with 'ros2 bag convert' or 'mcap convert'."},
+      {"PK\x03\x04", "is a zip file, as NumPy's .npz are",
+       "Write what is in it as YAML or JSON, with tolist()."},
+      {"\x93NUMPY", "is an array of NumPy", "Write it as YAML or JSON, with tolist()."},
+  };
+  for (const auto& form : forms) {
+    if (text.rfind(form.begin, 0) == 0) throw Failure(file + ": " + form.what, form.cure);
+  }
+}
+
 ForeignTree Load(const std::string& file, const std::string& text) {
   if (LooksLikeXml(text)) return LoadXml(file, text);
   if (IsIni(text)) return LoadIni(file, text);
@@ -116,9 +134,7 @@ Foreign Foreign::FromMcap(const std::string& file, ForeignTree tree) {
 
 Foreign Foreign::Parse(const std::string& file, std::string text) {
   if (BeginsAsMcap(text)) return ReadMcapCameras(file, text, {});
-  if (text.compare(0, 2, "\x1f\x8b") == 0) {
-    throw Failure(file + ": is compressed", "Decompress it first, with gunzip.");
-  }
+  RefuseOtherForms(file, text);
   // OpenCV's directive is no YAML, and so is YAML's own where no "---" follows; as a comment it
   // keeps the lines' count.
   if (text.compare(0, 5, "%YAML") == 0) text[0] = '#';
