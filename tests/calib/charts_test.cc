@@ -34,6 +34,7 @@ TEST(RangeTest, LeavesOutFewThatLieFarOff) {
                              {"too many wild", {1, 2, 3, 4, 5, 1e9, 1e9}, 1, 1e9},
                              {"all alike but one", {0, 0, 0, 0, 0, 7}, 0, 7},
                              {"a step", {0, 0, 0, 0, 1, 1, 1, 1}, 0, 1},
+                             {"half as long without it", {5, 10, 10, 11, 11, 17}, 5, 17},
                              {"a wide middle", {0, 1, 2, 3, 4, 13}, 0, 13}};
   for (const RangeCase& test : cases) {
     const Range range = RangeToDraw(test.values, 0.1);
@@ -64,6 +65,8 @@ TEST(LabelPlacesTest, TakesTheFirstThatIsFreeAndInside) {
   EXPECT_EQ(places.Take({{1, 1, 5, 5}}), 0);
   EXPECT_EQ(places.Take({{4, 4, 6, 6}, {8, 8, 11, 9}, {5, 5, 6, 6}}), 2);
   EXPECT_EQ(places.Take({{0, 0, 2, 2}, {-1, 0, 1, 1}}), -1);
+  EXPECT_EQ(places.Take({{6, 5, 7, 6}}), 0);  // which touches one
+  EXPECT_EQ(places.Take({{5, 6, 6, 7}}), 0);
 }
 
 TEST(ThinningTest, KeepsEveryCellOnce) {
