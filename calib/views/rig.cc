@@ -146,7 +146,7 @@ class LeftOut {
     const std::string name = path.empty() ? "the camera" : path;
     for (Group& group : groups_) {
       if (group.reason != reason) continue;
-      if (++group.count <= kMostNamed) group.names += ", " + name;
+      if (++group.count <= kMostNamed) group.names.append(", ").append(name);
       return;
     }
     if (groups_.size() < kMostReasons) {
@@ -160,9 +160,9 @@ class LeftOut {
   std::vector<std::string> Notes(const std::string& what) const {
     std::vector<std::string> notes;
     for (const Group& group : groups_) {
-      const std::string more =
-          group.count <= kMostNamed ? "" : ", ... " + std::to_string(group.count) + " in all";
-      notes.push_back(group.names + more + ": " + what + ": " + group.reason);
+      std::string note = group.names;
+      if (group.count > kMostNamed) note += ", ... " + std::to_string(group.count) + " in all";
+      notes.push_back(note.append(": ").append(what).append(": ").append(group.reason));
     }
     if (others_ > 0) {
       notes.push_back(std::to_string(others_) + " more cameras: " + what + ", for such reasons");
