@@ -37,7 +37,7 @@ bool LogRecovery::IsStrict(ByteView record) {
          FindUnknownFields(*record_).empty();
 }
 
-LogStretch LogRecovery::LongestChain(size_t begin) {
+LogStretch LogRecovery::FindChain(size_t begin, bool first) {
   LogStretch longest = {LogStretch::kGuessed, bytes_.size, bytes_.size, 0};
   // Where a record of a chain begins that was walked already, and where that chain ended.
   size_t known = 0, walked = 0;
@@ -45,6 +45,7 @@ LogStretch LogRecovery::LongestChain(size_t begin) {
   size_t next = 0;
   // No chain that begins later can be longer than what is left.
   for (size_t start = begin; bytes_.size - start > longest.end - longest.begin; ++start) {
+    if (first && longest.records > 0 && start >= longest.end) break;
     if (start == known && start < walked) {
       known = Frame(start, &record, &next) ? next : 0;
       continue;
@@ -85,7 +86,7 @@ std::vector<LogStretch> LogRecovery::Stretches() {
     return stretches;
   }
   for (size_t begin = damage; begin < bytes_.size;) {
-    const LogStretch chain = LongestChain(begin + 1);
+    const LogStretch chain = FindChain(begin + 1, true);
     stretches.push_back({LogStretch::kDamaged, begin, chain.begin, 0});
     if (chain.records > 0) stretches.push_back(chain);
     begin = chain.end;
