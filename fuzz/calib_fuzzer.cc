@@ -215,7 +215,10 @@ void WriteImage(const std::string& input) {
   if (!Try([&] { file = ImageFileOf(image, kFile); })) return;
   Require(!CompressionOf(file).empty(), "what is written is an image");
   Require(!has_samples || AreEqual(DecodePng(file, kFile), raster), "it has all samples");
-  Require(ImageUrl(image, kFile).compare(0, 11, "data:image/") == 0, "the URL is one");
+  std::string url;
+  Require(Try([&] { url = ImageUrl(image, kFile); }) == !IsCutOff(file),
+          "all that is whole is shown");
+  Require(url.empty() || url.compare(0, 11, "data:image/") == 0, "the URL is one");
 }
 
 // --- The targets ---------------------------------------------------------------------------------
