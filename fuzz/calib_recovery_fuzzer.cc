@@ -1,6 +1,6 @@
 // Any bytes, recovered as a log: all of them are told to be records or damage, in order; a log that
-// is whole is one stretch of records; and what is guessed is as long as any chain of records that
-// are strictly read, which the plain search below finds.
+// is whole is one stretch of records; and what is guessed is the first chain of records that are
+// strictly read, or the longest that overlaps it, which the plain search below finds.
 #include <google/protobuf/message.h>
 
 #include <algorithm>
@@ -90,17 +90,19 @@ void CheckOrder(const Log& log, const std::vector<LogStretch>& stretches) {
   Require(end == log.size(), "all bytes are told");
 }
 
-// What lies behind damage: the longest chain, of which only the first one of that length is taken.
+// What lies behind damage: the first chain, or of those that overlap the longest; of several that
+// are as long, the first.
 void CheckGuess(const Log& log, const LogStretch& damage, size_t guess_end) {
   size_t longest = 0, begin = log.size();
   for (size_t start = damage.begin + 1; start < log.size(); ++start) {
+    if (longest > 0 && start >= begin + longest) break;
     int64_t records = 0;
     const size_t end = log.Walk(start, log.size(), true, &records);
     if (end - start <= longest) continue;
     longest = end - start;
     begin = start;
   }
-  Require(damage.end == begin && guess_end == begin + longest, "the longest chain is guessed");
+  Require(damage.end == begin && guess_end == begin + longest, "the first chain is guessed");
 }
 
 void Check(const RecordInput& input) {
