@@ -19,9 +19,9 @@ LogRecovery::LogRecovery(const google::protobuf::Descriptor* type, ByteView byte
     : bytes_(bytes), record_(MessageFactory::generated_factory()->GetPrototype(type)->New()) {}
 
 bool LogRecovery::Frame(size_t at, ByteView* record, size_t* next) const {
-  ArrayInputStream stream(bytes_.data + at,
-                          static_cast<int>(std::min<size_t>(bytes_.size - at, INT_MAX)));
-  RecordLogReader reader(&stream);
+  const int left = static_cast<int>(std::min<size_t>(bytes_.size - at, INT_MAX));
+  ArrayInputStream stream(bytes_.data + at, left);
+  RecordLogReader reader(&stream, left);  // which copies nothing of a record that is longer
   if (reader.Next() != RecordLogReader::Result::kRecord) return false;
   *record = {reader.data(), static_cast<size_t>(reader.size())};
   *next = at + static_cast<size_t>(reader.end());
