@@ -308,11 +308,10 @@ def compare(before: Camera, after: Camera, fit: bool = True, distance: float = 0
         if c.count <= room:
             break
         room = c.count
-    displacements, status = displacements[:c.count].copy(), status[:c.count].copy()
-    displacements[status != Status.OK, 2:] = numpy.nan
+    seen, how = displacements[:c.count].copy(), status[:c.count].copy()
+    seen[how != Status.OK, 2:] = numpy.nan
     return Difference(_shaped(c.after_from_before, 4, 4), c.largest, c.mean,
-                      (c.where[0], c.where[1]), c.compared, displacements[:, :2],
-                      displacements[:, 2:], status)
+                      (c.where[0], c.where[1]), c.compared, seen[:, :2], seen[:, 2:], how)
 
 
 class FittedLens(NamedTuple):

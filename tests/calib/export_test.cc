@@ -211,8 +211,8 @@ TEST(ExportTest, WritesTheFormThatHoldsTheLens) {
       EXPECT_EQ(Export(camera, "", given.format).compare(0, 8, "refused:"), 0);
       continue;
     }
-    const LensForm& form =
-        FormOf(camera.intrinsics(), "file:", nullptr, exporter.lenses, given.format);
+    const std::string file = "file:", format = given.format;
+    const LensForm& form = FormOf(camera.intrinsics(), file, nullptr, exporter.lenses, format);
     EXPECT_EQ(form.word, given.form);
     int lost = 0;
     VisitLostCoefficients(
