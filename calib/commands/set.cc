@@ -1,4 +1,4 @@
-// calib set FILE PATH=VALUE...
+// calib set FILE CHANGE...
 #include <memory>
 
 #include "calib/commands/commands.h"
@@ -39,7 +39,7 @@ void AddSet(Command* program, int* status) {
   const auto flags = std::make_shared<Flags>();
   command->AddOption("FILE", flags->path, "The file to change")->Required();
   command
-      ->AddOption("PATH=VALUE", flags->assignments,
+      ->AddOption("CHANGE", flags->assignments,
                   "What to change: PATH=VALUE sets a field or an element, PATH+=VALUE appends to a "
                   "repeated field, PATH= (nothing) clears a field or takes an element out")
       ->Required();
