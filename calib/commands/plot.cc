@@ -108,9 +108,8 @@ void AddPlot(Command* program, int* status) {
   command->Footer(
       "Draws the cameras of a rig from above and from the side, a camera's sample points over its "
       "image and how they cover it, what its lens does, focus transfer functions, the bins of "
-      "focus "
-      "checks, and a pan-tilt-zoom camera's intrinsics over its zoom. Each axis is named by its "
-      "field and has the field's own numbers. The image's y goes down.\n\n"
+      "focus checks, and a pan-tilt-zoom camera's intrinsics over its zoom. Each axis is named by "
+      "its field and has the field's own numbers. The image's y goes down.\n\n"
       "Examples:\n"
       "  calib plot rig.RobotCalibration.binpb --camera 0 --output cam0.svg\n"
       "  calib plot dome.PTZIntrinsics.binpb --terminal\n"

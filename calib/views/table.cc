@@ -110,6 +110,7 @@ char BetweenElements(TableFormat format) { return format == TableFormat::kJsonLi
 }
 
 // Calls visit(value, the default that is declared) with the value, or the element, that there is.
+// All lists of single values that there are hold floating-point numbers.
 template <typename Visit>
 void WithValue(const ColumnPath::Step& step, const Message& message, const Visit& visit) {
   const auto [field, i, r] = step;
@@ -122,19 +123,14 @@ void WithValue(const ColumnPath::Step& step, const Message& message, const Visit
       return visit(one ? r->GetFloat(message, field) : r->GetRepeatedFloat(message, field, i),
                    field->default_value_float());
     case FieldDescriptor::CPPTYPE_INT32:
-      return visit(one ? r->GetInt32(message, field) : r->GetRepeatedInt32(message, field, i),
-                   field->default_value_int32());
+      return visit(r->GetInt32(message, field), field->default_value_int32());
     case FieldDescriptor::CPPTYPE_INT64:
-      return visit(one ? r->GetInt64(message, field) : r->GetRepeatedInt64(message, field, i),
-                   field->default_value_int64());
+      return visit(r->GetInt64(message, field), field->default_value_int64());
     case FieldDescriptor::CPPTYPE_BOOL:
-      return visit(one ? r->GetBool(message, field) : r->GetRepeatedBool(message, field, i),
-                   field->default_value_bool());
+      return visit(r->GetBool(message, field), field->default_value_bool());
     case FieldDescriptor::CPPTYPE_STRING: {
       std::string space;
-      return visit(one ? r->GetStringReference(message, field, &space)
-                       : r->GetRepeatedStringReference(message, field, i, &space),
-                   field->default_value_string());
+      return visit(r->GetStringReference(message, field, &space), field->default_value_string());
     }
     default:
       FailForKind(field);
@@ -317,7 +313,6 @@ bool Table::AppendIfThere(const Message& message, const ColumnPath::Step& step,
   return there;
 }
 
-// All lists of single values that there are hold floating-point numbers.
 void Table::AppendList(const Message& message, const ColumnPath::Step& step, RowText* row) const {
   const auto [field, index, reflection] = step;
 // Later run-times would rather have their users call a function for each element.

@@ -4,7 +4,6 @@ C++, refusals, and the example of the page.
     formats_test.py HEADER-FOLDER INPUTS PAGE
 """
 
-import contextlib
 import io
 import os
 import pathlib
@@ -12,6 +11,7 @@ import re
 import sys
 import unittest
 
+import page_example
 from calibration_protolib import CameraCalibration, RobotCalibration, formats, formats_library
 from calibration_protolib.formats import FormatsError, NoteKind, WriteOptions
 
@@ -184,16 +184,11 @@ class Writing(unittest.TestCase):
 
 class Page(unittest.TestCase):
     def test_example_prints_what_is_shown(self):
-        text = PAGE.read_text(encoding="utf-8")
-        code, shown = re.search(r"```python\n(.*?)```\n+prints\n+```\n(.*?)```", text,
-                                re.DOTALL).groups()
-        printed = io.StringIO()
         folder = os.getcwd()
         os.chdir(INPUTS)
         self.addCleanup(os.chdir, folder)
-        with contextlib.redirect_stdout(printed):
-            exec(code, {})
-        self.assertEqual(printed.getvalue(), shown)
+        printed, shown = page_example.run(PAGE)
+        self.assertEqual(printed, shown)
 
 
 if __name__ == "__main__":

@@ -6,8 +6,6 @@ enumerator of the headers, refusals, and the example of the page.
 Ends with 77, for ctest's "Skipped", where numpy is not installed.
 """
 
-import contextlib
-import io
 import math
 import pathlib
 import re
@@ -20,6 +18,7 @@ except ImportError:
     print("skipped: needs Debian's package python3-numpy")
     sys.exit(77)
 
+import page_example
 from calibration_protolib import CameraIntrinsics, geometry, geometry_library
 from calibration_protolib.geometry import Camera, GeometryError, Lens, Status
 
@@ -186,13 +185,8 @@ class Made(unittest.TestCase):
 
 class Page(unittest.TestCase):
     def test_example_prints_what_is_shown(self):
-        text = PAGE.read_text(encoding="utf-8")
-        code, shown = re.search(r"```python\n(.*?)```\n+prints\n+```\n(.*?)```", text,
-                                re.DOTALL).groups()
-        printed = io.StringIO()
-        with contextlib.redirect_stdout(printed):
-            exec(code, {})
-        self.assertEqual(printed.getvalue(), shown)
+        printed, shown = page_example.run(PAGE)
+        self.assertEqual(printed, shown)
 
 
 if __name__ == "__main__":
