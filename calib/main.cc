@@ -2,7 +2,9 @@
 // elsewhere. One file a command (commands/); what they share lies in the folders beside it.
 #include <google/protobuf/stubs/common.h>
 
+#include <algorithm>
 #include <exception>
+#include <iterator>
 #include <string>
 
 #include "calib/commands/commands.h"
@@ -13,6 +15,52 @@
 
 namespace calib {
 namespace {
+
+// In the order of --help.
+constexpr struct {
+  const char* name;
+  void (*add)(Command* program, int* status);
+} kCommands[] = {
+    {"types", AddTypes},
+    {"show", AddShow},
+    {"convert", AddConvert},
+    {"check", AddCheck},
+    {"fingerprint", AddFingerprint},
+    {"diff", AddDiff},
+    {"get", AddGet},
+    {"set", AddSet},
+    {"merge", AddMerge},
+    {"log", AddLog},
+    {"table", AddTable},
+    {"drift", AddDrift},
+    {"plot", AddPlot},
+    {"report", AddReport},
+    {"image", AddImage},
+    {"import", AddImport},
+    {"export", AddExport},
+    {"project", AddProject},
+    {"unproject", AddUnproject},
+    {"undistort", AddUndistort},
+    {"undistort-image", AddUndistortImage},
+    {"rectify", AddRectify},
+    {"transform", AddTransform},
+    {"convert-lens", AddConvertLens},
+    {"scale", AddScale},
+    {"crop", AddCrop},
+    {"bin", AddBin},
+    {"rotate", AddRotate},
+    {"residuals", AddResiduals},
+};
+
+// The command that is named, or all if none is: to tell the parser of the options of all takes
+// longer than to read a small record.
+void AddCommands(Program* program, const std::string& named, int* status) {
+  const bool known = std::any_of(std::begin(kCommands), std::end(kCommands),
+                                 [&](const auto& command) { return command.name == named; });
+  for (const auto& command : kCommands) {
+    if (!known || command.name == named) command.add(program, status);
+  }
+}
 
 int Run(int argc, char** argv) {
   Program program("calib",
@@ -30,35 +78,7 @@ int Run(int argc, char** argv) {
                              : "\n\nThis build writes JSON, but does not read it: its protobuf "
                                "run-time skips in silence what it does not understand there."));
   int status = kFine;
-  AddTypes(&program, &status);
-  AddShow(&program, &status);
-  AddConvert(&program, &status);
-  AddCheck(&program, &status);
-  AddFingerprint(&program, &status);
-  AddDiff(&program, &status);
-  AddGet(&program, &status);
-  AddSet(&program, &status);
-  AddMerge(&program, &status);
-  AddLog(&program, &status);
-  AddTable(&program, &status);
-  AddDrift(&program, &status);
-  AddPlot(&program, &status);
-  AddReport(&program, &status);
-  AddImage(&program, &status);
-  AddImport(&program, &status);
-  AddExport(&program, &status);
-  AddProject(&program, &status);
-  AddUnproject(&program, &status);
-  AddUndistort(&program, &status);
-  AddUndistortImage(&program, &status);
-  AddRectify(&program, &status);
-  AddTransform(&program, &status);
-  AddConvertLens(&program, &status);
-  AddScale(&program, &status);
-  AddCrop(&program, &status);
-  AddBin(&program, &status);
-  AddRotate(&program, &status);
-  AddResiduals(&program, &status);
+  AddCommands(&program, argc > 1 ? argv[1] : "", &status);
   try {
     program.Run(argc, argv);
   } catch (const Failure& failure) {

@@ -8,19 +8,22 @@
 namespace calib {
 
 void AddTypes(Command* program, int* status);
-void AddReport(Command* program, int* status);
 void AddShow(Command* program, int* status);
 void AddConvert(Command* program, int* status);
 void AddCheck(Command* program, int* status);
 void AddFingerprint(Command* program, int* status);
-void AddPlot(Command* program, int* status);
-void AddImage(Command* program, int* status);
-void AddImport(Command* program, int* status);
-void AddExport(Command* program, int* status);
 void AddDiff(Command* program, int* status);
 void AddGet(Command* program, int* status);
 void AddSet(Command* program, int* status);
 void AddMerge(Command* program, int* status);
+void AddLog(Command* program, int* status);
+void AddTable(Command* program, int* status);
+void AddDrift(Command* program, int* status);
+void AddPlot(Command* program, int* status);
+void AddReport(Command* program, int* status);
+void AddImage(Command* program, int* status);
+void AddImport(Command* program, int* status);
+void AddExport(Command* program, int* status);
 void AddProject(Command* program, int* status);
 void AddUnproject(Command* program, int* status);
 void AddUndistort(Command* program, int* status);
@@ -33,19 +36,6 @@ void AddCrop(Command* program, int* status);
 void AddBin(Command* program, int* status);
 void AddRotate(Command* program, int* status);
 void AddResiduals(Command* program, int* status);
-void AddTypes(CLI::App* program, int* status);
-void AddShow(CLI::App* program, int* status);
-void AddConvert(CLI::App* program, int* status);
-void AddCheck(CLI::App* program, int* status);
-void AddPlot(CLI::App* program, int* status);
-void AddImport(CLI::App* program, int* status);
-void AddExport(CLI::App* program, int* status);
-void AddDiff(CLI::App* program, int* status);
-void AddGet(CLI::App* program, int* status);
-void AddMerge(CLI::App* program, int* status);
-void AddLog(Command* program, int* status);
-void AddTable(Command* program, int* status);
-void AddDrift(Command* program, int* status);
 
 }  // namespace calib
 
