@@ -22,32 +22,12 @@ import sys
 import tempfile
 import time
 
+from wire import length_delimited, sample_points, varint
+
 COLUMNS = ("name,serial,intrinsics.fx,intrinsics.fy,intrinsics.cx,intrinsics.cy,intrinsics.k,"
            "intrinsics.width,intrinsics.height,intrinsics.error_per_point,extrinsics.a")
 SOURCE = pathlib.Path(__file__).resolve().parent.parent
 LOGS = (("30 KB", 10000, 1240), ("340 bytes", 700000, 0))
-
-
-def varint(value):
-    digits = []
-    while value >= 0x80:
-        digits.append(value & 0x7F | 0x80)
-        value >>= 7
-    return bytes(digits + [value])
-
-
-def length_delimited(field, value):
-    return varint(8 * field + 2) + varint(len(value)) + value
-
-
-def sample_points(count):
-    points = []
-    for i in range(count):
-        values = (i % 40 * 18.25 + 0.125, i // 40 * 18.75 + 0.375, i % 40 * 0.03, i // 40 * 0.03)
-        point = b"".join(bytes([8 * n + 13]) + struct.pack("<f", v) for n, v in enumerate(values))
-        points.append(b"\x82\x01" + varint(len(point)) + point)
-    return b"".join(points)
-
 
 # Doubles behind their tags: fx, fy, skew, cx, cy, six of k, two of p; error_per_point; a[0..15].
 LENS = struct.Struct("<" + "Bd" * 13)

@@ -16,15 +16,9 @@ import struct
 import sys
 import tempfile
 
+from wire import sample_points, varint
+
 BLOCK = 1 << 20
-
-
-def varint(value):
-    digits = []
-    while value >= 0x80:
-        digits.append(value & 0x7F | 0x80)
-        value >>= 7
-    return bytes(digits + [value])
 
 
 def write_image(path, size):
@@ -39,12 +33,7 @@ def write_image(path, size):
 
 def write_points(path, size):
     """CameraIntrinsics with as many sample points as make the size."""
-    points = []
-    for i in range(1000):
-        values = (i % 40 * 18.25 + 0.125, i // 40 * 18.75 + 0.375, i % 40 * 0.03, i // 40 * 0.03)
-        point = b"".join(bytes([8 * n + 13]) + struct.pack("<f", v) for n, v in enumerate(values))
-        points.append(b"\x82\x01" + varint(len(point)) + point)
-    block = b"".join(points)
+    block = sample_points(1000)
     with open(path, "wb") as out:
         for field in range(1, 6):
             out.write(bytes([8 * field + 1]) + struct.pack("<d", 400))
