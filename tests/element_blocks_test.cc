@@ -17,6 +17,11 @@
 #include <typeinfo>
 #include <vector>
 
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/common_interface_defs.h>
+#include <unistd.h>
+#endif
+
 #include "calibration_common/calibration.pb.h"
 #include "tests/support/allocations.h"
 #include "tests/support/random_record.h"
@@ -603,6 +608,13 @@ TYPED_TEST(ElementBlocksTest, ListsOfTwoThreadsShareABlock) {
 }
 
 #ifdef __SANITIZE_ADDRESS__
+// A report that a death test is to find, wherever ASAN_OPTIONS sends reports.
+template <typename Action>
+void Report(const Action& action) {
+  __sanitizer_set_report_fd(reinterpret_cast<void*>(STDERR_FILENO));
+  action();
+}
+
 // AddressSanitizer knows an element that is gone from its neighbours that are not.
 TYPED_TEST(ElementBlocksTest, AreSeenToBeGone) {
   typename TypeParam::Record record;
@@ -610,7 +622,7 @@ TYPED_TEST(ElementBlocksTest, AreSeenToBeGone) {
   auto elements = this->Release(&record);
   const typename TypeParam::Element* gone = elements[0].get();
   elements[0].reset();
-  EXPECT_DEATH(gone->GetCachedSize(), "AddressSanitizer");
+  EXPECT_DEATH(Report([&] { gone->GetCachedSize(); }), "AddressSanitizer");
 }
 
 // And a slot that no element has taken yet.
@@ -619,7 +631,7 @@ TYPED_TEST(ElementBlocksTest, UnusedSlotsAreNoElements) {
   TypeParam::In(record).Reserve(100);
   this->Add(&record, 5);  // by themselves, two together, and the first of four
   const volatile char* last = reinterpret_cast<const char*>(&TypeParam::In(record).Get(4));
-  EXPECT_DEATH(static_cast<void>(last[sizeof(typename TypeParam::Element) + 16]),
+  EXPECT_DEATH(Report([&] { static_cast<void>(last[sizeof(typename TypeParam::Element) + 16]); }),
                "AddressSanitizer: use-after-poison");
 }
 #endif
