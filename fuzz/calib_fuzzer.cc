@@ -147,7 +147,7 @@ constexpr size_t kMemoryOfFits =
 
 // What --fit makes of lenses that a record cannot hold.
 void Fit(const std::string& name, const std::vector<Foreign>& files, RobotCalibration* robot) {
-  if (!MayBeFitted(name)) return;
+  if (!MayBeFitted(name, files)) return;
   FitFlags flags;
   flags.model = "equidistant";
   flags.max_error = HUGE_VAL;

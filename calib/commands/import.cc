@@ -63,11 +63,9 @@ const ImportFormat& Format(const Flags& flags, const std::vector<Foreign>& files
 
 void Fit(const std::vector<Foreign>& files, const ImportFormat& format, const Flags& flags,
          RobotCalibration* robot) {
-  if (!MayBeFitted(format.name)) {
+  if (!MayBeFitted(format.name, files)) {
     throw Failure(
-        Names(flags.paths) +
-            ": --fit is for files of kalibr, camodocal, basalt and colmap, and this is of " +
-            format.name,
+        Names(flags.paths) + ": --fit is for lenses that a record cannot hold, and it has none",
         "Leave --fit out; 'calib convert-lens' turns lenses that a record holds.");
   }
   FitCameras(format.name, files, flags.fit, robot);
@@ -139,8 +137,8 @@ void AddImport(Command* program, int* status) {
                     "What the distortion coefficients mean where the file does not tell; auto goes "
                     "by their number, unless there are 4");
   flags->fit.AddTo(command, "--fit",
-                   "Of omni (MEI), ds, eucm, ucm, fov, division and thin prism cameras, which a "
-                   "record cannot hold, make cameras of this lens, fitted over the image");
+                   "Of omni (MEI), ds, eucm, ucm, fov, division, thin prism and tilted cameras, "
+                   "which a record cannot hold, make cameras of this lens, fitted over the image");
   command
       ->AddRepeatedOption("--topic", flags->topics,
                           "Of MCAP: a topic of a camera's calibration; else all of them")

@@ -144,38 +144,55 @@ void Judge(const Camera& source, const FitOptions& options, FittedLens* fitted) 
   if (seen > 0) fitted->rms = std::sqrt(sum / static_cast<double>(seen));
 }
 
-FittedLens TryFitLens(const Camera& source, Lens target, int coefficients,
-                      const FitOptions& options) {
+// The lens that fits best from `start` on.
+FittedLens FitFrom(const Camera& start, const Camera& source, const std::vector<Sight>& sights,
+                   int coefficients, const FitOptions& options) {
   FittedLens result;
-  const int most = target == Lens::kBrown ? 14 : target == Lens::kFisheye ? 4 : 0;
-  if (coefficients < 0 || coefficients > most || target > Lens::kFisheye) return result;
-  if (source.width < 2 || source.height < 2 ||
-      Checked(Project(source, {0, 0, 1}).status) == Status::kNotACamera) {
-    result.status = Status::kNotACamera;
-    return result;
-  }
-  Camera& camera = result.camera;
-  camera = source;
-  camera.lens = target;
-  std::fill(camera.distortion, camera.distortion + 14, 0);
-  std::fill(camera.shape, camera.shape + 2, 0);
-  StartAt(source, &camera);
-  double end = options.largest_angle;
-  // What is at a right angle to the axis or behind it, no flat image holds.
-  if (target != Lens::kFisheye) end = std::min(end, kRightAngle - 1e-2);
-  std::vector<Sight> sights = Sights(source, kColumns, end);
-  if (static_cast<int>(2 * sights.size()) < 4 + coefficients) return result;
   double reach = 0;
   for (const Sight& sight : sights) reach = std::max(reach, sight.angle);
-  const Camera start = camera;
   for (const double keep_short : kShorts) {
-    camera = start;
-    if (!FitOutwards(sights, coefficients, keep_short, reach, &camera)) return result;
-    if (LargestAngle(camera) >= reach) break;
+    result.camera = start;
+    if (!FitOutwards(sights, coefficients, keep_short, reach, &result.camera)) return result;
+    if (LargestAngle(result.camera) >= reach) break;
   }
   Judge(source, options, &result);
   result.status = Status::kOk;
   return result;
+}
+
+bool IsBetter(const FittedLens& a, const FittedLens& b) {
+  if (a.status != Status::kOk || b.status != Status::kOk) return a.status == Status::kOk;
+  return a.unseen != b.unseen ? a.unseen < b.unseen : a.rms < b.rms;
+}
+
+FittedLens TryFitLens(const Camera& source, Lens target, int coefficients,
+                      const FitOptions& options) {
+  const int most = target == Lens::kBrown ? 14 : target == Lens::kFisheye ? 4 : 0;
+  if (coefficients < 0 || coefficients > most || target > Lens::kFisheye) return {};
+  if (source.width < 2 || source.height < 2 ||
+      Checked(Project(source, {0, 0, 1}).status) == Status::kNotACamera) {
+    FittedLens none;
+    none.status = Status::kNotACamera;
+    return none;
+  }
+  Camera start = source;
+  start.lens = target;
+  std::fill(start.distortion, start.distortion + 14, 0);
+  std::fill(start.shape, start.shape + 2, 0);
+  StartAt(source, &start);
+  double end = options.largest_angle;
+  // What is at a right angle to the axis or behind it, no flat image holds.
+  if (target != Lens::kFisheye) end = std::min(end, kRightAngle - 1e-2);
+  const std::vector<Sight> sights = Sights(source, kColumns, end);
+  if (static_cast<int>(2 * sights.size()) < 4 + coefficients) return {};
+  FittedLens fitted = FitFrom(start, source, sights, coefficients, options);
+  if (source.lens != target) return fitted;
+  // Of the same model, what the source has of the coefficients may be nearer: where numerator and
+  // denominator nearly cancel, there is no way to them from 0.
+  start = source;
+  std::fill(start.distortion + coefficients, start.distortion + 14, 0);
+  FittedLens other = FitFrom(start, source, sights, coefficients, options);
+  return IsBetter(other, fitted) ? other : fitted;
 }
 
 }  // namespace

@@ -161,10 +161,16 @@ void Foreign::Lose(const std::string& why) const {
   notebook_->remarks.emplace(tree().line(index_), Leftover{Place(), why, Leftover::Kind::kLens});
 }
 
-void Foreign::TakeBackLosses() const {
-  const auto is_below = [this](const std::string& place) {
-    return path_.empty() || place.find(": " + path_ + ".") != std::string::npos ||
-           place.find(": " + path_ + ": ") != std::string::npos;
+void Foreign::LoseLens(const std::string& why, std::vector<double> coefficients,
+                       const zarvo::calibration::CameraIntrinsics* record) const {
+  Lose(why);
+  notebook_->lost_lenses.push_back({path_, std::move(coefficients), record});
+}
+
+void Foreign::TakeBackLosses(const std::string& path) const {
+  const auto is_below = [&path](const std::string& place) {
+    return path.empty() || place.find(": " + path + ".") != std::string::npos ||
+           place.find(": " + path + ": ") != std::string::npos;
   };
   Remarks& remarks = notebook_->remarks;
   for (auto remark = remarks.begin(); remark != remarks.end();) {

@@ -17,7 +17,20 @@
 #include "calib/tools/foreign_tree.h"
 #include "calib/tools/leftovers.h"
 
+namespace zarvo {
+namespace calibration {
+class CameraIntrinsics;
+}  // namespace calibration
+}  // namespace zarvo
+
 namespace calib {
+
+// Coefficients of a lens, of which a record holds only the first ones.
+struct LostLens {
+  std::string path;  // of their list
+  std::vector<double> coefficients;
+  const zarvo::calibration::CameraIntrinsics* record;  // that holds those
+};
 
 class Foreign {
  public:
@@ -77,8 +90,14 @@ class Foreign {
   void NotKept(const std::string& why) const;
   void Lose(const std::string& why) const;
   void Convert(const std::string& how) const;
-  // Forgets what Lose() said of this value and of those below it: they were kept after all.
-  void TakeBackLosses() const;
+  // Lose() of this list of a lens's coefficients, which LostLenses() of the file tell of.
+  void LoseLens(const std::string& why, std::vector<double> coefficients,
+                const zarvo::calibration::CameraIntrinsics* record) const;
+  const std::vector<LostLens>& LostLenses() const { return notebook_->lost_lenses; }
+  // Forgets what Lose() said of this value and of those below it, or of those at and below another
+  // one's path: they were kept after all.
+  void TakeBackLosses() const { TakeBackLosses(path_); }
+  void TakeBackLosses(const std::string& path) const;
   // Visits all remarks, and makes NotKept() of what in and below this value was not used, topmost
   // values only.
   void ForEachLeftover(const LeftoverVisitor& visit) const;
@@ -93,6 +112,7 @@ class Foreign {
     std::set<std::string> used;  // paths
     std::set<Index> checked;     // maps that have no key twice
     Remarks remarks;
+    std::vector<LostLens> lost_lenses;
   };
 
   Foreign(std::string file, std::string path, Index index, std::shared_ptr<Notebook> notebook);

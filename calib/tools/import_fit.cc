@@ -225,22 +225,47 @@ const Reader* ReaderOf(const std::string& format) {
   return nullptr;
 }
 
+// What messages call it.
+std::string NameOf(const zarvo::calibration::CameraCalibration& camera) {
+  return camera.name().empty() ? "the camera" : camera.name();
+}
+
+// Brown's, of any format: what a record cannot hold of them are the last coefficients.
+void FitBrown(const Foreign& file, const FitFlags& fit, RobotCalibration* robot) {
+  for (const LostLens& lost : file.LostLenses()) {
+    for (auto& calibration : *robot->mutable_camera()) {
+      if (&calibration.intrinsics() != lost.record) continue;
+      const std::string name = NameOf(calibration);
+      Camera camera = GeometryOf({&calibration, lost.record, nullptr, name, name},
+                                 FindLensModel("rational_polynomial"));
+      std::copy(lost.coefficients.begin(), lost.coefficients.end(), camera.distortion);
+      fit.Store(camera, name, calibration.mutable_intrinsics());
+      file.TakeBackLosses(lost.path);
+    }
+  }
+}
+
 }  // namespace
 
-bool MayBeFitted(const std::string& format) { return ReaderOf(format) != nullptr; }
+bool MayBeFitted(const std::string& format, const std::vector<Foreign>& files) {
+  return ReaderOf(format) != nullptr ||
+         std::any_of(files.begin(), files.end(),
+                     [](const Foreign& file) { return !file.LostLenses().empty(); });
+}
 
 void FitCameras(const std::string& format, const std::vector<Foreign>& files, const FitFlags& fit,
                 RobotCalibration* robot) {
-  const Reader& reader = *ReaderOf(format);
-  const std::vector<Foreign> cameras = reader.cameras(files, *robot);
+  for (const Foreign& file : files) FitBrown(file, fit, robot);
+  const Reader* reader = ReaderOf(format);
+  if (reader == nullptr) return;
+  const std::vector<Foreign> cameras = reader->cameras(files, *robot);
   for (size_t i = 0; i < cameras.size(); ++i) {
-    std::optional<Camera> camera = reader.read(cameras[i]);
+    std::optional<Camera> camera = reader->read(cameras[i]);
     if (!camera) continue;
     auto* calibration = robot->mutable_camera(static_cast<int>(i));
     camera->width = calibration->intrinsics().width();
     camera->height = calibration->intrinsics().height();
-    const std::string& name = calibration->name();
-    fit.Store(*camera, name.empty() ? "the camera" : name, calibration->mutable_intrinsics());
+    fit.Store(*camera, NameOf(*calibration), calibration->mutable_intrinsics());
     cameras[i].TakeBackLosses();
   }
 }

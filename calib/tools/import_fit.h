@@ -11,9 +11,9 @@
 
 namespace calib {
 
-// Whether files of the format may have such lenses: omni (camodocal's MEI), ds, eucm, ucm, fov,
-// COLMAP's thin prism fisheye and division.
-bool MayBeFitted(const std::string& format);
+// Whether imported files of the format may have such lenses: omni (camodocal's MEI), ds, eucm, ucm,
+// fov, COLMAP's thin prism fisheye and division; of any format, Brown's with a thin prism or tilt.
+bool MayBeFitted(const std::string& format, const std::vector<Foreign>& files);
 
 // Fits a lens of the model to each camera of imported files whose own is one of them, stores it
 // in place of what the importer could store, and takes back what that said to be lost. Throws

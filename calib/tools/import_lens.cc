@@ -215,8 +215,9 @@ void LensImport::Store(const Foreign& list, std::vector<double> numbers,
     tangential ? intrinsics->add_p(numbers[i]) : intrinsics->add_k(numbers[i]);
   }
   if (!AllZeroFrom(numbers, kHeldOfBrown)) {
-    list.Lose("has a thin prism or tilt in [8] to [" + std::to_string(numbers.size() - 1) +
-              "], which k and p cannot hold");
+    list.LoseLens("has a thin prism or tilt in [8] to [" + std::to_string(numbers.size() - 1) +
+                      "], which k and p cannot hold",
+                  numbers, intrinsics);
   }
 }
 

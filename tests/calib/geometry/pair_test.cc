@@ -286,6 +286,25 @@ TEST(FitLensTest, RecoversWhatIsTheSameLens) {
   }
 }
 
+// Numerator and denominator nearly cancel, as they do in cameras of some makers, and a little is
+// there that the fitted lens does not have: from no distortion at all there is no way to them.
+TEST(FitLensTest, BeginsWithTheCoefficientsOfTheSameModel) {
+  Camera camera;
+  camera.lens = Lens::kBrown;
+  camera.width = 1280;
+  camera.height = 800;
+  camera.fx = camera.fy = 800;
+  camera.cx = 640;
+  camera.cy = 400;
+  const double coefficients[] = {-4.5, 15.25, 5e-4, -1.5e-3, 3.5, -4.75, 16.5, 0.5, 2e-4};
+  std::copy(std::begin(coefficients), std::end(coefficients), camera.distortion);
+  const FittedLens fitted = FitLens(camera, Lens::kBrown, 8, {});
+  ASSERT_EQ(Status::kOk, fitted.status);
+  EXPECT_LT(fitted.largest, 0.1);
+  EXPECT_NEAR(-4.5, fitted.camera.distortion[0], 0.1);
+  EXPECT_EQ(0, fitted.camera.distortion[8]);
+}
+
 // A unified camera with a mirror, of 190 degrees, as a fisheye: and as a lens that cannot be.
 TEST(FitLensTest, TellsWhereItHolds) {
   Camera omni;
