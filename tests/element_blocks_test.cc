@@ -183,6 +183,24 @@ TYPED_TEST(ElementBlocksTest, ShareAllocations) {
   }
 }
 
+// Elements that are appended one by one take blocks of as many as there are already: a list of few
+// keeps no memory for many.
+TYPED_TEST(ElementBlocksTest, BlocksGrowWithTheList) {
+  std::vector<int> expected = {1, 2, 3, 5, 9}, allocating;
+  if (alignof(std::max_align_t) < 16) {  // they share none
+    expected.resize(16);
+    std::iota(expected.begin(), expected.end(), 1);
+  }
+  typename TypeParam::Record record;
+  TypeParam::In(record).Reserve(100);
+  for (int count = 1; count <= 16; ++count) {
+    const long before = Allocations();
+    TypeParam::Add(&record);
+    if (Allocations() != before) allocating.push_back(count);
+  }
+  EXPECT_EQ(allocating, expected);
+}
+
 // Who keeps one element keeps no more than 4 KiB, or 16 elements if they are larger.
 TYPED_TEST(ElementBlocksTest, BlocksAreSmall) {
   using Record = typename TypeParam::Record;
