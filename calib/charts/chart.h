@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "calib/charts/axis.h"
+#include "calib/geometry/calibration_geometry.h"
 
 namespace calib {
 
@@ -56,6 +57,17 @@ struct ChartMark {
   std::string label;
 };
 
+// Where things are in space and how they are turned, which a chart shows from one side only.
+struct ChartPose {
+  size_t index;  // in the list that it comes from
+  zarvo::calibration_geometry::Transform from_thing;
+};
+struct ChartPoses {
+  std::string whole;    // what they make together, such as "rig"
+  std::string element;  // what the list is called that they come from
+  std::vector<ChartPose> poses;
+};
+
 enum class ChartSize { kWide, kHalf, kSmall };
 enum class Verdict { kNone, kPassed, kFailed };
 
@@ -72,6 +84,7 @@ struct Chart {
   std::vector<ChartCell> cells;
   std::vector<ChartLabel> labels;
   std::vector<ChartMark> marks;
+  ChartPoses poses;         // not drawn; what has become of them, overlay.h shows
   bool x_counts = false;    // x is an index: no ticks between whole numbers
   bool floats = false;      // the points' numbers were of single precision
   bool same_scale = false;  // of both axes

@@ -5,6 +5,14 @@
 #include <utility>
 
 namespace calib {
+
+using zarvo::calibration_geometry::Apply;
+using zarvo::calibration_geometry::Compose;
+using zarvo::calibration_geometry::Invert;
+using zarvo::calibration_geometry::Point;
+using zarvo::calibration_geometry::RotationVectorOf;
+using zarvo::calibration_geometry::Transform;
+
 namespace {
 
 struct Names {
@@ -176,6 +184,38 @@ Chart Difference(const Chart& after, const Chart& before) {
   return chart;
 }
 
+double DegreesBetween(const Transform& a, const Transform& b) {
+  const Point turn = RotationVectorOf(Compose(Invert(a), b));
+  return std::hypot(std::hypot(turn.x, turn.y), turn.z) * 180 / 3.14159265358979323846;
+}
+
+double DistanceBetween(const Transform& a, const Transform& b) {
+  const Point from = Apply(a, {0, 0, 0}), to = Apply(b, {0, 0, 0});
+  return std::hypot(std::hypot(to.x - from.x, to.y - from.y), to.z - from.z);
+}
+
+Chart PoseDifference(const ChartPoses& after, const ChartPoses& before, const std::string& what,
+                     const std::string& y_name,
+                     double (*between)(const Transform& a, const Transform& b)) {
+  Chart chart;
+  chart.title = after.whole + ": " + what;
+  chart.x_name = after.element;
+  chart.y_name = y_name;
+  chart.x_counts = true;
+  chart.size = ChartSize::kHalf;
+  chart.series.emplace_back();
+  chart.series[0].element = after.element;
+  for (const ChartPose& now : after.poses) {
+    for (const ChartPose& then : before.poses) {
+      if (then.index != now.index) continue;
+      chart.series[0].points.push_back(
+          {static_cast<double>(now.index), between(then.from_thing, now.from_thing), now.index});
+    }
+  }
+  NoteLargest(chart.series[0], true, &chart);
+  return chart;
+}
+
 // What has room in a row of its own with all its differences below.
 size_t Columns(const Chart& chart) {
   return chart.size == ChartSize::kWide ? 1 : chart.size == ChartSize::kHalf ? 2 : 4;
@@ -223,6 +263,12 @@ std::vector<Chart> Overlay(const std::vector<Chart>& after, const std::string& a
     }
     if (CountPoints(chart) + CountPoints(*other) > 0)
       differences.push_back(Difference(chart, *other));
+    if (chart.poses.poses.empty() || other->poses.poses.empty()) continue;
+    end_row();
+    charts.push_back(
+        PoseDifference(chart.poses, other->poses, "moved", "distance", DistanceBetween));
+    charts.push_back(
+        PoseDifference(chart.poses, other->poses, "turned", "degrees", DegreesBetween));
   }
   end_row();
   for (const Chart& chart : before) {

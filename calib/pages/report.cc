@@ -78,7 +78,7 @@ std::string RecordReport(const ReportedRecord& reported, const Schema& schema,
   intro += Paragraph(schema.Comment(record.type));
   std::vector<Section> sections = {{"findings", "Findings", FindingsHtml(reported.findings)}};
   const Rig rig = RigOf(PartsOfType(record, CameraCalibration::descriptor()), options.extrinsics);
-  const std::string turnable = rig.cameras > 0 ? TurnableRig(rig) : "";
+  const std::string turnable = !rig.poses.empty() ? TurnableRig(rig) : "";
   const std::string figures = FiguresOf(ChartsOf(DrawnParts(record), options));
   if (!figures.empty()) sections.push_back({"drawings", "Drawings", turnable + figures});
   const std::string images = ImagesHtml(record);

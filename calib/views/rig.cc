@@ -5,7 +5,6 @@
 #include <cmath>
 #include <utility>
 
-#include "calib/charts/chart.h"
 #include "calib/fields/rigid_numbers.h"
 #include "calib/views/chart_points.h"
 #include "calibration_common/calibration.pb.h"
@@ -31,6 +30,7 @@ constexpr size_t kMostReasons = 20;
 constexpr int kXColor = 1, kYColor = 2, kZColor = 0, kFrustumColor = 4, kBodyColor = 3;
 
 struct RigCamera {
+  size_t index;  // among all cameras
   const CameraCalibration* camera;
   std::string path;
   Transform body_from_camera;
@@ -204,7 +204,8 @@ Rig RigOf(const std::vector<Part>& parts, Extrinsics reading) {
   std::vector<RigCamera> cameras;
   LeftOut not_drawn, no_frustum;
   bool any = false;
-  for (const Part& part : parts) {
+  for (size_t i = 0; i < parts.size(); ++i) {
+    const Part& part = parts[i];
     const auto& camera = static_cast<const CameraCalibration&>(*part.message);
     any = any || camera.extrinsics().a_size() > 0;
     if (camera.extrinsics().a_size() == 0) {
@@ -221,12 +222,14 @@ Rig RigOf(const std::vector<Part>& parts, Extrinsics reading) {
       not_drawn.Add(part.path, "there are " + std::to_string(kMostDrawn) + " before it");
       continue;
     }
-    cameras.push_back({&camera, part.path,
+    cameras.push_back({i, &camera, part.path,
                        reading == Extrinsics::kBodyFromCamera ? transform : Invert(transform)});
   }
   if (!any) return rig;
   NoteReading(reading, &rig);
-  rig.cameras = cameras.size();
+  for (const RigCamera& camera : cameras) {
+    rig.poses.push_back({camera.index, camera.body_from_camera});
+  }
   const auto note = [&](const std::vector<std::string>& notes) {
     rig.notes.insert(rig.notes.end(), notes.begin(), notes.end());
   };

@@ -7,6 +7,7 @@
 #include <string>
 #include <vector>
 
+#include "calib/charts/chart.h"
 #include "calib/fields/parts.h"
 #include "calib/geometry/calibration_geometry.h"
 
@@ -38,7 +39,7 @@ struct Rig {
   std::vector<RigLine> lines;      // the body's axes, the cameras' axes and frusta
   std::vector<RigName> names;      // of the cameras and the body's axes
   std::vector<std::string> notes;  // the assumption, and what is not drawn, with the reason
-  size_t cameras = 0;              // drawn
+  std::vector<ChartPose> poses;    // of the cameras that are drawn, to the body
   // Axes of the body, x, y and z being 0, 1 and 2: the one that most cameras have above them, and
   // the one that they look along on the whole, each with its sign.
   int up = 2, up_sign = 1, forward = 0, forward_sign = 1;

@@ -54,10 +54,11 @@ std::vector<Chart> RigCharts(const Rig& rig) {
   std::vector<Chart> charts = {ProjectedChart(rig, "rig from above", RightOf(forward, up), forward),
                                ProjectedChart(rig, "rig from its right side", forward, up)};
   charts[0].notes = rig.notes;
-  if (rig.cameras == 0) {
+  if (rig.poses.empty()) {
     charts[0].plot = false;
     return {charts[0]};
   }
+  charts[1].poses = {"rig", "camera", rig.poses};
   charts[0].notes.push_back("Above is taken as " + up.Name() +
                             ", where the tops of the images are; y axes are dashed");
   return charts;

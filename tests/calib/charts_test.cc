@@ -431,6 +431,35 @@ TEST(OverlayTest, DifferencesKeepGaps) {
   EXPECT_EQ(told, "1:1 | 3:3 | 4:4 5:5 ");
 }
 
+// A chart shows things in space from one side; how far they have moved and turned is told of all
+// that both have.
+TEST(OverlayTest, PosesHaveTheirDifferencesBelow) {
+  Chart after, before;
+  after.title = before.title = "from above";
+  after.poses.whole = "rig";
+  after.poses.element = "camera";
+  using zarvo::calibration_geometry::Transform;
+  const Transform moved = {{1, 0, 0, 3, 0, 1, 0, 4, 0, 0, 1, 12, 0, 0, 0, 1}};
+  const Transform turned = {{0, -1, 0, 0, 1, 0, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1}};
+  after.poses.poses = {{0, moved}, {1, Transform()}, {3, turned}};
+  before.poses.poses = {{0, Transform()}, {2, Transform()}, {3, Transform()}};
+  const std::vector<Chart> charts = Overlay({after}, "new", {before}, "old");
+  ASSERT_EQ(charts.size(), 3u);
+  const char* const notes[] = {"largest 13 at camera[0]", "largest 90 at camera[3]"};
+  for (size_t i = 0; i < 2; ++i) {
+    const Chart& chart = charts[i + 1];
+    EXPECT_EQ(chart.title, i == 0 ? "rig: moved" : "rig: turned");
+    EXPECT_EQ(chart.notes, std::vector<std::string>{notes[i]});
+    ASSERT_EQ(chart.series[0].points.size(), 2u);
+    EXPECT_EQ(chart.series[0].points[1].index, 3u);
+    EXPECT_NEAR(chart.series[0].points[0].y, i == 0 ? 13 : 0, 1e-12);
+    EXPECT_NEAR(chart.series[0].points[1].y, i == 0 ? 0 : 90, 1e-12);
+  }
+  EXPECT_EQ(Overlay({after}, "new", {Chart(after)}, "old")[2].notes[0], "no difference");
+  before.poses.poses.clear();
+  EXPECT_EQ(Overlay({after}, "new", {before}, "old").size(), 1u);
+}
+
 TEST(OverlayTest, TellsVerdictsMarksAndHeadings) {
   const struct {
     Verdict verdict;
