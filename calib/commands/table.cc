@@ -1,40 +1,31 @@
 // calib table FILE...
 //
-// One thread reads the files and hands batches of encoded records to others, which decode them and
-// make their rows; rows are written in the order of the input. A few batches are under way at a
-// time, so that memory is bounded. On a single processor, and of records that are too large to be
-// copied, the reading thread makes the rows itself.
+// Each processor reads a batch of encoded records, decodes them and makes their rows, which are
+// written in the order of the input (console/in_order.h).
 #include "calib/views/table.h"
 
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <deque>
-#include <future>
+#include <exception>
 #include <memory>
-#include <optional>
 #include <sstream>
+#include <utility>
 
 #include "calib/commands/commands.h"
 #include "calib/console/arguments.h"
-#include "calib/console/date.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/file_list.h"
+#include "calib/console/in_order.h"
 #include "calib/console/output_file.h"
 #include "calib/console/processors.h"
 #include "calib/console/progress.h"
-#include "calib/formats/log_times.h"
+#include "calib/formats/record_batch.h"
 #include "calib/formats/record_reader.h"
 
 namespace calib {
 namespace {
-
-constexpr size_t kBatchBytes = size_t{1} << 18;
-constexpr size_t kBatchRecords = 1000;
-constexpr size_t kHeldBytes = size_t{1} << 20;    // of a batch, in blocks that it holds
-constexpr size_t kCopiedBytes = size_t{1} << 12;  // a record that is no larger is always copied
-constexpr size_t kLargeBytes = size_t{1} << 22;
 
 struct Flags {
   std::vector<std::string> paths;
@@ -43,71 +34,20 @@ struct Flags {
   TableOptions table;
 };
 
-// What is wrong with a file or a record, to be told in its turn.
-struct Trouble {
+// What is to be told of a file or a record, in its turn.
+struct Told {
   std::string what, remedy;
+  bool note;  // and nothing that went wrong
 };
 
-// Rows, behind which is told what is wrong with the records that have none.
-struct Rows {
-  RowText text;
-  std::vector<Trouble> troubles;
-  std::unique_ptr<google::protobuf::Message> record;  // the latest
-};
-
-void AppendRows(const Table& table, const EncodedRecord& encoded, const std::string& appended,
-                Rows* rows) {
-  try {
-    DecodeMessageInto(encoded, &rows->record);
-    table.AppendRows(*rows->record, {*encoded.file, encoded.index, appended}, &rows->text);
-  } catch (const Failure& failure) {
-    rows->troubles.push_back({failure.what(), failure.remedy()});
-  }
-}
-
-// Encoded records of some files, and what is wrong with files, in the order of the input; and the
-// rows that are made of them, behind those that it has already. The records lie one behind the
-// other in `bytes`, or where they were read. Used again for later ones, with the memory that it
+// Records, and the rows that are made of them. Used again for later ones, with the memory that it
 // has.
-struct Batch {
-  struct File {
-    std::string name;
-    const google::protobuf::Descriptor* type;
-    Format format;
-    bool many;
-  };
-  // What few items have.
-  struct Extra {
-    std::string appended;
-    std::optional<Trouble> trouble;  // in place of a record
-  };
-  struct Item {
-    size_t file, size;
-    int64_t index;
-    const char* held;  // null: the next ones of `bytes`
-    std::unique_ptr<Extra> extra;
-  };
-  std::vector<File> files;
-  std::vector<Item> items;
-  std::string bytes;
-  std::vector<std::shared_ptr<const char>> blocks;
-  size_t held = 0;  // bytes of records in them
-  Rows rows;
-
-  void Clear() {
-    files.clear();
-    items.clear();
-    bytes.clear();
-    blocks.clear();
-    held = 0;
-    rows.text.clear();
-    rows.troubles.clear();
-  }
-  bool Empty() const { return items.empty() && rows.text.size() == 0 && rows.troubles.empty(); }
-  bool Full() const {
-    return bytes.size() >= kBatchBytes || held >= kHeldBytes || items.size() >= kBatchRecords ||
-           rows.text.size() >= kBatchBytes;
-  }
+struct TableBatch {
+  RecordBatch records;
+  const Table* table;  // null as long as no file could be opened
+  RowText rows;
+  std::vector<Told> told;
+  std::unique_ptr<google::protobuf::Message> record;  // the latest
 };
 
 // Rows on the same terminal show it themselves.
@@ -126,31 +66,23 @@ size_t SizeOfAll(const std::vector<std::string>& paths) {
   return size;
 }
 
-std::unique_ptr<Batch> MakeRows(const Table* table, std::unique_ptr<Batch> batch) {
-  const std::string nothing;
-  const std::string_view bytes = batch->bytes;
-  EncodedRecord encoded = {};
-  size_t begin = 0, file = batch->files.size();
-  for (Batch::Item& item : batch->items) {
-    if (item.extra && item.extra->trouble) {
-      batch->rows.troubles.push_back(std::move(*item.extra->trouble));
-      continue;
-    }
-    if (item.file != file) {
-      file = item.file;
-      const Batch::File& from = batch->files[file];
-      encoded = {&from.name, from.type, from.format, {}, 0, from.many};
-    }
-    if (item.held != nullptr) {
-      encoded.bytes = {item.held, item.size};
-    } else {
-      encoded.bytes = bytes.substr(begin, item.size);
-      begin += item.size;
-    }
-    encoded.index = item.index;
-    AppendRows(*table, encoded, item.extra ? item.extra->appended : nothing, &batch->rows);
+void MakeRows(TableBatch* batch) {
+  for (const RecordBatch::Part& part : batch->records.parts()) {
+    for (const std::string& note : part.notes) batch->told.push_back({note, "", true});
+    const auto fail = [&](const Failure& failure) {
+      batch->told.push_back({failure.what(), failure.remedy(), false});
+    };
+    batch->records.VisitRecords(part, [&](const EncodedRecord& encoded, const std::string& date) {
+      try {
+        DecodeMessageInto(encoded, &batch->record);
+        batch->table->AppendRows(*batch->record, {*encoded.file, encoded.index, date},
+                                 &batch->rows);
+      } catch (const Failure& failure) {
+        fail(failure);
+      }
+    });
+    if (part.failure) fail(*part.failure);
   }
-  return batch;
 }
 
 // Writes rows as they come, and the header ahead of them.
@@ -175,16 +107,21 @@ class TableWriter {
 
 class TableMaker {
  public:
-  explicit TableMaker(const Flags& flags)
-      : flags_(flags), writer_(flags.output_path, flags.table.format) {}
+  TableMaker(const Flags& flags, const std::vector<std::string>& paths)
+      : flags_(flags),
+        writer_(flags.output_path, flags.table.format),
+        reader_(paths, flags.input, [this](const RecordFile& file) { TakeType(file); }) {}
 
-  int Run(const std::vector<std::string>& paths) {
-    const Progress progress(Progress::OfMany(),
-                            "reading " + std::to_string(paths.size()) + " files",
-                            ShowsProgress(flags_) ? SizeOfAll(paths) : 0);
-    for (const std::string& path : paths) Read(path);
-    Send();
-    while (!under_way_.empty()) Receive();
+  int Run() {
+    try {
+      InOrder<TableBatch>(CountProcessors(), {[this](TableBatch* batch) { return Fill(batch); },
+                                              [](TableBatch* batch) {
+                                                if (!batch->records.borrowed()) MakeRows(batch);
+                                              },
+                                              [this](TableBatch* batch) { Finish(batch); }});
+    } catch (const NoTable& no_table) {
+      throw Failure(no_table.failure);
+    }
     writer_.Commit();
     if (table_ == nullptr && troubles_ == 0) Note("there is no record to make a row of");
     if (troubles_ == 0) return kFine;
@@ -194,50 +131,19 @@ class TableMaker {
   }
 
  private:
-  void Read(const std::string& path) {
-    try {
-      RecordFile file(path, flags_.input);
-      TakeType(file);
-      const std::optional<LogTimes> times =
-          table_->NeedsTimes() ? std::optional<LogTimes>(SplitPath(path).path) : std::nullopt;
-      while (file.Next(&encoded_)) {
-        const std::optional<int64_t> time = times ? times->TimeOf(encoded_.index) : std::nullopt;
-        Add(file, time ? FormatDate(*time) : "");
-        if (batch_->Full()) Send();
-      }
-    } catch (const NoTable& no_table) {
-      throw Failure(no_table.what(), no_table.remedy());
-    } catch (const Failure& failure) {
-      batch_->items.push_back({0, 0, 0, nullptr, std::make_unique<Batch::Extra>()});
-      batch_->items.back().extra->trouble = {failure.what(), failure.remedy()};
-    }
-  }
+  // Of the table as a whole, which cannot go on, and not of a file that is read.
+  struct NoTable : std::exception {
+    explicit NoTable(const Failure& thrown) : failure(thrown) {}
+    Failure failure;
+  };
 
-  // The record that was read.
-  void Add(const RecordFile& file, const std::string& appended) {
-    if (processors_ < 2 || encoded_.bytes.size() >= kLargeBytes) {
-      if (!batch_->items.empty()) Send();
-      return AppendRows(*table_, encoded_, appended, &batch_->rows);
-    }
-    std::vector<Batch::File>& files = batch_->files;
-    if (files.empty() || files.back().name != *encoded_.file) {
-      files.push_back({*encoded_.file, encoded_.type, encoded_.format, encoded_.one_of_many});
-    }
-    const std::string_view bytes = encoded_.bytes;
-    auto block = bytes.size() > kCopiedBytes ? file.Hold(bytes) : nullptr;
-    batch_->items.push_back({files.size() - 1, bytes.size(), encoded_.index,
-                             block == nullptr ? nullptr : bytes.data(), nullptr});
-    if (block == nullptr) {
-      batch_->bytes += bytes;
-    } else {
-      batch_->held += bytes.size();
-      if (batch_->blocks.empty() || batch_->blocks.back() != block) {
-        batch_->blocks.push_back(std::move(block));
-      }
-    }
-    if (appended.empty()) return;
-    batch_->items.back().extra = std::make_unique<Batch::Extra>();
-    batch_->items.back().extra->appended = appended;
+  bool Fill(TableBatch* batch) {
+    batch->rows.clear();
+    batch->told.clear();
+    const bool more = reader_.Fill(&batch->records);
+    batch->table = table_.get();
+    if (batch->records.borrowed()) MakeRows(batch);
+    return more;
   }
 
   // The first file's type is the table's.
@@ -246,63 +152,38 @@ class TableMaker {
       try {
         table_ = std::make_unique<Table>(file.type(), flags_.table);
       } catch (const Failure& failure) {
-        throw NoTable(failure.what(), failure.remedy());
+        throw NoTable(failure);
       }
-      Write(table_->Header());
+      if (table_->NeedsTimes()) reader_.TellTimes();
     }
     if (file.type() == table_->type()) return;
     throw Failure(file.name() + ": is a " + file.type()->name() + ", and the table is of " +
                   table_->type()->name() + " records");
   }
 
-  void Send() {
-    if (batch_->Empty()) return;
-    // A small table is made at once.
-    const bool alone =
-        batch_->items.empty() ||
-        (under_way_.empty() && batch_->bytes.size() + batch_->held < kBatchBytes / 4);
-    under_way_.push_back(std::async(alone ? std::launch::deferred : std::launch::async, MakeRows,
-                                    table_.get(), std::move(batch_)));
-    const size_t most = processors_ < 2 ? 0 : 2 * static_cast<size_t>(processors_);
-    while (under_way_.size() > most) Receive();
-    if (spare_.empty()) spare_.push_back(std::make_unique<Batch>());
-    batch_ = std::move(spare_.back());
-    spare_.pop_back();
-  }
-
-  void Receive() {
-    std::unique_ptr<Batch> done = under_way_.front().get();
-    under_way_.pop_front();
-    Write(done->rows.text.view());
-    for (const Trouble& trouble : done->rows.troubles) TellFailure(trouble.what, trouble.remedy);
-    troubles_ += done->rows.troubles.size();
-    done->Clear();
-    spare_.push_back(std::move(done));
-  }
-
-  void Write(std::string_view rows) {
-    try {
-      writer_.Write(rows);
-    } catch (const Failure& failure) {
-      throw NoTable(failure.what(), failure.remedy());
+  void Finish(TableBatch* batch) {
+    if (batch->table != nullptr && !std::exchange(has_header_, true)) {
+      writer_.Write(batch->table->Header());
+    }
+    writer_.Write(batch->rows.view());
+    for (const Told& told : batch->told) {
+      if (told.note) {
+        Note(told.what);
+      } else {
+        TellFailure(told.what, told.remedy);
+        ++troubles_;
+      }
     }
   }
 
-  // Of the table as a whole, which cannot go on, and not of a file that is read.
-  class NoTable : public Failure {
-   public:
-    using Failure::Failure;
-  };
-
   const Flags& flags_;
-  const int processors_ = CountProcessors();
+  // Of the thread that finishes a batch.
   TableWriter writer_;
-  std::unique_ptr<Table> table_;
-  EncodedRecord encoded_;
-  std::unique_ptr<Batch> batch_ = std::make_unique<Batch>();
-  std::deque<std::future<std::unique_ptr<Batch>>> under_way_;
-  std::vector<std::unique_ptr<Batch>> spare_;
+  bool has_header_ = false;
   size_t troubles_ = 0;
+  // Of the thread that fills one.
+  RecordBatchReader reader_;
+  std::unique_ptr<Table> table_;
 };
 
 int MakeTable(Flags flags) {
@@ -319,7 +200,9 @@ int MakeTable(Flags flags) {
     const NameFacts facts = FactsFromName(path);
     return facts.format && facts.type != nullptr && (type == nullptr || facts.type == type);
   });
-  return TableMaker(flags).Run(files);
+  const Progress progress(Progress::OfMany(), "reading " + std::to_string(files.size()) + " files",
+                          ShowsProgress(flags) ? SizeOfAll(files) : 0);
+  return TableMaker(flags, files).Run();
 }
 
 }  // namespace

@@ -9,6 +9,8 @@
 #include <functional>
 #include <memory>
 #include <string_view>
+#include <utility>
+#include <vector>
 
 #include "calib/console/input_file.h"
 
@@ -22,7 +24,7 @@ class InputStream : public google::protobuf::io::ZeroCopyInputStream {
 
   bool Next(const void** data, int* size) override {
     if (next_ == end_) {
-      if (block_.use_count() != 1) block_.reset(new char[kBlock], std::default_delete<char[]>());
+      if (block_.use_count() != 1) TakeBlock();
       next_ = 0;
       end_ = file_->Read(block_.get(), kBlock);
       if (end_ == 0) return false;
@@ -48,21 +50,31 @@ class InputStream : public google::protobuf::io::ZeroCopyInputStream {
   }
   google::protobuf::int64 ByteCount() const override { return count_; }
 
-  // The block that the bytes, which were handed out, lie in; null if that was an earlier one, or
-  // one that is not full, of which a copy takes less memory.
-  std::shared_ptr<const char> BlockOf(std::string_view bytes) const {
+  // The block that the bytes, which were handed out, lie in, until more are read; null if that was
+  // an earlier one, or one that is not full, of which a copy takes less memory.
+  const std::shared_ptr<char>* BlockOf(std::string_view bytes) const {
     const std::less_equal<const char*> up_to;
     const char* const begin = block_.get();
     const bool inside = begin != nullptr && end_ == kBlock && up_to(begin, bytes.data()) &&
                         up_to(bytes.data() + bytes.size(), begin + end_);
-    return inside ? block_ : nullptr;
+    return inside ? &block_ : nullptr;
   }
 
  private:
   static constexpr size_t kBlock = size_t{1} << 18;
 
+  // One that nobody holds any more, or a new one.
+  void TakeBlock() {
+    for (std::shared_ptr<char>& other : others_) {
+      if (other.use_count() == 1) return block_.swap(other);
+    }
+    if (block_ != nullptr) others_.push_back(std::move(block_));
+    block_.reset(new char[kBlock], std::default_delete<char[]>());
+  }
+
   InputFile* const file_;
   std::shared_ptr<char> block_;
+  std::vector<std::shared_ptr<char>> others_;  // that were held when the next one was needed
   size_t next_ = 0, end_ = 0;
   google::protobuf::int64 count_ = 0;
 };

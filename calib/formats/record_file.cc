@@ -1,10 +1,10 @@
 #include "calib/formats/record_file.h"
 
 #include <algorithm>
+#include <utility>
 
 #include "calib/console/build_info.h"
 #include "calib/console/failure.h"
-#include "calib/console/file.h"
 #include "calib/fields/unknown.h"
 #include "calib/formats/codec.h"
 
@@ -57,11 +57,12 @@ bool MayHoldMany(const std::string& path, const InputFlags& flags) {
          !ChoiceOf(chosen, flags).single;
 }
 
-RecordFile::RecordFile(const std::string& path, const InputFlags& flags)
-    : RecordFile(SplitPath(path), flags) {}
+RecordFile::RecordFile(const std::string& path, const InputFlags& flags, Notes note)
+    : RecordFile(SplitPath(path), flags, std::move(note)) {}
 
-RecordFile::RecordFile(const ChosenPath& chosen, const InputFlags& flags)
-    : format_(InputFormat(chosen.path, flags, FactsFromName(chosen.path))),
+RecordFile::RecordFile(const ChosenPath& chosen, const InputFlags& flags, Notes note)
+    : note_(std::move(note)),
+      format_(InputFormat(chosen.path, flags, FactsFromName(chosen.path))),
       choice_(ChoiceOf(chosen, flags)),
       type_(InputType(chosen.path, flags)),
       file_(chosen.path),
@@ -99,7 +100,7 @@ bool RecordFile::AtEnd() const {
                   (count == 1 ? " record" : " records") + ", so there is no [" + choice_.text +
                   "]");
   }
-  Note(name() + ": has no record in [" + choice_.text + "]");
+  note_(name() + ": has no record in [" + choice_.text + "]");
   return false;
 }
 
@@ -124,7 +125,7 @@ int64_t RecordFile::CountRecords() {
   try {
     while (source_->Skip()) ++count;
   } catch (const DamagedLog& damaged) {
-    Note(damaged.what());
+    note_(damaged.what());
   }
   file_.Rewind();
   source_ = NewRecordSource(&file_, format_);

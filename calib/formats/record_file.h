@@ -6,10 +6,12 @@
 #include <google/protobuf/descriptor.h>
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <string>
 #include <string_view>
 
+#include "calib/console/file.h"
 #include "calib/console/input_file.h"
 #include "calib/formats/names.h"
 #include "calib/formats/record_choice.h"
@@ -38,9 +40,11 @@ bool MayHoldMany(const std::string& path, const InputFlags& flags);
 
 class RecordFile {
  public:
-  // Throws Failure if the file cannot be read, or if its type or its format is not known; where it
-  // is the type, the remedy names those that could hold what is in the file.
-  RecordFile(const std::string& path, const InputFlags& flags);
+  // What the user should know, though reading goes on, goes to `note`. Throws Failure if the file
+  // cannot be read, or if its type or its format is not known; where it is the type, the remedy
+  // names those that could hold what is in the file.
+  using Notes = std::function<void(const std::string& text)>;
+  RecordFile(const std::string& path, const InputFlags& flags, Notes note = Note);
 
   // Of the file, as messages call it.
   const std::string& name() const { return file_.name(); }
@@ -48,8 +52,10 @@ class RecordFile {
   // Whether there may be any number of records: not if the file holds one, or one is chosen.
   bool many() const { return format_.many && !choice_.single; }
 
-  // What keeps a record's bytes beyond the next one; see RecordSource.
-  std::shared_ptr<const char> Hold(std::string_view bytes) const { return source_->Hold(bytes); }
+  // What keeps the latest record's bytes beyond the next one; see RecordSource.
+  const std::shared_ptr<char>* Holder(std::string_view bytes) const {
+    return source_->Holder(bytes);
+  }
 
   // Replaces *record by the next one; false at the end. Throws DamagedLog where a log is torn or
   // damaged, or Failure, if the file cannot be read or the single record that is chosen is not in
@@ -57,11 +63,12 @@ class RecordFile {
   bool Next(EncodedRecord* record);
 
  private:
-  RecordFile(const ChosenPath& chosen, const InputFlags& flags);
+  RecordFile(const ChosenPath& chosen, const InputFlags& flags, Notes note);
   [[noreturn]] void FailForType();
   int64_t CountRecords();
   bool AtEnd() const;
 
+  const Notes note_;
   FileFormat format_;
   RecordChoice choice_;
   const google::protobuf::Descriptor* type_;

@@ -45,7 +45,7 @@ class Log : public RecordSource {
     *bytes = {reader_.data(), static_cast<size_t>(reader_.size())};
     return true;
   }
-  std::shared_ptr<const char> Hold(std::string_view bytes) const override {
+  const std::shared_ptr<char>* Holder(std::string_view bytes) const override {
     return stream_.BlockOf(bytes);
   }
   bool Skip() override {

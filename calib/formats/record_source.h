@@ -26,9 +26,9 @@ class RecordSource {
   // Makes *bytes the next record's, which stay until the next call. False at the end. Throws
   // DamagedLog, behind which nothing can be read, or Failure.
   virtual bool Next(std::string_view* bytes) = 0;
-  // What keeps these bytes where they are for as long as it is held; null if nothing can. To be
-  // given back by the thread that reads.
-  virtual std::shared_ptr<const char> Hold(std::string_view) const { return nullptr; }
+  // What keeps the latest record's bytes where they are for as long as a copy of it is held, which
+  // must not be given back while another thread reads; null if nothing can.
+  virtual const std::shared_ptr<char>* Holder(std::string_view) const { return nullptr; }
   // Passes over it.
   virtual bool Skip() = 0;
 };
