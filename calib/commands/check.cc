@@ -1,9 +1,14 @@
 // calib check FILE...
+//
+// Each processor reads a batch of encoded records and looks for what is wrong with them; that is
+// put together in the order of the input (console/in_order.h).
 #include <algorithm>
 #include <cstdint>
 #include <cstdlib>
+#include <iterator>
 #include <memory>
 #include <optional>
+#include <utility>
 
 #include "calib/checks/plausible.h"
 #include "calib/checks/report.h"
@@ -11,7 +16,9 @@
 #include "calib/console/arguments.h"
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
+#include "calib/console/in_order.h"
 #include "calib/console/printable.h"
+#include "calib/console/processors.h"
 #include "calib/fields/assignment.h"
 #include "calib/fields/field_path.h"
 #include "calib/fields/fingerprint.h"
@@ -19,6 +26,7 @@
 #include "calib/fields/rigid_numbers.h"
 #include "calib/fields/unknown.h"
 #include "calib/formats/names.h"
+#include "calib/formats/record_batch.h"
 #include "calib/formats/record_reader.h"
 
 namespace calib {
@@ -114,6 +122,12 @@ Findings FindAll(const Message& record, const Flags& flags) {
 struct Tally {
   int64_t records = 0, whole = 0, empty_at_end = 0;
 
+  void Add(const Tally& next) {
+    const bool all_empty = next.empty_at_end == next.records;
+    empty_at_end = next.empty_at_end + (all_empty ? empty_at_end : 0);
+    records += next.records;
+    whole += next.whole;
+  }
   std::string Summary(const CheckedFile& checked) const {
     std::string summary = checked.name + ": " + std::to_string(whole) +
                           (whole < records ? " of " + std::to_string(records) : "") + " whole " +
@@ -155,47 +169,133 @@ Finding AmongMany(Finding finding, int64_t record) {
   return finding;
 }
 
-// What is found in all records of a file.
-void CheckRecords(RecordFile* file, const Flags& flags, CheckedFile* checked) {
+// What is found in a part of a file.
+struct CheckedPart {
+  CheckedFile file;
   Tally tally;
-  EncodedRecord encoded;
-  std::unique_ptr<Message> record;
-  try {
-    while (file->Next(&encoded)) {
-      Findings findings = FindIn(encoded, flags, &record);
-      ++tally.records;
-      tally.whole += findings.empty();
-      tally.empty_at_end = encoded.bytes.empty() ? tally.empty_at_end + 1 : 0;
-      checked->size += encoded.bytes.size();
-      if (!file->many()) {
-        checked->name = encoded.name();
-        checked->empty = IsEmpty(*record);
-        checked->findings = std::move(findings);
-        continue;
-      }
-      for (Finding& finding : findings) {
-        checked->findings.push_back(AmongMany(std::move(finding), encoded.index));
-      }
+  std::optional<Failure> failure;  // why the file cannot be checked
+};
+
+// Records, and what is found in them.
+struct CheckBatch {
+  RecordBatch records;
+  std::vector<CheckedPart> checked;  // for each of their parts
+  std::unique_ptr<Message> record;   // the latest
+};
+
+void CheckRecords(const RecordBatch& records, const RecordBatch::Part& part, const Flags& flags,
+                  std::unique_ptr<Message>* record, CheckedPart* checked) {
+  CheckedFile& file = checked->file;
+  Tally& tally = checked->tally;
+  records.VisitRecords(part, [&](const EncodedRecord& encoded, const std::string&) {
+    Findings findings = FindIn(encoded, flags, record);
+    ++tally.records;
+    tally.whole += findings.empty();
+    tally.empty_at_end = encoded.bytes.empty() ? tally.empty_at_end + 1 : 0;
+    file.size += encoded.bytes.size();
+    if (!part.many) {
+      file.name = encoded.name();
+      file.empty = IsEmpty(**record);
+      file.findings = std::move(findings);
+      return;
     }
-  } catch (const DamagedLog& damaged) {
-    checked->findings.push_back(Malformed(file->name(), damaged.what()));
-  }
-  if (file->many()) checked->summary = tally.Summary(*checked);
+    for (Finding& finding : findings) {
+      file.findings.push_back(AmongMany(std::move(finding), encoded.index));
+    }
+  });
 }
 
-// Throws Failure if the file cannot be read; `checked` says so as well.
-void CheckFile(const std::string& path, const Flags& flags, CheckedFile* checked) {
-  checked->name = InputName(path);
-  try {
-    RecordFile file(path, flags.input);
-    checked->name = file.name();
-    checked->type = file.type()->name();
-    CheckRecords(&file, flags, checked);
-  } catch (const Failure& failure) {
-    checked->trouble = failure.what();
-    throw;
+void CheckBatchOf(const Flags& flags, CheckBatch* batch) {
+  batch->checked.clear();
+  for (const RecordBatch::Part& part : batch->records.parts()) {
+    CheckedPart& checked = batch->checked.emplace_back();
+    checked.file.name = part.name;
+    if (part.type != nullptr) checked.file.type = part.type->name();
+    try {
+      CheckRecords(batch->records, part, flags, &batch->record, &checked);
+    } catch (const Failure& failure) {
+      checked.failure = failure;
+      continue;
+    }
+    if (part.damaged) {
+      checked.file.findings.push_back(Malformed(part.name, part.failure->what()));
+    } else {
+      checked.failure = part.failure;
+    }
   }
 }
+
+// Puts together what was found in the parts of files, and reports it.
+class Checker {
+ public:
+  Checker(const Flags& flags, Report* report)
+      : flags_(flags),
+        report_(report),
+        failures_(flags.report.empty() ? flags.paths.size()
+                                       : 0),  // of a report, one file is no exception
+        reader_(flags.paths, flags.input) {}
+
+  void Run() {
+    InOrder<CheckBatch>(CountProcessors(), {[this](CheckBatch* batch) { return Fill(batch); },
+                                            [this](CheckBatch* batch) {
+                                              if (!batch->records.borrowed())
+                                                CheckBatchOf(flags_, batch);
+                                            },
+                                            [this](CheckBatch* batch) { Finish(batch); }});
+  }
+
+ private:
+  bool Fill(CheckBatch* batch) {
+    const bool more = reader_.Fill(&batch->records);
+    if (batch->records.borrowed()) CheckBatchOf(flags_, batch);
+    return more;
+  }
+
+  void Finish(CheckBatch* batch) {
+    for (size_t i = 0; i < batch->checked.size(); ++i) {
+      const RecordBatch::Part& part = batch->records.parts()[i];
+      if (part.file < files_) continue;  // it could not be checked
+      for (const std::string& note : part.notes) Note(note);
+      Add(&batch->checked[i]);
+      if (batch->checked[i].failure || part.last) EndFile(part, batch->checked[i].failure);
+    }
+  }
+
+  // What was found in the next part of a file.
+  void Add(CheckedPart* next) {
+    CheckedFile& file = next->file;
+    // The parts behind those that have the record of a single one are without.
+    if (file_.name.empty() || next->tally.records > 0) file_.name = file.name;
+    file_.type = file.type;
+    file_.size += file.size;
+    file_.empty |= file.empty;
+    std::move(file.findings.begin(), file.findings.end(), std::back_inserter(file_.findings));
+    tally_.Add(next->tally);
+  }
+
+  void EndFile(const RecordBatch::Part& part, const std::optional<Failure>& failure) {
+    failures_.Try([&] {
+      if (!failure) return;
+      file_.trouble = failure->what();
+      reader_.Abandon(part.file);
+      throw Failure(*failure);
+    });
+    if (part.many && !failure) file_.summary = tally_.Summary(file_);
+    report_->Add(std::exchange(file_, {}));
+    tally_ = {};
+    ++files_;
+  }
+
+  const Flags& flags_;
+  // Of the thread that finishes a batch.
+  Report* const report_;
+  Failures failures_;
+  size_t files_ = 0;  // that were reported
+  CheckedFile file_;  // the next one, as far as it was checked
+  Tally tally_;
+  // Of the thread that fills one.
+  RecordBatchReader reader_;
+};
 
 Assignment ParseExpected(const std::string& text) {
   Assignment expected = ParseAssignment(text);
@@ -220,12 +320,7 @@ int Check(Flags flags) {
   flags.fingerprint = ParseFingerprint(flags.fingerprint);
   const bool for_people = flags.report.empty();
   Report report(for_people ? ReportFormat::kText : ReportFormatNamed(flags.report));
-  Failures failures(for_people ? flags.paths.size() : 0);  // of a report, one file is no exception
-  for (const std::string& path : flags.paths) {
-    CheckedFile checked;
-    failures.Try([&] { CheckFile(path, flags, &checked); });
-    report.Add(std::move(checked));
-  }
+  Checker(flags, &report).Run();
   report.End();
   return report.failed() > 0 ? kTrouble : report.found() > 0 ? kFinding : kFine;
 }
