@@ -4,6 +4,7 @@
 // put together in the order of the input (console/in_order.h).
 #include <algorithm>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <iterator>
 #include <memory>
@@ -19,6 +20,7 @@
 #include "calib/console/in_order.h"
 #include "calib/console/printable.h"
 #include "calib/console/processors.h"
+#include "calib/console/progress.h"
 #include "calib/fields/assignment.h"
 #include "calib/fields/field_path.h"
 #include "calib/fields/fingerprint.h"
@@ -274,6 +276,8 @@ class Checker {
   }
 
   void EndFile(const RecordBatch::Part& part, const std::optional<Failure>& failure) {
+    // The next file may be on the terminal with how far it is read.
+    if (Progress::OnTerminal()) std::fputs("\r\033[K", stderr);
     failures_.Try([&] {
       if (!failure) return;
       file_.trouble = failure->what();

@@ -7,9 +7,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
-#include <exception>
 #include <memory>
 #include <sstream>
+#include <stdexcept>
 #include <utility>
 
 #include "calib/commands/commands.h"
@@ -120,7 +120,7 @@ class TableMaker {
                                               },
                                               [this](TableBatch* batch) { Finish(batch); }});
     } catch (const NoTable& no_table) {
-      throw Failure(no_table.failure);
+      throw Failure(no_table.what(), no_table.remedy);
     }
     writer_.Commit();
     if (table_ == nullptr && troubles_ == 0) Note("there is no record to make a row of");
@@ -132,9 +132,10 @@ class TableMaker {
 
  private:
   // Of the table as a whole, which cannot go on, and not of a file that is read.
-  struct NoTable : std::exception {
-    explicit NoTable(const Failure& thrown) : failure(thrown) {}
-    Failure failure;
+  struct NoTable : std::runtime_error {
+    explicit NoTable(const Failure& failure)
+        : std::runtime_error(failure.what()), remedy(failure.remedy()) {}
+    const std::string remedy;
   };
 
   bool Fill(TableBatch* batch) {
