@@ -5,11 +5,12 @@
 
 Makes two logs in a temporary folder, 10,000 cameras of 30 KB (with sample points) and 700,000 of 340
 bytes, and prints for `calib table`, `check` and `log count`: records a second and memory on one
-processor, processor time beside that of benchmark_log_limit, and records a second on two processors. That
-compares like with like: the limit of `table` makes the same bytes, which is looked at. Each figure is the
-least of N runs (5), which take turns; --records makes all logs so short. With the packages of npm that
-docs/fleet.md uses in FOLDER/fleet, prints the seconds of its steps for 10,000 robots, too.
-scripts/benchmark --fleet runs it.
+processor, processor time beside that of benchmark_log_limit, and records a second on two processors.
+That compares like with like: the limit of `table` makes the same bytes, which is looked at. Of the limit,
+two run at once on two processors, which tells what the machine has to gain. Each figure is the least of
+N runs (5), which take turns; --records makes all logs so short. With the packages of npm that docs/fleet.md
+uses in FOLDER/fleet, prints the seconds of its steps for 10,000 robots, too. scripts/benchmark --fleet
+runs it.
 """
 
 import argparse
@@ -27,6 +28,7 @@ from wire import length_delimited, sample_points, varint
 COLUMNS = ("name,serial,intrinsics.fx,intrinsics.fy,intrinsics.cx,intrinsics.cy,intrinsics.k,"
            "intrinsics.width,intrinsics.height,intrinsics.error_per_point,extrinsics.a")
 SOURCE = pathlib.Path(__file__).resolve().parent.parent
+TO_NOTHING = [(os.POSIX_SPAWN_OPEN, 1, os.devnull, os.O_WRONLY, 0)]
 LOGS = (("30 KB", 10000, 1240), ("340 bytes", 700000, 0))
 
 # Doubles behind their tags: fx, fy, skew, cx, cy, six of k, two of p; error_per_point; a[0..15].
@@ -62,15 +64,26 @@ def run(command, processors, notes):
     """What the command takes: seconds, processor time in seconds, largest memory in bytes."""
     # Python's own memory would count for a child that it starts itself.
     command = ["/usr/bin/time", "--format=%M", f"--output={notes}"] + command
-    to_nothing = [(os.POSIX_SPAWN_OPEN, 1, os.devnull, os.O_WRONLY, 0)]
     os.sched_setaffinity(0, processors)
     begin = time.perf_counter()
-    child = os.posix_spawn(command[0], command, os.environ, file_actions=to_nothing)
+    child = os.posix_spawn(command[0], command, os.environ, file_actions=TO_NOTHING)
     _, status, usage = os.wait4(child, 0)
     seconds = time.perf_counter() - begin
     if status != 0:
         sys.exit(f"fleet.py: {' '.join(command)}: ended with {status}")
     return seconds, usage.ru_utime + usage.ru_stime, int(notes.read_text()) * 1024
+
+
+def run_two(command, processors):
+    """How long two take that run at once, each on a processor of its own."""
+    begin = time.perf_counter()
+    children = []
+    for processor in processors:
+        os.sched_setaffinity(0, {processor})
+        children.append(os.posix_spawn(command[0], command, os.environ, file_actions=TO_NOTHING))
+    for child in children:
+        os.waitpid(child, 0)
+    return time.perf_counter() - begin
 
 
 def look_at_rows(table, limit, folder):
@@ -98,10 +111,11 @@ def measure(build, path, records, folder, runs):
     look_at_rows(commands["table"][0], limits["table"], folder)
     everywhere = sorted(os.sched_getaffinity(0))
     places = {1: {everywhere[0]}, 2: set(everywhere[:2])}
-    taken = {}
+    taken, two_at_once = {}, {what: [] for what in limits}
     for _ in range(runs):
         for what, command in limits.items():
             taken.setdefault(("limit", what), []).append(run(command, places[1], folder / "notes"))
+            two_at_once[what].append(run_two(command, everywhere[:2]))
         for what, (command, _) in commands.items():
             for processors, place in places.items():
                 taken.setdefault((what, processors), []).append(
@@ -111,7 +125,9 @@ def measure(build, path, records, folder, runs):
     print(f"  {'':<16} {'records/s':>11} {'MB':>6} {'time/limit':>11} {'on two':>9} {'gain':>6}")
     for what in limits:
         seconds, _, memory = best["limit", what]
-        print(f"  {'limit: ' + what:<16} {records / seconds:>11,.0f} {memory / 1e6:>6.0f}")
+        on_two = min(two_at_once[what]) / len(places[2])
+        print(f"  {'limit: ' + what:<16} {records / seconds:>11,.0f} {memory / 1e6:>6.0f} {'':>11} "
+              f"{records / on_two:>9,.0f} {seconds / on_two:>6.2f}")
     for what, (_, limit) in commands.items():
         seconds, processor_time, memory = best[what, 1]
         ratio = processor_time / best["limit", limit][1]
