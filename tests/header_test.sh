@@ -30,7 +30,7 @@ int $unit() {
   zarvo::calibration::RobotCalibration robot;
   robot.add_camera()->mutable_intrinsics()->add_k(0.5);
   delete new zarvo::calibration::CameraCalibration;  // which may share its allocation with others
-  return robot.camera(0).intrinsics().k_size();
+  return robot.camera(0).intrinsics().k_size() + robot.unknown_fields().field_count();
 }
 END
 done
@@ -105,11 +105,16 @@ for header in calib/{geometry/calibration_geometry,library/calibration_formats}_
   "$compiler" -x c -std=c99 -Wall -Wextra -Wpedantic -Wconversion -Werror -I "$source_folder" \
     -fsyntax-only "$folder/header.c"
 done
-for unit in one two; do
+for unit in one two log; do
   compile -std=c++11 -O2 -c "$folder/$unit.cc" -o "$folder/$unit.o"
 done
 # A partial link finds what both define without asking for the libraries.
-"$compiler" -r -nostdlib "$folder/one.o" "$folder/two.o" -o "$folder/both.o"
+"$compiler" -r -nostdlib "$folder"/{one,two,log}.o -o "$folder/both.o"
+# A library of the user's that shared a variable with others could not be unloaded any more.
+if readelf --symbols --wide "$folder/both.o" | grep 'UNIQUE.*DEFAULT.*zarvo'; then
+  echo "header_test: a header brings a variable that all libraries of a process share" >&2
+  exit 1
+fi
 
 compile -std=c++17 -fsyntax-only "$folder/names.cc"
 macros=$(compile -std=c++17 -E -dD "$folder/log.cc" "$folder/geometry.cc" "$folder/formats.cc" | awk '
