@@ -6,11 +6,9 @@
 
 namespace calib {
 
-using zarvo::calibration_geometry::Apply;
-using zarvo::calibration_geometry::Compose;
-using zarvo::calibration_geometry::Invert;
-using zarvo::calibration_geometry::Point;
-using zarvo::calibration_geometry::RotationVectorOf;
+using zarvo::calibration_geometry::AngleBetween;
+using zarvo::calibration_geometry::DistanceBetween;
+using zarvo::calibration_geometry::kDegree;
 using zarvo::calibration_geometry::Transform;
 
 namespace {
@@ -185,13 +183,7 @@ Chart Difference(const Chart& after, const Chart& before) {
 }
 
 double DegreesBetween(const Transform& a, const Transform& b) {
-  const Point turn = RotationVectorOf(Compose(Invert(a), b));
-  return std::hypot(std::hypot(turn.x, turn.y), turn.z) * 180 / 3.14159265358979323846;
-}
-
-double DistanceBetween(const Transform& a, const Transform& b) {
-  const Point from = Apply(a, {0, 0, 0}), to = Apply(b, {0, 0, 0});
-  return std::hypot(std::hypot(to.x - from.x, to.y - from.y), to.z - from.z);
+  return AngleBetween(a, b) / kDegree;
 }
 
 Chart PoseDifference(const ChartPoses& after, const ChartPoses& before, const std::string& what,

@@ -7,6 +7,7 @@
 #include "calib/checks/rules.h"
 #include "calib/console/number.h"
 #include "calib/fields/field_path.h"
+#include "calib/geometry/calibration_geometry.h"
 
 namespace calib {
 
@@ -16,8 +17,6 @@ using zarvo::calibration::PTZIntrinsics;
 using zarvo::calibration::PTZIntrinsicsItem;
 
 namespace {
-
-constexpr double kPi = 3.14159265358979323846;
 
 // "[-0.28, 0.07]"
 std::string Listed(const google::protobuf::RepeatedField<double>& values) {
@@ -69,7 +68,8 @@ std::optional<RadialCurve> CurveOf(const CameraIntrinsics& in) {
   for (const double value : k) {
     if (!std::isfinite(value)) return std::nullopt;
   }
-  if (k.size() == 4 && in.p_size() == 0) return RadialCurve{{k.begin(), k.end()}, {}, kPi};
+  if (k.size() == 4 && in.p_size() == 0)
+    return RadialCurve{{k.begin(), k.end()}, {}, zarvo::calibration_geometry::kPi};
   if (k.size() > 6 || in.p_size() > 2) return std::nullopt;
   const auto half = k.begin() + std::min(3, k.size());
   return RadialCurve{{k.begin(), half}, {half, k.end()}, 1e6};

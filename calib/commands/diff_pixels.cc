@@ -15,14 +15,13 @@ namespace calib {
 namespace {
 
 constexpr double kRounding = 1e-9;  // pixels
-constexpr double kDegree = 3.14159265358979323846 / 180;
 
 // What was taken out, such as "turned by 0.2 degrees about 0 1 0".
 std::string TakenOut(const geometry::Difference& difference, const PixelFlags& flags) {
   if (flags.no_fit) return "";
   const geometry::Point turn = geometry::RotationVectorOf(difference.after_from_before);
   const double angle = std::hypot(turn.x, turn.y, turn.z);
-  std::string text = "; a rotation of " + ToDigits(angle / kDegree, 4) + " degrees";
+  std::string text = "; a rotation of " + ToDigits(angle / geometry::kDegree, 4) + " degrees";
   if (angle > 0) {
     text += " about " + ToDigits(turn.x / angle, 3) + " " + ToDigits(turn.y / angle, 3) + " " +
             ToDigits(turn.z / angle, 3);

@@ -24,15 +24,20 @@ namespace {
 
 using zarvo::calibration::CameraExtrinsics;
 using zarvo::calibration::RobotCalibration;
+using zarvo::calibration_geometry::AngleBetween;
+using zarvo::calibration_geometry::DistanceBetween;
+using zarvo::calibration_geometry::kDegree;
 
 // What turned one transform into the other; "" if they are none.
 std::string Summary(const CameraExtrinsics& before, const CameraExtrinsics& after) {
   constexpr double kRigid = 0.01;
   const auto from = AsRigidNumbers(before.a()), to = AsRigidNumbers(after.a());
   if (!from || !to || from->off > kRigid || to->off > kRigid) return "";
-  std::string summary = "turned by " + Rounded(AngleBetween(*from, *to)) + " degrees";
+  std::string summary =
+      "turned by " + Rounded(AngleBetween(from->transform, to->transform) / kDegree) + " degrees";
   if (from->has_translation && to->has_translation) {
-    summary += ", moved by " + Rounded(DistanceBetween(*from, *to)) + " in the file's own unit";
+    summary += ", moved by " + Rounded(DistanceBetween(from->transform, to->transform)) +
+               " in the file's own unit";
   }
   return summary;
 }

@@ -9,8 +9,6 @@ namespace geometry = zarvo::calibration_geometry;
 
 namespace {
 
-constexpr double kDegrees = 180 / 3.14159265358979323846;
-
 // Reads the numbers as a matrix whose element (row, column) is at row * down + column * right.
 RigidNumbers Read(const google::protobuf::RepeatedField<double>& a, int down, int right) {
   RigidNumbers numbers = {{}, 0, a.size() > 9};
@@ -40,17 +38,6 @@ std::optional<RigidNumbers> AsRigidNumbers(const google::protobuf::RepeatedField
   }
   const RigidNumbers by_rows = Read(a, columns, 1), by_columns = Read(a, 1, rows);
   return by_columns.off < by_rows.off ? by_columns : by_rows;
-}
-
-double AngleBetween(const RigidNumbers& a, const RigidNumbers& b) {
-  const geometry::Point turn =
-      geometry::RotationVectorOf(geometry::Compose(geometry::Invert(a.transform), b.transform));
-  return std::hypot(turn.x, turn.y, turn.z) * kDegrees;
-}
-
-double DistanceBetween(const RigidNumbers& a, const RigidNumbers& b) {
-  const double *from = a.transform.m, *to = b.transform.m;
-  return std::hypot(from[3] - to[3], from[7] - to[7], from[11] - to[11]);
 }
 
 }  // namespace calib

@@ -29,11 +29,6 @@ struct RigidNumbers {
 // one is not finite.
 std::optional<RigidNumbers> AsRigidNumbers(const google::protobuf::RepeatedField<double>& a);
 
-// By how many degrees a rotation has to be turned to be the other one.
-double AngleBetween(const RigidNumbers& a, const RigidNumbers& b);
-// The distance of the translations, in their own unit.
-double DistanceBetween(const RigidNumbers& a, const RigidNumbers& b);
-
 }  // namespace calib
 
 #endif  // CALIB_FIELDS_RIGID_NUMBERS_H_

@@ -13,7 +13,6 @@ namespace calibration_geometry {
 
 namespace {
 
-constexpr double kPi = 3.14159265358979323846;
 constexpr double kNan = std::numeric_limits<double>::quiet_NaN();
 
 bool IsBent(const Camera& camera) {

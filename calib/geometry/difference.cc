@@ -18,7 +18,7 @@ namespace {
 using Eigen::Vector3d;
 
 constexpr int kMostColumns = 10000;
-constexpr double kFar = 5 * 3.14159265358979323846 / 180;
+constexpr double kFar = 5 * kDegree;
 
 Vector3d ToVector(const Point& point) { return {point.x, point.y, point.z}; }
 

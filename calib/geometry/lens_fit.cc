@@ -18,7 +18,7 @@ constexpr int kFineColumns = 120;  // of the grid that the errors are told of
 // Pixels for a coefficient of 1. Where numerator and denominator vanish together, a lens would have
 // a gap: then coefficients are kept small, as little as it takes.
 constexpr double kShorts[] = {0, 1e-3, 1e-2, 0.1, 1};
-constexpr double kRightAngle = 3.14159265358979323846 / 2;
+constexpr double kRightAngle = kPi / 2;
 
 struct Sight {
   Pixel pixel;

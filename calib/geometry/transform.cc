@@ -112,6 +112,15 @@ Point RotationVectorOf(const Transform& transform) noexcept {
   return {q.x * scale, q.y * scale, q.z * scale};
 }
 
+double AngleBetween(const Transform& a, const Transform& b) noexcept {
+  const Point turn = RotationVectorOf(Compose(Invert(a), b));
+  return std::hypot(std::hypot(turn.x, turn.y), turn.z);
+}
+
+double DistanceBetween(const Transform& a, const Transform& b) noexcept {
+  return std::hypot(std::hypot(a.m[3] - b.m[3], a.m[7] - b.m[7]), a.m[11] - b.m[11]);
+}
+
 Transform FromQuaternion(const Quaternion& rotation, const Point& translation) noexcept {
   const Eigen::Quaterniond q(rotation.w, rotation.x, rotation.y, rotation.z);
   return Assembled(q.normalized().toRotationMatrix(), translation);

@@ -13,9 +13,9 @@ namespace calib {
 
 namespace {
 
-constexpr double kDegree = 3.14159265358979323846 / 180;
-
-std::string Degrees(double angle) { return ToDigits(angle / kDegree, 3) + " degrees"; }
+std::string Degrees(double angle) {
+  return ToDigits(angle / zarvo::calibration_geometry::kDegree, 3) + " degrees";
+}
 
 }  // namespace
 
@@ -41,7 +41,7 @@ void FitFlags::Store(const geometry::Camera& camera, const std::string& place,
   const bool fisheye = target.order == LensModel::Order::kFisheye;
   geometry::FitOptions options;
   options.max_error = max_error;
-  options.largest_angle = up_to * kDegree;
+  options.largest_angle = up_to * zarvo::calibration_geometry::kDegree;
   const geometry::FittedLens fitted =
       geometry::FitLens(camera, fisheye ? geometry::Lens::kFisheye : geometry::Lens::kBrown,
                         target.k() + target.p(), options);

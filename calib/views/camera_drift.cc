@@ -54,17 +54,8 @@ void AddLens(const CameraIntrinsics& intrinsics, const LensReader& reader, Camer
   if (!reading.model.empty()) sample->lens = reading.camera;
 }
 
-// The angle between two rotations, in degrees.
-double Angle(const geometry::Transform& a, const geometry::Transform& b) {
-  constexpr double kDegrees = 57.29577951308232;
-  const geometry::Point axis =
-      geometry::RotationVectorOf(geometry::Compose(geometry::Invert(a), b));
-  return kDegrees * std::sqrt(axis.x * axis.x + axis.y * axis.y + axis.z * axis.z);
-}
-
-double Distance(const geometry::Transform& a, const geometry::Transform& b) {
-  return std::sqrt(std::pow(a.m[3] - b.m[3], 2) + std::pow(a.m[7] - b.m[7], 2) +
-                   std::pow(a.m[11] - b.m[11], 2));
+double DegreesBetween(const geometry::Transform& a, const geometry::Transform& b) {
+  return geometry::AngleBetween(a, b) / geometry::kDegree;
 }
 
 using Change = double (*)(const geometry::Transform& a, const geometry::Transform& b);
@@ -115,8 +106,9 @@ void AddRows(const CameraSample& now, const CameraSample* first, const CameraSam
     add("pixels", since_first, before == first ? since_first : Displacement(before, now));
   }
   if (!now.transform) return;
-  add("rotation", ChangeOf(Angle, first, now), ChangeOf(Angle, before, now));
-  add("position", ChangeOf(Distance, first, now), ChangeOf(Distance, before, now));
+  add("rotation", ChangeOf(DegreesBetween, first, now), ChangeOf(DegreesBetween, before, now));
+  add("position", ChangeOf(geometry::DistanceBetween, first, now),
+      ChangeOf(geometry::DistanceBetween, before, now));
 }
 
 }  // namespace

@@ -14,9 +14,8 @@ using namespace zarvo::calibration_geometry;  // NOLINT: all of this is its arit
 namespace {
 
 constexpr int kAcross = 17, kLeastSteps = 100, kHundredths = 100;  // of a degree
-constexpr double kPi = 3.14159265358979323846, kDegrees = 180 / kPi;
-constexpr double kWidest = 85 / kDegrees;  // a pinhole's image goes to infinity at 90 degrees
-constexpr double kLongest = 1.2;           // of an arrow, in distances of the grid
+constexpr double kWidest = 85 * kDegree;  // a pinhole's image goes to infinity at 90 degrees
+constexpr double kLongest = 1.2;          // of an arrow, in distances of the grid
 
 // Where a pinhole of the same focal lengths has what the lens has at a pixel.
 struct Moved {
@@ -38,7 +37,7 @@ bool PinholePixel(const Camera& camera, const Pixel& pixel, Moved* moved) {
 // 1, 2, 5, 10, ...: the largest that makes the longest no longer than that.
 double Enlargement(double longest, double at_most) {
   double factor = 1;
-  for (double power = 1; power <= 1e6; power *= 10) {
+  for (const double power : {1.0, 1e1, 1e2, 1e3, 1e4, 1e5, 1e6}) {
     for (const double step : {1.0, 2.0, 5.0}) {
       if (longest * step * power <= at_most) factor = step * power;
     }
@@ -127,7 +126,7 @@ double AngleOfCorner(const Camera& camera, double largest, double corner) {
 int StepUpTo(double angle) {
   int step = 1;
   for (const int wider : {2, 4, 20, 40, 80}) {
-    if (angle * kDegrees * kHundredths >= wider * kLeastSteps) step = wider;
+    if (angle / kDegree * kHundredths >= wider * kLeastSteps) step = wider;
   }
   return step;
 }
@@ -158,7 +157,7 @@ Chart RadialChart(const Camera& camera, const std::string& model, const std::str
   lens.connected = straight.connected = lens.smooth = straight.smooth = true;
   lens.element = straight.element = "curve";
   const auto add = [&](double degrees) {
-    const double angle = degrees / kDegrees, radius = Radius(radial, angle);
+    const double angle = degrees * kDegree, radius = Radius(radial, angle);
     if (radius < 0 || !IsDrawable(radius)) return;
     const size_t index = lens.points.size();
     lens.points.push_back({degrees, radius, index});
@@ -166,16 +165,16 @@ Chart RadialChart(const Camera& camera, const std::string& model, const std::str
     if (flat >= 0 && flat <= 1.5 * corner) straight.points.push_back({degrees, flat, index});
   };
   const int step = StepUpTo(end);
-  for (int i = 0; i < end * kDegrees * kHundredths; i += step) {
+  for (int i = 0; i < end / kDegree * kHundredths; i += step) {
     add(static_cast<double>(i) / kHundredths);
   }
-  add(end * kDegrees);
+  add(end / kDegree);
   const double reached = lens.points.empty() ? 0 : lens.points.back().y;
   chart.marks.push_back({corner, "farthest corner of the image"});
   chart.notes.push_back(
       reached < corner * (1 - 1e-6)
-          ? "not monotonic inside the image: the curve turns at " +
-                RoundedText(largest * kDegrees) + " degrees, " + RoundedText(reached) +
+          ? "not monotonic inside the image: the curve turns at " + RoundedText(largest / kDegree) +
+                " degrees, " + RoundedText(reached) +
                 " pixels from the principal point; the farthest corner is at " + RoundedText(corner)
           : "monotonic up to the farthest corner, " + RoundedText(corner) +
                 " pixels from the principal point");

@@ -83,17 +83,6 @@ TEST(RigidNumbersTest, IsTheSameInEveryLayout) {
   }
 }
 
-TEST(RigidNumbersTest, TellsSmallAngleHalfTurnAndDistance) {
-  const RigidNumbers identity = Transform({1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0});
-  for (const double degrees : {0., 1e-9, 0.01, 45., 90., 179.999999, 180.}) {
-    const double c = std::cos(degrees * M_PI / 180), s = std::sin(degrees * M_PI / 180);
-    const RigidNumbers turned = Transform({c, 0, s, 3, 0, 1, 0, 0, -s, 0, c, 4});
-    EXPECT_NEAR(AngleBetween(identity, turned), degrees, 1e-9 * degrees);
-    EXPECT_NEAR(AngleBetween(turned, identity), degrees, 1e-9 * degrees);
-    EXPECT_DOUBLE_EQ(DistanceBetween(turned, identity), 5);
-  }
-}
-
 // Three views of a target, whose points are seen half a pixel off, to all sides.
 zarvo::calibration::CameraIntrinsics WithSamples(bool fisheye) {
   namespace geometry = zarvo::calibration_geometry;

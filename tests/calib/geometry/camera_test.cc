@@ -144,7 +144,7 @@ TEST(CameraTest, SeesWhatIsBehindIfTheLensDoes) {
   Camera camera;
   camera.lens = Lens::kFisheye;
   camera.fx = camera.fy = 300;
-  const double angle = 95 * 3.14159265358979323846 / 180;
+  const double angle = 95 * kDegree;
   const Projected projected = Project(camera, {std::sin(angle), 0, std::cos(angle)});
   EXPECT_EQ(Status::kOk, projected.status);
   EXPECT_NEAR(300 * angle, projected.pixel.u, 1e-9);
@@ -295,8 +295,21 @@ TEST(TransformTest, EveryFormComesBack) {
     EXPECT_NEAR(p.x, q.x, 1e-14);
   }
   // Straight up, where roll and yaw are one.
-  const Transform up = FromRollPitchYaw({0.3, 3.14159265358979323846 / 2, 0.2}, {0, 0, 0});
+  const Transform up = FromRollPitchYaw({0.3, kPi / 2, 0.2}, {0, 0, 0});
   ExpectNear(up, FromRollPitchYaw(RollPitchYawOf(up), {0, 0, 0}), 1e-12);
+}
+
+TEST(TransformTest, TellsSmallAngleHalfTurnAndDistance) {
+  for (const double degrees : {0., 1e-9, 0.01, 45., 90., 179.999999, 180.}) {
+    const double c = std::cos(degrees * kDegree), s = std::sin(degrees * kDegree);
+    const Transform turned = {{c, 0, s, 3, 0, 1, 0, 12, -s, 0, c, 4, 0, 0, 0, 1}};
+    EXPECT_NEAR(AngleBetween(Transform(), turned), degrees * kDegree, 1e-11 * degrees);
+    EXPECT_NEAR(AngleBetween(turned, Transform()), degrees * kDegree, 1e-11 * degrees);
+    EXPECT_EQ(13, DistanceBetween(turned, Transform()));
+  }
+  std::mt19937 random(3);
+  const Transform a = RandomTransform(&random), b = RandomTransform(&random);
+  EXPECT_NEAR(AngleBetween(a, b), AngleBetween(Compose(b, a), Compose(b, b)), 1e-14);
 }
 
 TEST(TransformTest, FindsTheNearestRotation) {
