@@ -21,6 +21,9 @@ constexpr bool kArraysTakeAnySize = GOOGLE_PROTOBUF_VERSION < 3007000;
 // A Message& is parsed through a ParseContext, which hands over a stream in pieces.
 constexpr bool kParsesInPieces = GOOGLE_PROTOBUF_VERSION >= 3010000;
 
+// Calls on a class look for required fields however the run-time was built.
+constexpr bool kClassesCheckRequiredFields = GOOGLE_PROTOBUF_VERSION >= 3010000;
+
 // The run-time's own sizing of a message, by reflection.
 inline size_t SizeByReflection(const ::google::protobuf::Message& message) {
 #if GOOGLE_PROTOBUF_VERSION >= 3002000
