@@ -87,6 +87,8 @@ void Plugins(const char* first_path, const char* second_path) {
   Require(record->ShortDebugString() == "camera { name: \"left\" } camera { name: \"right\" }",
           "a record made in one library is not understood in the other");
   dlclose(first);
+  Require(dlopen(first_path, RTLD_NOW | RTLD_NOLOAD) == nullptr,
+          "a library that uses the records cannot be unloaded");
   Find<void(Message*, const char*)>(second, "AddCamera")(record.get(), "back");
   record.reset();
   dlclose(second);
