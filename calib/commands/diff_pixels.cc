@@ -77,12 +77,12 @@ void CheckSameCameras(const std::string& before, const std::vector<GivenCamera>&
                       " has " + std::to_string(old_cameras.size()),
                   "Compare records of the same cameras.");
   }
-  for (size_t i = 0; i < old_cameras.size(); ++i) {
-    if (old_cameras[i].name == new_cameras[i].name) continue;
-    throw Failure(after + ": camera " + std::to_string(i) + " is called " + new_cameras[i].name +
-                      ", in " + before + " it is " + old_cameras[i].name,
-                  "Compare records of the same cameras in the same order.");
-  }
+  size_t i = 0;
+  while (i < old_cameras.size() && old_cameras[i].name == new_cameras[i].name) ++i;
+  if (i == old_cameras.size()) return;
+  throw Failure(after + ": camera " + std::to_string(i) + " is called " + new_cameras[i].name +
+                    ", in " + before + " it is " + old_cameras[i].name,
+                "Compare records of the same cameras in the same order.");
 }
 
 // Of those that are left, the one that is the same camera: the first, where nothing was matched.

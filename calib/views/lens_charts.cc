@@ -60,10 +60,10 @@ Chart FieldChart(const Camera& camera, const std::string& model, const std::stri
   size_t none = 0;
   double longest = 0;
   Pixel where{0, 0};
-  for (double v = first_v; v < camera.height; v += step) {
-    for (double u = first_u; u < camera.width; u += step) {
+  for (int row = 0; first_v + row * step < camera.height; ++row) {
+    for (int column = 0; first_u + column * step < camera.width; ++column) {
       Moved moved;
-      if (!PinholePixel(camera, {u, v}, &moved)) {
+      if (!PinholePixel(camera, {first_u + column * step, first_v + row * step}, &moved)) {
         ++none;
         continue;
       }

@@ -127,7 +127,8 @@ TEST(CameraTest, ProjectsAndComesBack) {
       }
       EXPECT_GT(there, 20);
       for (int i = 0; i < 100; ++i) {
-        const Pixel pixel = {i % 10 * 140.0, i / 10 * 110.0};
+        const int column = i % 10, row = i / 10;
+        const Pixel pixel = {column * 140.0, row * 110.0};
         const Direction direction = Unproject(camera, pixel);
         ASSERT_EQ(direction.status != Status::kOk, std::isnan(direction.ray.x));
         if (direction.status != Status::kOk) continue;
