@@ -67,11 +67,12 @@ Chart FieldChart(const Camera& camera, const std::string& model, const std::stri
         ++none;
         continue;
       }
-      field.push_back(moved);
-      if (moved.length >= longest) {
+      // Of those that only rounding tells apart, the first.
+      if (field.empty() || moved.length > longest * (1 + 1e-9)) {
         longest = moved.length;
         where = moved.to;
       }
+      field.push_back(moved);
     }
   }
   const double factor = Enlargement(longest, step);
