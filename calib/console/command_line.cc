@@ -103,15 +103,17 @@ void CheckCommand(const CLI::App& group, const std::string& named, int argc, cha
   const std::string all = "'" + named + " --help' lists them all.";
   if (argc < 1) throw Failure("no command" + whose + " is named", all);
   const std::string word = argv[0];
-  std::vector<std::string> names;
-  for (const CLI::App* command : group.get_subcommands({})) {
-    if (command->get_name() == word) {
-      const bool is_group = !command->get_subcommands({}).empty();
-      if (is_group) CheckCommand(*command, named + " " + word, argc - 1, argv + 1);
-      return;
-    }
-    names.push_back(command->get_name());
+  const std::vector<const CLI::App*> commands = group.get_subcommands({});
+  const auto called = std::find_if(commands.begin(), commands.end(), [&](const CLI::App* command) {
+    return command->get_name() == word;
+  });
+  if (called != commands.end()) {
+    if ((*called)->get_subcommands({}).empty()) return;
+    return CheckCommand(**called, named + " " + word, argc - 1, argv + 1);
   }
+  std::vector<std::string> names;
+  names.reserve(commands.size());
+  for (const CLI::App* command : commands) names.push_back(command->get_name());
   if (word[0] != '-') {
     throw Failure("no command" + whose + " is called '" + word + "'",
                   SuggestClosest(word, names) + all);
