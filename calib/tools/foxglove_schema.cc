@@ -100,7 +100,10 @@ void AddFile(const FileDescriptor* file, FileDescriptorSet* set) {
     if (there.name() == file->name()) return;
   }
   for (int i = 0; i < file->dependency_count(); ++i) AddFile(file->dependency(i), set);
-  file->CopyTo(set->add_file());
+  FileDescriptorProto* const copy = set->add_file();
+  file->CopyTo(copy);
+  // Of the run-time's own file they are for code in other languages, and each release has its own.
+  if (file->package() == "google.protobuf") copy->clear_options();
 }
 
 }  // namespace

@@ -4,6 +4,9 @@
 #include <google/protobuf/util/json_util.h>
 #include <gtest/gtest.h>
 
+#include <cmath>
+#include <cstdlib>
+#include <limits>
 #include <random>
 #include <string>
 
@@ -51,6 +54,20 @@ TEST(WritersTest, AreReadBackByTheRunTime) {
     RobotCalibration robot, read;
     FillRandomly(&random, options, &robot);
     ExpectReadBack(robot, &read);
+  }
+}
+
+// The fewest digits that come back as the largest float are those of a larger number, which not
+// every run-time takes.
+TEST(WritersTest, NoFloatIsLargerInJsonThanItCanBe) {
+  constexpr float kLargest = std::numeric_limits<float>::max();
+  for (const float value : {kLargest, -kLargest, std::nextafter(kLargest, 0.0F)}) {
+    zarvo::calibration::CameraIntrinsicsSamplePoints point;
+    point.set_img_x(value);
+    const std::string json = Encode(Format::kJson, point);
+    const double written = std::strtod(json.c_str() + json.find(':') + 1, nullptr);
+    EXPECT_EQ(value, static_cast<float>(written)) << json;
+    EXPECT_LE(std::abs(written), double{kLargest}) << json;
   }
 }
 
