@@ -4,6 +4,7 @@
 
 #include <google/protobuf/io/tokenizer.h>
 #include <google/protobuf/text_format.h>
+#include <google/protobuf/unknown_field_set.h>
 
 #include <cmath>
 #include <memory>

@@ -1,5 +1,7 @@
 #include "calib/views/table.h"
 
+#include <google/protobuf/repeated_field.h>
+
 #include <algorithm>
 #include <charconv>
 #include <cmath>
