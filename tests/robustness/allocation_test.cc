@@ -43,12 +43,14 @@ bool Fails(long n, FailingAllocation::Duration duration, const std::function<voi
   return false;
 }
 
+// Calls what may fail, and tells whether it did.
+using Attempt = std::function<bool(const std::function<void()>& call)>;
+
 // Calls run(attempt) with attempts whose n-th allocation fails, for every n that they come to: once
 // with that one allocation and once with all later ones failing too. `run` makes the objects that
 // it needs and has the attempt call what may fail, which must not keep memory beyond the run.
 // Returns how many attempts failed.
-template <class Run>
-int ForEachFailure(Run run) {
+int ForEachFailure(const std::function<void(const Attempt& attempt)>& run) {
   int failures = 0;
   // What the run-time makes on first use and keeps for the process is made now.
   run([](const std::function<void()>& call) {
@@ -179,16 +181,17 @@ TYPED_TEST_SUITE(AllocationOfRecordTest, AllRecords);
 TYPED_TEST(AllocationOfRecordTest, Constructors) {
   const TypeParam full = Full<TypeParam>();
   const auto some_fail = [](auto run) { EXPECT_GT(ForEachFailure(run), 0); };
-  some_fail([](auto attempt) {
+  some_fail([](const Attempt& attempt) {
     attempt([] { const std::unique_ptr<TypeParam> record(new TypeParam); });
   });
-  ForEachFailure([&](auto attempt) { attempt([&] { const TypeParam copy(full); }); });
-  some_fail([&](auto attempt) {
+  ForEachFailure([&](const Attempt& attempt) { attempt([&] { const TypeParam copy(full); }); });
+  some_fail([&](const Attempt& attempt) {
     attempt([&] { const std::unique_ptr<TypeParam> copy(new TypeParam(full)); });
   });
-  some_fail(
-      [&](auto attempt) { attempt([&] { const std::unique_ptr<Message> record(full.New()); }); });
-  some_fail([&](auto attempt) {
+  some_fail([&](const Attempt& attempt) {
+    attempt([&] { const std::unique_ptr<Message> record(full.New()); });
+  });
+  some_fail([&](const Attempt& attempt) {
     Arena arena;
     attempt([&] { full.New(&arena); });
   });
@@ -215,7 +218,7 @@ void TryFilling(const T& full, const std::function<void(T*)>& fill, bool replace
   for (int way = 0; way < kWaysToGoOn; ++way) {
     for (int start = 0; start < (replaces ? 3 : 2); ++start) {
       SCOPED_TRACE("way " + std::to_string(way) + ", start " + std::to_string(start));
-      const int failures = ForEachFailure([&](auto attempt) {
+      const int failures = ForEachFailure([&](const Attempt& attempt) {
         T record;
         if (start >= 1) record.MergeFrom(some);
         if (start == 1) record.Clear();
@@ -280,7 +283,7 @@ TYPED_TEST(AllocationOfRecordTest, UnknownFields) {
     SCOPED_TRACE("depth " + std::to_string(depth));
     T some;
     AddUnknownFields(depth, some.mutable_unknown_fields());
-    int failures = ForEachFailure([&](auto attempt) {
+    int failures = ForEachFailure([&](const Attempt& attempt) {
       T record(some);
       const T source(some);
       if (attempt([&] { record.MergeFrom(source); })) {
@@ -359,7 +362,7 @@ TYPED_TEST(AllocationOfRecordTest, EveryParseCall) {
     for (const Entrance& entrance : table) {
       SCOPED_TRACE(entrance.name);
       ++turn;
-      ForEachFailure([&](auto attempt) {
+      ForEachFailure([&](const Attempt& attempt) {
         T record;
         if (turn % 3 != 0) record.MergeFrom(full);
         if (turn % 3 == 1 || entrance.merges) record.Clear();
@@ -444,7 +447,7 @@ TYPED_TEST(AllocationOfRecordTest, Serialize) {
   const std::string bytes = full.SerializeAsString();
   const Message& message = full;
   const auto try_writing = [&](auto write) {
-    ForEachFailure([&](auto attempt) {
+    ForEachFailure([&](const Attempt& attempt) {
       std::string target = "in front: ";
       if (attempt([&] { write(&target); })) {
         EXPECT_TRUE(EqualByReflection(full, Full<T>()));
@@ -482,7 +485,7 @@ void TryWriting(Write write) {
   const R full = Full<R>();
   const std::string bytes = full.SerializeAsString();
   for (int way = 0; way < kWaysToGoOn; ++way) {
-    const int failures = ForEachFailure([&](auto attempt) {
+    const int failures = ForEachFailure([&](const Attempt& attempt) {
       R record;
       if (attempt([&] { write(&record); })) CheckUsable(&record, full, bytes, way);
     });
