@@ -246,6 +246,7 @@ std::string DescribeJsonError(std::string_view json, const Descriptor* type,
       if (!first || HasField(found.type, key)) return;
       first = false;
       place = at;
+      if (path == key) path.clear();  // newer run-times name a key of the record itself so
       what = found.type->name() + " has no field '" + key + "'";
     });
   }

@@ -3,7 +3,7 @@
 // for each level. It goes through the message itself, so that nothing of the size of the record or
 // of its text is held, and -0 keeps its sign.
 #include <cmath>
-#include <limits>
+#include <type_traits>
 #include <vector>
 
 #include "calib/console/failure.h"
@@ -26,15 +26,10 @@ std::string Number(T value) {
   if (std::isnan(value)) return "\"NaN\"";
   if (std::isinf(value)) return value < 0 ? "\"-Infinity\"" : "\"Infinity\"";
   if (value == 0) return std::signbit(value) ? "-0.0" : "0";
+  if constexpr (std::is_same_v<T, float>) {
+    if (IsLargestFloat(value)) return LargestFloat(value);
+  }
   return Shortest(value);
-}
-
-// The fewest digits of the largest float are those of a larger number, which older run-times (3.12
-// among them) refuse to read.
-std::string FloatNumber(float value) {
-  constexpr float kLargest = std::numeric_limits<float>::max();
-  if (std::abs(value) == kLargest) return value < 0 ? "-3.4028234e+38" : "3.4028234e+38";
-  return Number(value);
 }
 
 // The value of a field, or of its element `index` (-1 if it is not repeated), that is neither text
@@ -46,8 +41,8 @@ std::string Scalar(const Message& message, const FieldDescriptor* field, int ind
       return Number(index < 0 ? r->GetDouble(message, field)
                               : r->GetRepeatedDouble(message, field, index));
     case FieldDescriptor::CPPTYPE_FLOAT:
-      return FloatNumber(index < 0 ? r->GetFloat(message, field)
-                                   : r->GetRepeatedFloat(message, field, index));
+      return Number(index < 0 ? r->GetFloat(message, field)
+                              : r->GetRepeatedFloat(message, field, index));
     case FieldDescriptor::CPPTYPE_INT64:
     case FieldDescriptor::CPPTYPE_UINT64:
     case FieldDescriptor::CPPTYPE_ENUM:

@@ -83,14 +83,39 @@ bool HasLongText(const Message& message) {
   return found;
 }
 
-// Prints messages as the run-time does, but goes itself through those that have a long text in or
-// below them.
+// Whether a number in or below the message is one that the run-time writes as a larger one.
+bool HasLargestFloat(const Message& message) {
+  const Reflection* reflection = message.GetReflection();
+  std::vector<const FieldDescriptor*> fields;
+  reflection->ListFields(message, &fields);
+  for (const FieldDescriptor* field : fields) {
+    const bool repeated = field->is_repeated();
+    const int size = repeated ? reflection->FieldSize(message, field) : 1;
+    for (int i = 0; i < size; ++i) {
+      bool found = false;
+      if (field->cpp_type() == FieldDescriptor::CPPTYPE_FLOAT) {
+        found = IsLargestFloat(repeated ? reflection->GetRepeatedFloat(message, field, i)
+                                        : reflection->GetFloat(message, field));
+      } else if (field->cpp_type() == FieldDescriptor::CPPTYPE_MESSAGE) {
+        found = HasLargestFloat(repeated ? reflection->GetRepeatedMessage(message, field, i)
+                                         : reflection->GetMessage(message, field));
+      } else {
+        break;
+      }
+      if (found) return true;
+    }
+  }
+  return false;
+}
+
+// Prints messages as the run-time does, but goes itself through those that have a long text, or the
+// largest float, in or below them.
 class Printer {
  public:
   explicit Printer(BufferedSink* sink) : sink_(sink) {}
 
   void Print(const Message& message, int indent) {
-    if (!HasLongText(message)) return PrintAtOnce(message, indent);
+    if (!HasLongText(message) && !HasLargestFloat(message)) return PrintAtOnce(message, indent);
     const Reflection* reflection = message.GetReflection();
     std::vector<const FieldDescriptor*> fields;
     reflection->ListFields(message, &fields);

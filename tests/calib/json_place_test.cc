@@ -78,6 +78,7 @@ TEST(DescribeJsonErrorTest, NamesThePlace) {
        ":1:13: camera: CameraCalibration has no field 'nmae'"},
       {R"({"nmae": 1})", "() nmae: Cannot find field.",
        ":1:2: RobotCalibration has no field 'nmae'"},
+      {R"({"nmae": 1})", "nmae: Cannot find field.", ":1:2: RobotCalibration has no field 'nmae'"},
       // Where the path leads nowhere, its last value that is there.
       {R"({"camera": [{}]})", unknown, ":1:12: camera[1]: Cannot find field."},
       {R"({"camera": 1})", "camera[0].name: is bad", ":1:12: camera[0].name: is bad"},

@@ -57,17 +57,20 @@ TEST(WritersTest, AreReadBackByTheRunTime) {
   }
 }
 
-// The fewest digits that come back as the largest float are those of a larger number, which not
-// every run-time takes.
-TEST(WritersTest, NoFloatIsLargerInJsonThanItCanBe) {
+// The largest float as the run-time writes it is a larger number, which not every run-time reads.
+TEST(WritersTest, NoFloatIsWrittenAsALargerOneThanThereIs) {
   constexpr float kLargest = std::numeric_limits<float>::max();
-  for (const float value : {kLargest, -kLargest, std::nextafter(kLargest, 0.0F)}) {
-    zarvo::calibration::CameraIntrinsicsSamplePoints point;
-    point.set_img_x(value);
-    const std::string json = Encode(Format::kJson, point);
-    const double written = std::strtod(json.c_str() + json.find(':') + 1, nullptr);
-    EXPECT_EQ(value, static_cast<float>(written)) << json;
-    EXPECT_LE(std::abs(written), double{kLargest}) << json;
+  for (const Format format : kFormats) {
+    for (const float value : {kLargest, -kLargest, std::nextafter(kLargest, 0.0F)}) {
+      zarvo::calibration::CameraIntrinsics camera;
+      camera.add_sample_points()->set_img_y(value);
+      const std::string text = Encode(format, camera);
+      const size_t number = text.find_first_of("-0123456789");
+      ASSERT_NE(number, std::string::npos) << text;
+      const double written = std::strtod(&text[number], nullptr);
+      EXPECT_EQ(value, static_cast<float>(written)) << text;
+      EXPECT_LE(std::abs(written), double{kLargest}) << text;
+    }
   }
 }
 
