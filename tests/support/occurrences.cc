@@ -154,7 +154,10 @@ std::vector<uint64_t> BoundaryValues(Kind kind) {
 uint64_t RandomNumber(std::mt19937* random, Kind kind) {
   const std::vector<uint64_t> values = BoundaryValues(kind);
   const int choice = Below(random, 2 * static_cast<int>(values.size()));
-  return choice < static_cast<int>(values.size()) ? values[choice] : Random64(random);
+  const uint64_t value =
+      choice < static_cast<int>(values.size()) ? values[choice] : Random64(random);
+  if (kind == Kind::kDouble) return DoubleBits(value);
+  return kind == Kind::kFloat ? FloatBits(static_cast<uint32_t>(value)) : value;
 }
 
 // A value that is small, not zero and differs for each n.

@@ -266,19 +266,29 @@ const std::vector<int>& BoundaryLengths() {
   return values;
 }
 
-float FloatOf(uint32_t bits) {
+uint32_t FloatBits(uint32_t bits) {
 #ifdef __i386__
   if ((bits & 0x7FFFFFFF) > 0x7F800000) bits |= 0x00400000;
 #endif
+  return bits;
+}
+
+uint64_t DoubleBits(uint64_t bits) {
+#ifdef __i386__
+  if ((bits & 0x7FFFFFFFFFFFFFFF) > 0x7FF0000000000000) bits |= 0x0008000000000000;
+#endif
+  return bits;
+}
+
+float FloatOf(uint32_t bits) {
+  bits = FloatBits(bits);
   float value;
   std::memcpy(&value, &bits, sizeof value);
   return value;
 }
 
 double DoubleOf(uint64_t bits) {
-#ifdef __i386__
-  if ((bits & 0x7FFFFFFFFFFFFFFF) > 0x7FF0000000000000) bits |= 0x0008000000000000;
-#endif
+  bits = DoubleBits(bits);
   double value;
   std::memcpy(&value, &bits, sizeof value);
   return value;

@@ -49,6 +49,11 @@ const std::vector<uint32_t>& BoundaryFloatBits();
 const std::vector<uint64_t>& BoundaryDoubleBits();
 const std::vector<int>& BoundaryLengths();
 
+// The same bits; of a signalling NaN on i386, which would not stay one, those of a quiet one.
+uint32_t FloatBits(uint32_t bits);
+uint64_t DoubleBits(uint64_t bits);
+
+// The number that has FloatBits() or DoubleBits() of the bits.
 float FloatOf(uint32_t bits);
 double DoubleOf(uint64_t bits);
 
