@@ -41,7 +41,7 @@ class FileReflection : public RegistrationTables<kMessageCount, kFieldCount> {
 
 template <unsigned kMessageCount, unsigned kFieldCount>
 ::google::protobuf::internal::AssignDescriptorsTable
-    FileReflection<kMessageCount, kFieldCount>::table_;
+    FileReflection<kMessageCount, kFieldCount>::table_ = {};
 
 }  // namespace calibration_internal
 }  // namespace zarvo
