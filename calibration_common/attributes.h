@@ -2,7 +2,8 @@
 #ifndef ZARVO_CALIBRATION_ATTRIBUTES_H_
 #define ZARVO_CALIBRATION_ATTRIBUTES_H_
 
-// What the library exports, and what of an exported class it does not.
+// What the library exports, and what of an exported class it does not. Hidden are inline functions
+// with a variable of their own, too: one that libraries shared would keep them from being unloaded.
 #define ZARVO_CALIBRATION_EXPORT __attribute__((visibility("default")))
 #define ZARVO_CALIBRATION_HIDDEN __attribute__((visibility("hidden")))
 

@@ -116,5 +116,10 @@ class KnownClass;  // tells records' classes, and destroys them; their friend, t
 #else
 #define ZARVO_CALIBRATION_INLINED_STRINGS "calibration_common/internal/inlined_strings_3_2.h"
 #endif
+#if GOOGLE_PROTOBUF_VERSION >= 3004000
+#define ZARVO_CALIBRATION_REFLECTION_OWNER "calibration_common/internal/reflection_owner_3_4.h"
+#else
+#define ZARVO_CALIBRATION_REFLECTION_OWNER "calibration_common/internal/reflection_owner_3_2.h"
+#endif
 
 #endif  // ZARVO_CALIBRATION_RUNTIME_H_

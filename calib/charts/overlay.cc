@@ -4,6 +4,8 @@
 #include <cmath>
 #include <utility>
 
+#include "calib/geometry/pose_difference.h"
+
 namespace calib {
 
 using zarvo::calibration_geometry::AngleBetween;

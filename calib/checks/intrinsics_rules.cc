@@ -8,6 +8,7 @@
 #include "calib/console/number.h"
 #include "calib/fields/field_path.h"
 #include "calib/geometry/calibration_geometry.h"
+#include "calib/geometry/pose_difference.h"
 
 namespace calib {
 

@@ -2,10 +2,12 @@
 
 #include <algorithm>
 #include <charconv>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
+#include <string_view>
 
 namespace calib {
 
@@ -47,10 +49,18 @@ char* FewestOf(T value, char* text) {
 }
 #endif
 
+std::string_view LargestFloat(float value) {
+  return value < 0 ? "-3.4028234e+38" : "3.4028234e+38";
+}
+
 }  // namespace
 
+bool IsLargestFloat(float value) { return std::abs(value) == std::numeric_limits<float>::max(); }
+
 std::string Shortest(double value) { return ShortestOf(value, std::strtod); }
-std::string Shortest(float value) { return ShortestOf(value, std::strtof); }
+std::string Shortest(float value) {
+  return IsLargestFloat(value) ? std::string(LargestFloat(value)) : ShortestOf(value, std::strtof);
+}
 
 std::string Rounded(double value) {
   char text[32];
@@ -59,6 +69,9 @@ std::string Rounded(double value) {
 }
 
 char* WriteFewest(double value, char* text) { return FewestOf(value, text); }
-char* WriteFewest(float value, char* text) { return FewestOf(value, text); }
+char* WriteFewest(float value, char* text) {
+  return IsLargestFloat(value) ? text + LargestFloat(value).copy(text, kMostCharacters)
+                               : FewestOf(value, text);
+}
 
 }  // namespace calib

@@ -7,6 +7,11 @@
 
 namespace calib {
 
+// Whether it is the largest float that is finite, or its negative. The run-time and others write it
+// as 3.40282347e+38 or 3.4028235e+38, which is a little more: older run-times read an infinity in
+// text, and refuse such a number in JSON. What stands below writes 3.4028234e+38.
+bool IsLargestFloat(float value);
+
 // The shortest decimal number that reads back as the same number.
 std::string Shortest(double value);
 std::string Shortest(float value);

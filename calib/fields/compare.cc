@@ -12,6 +12,7 @@
 #include "calib/fields/rigid_numbers.h"
 #include "calib/fields/unknown.h"
 #include "calib/fields/value.h"
+#include "calib/geometry/pose_difference.h"
 #include "calibration_common/calibration.pb.h"
 
 namespace calib {

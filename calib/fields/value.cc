@@ -2,8 +2,7 @@
 
 #include <google/protobuf/text_format.h>
 
-#include <cmath>
-#include <limits>
+#include "calib/console/number.h"
 
 namespace calib {
 
@@ -25,16 +24,12 @@ size_t SizeOf(const M& message, long) {
 
 }  // namespace
 
-bool IsLargestFloat(float value) { return std::abs(value) == std::numeric_limits<float>::max(); }
-
-std::string LargestFloat(float value) { return value < 0 ? "-3.4028234e+38" : "3.4028234e+38"; }
-
 std::string FullValue(const Message& message, const FieldDescriptor* field, int index) {
   if (field->cpp_type() == FieldDescriptor::CPPTYPE_FLOAT) {
     const Reflection* reflection = message.GetReflection();
     const float value = index < 0 ? reflection->GetFloat(message, field)
                                   : reflection->GetRepeatedFloat(message, field, index);
-    if (IsLargestFloat(value)) return LargestFloat(value);
+    if (IsLargestFloat(value)) return Shortest(value);
   }
   std::string text;
   google::protobuf::TextFormat::PrintFieldValueToString(message, field, index, &text);

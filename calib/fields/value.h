@@ -18,12 +18,6 @@ std::string ShortValue(const google::protobuf::Message& message,
 std::string FullValue(const google::protobuf::Message& message,
                       const google::protobuf::FieldDescriptor* field, int index);
 
-// Whether it is the largest float that is finite, or its negative, and how that is written.
-// Run-times write 3.40282347e+38, which is a little more: older ones read an infinity in text, and
-// refuse such a number in JSON.
-bool IsLargestFloat(float value);
-std::string LargestFloat(float value);
-
 // What a string or bytes field holds, as it is: where it stands, if it stands somewhere, else in
 // `scratch`. The one without a scratch is a copy.
 const std::string& TextIn(const google::protobuf::Message& message,

@@ -238,6 +238,7 @@ std::string DescribeJsonError(std::string_view json, const Descriptor* type,
                               const std::string& message) {
   std::string path, what;
   Split(message, &path, &what);
+  const size_t top = SkipBlanks(json, 0);
   const Finding found = Follow(json, type, path);
   size_t place = found.at;
   if (what == "Cannot find field." && found.type != nullptr) {
@@ -246,7 +247,7 @@ std::string DescribeJsonError(std::string_view json, const Descriptor* type,
       if (!first || HasField(found.type, key)) return;
       first = false;
       place = at;
-      if (path == key) path.clear();  // newer run-times name a key of the record itself so
+      if (path == key && found.at == top) path.clear();
       what = found.type->name() + " has no field '" + key + "'";
     });
   }

@@ -22,8 +22,9 @@ constexpr size_t kPieces = 16;
 size_t FindStop(size_t size,
                 const std::function<size_t(size_t low, size_t high, size_t piece)>& read);
 
-// The converter's message for an error of meaning, which is "(PATH) NAME: WHAT" or "PATH: WHAT",
-// spelled as ":LINE:COLUMN: PATH: WHAT"; the place is that of the innermost value that is found.
+// The converter's message for an error of meaning, which is "(PATH) NAME: WHAT", "PATH: WHAT" or,
+// of an unknown key of the record itself, "NAME: WHAT", spelled as ":LINE:COLUMN: PATH: WHAT"; the
+// place is that of the innermost value that is found.
 std::string DescribeJsonError(std::string_view json, const google::protobuf::Descriptor* type,
                               const std::string& message);
 

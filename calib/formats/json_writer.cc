@@ -3,7 +3,6 @@
 // for each level. It goes through the message itself, so that nothing of the size of the record or
 // of its text is held, and -0 keeps its sign.
 #include <cmath>
-#include <type_traits>
 #include <vector>
 
 #include "calib/console/failure.h"
@@ -26,9 +25,6 @@ std::string Number(T value) {
   if (std::isnan(value)) return "\"NaN\"";
   if (std::isinf(value)) return value < 0 ? "\"-Infinity\"" : "\"Infinity\"";
   if (value == 0) return std::signbit(value) ? "-0.0" : "0";
-  if constexpr (std::is_same_v<T, float>) {
-    if (IsLargestFloat(value)) return LargestFloat(value);
-  }
   return Shortest(value);
 }
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "calib/console/failure.h"
+#include "calib/console/number.h"
 #include "calib/fields/text_fields.h"
 #include "calib/fields/value.h"
 

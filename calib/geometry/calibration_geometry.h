@@ -94,9 +94,6 @@ void Unproject(const Camera& camera, const Pixel* pixels, size_t count,
 // one to one; pi if there is none.
 double LargestAngle(const Camera& camera) noexcept;
 
-// Half a turn and one degree, in radians.
-constexpr double kPi = 3.14159265358979323846, kDegree = kPi / 180;
-
 // --- Rigid transforms ----------------------------------------------------------------------------
 
 // A 4x4 matrix by rows: its upper left 3x3 is a rotation, its last row 0 0 0 1. It maps a point p
@@ -127,11 +124,6 @@ bool Orthonormalize(Transform* transform) noexcept;
 
 Quaternion QuaternionOf(const Transform& transform) noexcept;
 RollPitchYaw RollPitchYawOf(const Transform& transform) noexcept;
-// By how much one has to be turned to be the other, in radians, from 0 to pi.
-double AngleBetween(const Transform& a, const Transform& b) noexcept;
-// How far apart their translations are, in the transforms' own unit of length.
-double DistanceBetween(const Transform& a, const Transform& b) noexcept;
-
 // The axis of the rotation, as long as its angle.
 Point RotationVectorOf(const Transform& transform) noexcept;
 // The rotation that they mean, and that translation. The quaternion may have any length but 0.

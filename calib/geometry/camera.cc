@@ -7,6 +7,7 @@
 #include "calib/geometry/brown.h"
 #include "calib/geometry/calibration_geometry.h"
 #include "calib/geometry/polynomial.h"
+#include "calib/geometry/pose_difference.h"
 
 namespace zarvo {
 namespace calibration_geometry {

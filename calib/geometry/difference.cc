@@ -9,6 +9,7 @@
 #include "calib/geometry/calibration_geometry.h"
 #include "calib/geometry/grid.h"
 #include "calib/geometry/guarded.h"
+#include "calib/geometry/pose_difference.h"
 
 namespace zarvo {
 namespace calibration_geometry {

@@ -7,6 +7,7 @@
 #include "calib/geometry/grid.h"
 #include "calib/geometry/guarded.h"
 #include "calib/geometry/least_squares.h"
+#include "calib/geometry/pose_difference.h"
 
 namespace zarvo {
 namespace calibration_geometry {

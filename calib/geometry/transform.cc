@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "calib/geometry/calibration_geometry.h"
+#include "calib/geometry/pose_difference.h"
 
 namespace zarvo {
 namespace calibration_geometry {

@@ -6,6 +6,7 @@
 #include "calib/console/failure.h"
 #include "calib/console/file.h"
 #include "calib/console/number_rows.h"
+#include "calib/geometry/pose_difference.h"
 #include "calib/tools/export_lens.h"
 #include "calib/tools/lens_flag.h"
 

@@ -4,6 +4,7 @@
 #include <cmath>
 
 #include "calib/fields/walk.h"
+#include "calib/geometry/pose_difference.h"
 #include "calibration_common/calibration.pb.h"
 
 namespace calib {

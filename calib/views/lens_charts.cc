@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "calib/fields/field_path.h"
+#include "calib/geometry/pose_difference.h"
 #include "calib/views/chart_points.h"
 
 namespace calib {

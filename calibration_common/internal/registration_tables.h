@@ -11,6 +11,7 @@
 
 #include "calibration_common/internal/registration.h"
 #include ZARVO_CALIBRATION_INLINED_STRINGS
+#include ZARVO_CALIBRATION_REFLECTION_OWNER
 
 namespace zarvo {
 namespace calibration_internal {
@@ -26,15 +27,15 @@ class RegistrationTables {
     ::std::memcpy(default_instances_, default_instances, sizeof(default_instances_));
   }
 
-  // The reflection object of message number `index`, which the run-time owns. REQUIRES
-  // BeginAssign().
+  // The reflection object of message number `index`; Delete() frees it where the run-time does not.
+  // REQUIRES BeginAssign().
   Reflection* New(int index, const ::google::protobuf::Descriptor* /* descriptor */,
                   const ::google::protobuf::Message* /* default_instance */,
                   const MessageLayout& /* layout */) {
     return metadata_[index].reflection;
   }
 
-  static void Delete(Reflection*) {}
+  static void Delete(Reflection* reflection) { DeleteReflection(reflection); }
 
  protected:
   void Fill(const MessageLayout* layouts) {

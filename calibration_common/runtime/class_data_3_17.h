@@ -5,14 +5,15 @@
 
 #include <google/protobuf/message.h>
 
+#include "calibration_common/attributes.h"
+
 // Members of Record. The run-time takes two messages with one ClassData for comparable; all records
-// share this one, and CopyFrom() and MergeFrom() look at the classes themselves. Hidden, since a
-// variable that libraries share would keep them from being unloaded.
-#define ZARVO_CALIBRATION_RECORD_CLASS_DATA                                           \
-  __attribute__((visibility("hidden"))) const ClassData* GetClassData() const final { \
-    typedef ::zarvo::calibration_internal::CopyAndMerge<Record> Calls;                \
-    static const ClassData data = {&Calls::Copy, &Calls::Merge};                      \
-    return &data;                                                                     \
+// share this one, and CopyFrom() and MergeFrom() look at the classes themselves.
+#define ZARVO_CALIBRATION_RECORD_CLASS_DATA                              \
+  ZARVO_CALIBRATION_HIDDEN const ClassData* GetClassData() const final { \
+    typedef ::zarvo::calibration_internal::CopyAndMerge<Record> Calls;   \
+    static const ClassData data = {&Calls::Copy, &Calls::Merge};         \
+    return &data;                                                        \
   }
 
 namespace zarvo {

@@ -7,6 +7,8 @@
 #include <google/protobuf/metadata_lite.h>
 #include <google/protobuf/unknown_field_set.h>
 
+#include "calibration_common/attributes.h"
+
 #define ZARVO_CALIBRATION_RECORD_METADATA
 
 namespace zarvo {
@@ -17,9 +19,8 @@ using ::google::protobuf::UnknownFieldSet;
 typedef ::google::protobuf::internal::InternalMetadata Metadata;
 
 // The run-time's own empty set. It is asked for once: the call would take most of the time in which
-// a program sees that a record has no unknown fields. Hidden, since a variable that libraries share
-// would keep them from being unloaded.
-__attribute__((visibility("hidden"))) inline const UnknownFieldSet& NoUnknownFields() {
+// a program sees that a record has no unknown fields.
+ZARVO_CALIBRATION_HIDDEN inline const UnknownFieldSet& NoUnknownFields() {
   static const UnknownFieldSet& none = UnknownFieldSet::default_instance();
   return none;
 }

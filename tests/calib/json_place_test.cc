@@ -79,6 +79,8 @@ TEST(DescribeJsonErrorTest, NamesThePlace) {
       {R"({"nmae": 1})", "() nmae: Cannot find field.",
        ":1:2: RobotCalibration has no field 'nmae'"},
       {R"({"nmae": 1})", "nmae: Cannot find field.", ":1:2: RobotCalibration has no field 'nmae'"},
+      {R"({"camera": {"camera": 1}})", "(camera) camera: Cannot find field.",
+       ":1:13: camera: CameraCalibration has no field 'camera'"},
       // Where the path leads nowhere, its last value that is there.
       {R"({"camera": [{}]})", unknown, ":1:12: camera[1]: Cannot find field."},
       {R"({"camera": 1})", "camera[0].name: is bad", ":1:12: camera[0].name: is bad"},

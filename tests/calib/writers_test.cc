@@ -1,5 +1,5 @@
-// Text and JSON as calib writes them itself: read back by the run-time they are the record, and
-// they are written without being held.
+// Text and JSON as calib writes them itself: read back they are the record, and they are written
+// without being held.
 #include <google/protobuf/text_format.h>
 #include <gtest/gtest.h>
 
@@ -42,7 +42,7 @@ void ExpectReadBack(const Message& record, Message* read) {
   ExpectSame(record, *read, "JSON");
 }
 
-TEST(WritersTest, AreReadBackByTheRunTime) {
+TEST(WritersTest, AreReadBackAsTheRecord) {
   constexpr unsigned kSeed = 20240301;
   std::mt19937 random(kSeed);
   RandomOptions options;

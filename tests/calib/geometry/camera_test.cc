@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "calib/geometry/calibration_geometry.h"
+#include "calib/geometry/pose_difference.h"
 #include "tests/calib/geometry/reference.h"
 
 namespace zarvo {
@@ -306,7 +307,7 @@ TEST(TransformTest, TellsSmallAngleHalfTurnAndDistance) {
     const Transform turned = {{c, 0, s, 3, 0, 1, 0, 12, -s, 0, c, 4, 0, 0, 0, 1}};
     EXPECT_NEAR(AngleBetween(Transform(), turned), degrees * kDegree, 1e-11 * degrees);
     EXPECT_NEAR(AngleBetween(turned, Transform()), degrees * kDegree, 1e-11 * degrees);
-    EXPECT_EQ(13, DistanceBetween(turned, Transform()));
+    EXPECT_DOUBLE_EQ(13, DistanceBetween(turned, Transform()));
   }
   std::mt19937 random(3);
   const Transform a = RandomTransform(&random), b = RandomTransform(&random);
